@@ -1,0 +1,148 @@
+#pragma once
+// The one door to the project database. A project is one file; SQLite is the
+// embedded store. Every other part reaches the database only through this layer,
+// with SQL text in the project's own dialect (back-quoted table names, bracketed
+// column names, "DELETE * FROM"); the store's dialect is produced in sql_dialect.
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "db/db_status.h"
+#include "db/table_catalogue.h"
+#include "db/table_record.h"
+
+namespace sb {
+
+class rowset;
+class sql_dialect;
+struct database_impl;
+
+class database {
+public:
+    ~database();
+    database(const database&) = delete;
+    database& operator=(const database&) = delete;
+
+    // Makes a new empty project file at the path, replacing any file there. A file
+    // that cannot be removed gives the access / not found / unable-to-remove
+    // message and a false result, but creation is still attempted.
+    static bool create(const std::string& path, std::string& errors);
+    // Opens a project shared (other programs may have it open too); null on failure
+    // with "ERROR, unable to open database: <path>\n" and the status text. A file
+    // that is not a database of ours is refused here.
+    static std::unique_ptr<database> open(const std::string& path, std::string& errors);
+
+    const std::string& path() const;
+    const sql_dialect& dialect() const;
+
+    // Runs a statement in project dialect (DELETE ... / DDL) on the current session.
+    db_status execute(std::string_view sql);
+
+    // "SELECT * FROM `name`" + " WHERE " filter + " ORDER BY " order; empty parts are left out.
+    static std::string selectText(std::string_view table, std::string_view filter,
+                                  std::string_view order);
+    // Opens a table as a scrollable row set positioned before its first row.
+    // On failure returns null and fills the status.
+    std::unique_ptr<rowset> openTable(table_id table, std::string_view filter,
+                                      std::string_view order, db_status& status);
+
+    // Sessions nest: only the outermost one begins and commits the transaction,
+    // so a whole record save (row, site data, blocks, soil) is one unit.
+    bool beginSession(std::string& storeError);
+    void endSession();      // commits when the outermost session ends
+    void abandonSession();  // rolls back the outermost transaction
+    int sessionDepth() const;
+
+    database_impl& impl() { return *impl_; }
+
+private:
+    explicit database(std::unique_ptr<database_impl> impl);
+    std::unique_ptr<database_impl> impl_;
+};
+
+// A unit of write work. Opening fails when the store cannot start a transaction;
+// callers then append "ERROR, unable to create session on database.\n" themselves.
+// Ending it (destructor or close()) commits; a process killed before that leaves
+// the old state.
+class session {
+public:
+    explicit session(database& db);
+    ~session();
+    session(const session&) = delete;
+    session& operator=(const session&) = delete;
+    bool ok() const { return ok_; }
+    const std::string& storeError() const { return storeError_; }
+    void close();
+
+private:
+    database& db_;
+    bool ok_ = false;
+    bool open_ = false;
+    std::string storeError_;
+};
+
+struct rowset_impl;
+
+// A scrollable row set over one SELECT, bound to a record of the table's kind:
+// moving fills the record, insert writes it as a new row.
+class rowset {
+public:
+    rowset(database& db, table_id table, std::string selectText);
+    virtual ~rowset();
+
+    const std::string& selectText() const { return select_; }
+    table_id table() const { return table_; }
+
+    // Each move fills row() and returns ok, or the end-of-rowset status at either end.
+    db_status moveFirst();
+    db_status moveNext();
+    db_status movePrevious();
+    db_status moveLast();
+
+    table_record& row() { return *row_; }
+    const table_record& row() const { return *row_; }
+    void setRow(const table_record& record);
+
+    // Inserts row() as a new row of the table (prepared once, reused).
+    db_status insert();
+    db_status insert(const table_record& record);
+
+    void close();
+
+protected:
+    explicit rowset(database& db, table_id table, std::string selectText,
+                    std::unique_ptr<table_record> bound);
+
+private:
+    friend class database;
+    database& db_;
+    table_id table_;
+    std::string select_;
+    std::unique_ptr<table_record> row_;
+    std::unique_ptr<rowset_impl> impl_;
+};
+
+// The row set of one table kind, bound to that table's accessor record type.
+template <class Record>
+class rowset_of {
+public:
+    explicit rowset_of(std::unique_ptr<rowset> rs) : rs_(std::move(rs)) {}
+    bool isOpen() const { return rs_ != nullptr; }
+    rowset& base() { return *rs_; }
+    db_status moveFirst() { return rs_->moveFirst(); }
+    db_status moveNext() { return rs_->moveNext(); }
+    db_status movePrevious() { return rs_->movePrevious(); }
+    db_status moveLast() { return rs_->moveLast(); }
+    // The current row in the accessor's type (a copy built from the generic row).
+    Record record() const {
+        Record r;
+        static_cast<table_record&>(r) = rs_->row();
+        return r;
+    }
+    db_status insert(const Record& r) { return rs_->insert(r); }
+
+private:
+    std::unique_ptr<rowset> rs_;
+};
+
+}  // namespace sb

@@ -1,0 +1,44 @@
+#pragma once
+// The catalogue of the project's tables: one global name per table, the
+// column layout of each, in creation order. SQL text is always built from these.
+#include "db/database_maker.h"
+
+namespace sb {
+
+enum class table_id : int {
+    control_records,
+    site_data,
+    events,
+    event_blocks,
+    output,
+    output_annual,
+    output_monthly,
+    output_daily,
+    output_soil_layers,
+    soil_layers,
+    soils,
+    weather_averages,
+    weather_historical_monthly,
+    weather_historical_daily,
+    weather_stations,
+    crops,
+    cultivation,
+    fertilizer,
+    fire,
+    harvest,
+    graze,
+    irrigation,
+    omad,
+    trees,
+    tree_removal,
+    count
+};
+
+constexpr int kTableCount = static_cast<int>(table_id::count);
+
+// "Control Records", "Site Data", ... exactly as stored in the project file.
+const char* tableName(table_id id);
+// The full description (columns, types, sizes, keys) of one table.
+const database_maker_table& tableDef(table_id id);
+
+}  // namespace sb
