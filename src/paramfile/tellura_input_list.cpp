@@ -1,0 +1,210 @@
+#include "paramfile/tellura_input_list.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "app/text_format.h"
+
+namespace sb {
+
+namespace {
+
+constexpr std::string_view kHeaderBreak = " \t\r";
+constexpr std::string_view kValueDelimiters = " \t\r\n";
+constexpr std::string_view kNameDelimiters = " '\t\r\n";
+
+// Hands out the lines of a text one by one: LF or CR LF line ends, each line
+// cut to the reader's limit (the rest of a longer line is skipped).
+class line_reader {
+public:
+    line_reader(std::string_view text, size_t limit) : text_(text), limit_(limit) {}
+
+    bool next(std::string_view& line) {
+        if (pos_ >= text_.size()) return false;
+        size_t end = text_.find('\n', pos_);
+        if (end == std::string_view::npos) end = text_.size();
+        line = text_.substr(pos_, end - pos_);
+        pos_ = end + 1;
+        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        if (line.size() > limit_) line = line.substr(0, limit_);
+        return true;
+    }
+
+private:
+    std::string_view text_;
+    size_t limit_;
+    size_t pos_ = 0;
+};
+
+// strtok-style: skips leading delimiters and returns the token, moving `pos`
+// past the one delimiter that ends it.
+std::string_view nextToken(std::string_view line, size_t& pos, std::string_view delimiters) {
+    pos = line.find_first_not_of(delimiters, pos);
+    if (pos == std::string_view::npos) {
+        pos = line.size();
+        return {};
+    }
+    size_t end = line.find_first_of(delimiters, pos);
+    if (end == std::string_view::npos) end = line.size();
+    std::string_view token = line.substr(pos, end - pos);
+    pos = end < line.size() ? end + 1 : end;
+    return token;
+}
+
+std::string_view trimBlanks(std::string_view text) {
+    size_t first = text.find_first_not_of(" \t\r");
+    if (first == std::string_view::npos) return {};
+    size_t last = text.find_last_not_of(" \t\r");
+    return text.substr(first, last - first + 1);
+}
+
+// The standard real conversion: leading number of the token, 0 when none.
+double toReal(std::string_view token) {
+    std::string copy(token);
+    return std::strtod(copy.c_str(), nullptr);
+}
+
+bool readWholeFile(const std::string& path, std::string& text) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) return false;
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream buffer;
+    buffer << in.rdbuf();
+    text = buffer.str();
+    return !in.bad();
+}
+
+// One import in progress: the list, the record the value lines go to, the counts.
+class import_pass {
+public:
+    import_pass(tellura_input_list& list, const std::string& path, std::string& errors)
+        : list_(list), path_(path), errors_(errors) {}
+
+    void header(std::string_view line);
+    void value(std::string_view line);
+    import_counts counts() const { return counts_; }
+
+private:
+    tellura_input_list& list_;
+    const std::string& path_;
+    std::string& errors_;
+    tellura_input* current_ = nullptr;
+    import_counts counts_;
+};
+
+void import_pass::header(std::string_view line) {
+    size_t nameEnd = line.find_first_of(kHeaderBreak);
+    if (nameEnd == std::string_view::npos) nameEnd = line.size();
+    std::string_view name = line.substr(0, nameEnd);
+    if (name.empty()) {
+        appendf(errors_, "ERROR, unable to parse input from \"%s\"\n", path_.c_str());
+        return;
+    }
+    // Looked up by the name as it is kept (cut to 20 characters), so that a
+    // long name read twice updates its record instead of making a second one.
+    name = name.substr(0, tellura_input::kMaxNameLength);
+    current_ = list_.find(name);
+    if (current_) {
+        ++counts_.updated;
+    } else {
+        std::unique_ptr<tellura_input> record = list_.makeRecord();
+        record->name = std::string(name);
+        current_ = &list_.add(std::move(record));
+        ++counts_.imported;
+    }
+    std::string_view description = trimBlanks(line.substr(nameEnd));
+    if (description.size() > tellura_input::kMaxDescriptionLength) {
+        errors_ += "ERROR, description too long for input.\n";
+        errors_ += current_->name;
+        errors_ += '\n';
+    } else if (!description.empty()) {
+        current_->description = std::string(description);
+    }
+}
+
+void import_pass::value(std::string_view line) {
+    if (!current_) {
+        errors_ += "Syntax error in cultivation parameter file.\n";
+        return;
+    }
+    size_t pos = 0;
+    double number = toReal(nextToken(line, pos, kValueDelimiters));
+    std::string_view name = nextToken(line, pos, kNameDelimiters);
+    if (name.empty()) {
+        errors_ += "Syntax error, no field name, in cultivation parameter file.\n";
+        return;
+    }
+    current_->setField(name, number, errors_);
+}
+
+}  // namespace
+
+tellura_input& tellura_input_list::add(std::unique_ptr<tellura_input> record) {
+    records_.push_back(std::move(record));
+    return *records_.back();
+}
+
+tellura_input* tellura_input_list::find(std::string_view name) {
+    for (auto& record : records_)
+        if (iequals(record->name, name)) return record.get();
+    return nullptr;
+}
+
+const tellura_input* tellura_input_list::find(std::string_view name) const {
+    return const_cast<tellura_input_list*>(this)->find(name);
+}
+
+import_counts tellura_input_list::importFile(const std::string& path, std::string& errors,
+                                             std::string& status) {
+    std::string text;
+    if (!readWholeFile(path, text)) {
+        appendf(errors, "ERROR, unable to open file \"%s\"\n", path.c_str());
+        return {};
+    }
+    return importText(text, path, errors, status);
+}
+
+import_counts tellura_input_list::importText(std::string_view text, const std::string& path,
+                                             std::string& errors, std::string& status) {
+    import_pass pass(*this, path, errors);
+    line_reader reader(text, kMaxLineLength);
+    std::string_view line;
+    while (reader.next(line)) {
+        if (trimBlanks(line).empty()) break;
+        if (std::isalpha(static_cast<unsigned char>(line.front())))
+            pass.header(line);
+        else
+            pass.value(line);
+    }
+    import_counts counts = pass.counts();
+    appendf(status, "Imported %d records and updated %d records from \"%s\".\n", counts.imported,
+            counts.updated, path.c_str());
+    return counts;
+}
+
+void tellura_input_list::writeText(std::string& out, int version) const {
+    for (const auto& record : records_) record->write(out, version);
+}
+
+bool tellura_input_list::write(const std::string& path, std::string& errors, int version) const {
+    std::string text;
+    writeText(text, version);
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) {
+        // This message has never ended in a line end; callers show it as it is.
+        errors += "ERROR, unable to open file in tellura_input_list.write: ";
+        errors += path;
+        return false;
+    }
+    bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    written = std::fclose(file) == 0 && written;
+    if (!written) appendf(errors, "ERROR, unable to write file \"%s\"\n", path.c_str());
+    return written;
+}
+
+}  // namespace sb
