@@ -67,6 +67,11 @@ public:
 
     // Position of a column, names compared without regard to case; -1 when absent.
     int fieldIndex(std::string_view name) const;
+    // Text columns are stored apart from numbers in a record: the slot of a text
+    // column among the table's text columns, -1 for other columns.
+    int textSlot(int field) const { return textSlots_[static_cast<size_t>(field)]; }
+    int textCount() const { return textCount_; }
+    bool isText(int field) const { return textSlot(field) >= 0; }
 
     // "Create Table [%s]([a] INTEGER, [b] TEXT(80))" exactly as shown in error messages.
     std::string createTableText() const;
@@ -78,6 +83,8 @@ private:
     std::vector<database_maker_field> fields_;
     std::vector<database_maker_index> indexes_;
     std::unordered_map<std::string, int> lookup_;  // lower-case name -> position
+    std::vector<int> textSlots_;
+    int textCount_ = 0;
 };
 
 // Holds the open database while the tables of a new project are created.

@@ -37,8 +37,9 @@ public:
     bool flag(int col) const { return number(col) == kBitTrue; }
     void setFlag(int col, bool on) { setNumber(col, on ? kBitTrue : 0.0); }
 
-    const std::string& text(int col) const { return texts_[static_cast<size_t>(col)]; }
-    void setText(int col, std::string value) { texts_[static_cast<size_t>(col)] = std::move(value); }
+    // Text columns only (isText(col)); kept compact because output rows have none.
+    const std::string& text(int col) const;
+    void setText(int col, std::string value);
 
     // By column name; reading an unknown name gives 0 / "", setting one returns false.
     double number(std::string_view name) const;
@@ -55,7 +56,7 @@ private:
     table_id table_;
     const database_maker_table* def_;
     std::vector<double> numbers_;
-    std::vector<std::string> texts_;
+    std::vector<std::string> texts_;  // one per text column, by textSlot()
 };
 
 }  // namespace sb

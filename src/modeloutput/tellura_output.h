@@ -1,0 +1,77 @@
+#pragma once
+// The values read back from a run, held per control record in memory and
+// stored in the output tables. Each kind is a row of its table; the key
+// columns (ID, Year, Month, Julian Day, Layer Number) are columns of the row.
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "db/table_record.h"
+
+namespace sb {
+
+class tellura_output : public table_record {
+public:
+    using table_record::table_record;
+    int32_t id() const { return integer(0); }
+    void setId(int32_t id) { setNumber(0, id); }
+};
+
+// End-of-run state, one row per control record (`Output`).
+class TelluraOutput : public tellura_output {
+public:
+    TelluraOutput() : tellura_output(table_id::output) {}
+};
+
+class TelluraOutputAnnual : public tellura_output {
+public:
+    TelluraOutputAnnual() : tellura_output(table_id::output_annual) {}
+    int year() const { return integer(1); }
+    void setYear(int year) { setNumber(1, year); }
+};
+
+class TelluraOutputMonthly : public tellura_output {
+public:
+    TelluraOutputMonthly() : tellura_output(table_id::output_monthly) {}
+    int year() const { return integer(1); }
+    int month() const { return integer(2); }
+    void setYearMonth(int year, int month) { setNumber(1, year); setNumber(2, month); }
+};
+
+class TelluraOutputDaily : public tellura_output {
+public:
+    TelluraOutputDaily() : tellura_output(table_id::output_daily) {}
+    int year() const { return integer(1); }
+    int julianDay() const { return integer(2); }
+    void setYearDay(int year, int day) { setNumber(1, year); setNumber(2, day); }
+};
+
+class TelluraOutputSoilLayer : public tellura_output {
+public:
+    TelluraOutputSoilLayer() : tellura_output(table_id::output_soil_layers) {}
+    int layerNumber() const { return integer(1); }
+};
+
+constexpr int kMonthlyBuckets = 200;  // monthly records are kept in lists by year modulo 200
+constexpr int kMaxOutputSoilLayers = 14;
+
+// All outputs of one control record, as the readers fill them.
+struct tellura_outputs {
+    TelluraOutput endOfRun;
+    bool hasEndOfRun = false;
+    std::vector<TelluraOutputAnnual> annual;
+    std::array<std::vector<TelluraOutputMonthly>, kMonthlyBuckets> monthly;
+    std::vector<TelluraOutputDaily> daily;
+    std::vector<TelluraOutputSoilLayer> soilLayers;
+
+    void clear();
+    bool empty() const;
+    // Find the record of a year (and month), or make one and add it.
+    TelluraOutputAnnual& annualFor(int year);
+    TelluraOutputMonthly& monthlyFor(int year, int month);
+    // Monthly records in year, month order (the buckets flattened).
+    std::vector<const TelluraOutputMonthly*> monthlyInOrder() const;
+    size_t monthlyCount() const;
+};
+
+}  // namespace sb
