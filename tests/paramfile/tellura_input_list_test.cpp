@@ -1,0 +1,298 @@
+// Reading and writing whole ".100" files: records, messages, bad input.
+#include "paramfile/tellura_input_list.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <unistd.h>
+
+#include "paramfile/field_setter.h"
+#include "paramfile/generic_tellura_input.h"
+#include "paramfile/value_line_writer.h"
+#include "test_support.h"
+
+namespace {
+
+using namespace sb;
+
+// A small record kind in the way the option lists define theirs.
+struct test_crop : tellura_input {
+    double prdx[3] = {0, 0, 0};
+    double fulcan = 0;
+    int32_t idx = 0;
+    uint16_t flag = 0;
+
+    bool setField(std::string_view fieldName, double value, std::string& errors) override {
+        field_setter set(fieldName, value, errors);
+        set.array1("PRDX", prdx, 3) || set.real("FULCAN", fulcan) || set.int32("IDX", idx) ||
+            set.boolean("FLAG", flag);
+        return set.found();
+    }
+    void writeValues(std::string& out, int version) const override {
+        writeArray1(out, prdx, 3, "PRDX");
+        writeReal(out, fulcan, "FULCAN");
+        if (version >= 4) writeLargeInt(out, idx, "IDX");
+        writeBoolean(out, flag, "FLAG");
+    }
+};
+
+using test_crop_list = tellura_input_list_of<test_crop>;
+
+struct imported {
+    import_counts counts;
+    std::string errors;
+    std::string status;
+};
+
+template <class List>
+imported importText(List& list, std::string_view text, const std::string& path = "crop.100") {
+    imported result;
+    result.counts = list.importText(text, path, result.errors, result.status);
+    return result;
+}
+
+TEST(TelluraInputList, ImportsRecordsQuotedNamesAndCrLf) {
+    test_crop_list list;
+    imported r = importText(list,
+                            "ANGR   Shortgrass steppe\r\n"
+                            "0.40000           'PRDX(1)'   \r\n"
+                            "0.5               PRDX(3)  anything after the name is not read\r\n"
+                            "100               'fulcan'\r\n"
+                            "KNZ\r\n"
+                            "1850.9            IDX\n"
+                            "1                 flag\n");
+    EXPECT_EQ(r.errors, "");
+    EXPECT_EQ(r.status, "Imported 2 records and updated 0 records from \"crop.100\".\n");
+    EXPECT_EQ(r.counts.imported, 2);
+    ASSERT_EQ(list.size(), 2u);
+    const test_crop& angr = list.recordAt(0);
+    EXPECT_EQ(angr.name, "ANGR");
+    EXPECT_EQ(angr.description, "Shortgrass steppe");
+    EXPECT_EQ(angr.prdx[0], 0.4);
+    EXPECT_EQ(angr.prdx[2], 0.5);
+    EXPECT_EQ(angr.fulcan, 100.0);
+    const test_crop& knz = list.recordAt(1);
+    EXPECT_EQ(knz.name, "KNZ");
+    EXPECT_EQ(knz.description, "");
+    EXPECT_EQ(knz.idx, 1850);
+    EXPECT_EQ(knz.flag, 65535);
+    EXPECT_EQ(list.find("knz"), &list.at(1));
+    EXPECT_EQ(list.find("KN"), nullptr);
+}
+
+TEST(TelluraInputList, ImportingTwiceUpdatesEveryRecord) {
+    test_crop_list list;
+    const char* text = "A1 first\n1 PRDX(1)\nB2 second\n2 PRDX(1)\n";
+    importText(list, text);
+    list.recordAt(0).prdx[0] = 99;
+    imported again = importText(list, text);
+    EXPECT_EQ(again.status, "Imported 0 records and updated 2 records from \"crop.100\".\n");
+    EXPECT_EQ(list.size(), 2u);
+    EXPECT_EQ(list.recordAt(0).prdx[0], 1.0);
+
+    // An update without a description keeps the old one.
+    importText(list, "a1\n5 fulcan\n");
+    EXPECT_EQ(list.recordAt(0).description, "first");
+    EXPECT_EQ(list.recordAt(0).fulcan, 5.0);
+}
+
+TEST(TelluraInputList, ValueLinesBeforeAnyHeader) {
+    test_crop_list list;
+    imported r = importText(list, "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n");
+    EXPECT_EQ(r.errors,
+              "Syntax error in cultivation parameter file.\n"
+              "Syntax error in cultivation parameter file.\n");
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list.recordAt(0).prdx[2], 3.0);
+}
+
+TEST(TelluraInputList, ValueLineWithoutNameAndUnknownNames) {
+    test_crop_list list;
+    imported r = importText(list, "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n");
+    EXPECT_EQ(r.errors,
+              "Syntax error, no field name, in cultivation parameter file.\n"
+              "Syntax error, no field name, in cultivation parameter file.\n"
+              "ERROR, exceeds array size: PRDX\n");
+    // "abc" starts with a letter: a new record, not a value.
+    EXPECT_EQ(r.counts.imported, 2);
+}
+
+TEST(TelluraInputList, LenientNumbers) {
+    test_crop_list list;
+    importText(list, "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n");
+    EXPECT_EQ(list.recordAt(0).prdx[0], 0.0);
+    EXPECT_EQ(list.recordAt(0).prdx[1], 0.0);
+    EXPECT_EQ(list.recordAt(0).prdx[2], -25.0);
+}
+
+TEST(TelluraInputList, EmptyOrBlankLineEndsTheImport) {
+    test_crop_list list;
+    imported r = importText(list, "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n");
+    EXPECT_EQ(r.counts.imported, 1);
+    EXPECT_EQ(list.size(), 1u);
+    test_crop_list blank;
+    r = importText(blank, "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n");
+    EXPECT_EQ(r.errors, "");
+    EXPECT_EQ(blank.size(), 1u);
+    test_crop_list none;
+    r = importText(none, "");
+    EXPECT_EQ(r.status, "Imported 0 records and updated 0 records from \"crop.100\".\n");
+}
+
+TEST(TelluraInputList, NameAndDescriptionLimits) {
+    test_crop_list list;
+    std::string desc80(80, 'd');
+    std::string desc81(81, 'e');
+    imported r = importText(list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n" +
+                                      "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list.recordAt(0).name, "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(list.recordAt(0).description, desc80);
+    EXPECT_EQ(r.counts.imported, 1);
+    EXPECT_EQ(r.counts.updated, 1);
+    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\n");
+}
+
+// A line longer than 131 characters is cut there and the rest is skipped:
+// the model's own files pad headers with hundreds of blanks.
+TEST(TelluraInputList, LongLinesAreCutAt131Characters) {
+    test_crop_list list;
+    std::string padded = "KNZ     Tallgrass" + std::string(600, ' ') + "\r\n";
+    std::string longValue = "7" + std::string(123, ' ') + "PRDX(1)" + "\n";  // exactly 131
+    std::string cutName = "8" + std::string(127, ' ') + "PRDX(2)" + "\n";    // cut to "PRD"
+    std::string tail = "0.5 PRDX(2)\n" + std::string(140, '9') + " PRDX(3)" + std::string(10000, 'x') + "\n";
+    imported r = importText(list, padded + longValue + cutName + tail);
+    // The 140-digit value fills the whole 131 characters: no name is left, and
+    // the x's after it are not read as a header of their own.
+    EXPECT_EQ(r.errors, "Syntax error, no field name, in cultivation parameter file.\n");
+    ASSERT_EQ(list.size(), 1u);
+    const test_crop& knz = list.recordAt(0);
+    EXPECT_EQ(knz.description, "Tallgrass");
+    EXPECT_EQ(knz.prdx[0], 7.0);
+    EXPECT_EQ(knz.prdx[1], 0.5);  // "PRD" matched nothing
+    EXPECT_EQ(knz.prdx[2], 0.0);  // the name lay beyond column 131
+    // A long description is still too long once cut.
+    test_crop_list other;
+    r = importText(other, "X " + std::string(10000, 'd') + "\n");
+    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nX\n");
+}
+
+TEST(TelluraInputList, BadFilesGiveMessages) {
+    sbtest::temp_dir dir;
+    test_crop_list list;
+    std::string errors, status;
+    import_counts counts = list.importFile(dir.file("missing.100"), errors, status);
+    EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.file("missing.100") + "\"\n");
+    EXPECT_EQ(status, "");
+    EXPECT_EQ(counts.imported + counts.updated, 0);
+
+    errors.clear();
+    list.importFile(dir.path(), errors, status);
+    EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.path() + "\"\n");
+
+    if (geteuid() != 0) {  // root reads any file
+        sbtest::writeFile(dir.file("locked.100"), "A\n1 PRDX(1)\n");
+        std::filesystem::permissions(dir.file("locked.100"), std::filesystem::perms::none);
+        errors.clear();
+        list.importFile(dir.file("locked.100"), errors, status);
+        EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.file("locked.100") + "\"\n");
+    }
+
+    sbtest::writeFile(dir.file("empty.100"), "");
+    errors.clear();
+    status.clear();
+    list.importFile(dir.file("empty.100"), errors, status);
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(status, "Imported 0 records and updated 0 records from \"" + dir.file("empty.100") + "\".\n");
+}
+
+TEST(TelluraInputList, BinaryGarbageAndHugeNamesNeverCrash) {
+    std::string garbage;
+    unsigned state = 12345;
+    for (int i = 0; i < 200000; ++i) {
+        state = state * 1103515245u + 12345u;
+        garbage += static_cast<char>(state >> 16);
+    }
+    generic_tellura_input_list list;
+    imported r = importText(list, garbage);
+    EXPECT_NE(r.status.find("Imported "), std::string::npos);
+    std::string out;
+    list.writeText(out, 4);  // writing back what was read must work too
+
+    generic_tellura_input_list names;
+    std::string name200(200, 'N');
+    r = importText(names, name200 + " desc\n1 " + name200 + "\n2 " + name200 + "(999999999999)\n");
+    ASSERT_EQ(names.size(), 1u);
+    EXPECT_EQ(names.at(0).name, std::string(20, 'N'));
+}
+
+TEST(TelluraInputList, WritesHeadersAndValuesInListOrder) {
+    test_crop_list list;
+    auto& a = static_cast<test_crop&>(list.add(std::make_unique<test_crop>()));
+    a.name = "AB";
+    a.description = "two letters";
+    a.prdx[1] = 0.25;
+    a.flag = 65535;
+    auto& b = static_cast<test_crop&>(list.add(std::make_unique<test_crop>()));
+    b.name = "LONGNAME";
+    b.idx = 12;
+    std::string out;
+    list.writeText(out, 4);
+    EXPECT_EQ(out,
+              "AB    two letters\n"
+              "0.00000        PRDX(1)\n0.25000        PRDX(2)\n0.00000        PRDX(3)\n"
+              "0.00000        FULCAN\n0              IDX\n1              FLAG\n"
+              "LONGNAME\n"
+              "0.00000        PRDX(1)\n0.00000        PRDX(2)\n0.00000        PRDX(3)\n"
+              "0.00000        FULCAN\n12             IDX\n0              FLAG\n");
+    std::string v3;
+    list.writeText(v3, 3);
+    EXPECT_EQ(v3.find("IDX"), std::string::npos);
+
+    sbtest::temp_dir dir;
+    std::string errors;
+    sbtest::writeFile(dir.file("crop.100"), "old contents that are longer than the new ones" + out);
+    EXPECT_TRUE(list.write(dir.file("crop.100"), errors, 4));
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(sbtest::readFile(dir.file("crop.100")), out);
+
+    // What was written reads back into the same values.
+    test_crop_list back;
+    std::string status;
+    back.importFile(dir.file("crop.100"), errors, status);
+    EXPECT_EQ(errors, "");
+    ASSERT_EQ(back.size(), 2u);
+    EXPECT_EQ(back.recordAt(0).description, "two letters");
+    EXPECT_EQ(back.recordAt(0).prdx[1], 0.25);
+    EXPECT_EQ(back.recordAt(1).idx, 12);
+
+    EXPECT_FALSE(list.write(dir.file("no/such/dir/crop.100"), errors, 4));
+    EXPECT_EQ(errors, "ERROR, unable to open file in tellura_input_list.write: " + dir.file("no/such/dir/crop.100"));
+}
+
+TEST(TelluraInputList, WriteFailureOnFullDevice) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
+    test_crop_list list;
+    for (int i = 0; i < 200; ++i) list.add(std::make_unique<test_crop>()).name = "R" + std::to_string(i);
+    std::string errors;
+    EXPECT_FALSE(list.write("/dev/full", errors, 4));
+    EXPECT_EQ(errors, "ERROR, unable to write file \"/dev/full\"\n");
+}
+
+TEST(GenericTelluraInput, KeepsEveryPairInFileOrder) {
+    generic_tellura_input_list list;
+    imported r = importText(list, "X     Fixed_values\n1.5 'b(1)'\n2 a\n3 B(1)\n");
+    EXPECT_EQ(r.errors, "");
+    ASSERT_EQ(list.size(), 1u);
+    const generic_tellura_input& x = list.recordAt(0);
+    ASSERT_EQ(x.values.size(), 2u);
+    EXPECT_EQ(x.values[0].name, "b(1)");
+    EXPECT_EQ(x.values[0].value, 3.0);
+    EXPECT_EQ(x.findValue("A")->value, 2.0);
+    EXPECT_EQ(x.findValue("c"), nullptr);
+    std::string out;
+    list.writeText(out, 4);
+    EXPECT_EQ(out, "X     Fixed_values\n3.00000        b(1)\n2.00000        a\n");
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+// The model reads its parameters by column: every byte of a value line matters.
+#include "paramfile/value_line_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace {
+
+using namespace sb;
+
+TEST(ValueLineWriter, ScalarKindsWithName) {
+    std::string out;
+    writeSmallInt(out, 3, "IDEF");
+    writeSmallInt(out, -12, "X");
+    writeBoolean(out, kTrue16, "FLAG");
+    writeBoolean(out, 1, "FLAG");  // only 65535 is true
+    writeSignedBoolean(out, kTrue16, "SB");
+    writeSignedBoolean(out, 0, "SB");
+    writeReal(out, 0.4, "PRDX(1)");
+    writeReal(out, -1234.567891, "big");
+    writeRealWidth(out, 2.5, 10, 2, "w");
+    writeRealWidth(out, 2.5, 6, 3, "w");
+    writeLargeInt(out, 1850, "STRTYR");
+    writeLargeIntShortGap(out, 42, "GAP");
+    EXPECT_EQ(out,
+              "3              IDEF\n"
+              "-12             X\n"
+              "1              FLAG\n"
+              "0              FLAG\n"
+              "1             SB\n"
+              "-1            SB\n"
+              "0.40000        PRDX(1)\n"
+              "-1234.56789     big\n"
+              "2.50           w\n"
+              "2.500      w\n"
+              "1850           STRTYR\n"
+              "42            GAP\n");
+}
+
+TEST(ValueLineWriter, NamesStartInColumn16ExceptTheShortGap) {
+    std::string line;
+    writeReal(line, 1.0, "abc");
+    EXPECT_EQ(line.find("abc"), 15u);
+    line.clear();
+    writeLargeInt(line, 7, "abc");
+    EXPECT_EQ(line.find("abc"), 15u);
+    line.clear();
+    writeSmallInt(line, 7, "abc");
+    EXPECT_EQ(line.find("abc"), 15u);
+    line.clear();
+    writeLargeIntShortGap(line, 7, "abc");
+    EXPECT_EQ(line.find("abc"), 14u);
+    line.clear();
+    writeSignedBoolean(line, 0, "abc");
+    EXPECT_EQ(line.find("abc"), 14u);
+}
+
+TEST(ValueLineWriter, BareForms) {
+    std::string out;
+    writeSmallInt(out, 5);
+    writeBoolean(out, kTrue16);
+    writeSignedBoolean(out, 7);
+    writeReal(out, 3.0);
+    writeRealWidth(out, 3.14159, 8, 3);
+    writeLargeInt(out, -99);
+    writeLargeIntShortGap(out, 12345678);
+    EXPECT_EQ(out, "5 \n1 \n-1\n3.00000   \n3.142   \n-99       \n12345678  \n");
+}
+
+TEST(ValueLineWriter, ArraysRowMajorAndColumn) {
+    const double one[3] = {1.0, 2.5, -3.0};
+    std::string out;
+    writeArray1(out, one, 3, "som1c");
+    EXPECT_EQ(out,
+              "1.00000        som1c(1)\n"
+              "2.50000        som1c(2)\n"
+              "-3.00000       som1c(3)\n");
+
+    const float two[6] = {11, 12, 13, 21, 22, 23};  // 2 rows x 3 columns
+    out.clear();
+    writeArray2(out, two, 2, 3, "m");
+    EXPECT_EQ(out,
+              "11.00000       m(1,1)\n12.00000       m(1,2)\n13.00000       m(1,3)\n"
+              "21.00000       m(2,1)\n22.00000       m(2,2)\n23.00000       m(2,3)\n");
+    out.clear();
+    writeArray2Column(out, two, 2, 3, 2, "m");
+    EXPECT_EQ(out, "12.00000       m(1,2)\n22.00000       m(2,2)\n");
+
+    const int16_t three[8] = {111, 112, 121, 122, 211, 212, 221, 222};  // 2 x 2 x 2
+    out.clear();
+    writeArray3(out, three, 2, 2, 2, "t");
+    EXPECT_EQ(out,
+              "111.00000      t(1,1,1)\n112.00000      t(1,1,2)\n121.00000      t(1,2,1)\n"
+              "122.00000      t(1,2,2)\n211.00000      t(2,1,1)\n212.00000      t(2,1,2)\n"
+              "221.00000      t(2,2,1)\n222.00000      t(2,2,2)\n");
+}
+
+TEST(ValueLineWriter, AppendsWithoutTouchingWhatIsThere) {
+    std::string out = "HEAD\n";
+    writeReal(out, 1.0, "a");
+    EXPECT_EQ(out, "HEAD\n1.00000        a\n");
+}
+
+}  // namespace
