@@ -1,0 +1,39 @@
+#pragma once
+// The stand-in's numbers. They are not simulated: they are simple formulas of
+// the inputs (soil clay, fertilizer, the crop's production) and the time, so
+// that tests can tell different set-ups and different output times apart.
+#include "run_inputs.h"
+
+#include <string>
+#include <vector>
+
+namespace standin {
+
+struct output_time {
+    float time = 0;      // as the model writes it: year + month / 12, two decimals
+    int blockIndex = 0;  // 0-based
+    bool monthly = false;
+};
+
+// The output times of every block: annual blocks give one time per year
+// (year.00); monthly blocks one per output interval from January of their
+// first output year; each block's times end with the first one at or after
+// its last year, which is where the readers start the next block.
+std::vector<output_time> outputTimes(const schedule_file& schedule);
+
+class standin_values {
+public:
+    explicit standin_values(const run_inputs& inputs);
+    // The value of one output variable (names as the model spells them).
+    double value(const std::string& name, const output_time& when) const;
+    double precipitation(int year) const;  // cm per year
+    double fertilizerUpTo(int year) const;  // cumulative N, g/m2
+
+private:
+    double cropProduction(int blockIndex) const;  // the block's crop PRDX(1)
+
+    const run_inputs& inputs_;
+    double clay_;
+};
+
+}  // namespace standin

@@ -1,0 +1,88 @@
+#include "test_modes.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+namespace standin {
+namespace {
+
+[[noreturn]] void sleepForever() {
+    for (;;) pause();
+}
+
+// Hang mode also starts a helper process that sleeps, so that a time-out
+// must end the whole process group, not only the stand-in.
+[[noreturn]] void hang() {
+    pid_t helper = fork();
+    if (helper == 0) sleepForever();
+    std::printf("stand-in model: hang mode, helper process %d\n", static_cast<int>(helper));
+    std::fflush(stdout);
+    sleepForever();
+}
+
+[[noreturn]] void crash(int signal) {
+    std::printf("stand-in model: crash mode\n");
+    std::fflush(stdout);
+    std::signal(signal, SIG_DFL);  // no sanitizer or runtime handler in between
+    std::raise(signal);
+    std::abort();
+}
+
+void printHuge() {
+    const char* megabytes = std::getenv("SB_STANDIN_HUGE_MB");
+    long bytes = (megabytes ? std::atol(megabytes) : 4) * 1024L * 1024L;
+    long line = 0;
+    for (long written = 0; written < bytes; ++line)
+        written += std::printf("stand-in model console line %09ld of a huge output\n", line);
+}
+
+}  // namespace
+
+bool parseMode(const std::string& text, test_mode& mode) {
+    static const struct {
+        const char* name;
+        mode_kind kind;
+    } kModes[] = {{"normal", mode_kind::normal}, {"hang", mode_kind::hang},
+                  {"crash", mode_kind::crash},   {"crash=abort", mode_kind::crashAbort},
+                  {"silent", mode_kind::silent}, {"error", mode_kind::error},
+                  {"garbage", mode_kind::garbage}, {"huge", mode_kind::huge}};
+    for (const auto& entry : kModes)
+        if (text == entry.name) {
+            mode.kind = entry.kind;
+            return true;
+        }
+    if (text.rfind("slow=", 0) == 0) {
+        mode.kind = mode_kind::slow;
+        mode.slowSeconds = std::atoi(text.c_str() + 5);
+        return mode.slowSeconds >= 0;
+    }
+    return false;
+}
+
+void runModeBeforeWork(const test_mode& mode) {
+    switch (mode.kind) {
+    case mode_kind::hang: hang();
+    case mode_kind::crash: crash(SIGSEGV);
+    case mode_kind::crashAbort: crash(SIGABRT);
+    case mode_kind::slow: sleep(static_cast<unsigned>(mode.slowSeconds)); break;
+    case mode_kind::huge: printHuge(); break;
+    default: break;
+    }
+}
+
+void spoilFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream bytes;
+    bytes << in.rdbuf();
+    in.close();
+    std::string content = bytes.str();
+    content.resize(content.size() / 2);
+    for (size_t i = 1; i < content.size(); i += 97) content[i] = static_cast<char>(~content[i]);
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+}
+
+}  // namespace standin
