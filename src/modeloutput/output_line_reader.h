@@ -1,0 +1,43 @@
+#pragma once
+// Line-by-line reading of the model's text outputs. Lines are read whole, however
+// long: the model's own readers used fixed buffers (256 to 2048 characters) that
+// split a long line into pieces which were then misread as further rows; a whole
+// line is either parsed correctly by its fixed ranges or reported. The line end
+// (LF or CR LF; files written on Windows keep their CR) is not part of the text.
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace sb {
+
+class output_line_reader {
+public:
+    output_line_reader() = default;
+    ~output_line_reader();
+    output_line_reader(const output_line_reader&) = delete;
+    output_line_reader& operator=(const output_line_reader&) = delete;
+
+    bool open(const std::string& path);
+    bool isOpen() const { return file_ != nullptr; }
+    void close();
+
+    // False at the end of the file. A last line without a line end still counts.
+    // The line stays valid until the next call.
+    bool next();
+    std::string_view line() const { return line_; }
+    // The length the model's reader saw: the text plus one for the line end, if any.
+    size_t lengthAsRead() const { return line_.size() + (hadLineEnd_ ? 1 : 0); }
+    long lineNumber() const { return lineNumber_; }
+    long long bytesRead() const { return bytes_; }
+
+private:
+    std::FILE* file_ = nullptr;
+    char* buffer_ = nullptr;
+    size_t capacity_ = 0;
+    std::string_view line_;
+    bool hadLineEnd_ = false;
+    long lineNumber_ = 0;
+    long long bytes_ = 0;
+};
+
+}  // namespace sb

@@ -1,0 +1,116 @@
+#include "modeloutput/output_variable_set.h"
+
+#include <cstdio>
+#include <filesystem>
+
+#include "app/text_format.h"
+#include "modeloutput/list_file_layout.h"
+#include "modeloutput/output_value_parse.h"
+#include "records/tellura_control_record.h"
+
+namespace sb {
+
+namespace {
+std::vector<output_column_definition> definitionsOf(const std::vector<std::string>& names) {
+    std::vector<output_column_definition> list;
+    list.reserve(names.size());
+    for (const auto& name : names) list.emplace_back(name);
+    return list;
+}
+
+const std::vector<output_column_definition>& noDefinitions() {
+    static const std::vector<output_column_definition> none;
+    return none;
+}
+
+bool validSlot(int versionIndex) { return versionIndex >= 1 && versionIndex <= output_variable_set::kVersionSlots; }
+}  // namespace
+
+output_variable_set::output_variable_set() {
+    main_[2 - 1] = definitionsOf(outputListA());
+    main_[3 - 1] = definitionsOf(outputListB());
+    main_[4 - 1] = definitionsOf(outputListC());
+    extra_[4 - 1] = definitionsOf(outputListD());
+    main_[5 - 1] = main_[3 - 1];  // version 4.6 asks for the same variables as 4.5
+}
+
+std::vector<output_column_definition>& output_variable_set::mainList(int versionIndex) {
+    static std::vector<output_column_definition> scratch;
+    if (!validSlot(versionIndex)) return scratch = {};
+    return main_[static_cast<size_t>(versionIndex - 1)];
+}
+
+std::vector<output_column_definition>& output_variable_set::extraList(int versionIndex) {
+    static std::vector<output_column_definition> scratch;
+    if (!validSlot(versionIndex)) return scratch = {};
+    return extra_[static_cast<size_t>(versionIndex - 1)];
+}
+
+const std::vector<output_column_definition>& output_variable_set::mainList(int versionIndex) const {
+    return validSlot(versionIndex) ? main_[static_cast<size_t>(versionIndex - 1)] : noDefinitions();
+}
+
+const std::vector<output_column_definition>& output_variable_set::extraList(int versionIndex) const {
+    return validSlot(versionIndex) ? extra_[static_cast<size_t>(versionIndex - 1)] : noDefinitions();
+}
+
+bool output_variable_set::extraListWanted(int versionIndex, const tellura_control_record& record) {
+    if (versionIndex == 4) return true;
+    for (const auto& block : record.blocks)
+        if (block.outputInterval < 12.0f) return true;
+    return false;
+}
+
+bool output_variable_set::writeRequestFile(const std::string& runDirectory,
+                                           const tellura_control_record& record,
+                                           std::string& errors) const {
+    std::string path = (std::filesystem::path(runDirectory) / "sb_outvars.txt").string();
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (!file) {
+        appendf(errors, "ERROR, can't open outvars file \"%s\".\n", path.c_str());
+        return false;
+    }
+    bool ok = true;
+    auto writeList = [&](const std::vector<output_column_definition>& list) {
+        for (const auto& definition : list)
+            ok = std::fprintf(file, "%s\n", definition.name.c_str()) >= 0 && ok;
+    };
+    writeList(mainList(current_));
+    if (extraListWanted(current_, record)) writeList(extraList(current_));
+    ok = std::fclose(file) == 0 && ok;
+    if (!ok) appendf(errors, "ERROR, can't write outvars file \"%s\".\n", path.c_str());
+    return ok;
+}
+
+void output_variable_set::resetColumns() {
+    for (auto* lists : {&main_, &extra_})
+        for (auto& list : *lists)
+            for (auto& definition : list) definition.column = -1;
+}
+
+bool output_variable_set::matchName(definition_list& list, std::string_view name, int column) {
+    bool found = false;
+    for (auto& definition : list)
+        if (iequals(definition.name, name)) {
+            definition.column = column;
+            found = true;
+        }
+    return found;
+}
+
+void output_variable_set::matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted,
+                                      std::string& errors) {
+    list_file_layout layout = list_file_layout::forVersion(current_);
+    int columns = layout.columnCount(lengthAsRead);
+    for (int i = 0; i < columns; ++i) {
+        size_t first = layout.headerFirst(i);
+        std::string_view name = trim(fieldRange(header, first, first + layout.pitch - 1));
+        bool found = matchName(mainList(current_), name, i);
+        if (extraWanted && matchName(extraList(current_), name, i)) found = true;
+        if (!found)
+            appendf(errors, "WARNING, LIS file column %d name not requested: \"%s\".\n", i + 1,
+                    std::string(name).c_str());
+    }
+}
+
+}  // namespace sb

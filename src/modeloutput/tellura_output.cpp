@@ -1,0 +1,65 @@
+#include "modeloutput/tellura_output.h"
+
+#include <algorithm>
+
+namespace sb {
+
+namespace {
+// Years before 0 can come from a broken file; keep the bucket index in range.
+size_t bucketOf(int year) {
+    int b = year % kMonthlyBuckets;
+    return static_cast<size_t>(b < 0 ? b + kMonthlyBuckets : b);
+}
+}  // namespace
+
+void tellura_outputs::clear() {
+    endOfRun.clear();
+    hasEndOfRun = false;
+    annual.clear();
+    for (auto& bucket : monthly) bucket.clear();
+    daily.clear();
+    soilLayers.clear();
+}
+
+bool tellura_outputs::empty() const {
+    return !hasEndOfRun && annual.empty() && monthlyCount() == 0 && daily.empty() &&
+           soilLayers.empty();
+}
+
+TelluraOutputAnnual& tellura_outputs::annualFor(int year) {
+    // Readers go through the years in order, so the wanted record is almost always
+    // the last one; searching from the back keeps a long run linear.
+    for (auto it = annual.rbegin(); it != annual.rend(); ++it)
+        if (it->year() == year) return *it;
+    annual.emplace_back();
+    annual.back().setYear(year);
+    return annual.back();
+}
+
+TelluraOutputMonthly& tellura_outputs::monthlyFor(int year, int month) {
+    auto& bucket = monthly[bucketOf(year)];
+    for (auto it = bucket.rbegin(); it != bucket.rend(); ++it)
+        if (it->year() == year && it->month() == month) return *it;
+    bucket.emplace_back();
+    bucket.back().setYearMonth(year, month);
+    return bucket.back();
+}
+
+std::vector<const TelluraOutputMonthly*> tellura_outputs::monthlyInOrder() const {
+    std::vector<const TelluraOutputMonthly*> out;
+    out.reserve(monthlyCount());
+    for (const auto& bucket : monthly)
+        for (const auto& record : bucket) out.push_back(&record);
+    std::stable_sort(out.begin(), out.end(), [](const auto* a, const auto* b) {
+        return a->year() != b->year() ? a->year() < b->year() : a->month() < b->month();
+    });
+    return out;
+}
+
+size_t tellura_outputs::monthlyCount() const {
+    size_t n = 0;
+    for (const auto& bucket : monthly) n += bucket.size();
+    return n;
+}
+
+}  // namespace sb
