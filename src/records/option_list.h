@@ -5,28 +5,68 @@
 // differs between members is data (a member table), not code.
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "db/table_record.h"
 #include "paramfile/tellura_input.h"
 #include "paramfile/tellura_input_list.h"
+#include "records/option_member.h"
+#include "records/option_record.h"
 
 namespace sb {
 
-enum class option_kind : int { crop, cultivation, fertilizer, fire, graze, harvest, irrigation, omad, tree, tree_removal, count };
-constexpr int kOptionKindCount = static_cast<int>(option_kind::count);
+class database;
 
-struct option_member {
-    option_kind kind;
-    table_id table;
-    const char* cliName;       // "crop", "cult", "fert", "fire", "graz", "harv", "irri", "omad", "tree", "trem"
-    const char* exportFile;    // default export name, e.g. "crop.100", "graze.100"
-    const char* runFile;       // name in a run directory, e.g. "graz.100"
-    const char* fileFilter;    // "Crop File (*.100)\n*.100\nAll Files (*.*)\n*.*"
-    const char* saveErrorTitle;
-    bool crlfSessionMessage;   // "\r\n" ending of the session message for all but crops
+class option_list : public tellura_input_list {
+public:
+    explicit option_list(option_kind kind) : kind_(kind) {}
+
+    option_kind kind() const { return kind_; }
+    const option_member& member() const { return optionMember(kind_); }
+
+    // Records are made by makeRecord(), so every one is an option record of this member.
+    option_record& recordAt(size_t index) { return static_cast<option_record&>(at(index)); }
+    const option_record& recordAt(size_t index) const { return static_cast<const option_record&>(at(index)); }
+    option_record* findRecord(std::string_view name) { return static_cast<option_record*>(find(name)); }
+    const option_record* findRecord(std::string_view name) const {
+        return static_cast<const option_record*>(find(name));
+    }
+    bool contains(std::string_view name) const { return find(name) != nullptr; }
+    // A new empty record of this member, appended under the name.
+    option_record& addRecord(std::string name);
+
+    // Replaces the member's table with this list: one session, the table
+    // emptied, then every record inserted in list order. The first insert
+    // that fails stops the save (the records after it are not saved).
+    bool saveToDatabase(database& db, std::string& errors) const;
+    // Replaces this list with the rows of the member's table, in table order.
+    bool loadFromDatabase(database& db, std::string& errors);
+
+private:
+    option_kind kind_;
 };
-const option_member& optionMember(option_kind kind);
-// nullptr when the name is not a member's short name.
-const option_member* optionMemberByCliName(std::string_view name);
+
+// The list of one member: its factory makes that member's record type.
+template <option_kind Kind>
+class option_list_of final : public option_list {
+public:
+    using record_type = option_record_of<Kind>;
+    option_list_of() : option_list(Kind) {}
+    std::unique_ptr<tellura_input> makeRecord() const override { return std::make_unique<record_type>(); }
+};
+
+using list_tellura_crops = option_list_of<option_kind::crop>;
+using tellura_cultivation_list = option_list_of<option_kind::cultivation>;
+using tellura_fertilizer_list = option_list_of<option_kind::fertilizer>;
+using tellura_fire_list = option_list_of<option_kind::fire>;
+using list_tellura_graze = option_list_of<option_kind::graze>;
+using tellura_harvest_list = option_list_of<option_kind::harvest>;
+using tellura_irrigation_list = option_list_of<option_kind::irrigation>;
+using tellura_omad_list = option_list_of<option_kind::omad>;
+using tellura_tree_list = option_list_of<option_kind::tree>;
+using tellura_tree_removal_list = option_list_of<option_kind::tree_removal>;
+
+// An empty list of the member's kind.
+std::unique_ptr<option_list> makeOptionList(option_kind kind);
 
 }  // namespace sb

@@ -1,0 +1,42 @@
+#pragma once
+// All ten option lists of a project, as the run and the event checks need
+// them: loaded together, found by kind, asked whether they hold a name, and
+// written to (or read from) a run directory under the model's file names.
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "records/option_list.h"
+
+namespace sb {
+
+class database;
+
+class option_lists {
+public:
+    option_lists();
+
+    option_list& list(option_kind kind) { return *lists_.at(static_cast<size_t>(kind)); }
+    const option_list& list(option_kind kind) const { return *lists_.at(static_cast<size_t>(kind)); }
+
+    // Every list from its table; a list that fails does not stop the others.
+    bool loadAll(database& db, std::string& errors);
+    // Does list `kind` hold an option of this name (case ignored)?
+    bool contains(option_kind kind, std::string_view name) const { return list(kind).contains(name); }
+    option_record* find(option_kind kind, std::string_view name) { return list(kind).findRecord(name); }
+    const option_record* find(option_kind kind, std::string_view name) const {
+        return list(kind).findRecord(name);
+    }
+
+    // The ten files of a run directory ("crop.100", ..., "graz.100", ...) for the version.
+    bool writeRunFiles(const std::string& directory, int version, std::string& errors) const;
+    // Reads whichever of the ten run-directory files exist in the folder into
+    // the lists; a missing file is skipped without a message.
+    void importRunFiles(const std::string& directory, std::string& errors, std::string& status);
+
+private:
+    std::array<std::unique_ptr<option_list>, kOptionKindCount> lists_;
+};
+
+}  // namespace sb

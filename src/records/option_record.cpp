@@ -1,0 +1,94 @@
+#include "records/option_record.h"
+
+#include <cmath>
+
+#include "db/database_maker.h"
+#include "paramfile/field_setter.h"
+#include "paramfile/value_line_writer.h"
+#include "records/option_layout.h"
+
+namespace sb {
+
+namespace {
+
+constexpr int kNameColumn = 0;
+constexpr int kDescriptionColumn = 1;
+
+bool isByte(int type) { return type == kTypeByte || type == kTypeByteSigned; }
+
+// Where the array element named by the line lives: nullptr when the line names
+// no element of ours (unknown name, or a subscript out of range, which the
+// setter has already reported).
+const std::vector<int>* locateElement(const option_array_field& field, field_setter& setter) {
+    int index = field_setter::kNoMatch;
+    switch (field.subscripts) {
+    case 1: index = setter.locate1(field.name, field.dims[0]); break;
+    case 2: index = setter.locate2(field.name, field.dims[0], field.dims[1]); break;
+    case 3: index = setter.locate3(field.name, field.dims[0], field.dims[1], field.dims[2], false, 0); break;
+    default: break;
+    }
+    if (index < 0) return nullptr;
+    return &field.elements[static_cast<size_t>(index)];
+}
+
+}  // namespace
+
+option_record::option_record(option_kind kind) : table_record(optionMember(kind).table), kind_(kind) {}
+
+bool option_record::setField(std::string_view fieldName, double value, std::string& errors) {
+    const option_layout& layout = option_layout::of(kind_);
+    const std::vector<int>* columns = nullptr;
+    size_t open = fieldName.find('(');
+    if (open == std::string_view::npos) {
+        columns = layout.scalarColumns(fieldName);
+    } else if (const option_array_field* field = layout.arrayField(fieldName.substr(0, open))) {
+        field_setter setter(fieldName, value, errors);
+        columns = locateElement(*field, setter);
+        if (!columns && setter.found()) return true;  // ours, but out of range: reported
+    }
+    if (!columns || columns->empty()) return false;
+    for (int column : *columns) store(column, value);
+    return true;
+}
+
+// Values are kept as their columns hold them: bytes truncated toward zero
+// (and kept within 0..255 so that saving cannot fail on them), yes/no as all
+// bits set for any value but 0.
+void option_record::store(int column, double value) {
+    int type = def().fields()[static_cast<size_t>(column)].type;
+    if (type == kTypeBit) {
+        setFlag(column, value != 0.0);
+    } else if (isByte(type)) {
+        double whole = std::isnan(value) ? 0.0 : std::trunc(value);
+        setNumber(column, std::fmin(255.0, std::fmax(0.0, whole)));
+    } else {
+        setNumber(column, value);
+    }
+}
+
+void option_record::writeValues(std::string& out, int version) const {
+    for (const option_line& line : option_layout::of(kind_).lines(version)) {
+        int type = def().fields()[static_cast<size_t>(line.column)].type;
+        if (type == kTypeBit)
+            writeBoolean(out, flag(line.column) ? kTrue16 : kFalse16, line.name);
+        else if (isByte(type))
+            writeSmallInt(out, integer(line.column), line.name);
+        else
+            writeReal(out, static_cast<double>(single(line.column)), line.name);
+    }
+}
+
+void option_record::fromRow(const table_record& row) {
+    static_cast<table_record&>(*this) = row;
+    name = text(kNameColumn);
+    description = text(kDescriptionColumn);
+}
+
+table_record option_record::toRow() const {
+    table_record row = *this;
+    row.setText(kNameColumn, name);
+    row.setText(kDescriptionColumn, description);
+    return row;
+}
+
+}  // namespace sb

@@ -1,0 +1,61 @@
+#pragma once
+// One management option (a crop, a cultivation, a fertilizer, ...): a row of
+// its member's table that also reads and writes its ".100" record. All ten
+// record kinds are this one class; the member's layout decides the rest.
+#include <string>
+#include <string_view>
+
+#include "db/table_record.h"
+#include "paramfile/tellura_input.h"
+#include "records/option_member.h"
+
+namespace sb {
+
+class option_record : public table_record, public tellura_input {
+public:
+    explicit option_record(option_kind kind);
+
+    option_kind kind() const { return kind_; }
+    const option_member& member() const { return optionMember(kind_); }
+
+    // A value line of a ".100" file: every name any version writes, the
+    // table's own column names and the member's aliases, case ignored.
+    // Subscripts beyond the array give "ERROR, exceeds array size: ..." in the
+    // form of the name's subscript count; names of no parameter return false.
+    bool setField(std::string_view fieldName, double value, std::string& errors) override;
+    // The version's value lines; nothing for codes outside 1..6.
+    void writeValues(std::string& out, int version) const override;
+
+    // The parameter value by column name (case ignored); 0 when there is none.
+    double value(std::string_view column) const { return number(column); }
+
+    // Rows carry Name and Description as columns; in memory they are the
+    // record's name and description. These two move between the forms.
+    void fromRow(const table_record& row);
+    table_record toRow() const;
+
+private:
+    void store(int column, double value);
+
+    option_kind kind_;
+};
+
+// The record type of one member, so that each list makes records of its kind.
+template <option_kind Kind>
+class option_record_of final : public option_record {
+public:
+    option_record_of() : option_record(Kind) {}
+};
+
+using TelluraCrops = option_record_of<option_kind::crop>;
+using TelluraCultivation = option_record_of<option_kind::cultivation>;
+using TelluraFertilizer = option_record_of<option_kind::fertilizer>;
+using TelluraFire = option_record_of<option_kind::fire>;
+using TelluraGraze = option_record_of<option_kind::graze>;
+using TelluraHarvest = option_record_of<option_kind::harvest>;
+using TelluraIrrigation = option_record_of<option_kind::irrigation>;
+using TelluraOmad = option_record_of<option_kind::omad>;
+using TelluraTree = option_record_of<option_kind::tree>;
+using TelluraTreeRemoval = option_record_of<option_kind::tree_removal>;
+
+}  // namespace sb
