@@ -1,0 +1,95 @@
+#include "app/configuration_form.h"
+
+#include <cctype>
+
+#include "app/text_format.h"
+
+namespace sb {
+
+configuration_form::configuration_form(app_soilbench& settings)
+    : recordList(settings.recordList),
+      runVisible(settings.runVisible),
+      runTimeoutText(std::to_string(settings.runTimeout)),
+      outputPath(settings.outputPath),
+      outputPrefix(settings.outputPrefix),
+      readBinaryOutput(settings.readBinaryOutput),
+      settings_(settings),
+      helpFileText_(settings.helpFile),
+      openedModelPaths_(settings.modelExecutables),
+      openedList100Paths_(settings.list100Executables) {
+    for (int code = 1; code <= kOfferedVersions; ++code) {
+        std::string name = versionDisplayName(code);
+        versionChoices_.push_back(name);
+        rows_.push_back({strprintf("%s executable", name.c_str()), code, false, false});
+        rows_.push_back({strprintf("%s LIST100 executable", name.c_str()), code, true, false});
+    }
+    int index = settings.version - 1;
+    selectedIndex_ = index >= 0 && index < kOfferedVersions ? index : 0;
+    markRows();
+}
+
+void configuration_form::selectVersion(int index) {
+    if (index < 0 || index >= kOfferedVersions) return;
+    selectedIndex_ = index;
+    markRows();
+}
+
+void configuration_form::markRows() {
+    for (location_row& row : rows_) row.marked = row.code == selectedIndex_ + 1;
+}
+
+std::string& configuration_form::rowField(const location_row& row) const {
+    auto& paths = row.list100 ? settings_.list100Executables : settings_.modelExecutables;
+    return paths[row.code - 1];
+}
+
+std::string configuration_form::rowPath(int row) const {
+    if (row < 0 || row >= static_cast<int>(rows_.size())) return {};
+    return rowField(rows_[row]);
+}
+
+void configuration_form::editRowPath(int row, const std::string& path) {
+    if (row < 0 || row >= static_cast<int>(rows_.size())) return;
+    rowField(rows_[row]) = path;
+}
+
+void configuration_form::chooseHelpFile(const std::string& path) {
+    settings_.helpFile = path;
+    helpFileText_ = path;
+}
+
+bool configuration_form::accept(std::string& errors) {
+    uint32_t timeout = 0;
+    if (!parseRunTimeout(runTimeoutText, timeout)) {
+        appendf(errors, "Please enter an integer between 0 and %u.\n", kMaxRunTimeout);
+        return false;
+    }
+    settings_.version = static_cast<int16_t>(selectedIndex_ + 1);
+    settings_.readBinaryOutput = readBinaryOutput;
+    settings_.outputPrefix = outputPrefix;
+    settings_.outputPath = outputPath;
+    settings_.recordList = recordList;
+    settings_.runVisible = runVisible;
+    settings_.runTimeout = timeout;
+    return true;
+}
+
+void configuration_form::cancel() {
+    settings_.modelExecutables = openedModelPaths_;
+    settings_.list100Executables = openedList100Paths_;
+}
+
+bool parseRunTimeout(const std::string& text, uint32_t& timeout) {
+    std::string_view digits = trim(text);
+    if (digits.empty() || digits.size() > 7) return false;
+    uint32_t value = 0;
+    for (char c : digits) {
+        if (!std::isdigit(static_cast<unsigned char>(c))) return false;
+        value = value * 10 + static_cast<uint32_t>(c - '0');
+    }
+    if (value > kMaxRunTimeout) return false;
+    timeout = value;
+    return true;
+}
+
+}  // namespace sb

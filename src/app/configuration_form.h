@@ -1,0 +1,89 @@
+#pragma once
+// What the "Configuration" dialog shows and does, without any widget: the
+// desktop dialog only mirrors this object.
+//
+// - The version drop-down and the executable locations list offer versions 1
+//   to 5. Version 6 ("Tellura 5") is never offered; it can be chosen only by
+//   editing the profile. When the current version is not offered, the
+//   drop-down starts on its first entry, so what the user sees is what OK
+//   stores.
+// - Two location rows per version: "%s executable" and "%s LIST100 executable";
+//   the rows of the version selected in the drop-down are marked.
+// - Editing a row's path changes that version's executable field at once;
+//   Cancel puts back the paths the dialog opened with.
+// - Choosing a help file (filter "*.mdb") sets the help file at once; Cancel
+//   does not undo that.
+// - OK copies version, binary output, output prefix and path, record list,
+//   visible console and run timeout back; Cancel changes none of them. A run
+//   timeout that is not an integer from 0 to 5000000 refuses OK.
+#include <array>
+#include <string>
+#include <vector>
+
+#include "app/app_soilbench.h"
+
+namespace sb {
+
+class configuration_form {
+public:
+    static constexpr int kOfferedVersions = 5;
+    static constexpr const char* kTitle = "Configuration";
+    static constexpr const char* kHelpFileFilter = "*.mdb";
+
+    struct location_row {
+        std::string label;  // "Tellura 4.5 executable", "Tellura 4.5 LIST100 executable"
+        int code;           // version code, 1..5
+        bool list100;       // the LIST100 row of the version
+        bool marked;        // belongs to the version selected in the drop-down
+    };
+
+    explicit configuration_form(app_soilbench& settings);
+
+    // The drop-down: display names of versions 1..5.
+    const std::vector<std::string>& versionChoices() const { return versionChoices_; }
+    int selectedVersionIndex() const { return selectedIndex_; }
+    // Selects a drop-down entry and re-marks the location rows; an index
+    // outside the list is ignored.
+    void selectVersion(int index);
+
+    const std::vector<location_row>& locationRows() const { return rows_; }
+    // The path a row is bound to ("" for a row number outside the list).
+    std::string rowPath(int row) const;
+    // The list's "Edit" button: the new path lands in the row's version field.
+    void editRowPath(int row, const std::string& path);
+
+    // The help file "Edit" button's chooser accepted `path`.
+    void chooseHelpFile(const std::string& path);
+    const std::string& helpFileText() const { return helpFileText_; }
+
+    // The editable controls, filled from the settings.
+    bool recordList;
+    bool runVisible;
+    std::string runTimeoutText;
+    std::string outputPath;
+    std::string outputPrefix;
+    bool readBinaryOutput;
+
+    // False, with the validation message in `errors`, when the dialog must
+    // stay open; otherwise the settings take the dialog's values.
+    bool accept(std::string& errors);
+    void cancel();
+
+private:
+    std::string& rowField(const location_row& row) const;
+    void markRows();
+
+    app_soilbench& settings_;
+    std::vector<std::string> versionChoices_;
+    std::vector<location_row> rows_;
+    int selectedIndex_ = 0;
+    std::string helpFileText_;
+    std::array<std::string, kVersionCount> openedModelPaths_;
+    std::array<std::string, kVersionCount> openedList100Paths_;
+};
+
+// The run timeout as typed: true with the value when it is an integer from 0
+// to 5000000 (blanks around it allowed).
+bool parseRunTimeout(const std::string& text, uint32_t& timeout);
+
+}  // namespace sb

@@ -1,0 +1,263 @@
+// Settings: defaults, every profile key in its order and section, the INI
+// file round trip, the version lookups and the Linux path rule.
+#include "app/app_soilbench.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "app/ini_settings_store.h"
+#include "app/settings_store.h"
+#include "test_support.h"
+
+namespace {
+
+using namespace sb;
+
+// Remembers every access in order and serves reads from a map.
+class recording_store : public settings_store {
+public:
+    std::vector<std::string> log;
+    std::map<std::string, std::string> values;  // "Section/Key" -> text
+
+    bool readInt(std::string_view section, std::string_view key, long long& value) override {
+        log.push_back("read " + full(section, key));
+        auto it = values.find(full(section, key));
+        if (it == values.end()) return false;
+        value = std::stoll(it->second);
+        return true;
+    }
+    bool readString(std::string_view section, std::string_view key, std::string& value) override {
+        log.push_back("read " + full(section, key));
+        auto it = values.find(full(section, key));
+        if (it == values.end()) return false;
+        value = it->second;
+        return true;
+    }
+    void writeInt(std::string_view section, std::string_view key, long long value) override {
+        log.push_back("write " + full(section, key));
+        values[full(section, key)] = std::to_string(value);
+    }
+    void writeString(std::string_view section, std::string_view key, std::string_view value) override {
+        log.push_back("write " + full(section, key));
+        values[full(section, key)] = std::string(value);
+    }
+    void remove(std::string_view section, std::string_view key) override { values.erase(full(section, key)); }
+    bool flush(std::string&) override { return true; }
+
+private:
+    static std::string full(std::string_view section, std::string_view key) {
+        return std::string(section) + "/" + std::string(key);
+    }
+};
+
+std::vector<std::string> executableKeys(const std::string& verb) {
+    std::vector<std::string> keys;
+    for (const char* name : {"Tellura 4 Agricultural", "Tellura 4 Original", "Tellura 4.5", "Diurna 4.5",
+                             "Tellura 4.6", "Tellura 5"}) {
+        keys.push_back(verb + " Files/" + name);
+        keys.push_back(verb + " Files/" + std::string(name) + " LIST100");
+    }
+    return keys;
+}
+
+std::vector<std::string> dailyKeys(const std::string& verb) {
+    std::vector<std::string> keys;
+    for (int i = 1; i <= 28; ++i) keys.push_back(verb + " Settings/Outfile" + std::to_string(i));
+    for (const char* key : {"SaveDailyFirstYear", "SaveDailyLastYear", "ReadBinaryOutput", "Jobs"})
+        keys.push_back(verb + " Settings/" + key);
+    return keys;
+}
+
+void append(std::vector<std::string>& to, const std::vector<std::string>& more) {
+    to.insert(to.end(), more.begin(), more.end());
+}
+
+TEST(AppSoilbench, FreshDefaults) {
+    app_soilbench app("/nonexistent/profile.ini");
+    EXPECT_TRUE(app.runVisible);
+    EXPECT_TRUE(app.recordList);
+    EXPECT_EQ(app.runTimeout, 250000u);
+    EXPECT_EQ(app.version, 1);
+    EXPECT_FALSE(app.readBinaryOutput);
+    EXPECT_EQ(app.saveDailyFirstYear, 1);
+    EXPECT_EQ(app.saveDailyLastYear, 1);
+    EXPECT_EQ(app.helpFile, "SoilbenchHelp.csv");
+    EXPECT_EQ(app.outputPath, "c:\\TelluraOutput\\");
+    EXPECT_EQ(app.outputPrefix, "sb");
+    EXPECT_EQ(app.jobs, 1);
+    EXPECT_EQ(app.binaryLayouts, "");
+    std::vector<int> selected;
+    for (int i = 0; i < kOutfileCount; ++i)
+        if (app.outfileSelected[i]) selected.push_back(i + 1);
+    EXPECT_EQ(selected, (std::vector<int>{11, 14, 15, 16, 18, 28}));
+    EXPECT_EQ(app.modelExecutables[0], "tellura\\tellx.exe");
+    EXPECT_EQ(app.list100Executables[1], "tellura4C\\list100.exe");
+    EXPECT_EQ(app.modelExecutables[5], "\\Program Files\\Tellura Model\\version5\\tellura.exe");
+    EXPECT_EQ(app.list100Executables[5], "");
+    EXPECT_EQ(app.modelExecutables[3], "");
+
+    // A missing profile changes nothing.
+    app.loadSettings();
+    EXPECT_EQ(app.runTimeout, 250000u);
+    EXPECT_EQ(app.version, 1);
+}
+
+TEST(AppSoilbench, LoadReadsEveryKeyInOrder) {
+    recording_store store;
+    app_soilbench app;
+    app.loadSettings(store);
+    std::vector<std::string> expected = {"read Settings/RunVisible", "read Settings/RecordList",
+                                         "read Settings/RunTimeout", "read Settings/TELLURAVersion"};
+    append(expected, executableKeys("read"));
+    append(expected, {"read Files/TelluraHelp", "read Files/OutputPath", "read Files/OutputPrefix",
+                      "read Files/BinaryLayouts"});
+    append(expected, dailyKeys("read"));
+    EXPECT_EQ(store.log, expected);
+}
+
+TEST(AppSoilbench, SaveWritesEveryKeyInOrder) {
+    recording_store store;
+    app_soilbench app;
+    app.saveSettings(store);
+    std::vector<std::string> expected = executableKeys("write");
+    append(expected, {"write Files/TelluraHelp", "write Files/OutputPath", "write Files/OutputPrefix",
+                      "write Files/BinaryLayouts", "write Settings/TELLURAVersion", "write Settings/RunVisible",
+                      "write Settings/RecordList", "write Settings/RunTimeout"});
+    append(expected, dailyKeys("write"));
+    EXPECT_EQ(store.log, expected);
+    EXPECT_EQ(store.values["Settings/RunVisible"], "1");
+    EXPECT_EQ(store.values["Settings/ReadBinaryOutput"], "0");
+    EXPECT_EQ(store.values["Settings/Outfile11"], "1");
+    EXPECT_EQ(store.values["Settings/Outfile12"], "0");
+    EXPECT_EQ(store.values["Files/Tellura 4 Agricultural LIST100"], "tellura\\list100.exe");
+}
+
+TEST(AppSoilbench, LoadNormalisesAndKeepsDefaultsForBadValues) {
+    recording_store store;
+    store.values = {{"Settings/RunVisible", "0"},     {"Settings/RecordList", "7"},
+                    {"Settings/TELLURAVersion", "6"}, {"Settings/RunTimeout", "-5"},
+                    {"Settings/Outfile1", "-1"},      {"Settings/Outfile11", "0"},
+                    {"Settings/Jobs", "0"},           {"Settings/SaveDailyFirstYear", "1990"},
+                    {"Files/Diurna 4.5", "/opt/diurna/dd"}};
+    app_soilbench app;
+    app.loadSettings(store);
+    EXPECT_FALSE(app.runVisible);
+    EXPECT_TRUE(app.recordList);
+    EXPECT_EQ(app.version, 6);  // kept although the dialog does not offer it
+    EXPECT_EQ(app.runTimeout, 250000u);  // a negative timeout is not a timeout
+    EXPECT_TRUE(app.outfileSelected[0]);
+    EXPECT_FALSE(app.outfileSelected[10]);
+    EXPECT_EQ(app.jobs, 1);
+    EXPECT_EQ(app.saveDailyFirstYear, 1990);
+    EXPECT_EQ(app.modelExecutables[3], "/opt/diurna/dd");
+}
+
+TEST(AppSoilbench, IniFileRoundTrip) {
+    sbtest::temp_dir dir;
+    std::string profile = dir.file("Soilbench.ini");
+    app_soilbench app(profile);
+    app.runVisible = false;
+    app.runTimeout = 5000000;
+    app.version = 4;
+    app.modelExecutables[3] = "C:\\Diurna\\dd45.exe";
+    app.list100Executables[3] = "/opt/dd, with comma/list100";
+    app.outputPath = "/tmp/out/";
+    app.helpFile = "help file.csv";
+    app.outfileSelected[0] = true;
+    app.saveDailyLastYear = -3;
+    app.readBinaryOutput = true;
+    app.jobs = 2;
+    app.binaryLayouts = "/a/one.tsv; /b/two.tsv;;";
+    std::string errors;
+    ASSERT_TRUE(app.saveSettings(errors)) << errors;
+    std::string text = sbtest::readFile(profile);
+    EXPECT_NE(text.find("[Settings]"), std::string::npos);
+    EXPECT_NE(text.find("[Files]"), std::string::npos);
+    EXPECT_NE(text.find("RunVisible=0"), std::string::npos);
+    EXPECT_NE(text.find("TELLURAVersion=4"), std::string::npos);
+
+    app_soilbench back(profile);
+    back.loadSettings();
+    EXPECT_FALSE(back.runVisible);
+    EXPECT_EQ(back.runTimeout, 5000000u);
+    EXPECT_EQ(back.version, 4);
+    EXPECT_EQ(back.modelExecutables[3], "C:\\Diurna\\dd45.exe");
+    EXPECT_EQ(back.list100Executables[3], "/opt/dd, with comma/list100");
+    EXPECT_EQ(back.outputPath, "/tmp/out/");
+    EXPECT_EQ(back.helpFile, "help file.csv");
+    EXPECT_TRUE(back.outfileSelected[0]);
+    EXPECT_EQ(back.saveDailyLastYear, -3);
+    EXPECT_TRUE(back.readBinaryOutput);
+    EXPECT_EQ(back.jobs, 2);
+    EXPECT_EQ(back.binaryLayoutFiles(), (std::vector<std::string>{"/a/one.tsv", "/b/two.tsv"}));
+}
+
+TEST(AppSoilbench, HandWrittenProfileAndUnwritableProfile) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("p.ini"), "[Settings]\nTELLURAVersion=6\nRunTimeout=abc\nRecordList=0\n");
+    app_soilbench app(dir.file("p.ini"));
+    app.loadSettings();
+    EXPECT_EQ(app.version, 6);
+    EXPECT_EQ(app.runTimeout, 250000u);
+    EXPECT_FALSE(app.recordList);
+
+    // A directory where the file should be: not writable, even for root.
+    std::filesystem::create_directory(dir.file("taken.ini"));
+    app_soilbench nowhere(dir.file("taken.ini"));
+    std::string errors;
+    EXPECT_FALSE(nowhere.saveSettings(errors));
+    EXPECT_EQ(errors, "ERROR, unable to save the settings to \"" + dir.file("taken.ini") + "\"\n");
+}
+
+TEST(AppSoilbench, RecentFilesKeepFourNewestFirst) {
+    app_soilbench app;
+    for (const char* path : {"/a.db", "/b.db", "/c.db", "/d.db", "/e.db", "/c.db"}) app.addRecentFile(path);
+    EXPECT_EQ(app.recentFiles, (std::vector<std::string>{"/c.db", "/e.db", "/d.db", "/b.db"}));
+    recording_store store;
+    store.values["Recent File List/File4"] = "stale";
+    app.recentFiles.resize(2);
+    app.saveRecentFiles(store);
+    EXPECT_EQ(store.values["Recent File List/File1"], "/c.db");
+    EXPECT_EQ(store.values["Recent File List/File2"], "/e.db");
+    EXPECT_EQ(store.values.count("Recent File List/File4"), 0u);
+    app_soilbench back;
+    back.loadRecentFiles(store);
+    EXPECT_EQ(back.recentFiles, (std::vector<std::string>{"/c.db", "/e.db"}));
+}
+
+TEST(AppSoilbench, VersionLookupsSelectNothingOutside1To6) {
+    app_soilbench app;
+    EXPECT_EQ(app.versionName(4), "Diurna 4.5");
+    EXPECT_EQ(app.versionName(6), "Tellura 5");
+    EXPECT_EQ(app.modelExecutable(2), "tellura4C\\tellx.exe");
+    EXPECT_EQ(app.list100Executable(1), "tellura\\list100.exe");
+    for (int code : {0, 7, -1, 32767}) {
+        EXPECT_EQ(app.versionName(code), "");
+        EXPECT_EQ(app.modelExecutable(code), "");
+        EXPECT_EQ(app.list100Executable(code), "");
+        EXPECT_EQ(app.runDirectory(code), "");
+    }
+}
+
+TEST(AppSoilbench, LinuxPathsAndRunDirectories) {
+    std::string here = std::filesystem::current_path().string();
+    app_soilbench app;
+    EXPECT_EQ(app.modelExecutablePath(1), here + "/tellura/tellx.exe");
+    EXPECT_EQ(app.runDirectory(1), here + "/tellura/");
+    EXPECT_EQ(app.list100ExecutablePath(2), here + "/tellura4C/list100.exe");
+    EXPECT_EQ(app.modelExecutablePath(6), "/Program Files/Tellura Model/version5/tellura.exe");
+    EXPECT_EQ(app.runDirectory(6), "/Program Files/Tellura Model/version5/");
+    EXPECT_EQ(app.modelExecutablePath(3), "");
+    EXPECT_EQ(app.runDirectory(3), "");
+    app.modelExecutables[3] = "/opt/diurna/./bin/dd45";
+    EXPECT_EQ(app.runDirectory(4), "/opt/diurna/bin/");
+    EXPECT_EQ(localPath("c:\\TelluraOutput\\"), "/TelluraOutput/");
+    EXPECT_EQ(localPath("D:run\\model"), here + "/run/model");
+    EXPECT_EQ(localPath("model"), here + "/model");
+    EXPECT_EQ(directoryOf("/x/y/z"), "/x/y/");
+    EXPECT_EQ(directoryOf(""), "");
+}
+
+}  // namespace
