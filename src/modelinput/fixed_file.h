@@ -1,0 +1,47 @@
+#pragma once
+// The fixed parameter file ("fix.100", "sbfix.100" for release 6): the model-wide
+// parameters held as columns of the record's Control Records row, plus the
+// soil's layer depths and transpiration weights; and its importer with the
+// set-by-name dispatcher shared with the other parameter files.
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sb {
+
+// How the temperature effect on production is given: 1 the TMAX/TOPT/TSHL/TSHR
+// form, 2 TEFF(1..3), 3 TEFF(1..4). The record keeps no selector, so it is
+// read from the values: the TMAX form when every TEFF is zero and TMAX is
+// not, TEFF(4) when it is non-zero.
+int temperatureForm(const TelluraControlRecords& row);
+
+// The text of the fixed file for a version; a missing soil writes zero depths
+// and weights (version 4 writes its own fixed depths anyway).
+std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil);
+// False when the file cannot be written (nothing is reported here).
+bool writeFixedFile(const tellura_control_record& record, int version, const std::string& path,
+                    const tellura_soil_list& soils);
+
+// A fixed parameter by its file name with the version's rules (DEC5, P2CO2,
+// PCEMIC/PCEMIC1, PSECOC1/PSECOC2, the VARAT matrices, TEXEPP(1) as a flag).
+// Returns whether the name was found.
+bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
+                             std::string& messages);
+
+// Routes a name to the station (climate names, when a station is given: any
+// other name is then not found), then to the soil (when given), then to the
+// fixed parameters.
+bool setParameterByName(std::string_view name, double value, TelluraControlRecords& row, TelluraSoils* soil,
+                        TelluraWeatherStations* station, int version, std::string& messages);
+
+// Reads a fixed file: the title line is passed over, "*" lines are comments,
+// an empty line ends it; the value is in the first 12 characters, the name
+// from the 15th on. "ERROR, can't open file %s.\n" when it cannot be opened.
+bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
+                     std::string& messages);
+
+}  // namespace sb

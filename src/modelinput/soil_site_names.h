@@ -1,0 +1,30 @@
+#pragma once
+// The soil as the site and fixed parameter files name it: profile values
+// (SAND, BULKD, ...) and per-layer values (AWILT(i), MINERL(i,k), ADEP(i), ...),
+// mapped onto the columns of `Soils` and `Soil Layers`. One table serves the
+// writers and the importers.
+#include <string>
+#include <string_view>
+
+#include "records/tellura_soil.h"
+
+namespace sb {
+
+// The soil column behind a profile-level site name ("SAND" -> "Fraction of Sand");
+// nullptr when the name is not a profile-level soil name.
+const char* soilColumnOfSiteName(std::string_view siteName);
+
+// A profile value by its site name (0 for an unknown name).
+double soilSiteValue(const TelluraSoils& soil, std::string_view siteName);
+
+// Layer values of slot `layer` (1-based, up to the 14 slots a soil keeps).
+double soilLayerValue(const TelluraSoils& soil, std::string_view layerName, int layer);
+// MINERL(layer, element), element 1 N, 2 P, 3 S.
+double soilMineralValue(const TelluraSoils& soil, int layer, int element);
+int soilLayerDepth(const TelluraSoils& soil, int layer);
+
+// Sets a soil field by its site-file name (the soil's own setter, plus ROCK
+// and PH, which the site file carries too). False when it is no soil name.
+bool setSoilBySiteName(TelluraSoils& soil, std::string_view name, double value, std::string& errors);
+
+}  // namespace sb
