@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "db/table_record.h"
@@ -15,26 +16,121 @@ class database;
 
 constexpr int kMaxSoilLayers = 14;
 
+// Column positions of `Soil Layers`, in table order.
+enum soil_layer_column : int {
+    kLayerSoilId,
+    kLayerNumber,
+    kLayerDepth,
+    kLayerWiltingPoint,
+    kLayerFieldCapacity,
+    kLayerMineralN,
+    kLayerMineralP,
+    kLayerMineralS,
+    kLayerInitialRelativeWater,
+    kLayerTranspirationLossFactor,
+    kLayerBulkDensity,
+    kLayerTcoeff,
+    kLayerSand,
+    kLayerClay,
+    kLayerOrganicMatter,
+    kLayerDeltamin,
+    kLayerSaturatedConductivity,
+    kLayerPh,
+    kLayerEcoeff,
+    kLayerColumnCount
+};
+
+// Column positions of `Soils`, in table order.
+enum soil_column : int {
+    kSoilId,
+    kSoilName,
+    kSoilSoils5Id,
+    kSoilMapUnitSymbol,
+    kSoilSand,
+    kSoilSilt,
+    kSoilClay,
+    kSoilRock,
+    kSoilBulkDensity,
+    kSoilNumberOfLayers,
+    kSoilLayersInTopLevel,
+    kSoilDrain,
+    kSoilBaseFlow,
+    kSoilStormFlow,
+    kSoilPrecro,
+    kSoilFracro,
+    kSoilSwFlag,
+    kSoilPh,
+    kSoilLabilePSlope,
+    kSoilMaxPSorption,
+    kSoilColumnCount
+};
+
 class TelluraSoilLayers : public table_record {
 public:
     TelluraSoilLayers() : table_record(table_id::soil_layers) {}
-    int depth() const;            // bottom of the layer, cm from the surface
+    int depth() const { return integer(kLayerDepth); }  // bottom of the layer, cm from the surface
+    void setDepth(int cm) { setNumber(kLayerDepth, cm); }
+    double value(soil_layer_column column) const { return single(column); }
+    void setValue(soil_layer_column column, double v) { setNumber(column, v); }
 };
+
+// The water-holding option texts; the option's value is its position (0..6).
+constexpr int kWaterHoldingOptionCount = 7;
+// nullptr outside 0..6.
+const char* waterHoldingOptionText(int swflag);
 
 class TelluraSoils : public table_record {
 public:
     TelluraSoils() : table_record(table_id::soils) {}
-    int32_t soilId() const { return integer(0); }
-    std::string name() const;
+    int32_t soilId() const { return integer(kSoilId); }
+    void setSoilId(int32_t id) { setNumber(kSoilId, id); }
+    std::string name() const { return text(kSoilName); }
+    void setName(std::string value) { setText(kSoilName, std::move(value)); }
+
+    // Layers 0 .. layerCount-1 are the soil's; the Layer Number of each is its position + 1.
     int layerCount = 0;
     std::array<TelluraSoilLayers, kMaxSoilLayers> layers;
+
+    // Makes room at `position` (0..layerCount) for a new empty layer. Refused at
+    // 14 layers with "Number of layers is already at maximum", and for a
+    // position outside 0..layerCount with "Unable to insert layer.".
+    bool insertLayer(int position, std::string& errors);
+    // Removes the layer at `position` (0..layerCount-1), the deeper ones move
+    // up; anything else is refused with "Unable to delete layer.".
+    bool deleteLayer(int position, std::string& errors);
+    // "%d: %d cm - afiel=%lg awilt=%lg N=%lg P=%lg S=%lg" for the editor's layer list.
+    std::string layerListText(int position) const;
+    // The bottoms of the soil's own layers, in cm: the layer structure its
+    // "soils.in" is written on.
+    std::vector<int> layerDepths() const;
+
+    // The pre-run warnings for a model version code; never fails the run.
+    void checkForRun(int version, std::string& errors) const;
+
+    // A soil value from an imported site parameter file: AWILT(i), AFIEL(i),
+    // ADEP(i), AWTL(i), RWCF(i), MINERL(i,k) (k = 1 N, 2 P, 3 S), BULKD, BASEF,
+    // CLAY, SAND, SILT, DRAIN, FRACRO, PRECRO, NLAYER, NLAYPG, PSLSRB, SORPMX,
+    // STORMF, SWFLAG; case ignored. Setting layer i's value makes the soil hold
+    // at least i layers. False for other names; a layer subscript beyond 14
+    // gives the "exceeds array size" message.
+    bool setFieldBySiteName(std::string_view name, double value, std::string& errors);
+
+private:
+    void renumberLayers();
 };
 
 class tellura_soil_list {
 public:
     std::vector<TelluraSoils> soils;
+
     TelluraSoils* find(int32_t soilId);
     const TelluraSoils* find(int32_t soilId) const;
+
+    // Replaces the list with every soil of the project and its layers.
+    bool load(database& db, std::string& errors);
 };
+
+// Replaces the soil's `Soils` row and its `Soil Layers` rows in one session.
+bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors);
 
 }  // namespace sb
