@@ -3,6 +3,7 @@
 // parameters are columns of the row itself), its Site Data row, its event
 // blocks, and the outputs of its last run.
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@
 namespace sb {
 
 class database;
+class tellura_soil_list;
+class tellura_weather_station_list;
 
 // Accessor record of `Control Records`.
 class TelluraControlRecords : public table_record {
@@ -51,9 +54,36 @@ public:
 };
 
 // Reads the whole record (row, site data, blocks and events, outputs when asked).
+// When the row is missing or its table cannot be opened the record keeps its
+// defaults; the other parts are all read even when one of them fails.
 bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record,
                        std::string& errors);
-// Replaces the record and everything stored under its ID, in one session.
-bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors);
+// Replaces the record and everything stored under its ID, in one session: the
+// row, the site data, the blocks and events, the record's soil when `soils`
+// holds it, and the outputs when asked. A failing step does not stop the others.
+bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
+                        const tellura_soil_list* soils = nullptr, bool withOutputs = false);
+// Removes the record and every row stored under its ID (site data, blocks,
+// events, outputs), in one session.
+bool deleteControlRecord(database& db, int32_t id, std::string& errors);
+
+// The site data row alone.
+bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors);
+bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors);
+
+// Where a record's outputs are stored and read back. The output tables register
+// themselves here; until they do, records are written and read without outputs
+// and a request for them is reported.
+struct control_record_output_store {
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> store;
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> read;
+};
+void setControlRecordOutputStore(control_record_output_store store);
+
+// The text form of a record (the clipboard's plain text). Empty when the record's
+// weather station is not in the list. `outputText` appends the outputs' text.
+using output_text_writer = std::function<void(const tellura_outputs&, std::string&)>;
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations,
+                              const output_text_writer& outputText = {});
 
 }  // namespace sb

@@ -1,0 +1,51 @@
+#pragma once
+// The clipboard exchange of control records, without any widget: the two items
+// a copy puts on the clipboard (the record's ID in the private format, and the
+// record's text) and the reading of the ID item on paste. The desktop glue puts
+// these items on the system clipboard and takes them back.
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "records/tellura_control_record.h"
+
+namespace sb {
+
+class database;
+class tellura_weather_station_list;
+
+class record_clipboard {
+public:
+    static constexpr const char* kFormatName = "SoilbenchControl";
+    static constexpr const char* kMimeType = "application/x-soilbench-control";
+    static constexpr size_t kIdItemSize = 4;
+
+    // Messages of the glue ("%d" is the system's error code).
+    static constexpr const char* kOpenFailed = "Unable to open clipboard (%d)\r\n";
+    static constexpr const char* kBinaryCopyFailed = "Unable to copy binary to clipboard (%d)\r\n";
+    static constexpr const char* kTextCopyFailed = "Unable to copy CF_TEXT to clipboard (%d)\r\n";
+    static constexpr const char* kTextMemoryFailed = "Unable to allocate memory for clipboard (text)\r\n";
+    static constexpr const char* kBinaryMemoryFailed = "Unable to allocate memory for clipboard (binary)\r\n";
+    static constexpr const char* kDataFailed = "GetClipboardData fails(%d)\r\n";
+    static constexpr const char* kNewIdPrompt = "Enter new ID #:";
+
+    struct items {
+        std::string idItem;  // the record's ID, 4 bytes, little-endian
+        std::string text;    // the record text; empty when its station is not in the list
+    };
+
+    static items makeItems(const tellura_control_record& record, const tellura_weather_station_list& stations,
+                           const output_text_writer& outputText = {});
+    static std::string encodeId(int32_t id);
+    // The ID of the private-format item; `idItem` is empty when the clipboard has
+    // no item in that format.
+    static bool decodeId(const std::optional<std::string>& idItem, int32_t& id, std::string& errors);
+};
+
+// Copies the record named by the clipboard's ID item, whole and with its outputs,
+// under `newId` in the same project (an existing record of that ID is replaced).
+bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors);
+// The same for a known source ID (the command-line copy).
+bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors);
+
+}  // namespace sb

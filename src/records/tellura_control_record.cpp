@@ -1,0 +1,224 @@
+#include "records/tellura_control_record.h"
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sb {
+
+namespace {
+
+long asLong(int32_t id) { return static_cast<long>(id); }
+
+// Column positions used on every read and write, looked up once.
+struct control_columns {
+    int id, description, soilId, weatherId, initialCrop, initialTree;
+    control_columns() {
+        const database_maker_table& t = tableDef(table_id::control_records);
+        id = t.fieldIndex("ID");
+        description = t.fieldIndex("Description");
+        soilId = t.fieldIndex("Soil ID");
+        weatherId = t.fieldIndex("Weather ID");
+        initialCrop = t.fieldIndex("Initial Crop");
+        initialTree = t.fieldIndex("Initial Tree");
+    }
+};
+
+const control_columns& columns() {
+    static const control_columns c;
+    return c;
+}
+
+control_record_output_store& outputStore() {
+    static control_record_output_store store;
+    return store;
+}
+
+// Reads the one row of `table` with this ID into `target`; false (and the row
+// unchanged) when there is none or the table cannot be opened.
+enum class row_read { found, missing, unopened };
+row_read readOneRow(database& db, table_id table, int32_t id, table_record& target, db_status& status) {
+    std::unique_ptr<rowset> rows = db.openTable(table, strprintf("ID = %ld", asLong(id)), "", status);
+    if (!rows) return row_read::unopened;
+    if (!rows->moveFirst().ok()) return row_read::missing;
+    target = rows->row();
+    return row_read::found;
+}
+
+bool deleteById(database& db, const char* form, table_id table, int32_t id, std::string& errors) {
+    std::string sql = strprintf(form, tableName(table), asLong(id));
+    if (db.execute(sql).ok()) return true;
+    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    return false;
+}
+
+constexpr const char* kDeleteRecordRows = "DELETE FROM `%s` WHERE ID = %ld";
+constexpr const char* kDeleteDependentRows = "DELETE * FROM `%s` WHERE ID = %ld";
+
+bool writeControlRow(database& db, const TelluraControlRecords& row, int32_t id, std::string& errors) {
+    bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
+    db_status status;
+    std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
+    if (!rows) {
+        appendf(errors, "ERROR, cannot open table [%s].\n", tableName(table_id::control_records));
+        return false;
+    }
+    db_status inserted = rows->insert(row);
+    if (!inserted.ok()) {
+        errors += "ERROR, unable to insert control record.\n";
+        appendStatusText(inserted, errors);
+        return false;
+    }
+    return ok;
+}
+
+bool writeRecordSoil(database& db, int32_t soilId, const tellura_soil_list* soils, std::string& errors) {
+    if (!soils) return true;
+    const TelluraSoils* soil = soils->find(soilId);
+    return soil ? writeSoil(*soil, db, errors) : true;
+}
+
+}  // namespace
+
+int32_t tellura_control_record::id() const { return row.integer(columns().id); }
+
+void tellura_control_record::setId(int32_t id) {
+    row.setNumber(columns().id, id);
+    site.setNumber(std::string_view("ID"), id);
+}
+
+std::string tellura_control_record::description() const { return row.text(columns().description); }
+int32_t tellura_control_record::soilId() const { return row.integer(columns().soilId); }
+int32_t tellura_control_record::weatherId() const { return row.integer(columns().weatherId); }
+std::string tellura_control_record::initialCrop() const { return row.text(columns().initialCrop); }
+std::string tellura_control_record::initialTree() const { return row.text(columns().initialTree); }
+
+void setControlRecordOutputStore(control_record_output_store store) { outputStore() = std::move(store); }
+
+// --- Site data -----------------------------------------------------------------
+
+bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors) {
+    db_status status;
+    switch (readOneRow(db, table_id::site_data, id, site, status)) {
+    case row_read::found: return true;
+    case row_read::missing: errors += "Error, no matching records in Site table\n"; return false;
+    case row_read::unopened: errors += "ERROR, unable to open site table.\n"; return false;
+    }
+    return false;
+}
+
+bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors) {
+    session s(db);
+    if (!s.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
+    bool ok = deleteById(db, kDeleteDependentRows, table_id::site_data, id, errors);
+    db_status status;
+    std::unique_ptr<rowset> rows = db.openTable(table_id::site_data, "", "", status);
+    if (!rows) {
+        errors += "ERROR, unable to write site table.\n";
+        appendStatusText(status, errors);
+        return false;
+    }
+    TelluraSiteData keyed = site;
+    keyed.setNumber(std::string_view("ID"), id);
+    db_status inserted = rows->insert(keyed);
+    if (!inserted.ok()) {
+        appendf(errors, "ERROR, cannot insert into table [%s]\n", tableName(table_id::site_data));
+        appendStatusText(inserted, errors);
+        return false;
+    }
+    return ok;
+}
+
+// --- Whole record --------------------------------------------------------------
+
+bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record,
+                       std::string& errors) {
+    db_status status;
+    TelluraControlRecords row;
+    switch (readOneRow(db, table_id::control_records, id, row, status)) {
+    case row_read::unopened:
+        errors += "ERROR, unable to open control record table.\n";
+        appendStatusText(status, errors);
+        return false;
+    case row_read::missing:
+        appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
+        return false;
+    case row_read::found:
+        break;
+    }
+    record.row = row;
+    bool ok = readSiteData(db, id, record.site, errors);
+    record.site.setNumber(std::string_view("ID"), id);
+    ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
+    record.outputs.clear();
+    if (withOutputs) {
+        if (outputStore().read)
+            ok = outputStore().read(db, id, record.outputs, errors) && ok;
+        else
+            errors += "WARNING, outputs cannot be read: no output store is available.\n";
+    }
+    record.modified = false;
+    return ok;
+}
+
+bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
+                        const tellura_soil_list* soils, bool withOutputs) {
+    session s(db);
+    if (!s.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
+    const int32_t id = record.id();
+    bool ok = writeControlRow(db, record.row, id, errors);
+    record.modified = false;
+    ok = writeSiteData(db, id, record.site, errors) && ok;
+    ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
+    ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
+    if (withOutputs) {
+        if (outputStore().store)
+            ok = outputStore().store(db, id, record.outputs, errors) && ok;
+        else
+            errors += "WARNING, outputs not written: no output store is available.\n";
+    }
+    return ok;
+}
+
+bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
+    session s(db);
+    if (!s.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
+    bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
+    for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output,
+                           table_id::output_annual, table_id::output_monthly, table_id::output_daily,
+                           table_id::output_soil_layers})
+        ok = deleteById(db, kDeleteDependentRows, table, id, errors) && ok;
+    return ok;
+}
+
+// --- Text form -----------------------------------------------------------------
+
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations,
+                              const output_text_writer& outputText) {
+    std::string text;
+    const TelluraWeatherStations* station = stations.find(record.weatherId());
+    if (!station) return text;  // the text form needs the station's means
+    text += "Soilbench Record\t\n";
+    appendf(text, "%ld\n", asLong(record.id()));
+    appendf(text, "Soil ID\t%ld\n", asLong(record.soilId()));
+    const TelluraSiteData& s = record.site;
+    appendf(text, "ivauto\t%d\tnelem\t%d\tsite.EPNFA\t%g\t%g\tsite.EPNFS\t%g\t%g\n",
+            s.integer(s.column("IVAUTO")), s.integer(s.column("NELEM")), s.number("EPNFA(1)"), s.number("EPNFA(2)"),
+            s.number("EPNFS(1)"), s.number("EPNFS(2)"));
+    appendClimateMeansText(*station, text);
+    for (const tellura_event_block& block : record.blocks) appendEventBlockText(block, text);
+    if (outputText) outputText(record.outputs, text);
+    return text;
+}
+
+}  // namespace sb

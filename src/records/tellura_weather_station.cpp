@@ -1,0 +1,597 @@
+#include "records/tellura_weather_station.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <unordered_map>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "paramfile/field_setter.h"
+
+namespace sb {
+
+namespace {
+
+// The five climate series of a month, in the order the site file names them.
+struct climate_series {
+    const char* name;        // site-file parameter name
+    const char* label;       // label of the exported row
+    float weather_month_means::*member;
+};
+
+constexpr climate_series kClimateSeries[] = {
+    {"PRECIP", "Precipitation", &weather_month_means::precip},
+    {"PRCSTD", "Precipitation STD", &weather_month_means::prcstd},
+    {"PRCSKW", "Precipitation Skew", &weather_month_means::prcskw},
+    {"TMN2M", "Temperature Min", &weather_month_means::tmn2m},
+    {"TMX2M", "Temperature Max", &weather_month_means::tmx2m},
+};
+
+// Column positions, looked up once by name.
+struct columns {
+    explicit columns(table_id table) : def(tableDef(table)) {}
+    int operator[](const char* name) const { return def.fieldIndex(name); }
+    const database_maker_table& def;
+};
+
+struct means_columns {
+    int id, month, precip, prcstd, prcskw, tmn2m, tmx2m;
+    means_columns() {
+        columns c(table_id::weather_averages);
+        id = c["ID"], month = c["Month"], precip = c["PRECIP"], prcstd = c["PRCSTD"], prcskw = c["PRCSKW"],
+        tmn2m = c["TMN2M"], tmx2m = c["TMX2M"];
+    }
+};
+
+struct monthly_columns {
+    int id, year, month, precip, prcstd, prcskw, tmn2m, tmx2m, solrad, rhumid, windsp;
+    monthly_columns() {
+        columns c(table_id::weather_historical_monthly);
+        id = c["ID"], year = c["Year"], month = c["Month"], precip = c["PRECIP"], prcstd = c["PRCSTD"],
+        prcskw = c["PRCSKW"], tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"],
+        rhumid = c["RHUMID"], windsp = c["WINDSP"];
+    }
+};
+
+struct daily_columns {
+    int id, year, month, day, precip, tmn2m, tmx2m, solrad, rhumid, windsp;
+    daily_columns() {
+        columns c(table_id::weather_historical_daily);
+        id = c["ID"], year = c["Year"], month = c["Month"], day = c["Day"], precip = c["PRECIP"],
+        tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"],
+        windsp = c["WINDSP"];
+    }
+};
+
+const means_columns& meansColumns() {
+    static const means_columns c;
+    return c;
+}
+const monthly_columns& monthlyColumns() {
+    static const monthly_columns c;
+    return c;
+}
+const daily_columns& dailyColumns() {
+    static const daily_columns c;
+    return c;
+}
+
+long asLong(int32_t id) { return static_cast<long>(id); }
+
+bool openSession(session& s, std::string& errors) {
+    if (s.ok()) return true;
+    errors += "ERROR, unable to create session on database.\n";
+    return false;
+}
+
+bool deleteStationRows(database& db, table_id table, int32_t stationId, std::string& errors) {
+    if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(table), asLong(stationId))).ok())
+        return true;
+    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    return false;
+}
+
+bool stationExists(database& db, int32_t stationId) {
+    db_status status;
+    std::unique_ptr<rowset> rows =
+        db.openTable(table_id::weather_stations, strprintf("ID = %ld", asLong(stationId)), "", status);
+    return rows && rows->moveFirst().ok();
+}
+
+// Opens a table for inserting and inserts each row that `fill` produces, stopping at
+// the first failure: one refused row usually means every later one is refused too.
+template <class Fill>
+bool insertRows(database& db, table_id table, size_t count, Fill fill, std::string& errors) {
+    db_status status;
+    std::unique_ptr<rowset> rows = db.openTable(table, "", "", status);
+    if (!rows) {
+        appendf(errors, "Unable to open table [%s]\n", tableName(table));
+        appendStatusText(status, errors);
+        return false;
+    }
+    table_record row(table);
+    for (size_t i = 0; i < count; ++i) {
+        fill(i, row);
+        db_status inserted = rows->insert(row);
+        if (!inserted.ok()) {
+            appendf(errors, "ERROR, unable to insert into table [%s]\n", tableName(table));
+            appendStatusText(inserted, errors);
+            return false;
+        }
+    }
+    return true;
+}
+
+// Replaces one station's rows in a history table, in one session.
+template <class Fill>
+bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill,
+                    std::string& errors) {
+    session s(db);
+    if (!openSession(s, errors)) return false;
+    if (!stationExists(db, stationId)) {
+        appendf(errors, "ERROR, weather station %ld not found.\n", asLong(stationId));
+        return false;
+    }
+    bool ok = deleteStationRows(db, table, stationId, errors);
+    return insertRows(db, table, count, fill, errors) && ok;
+}
+
+std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t stationId, const char* order,
+                                        std::string& errors) {
+    db_status status;
+    std::unique_ptr<rowset> rows =
+        db.openTable(table, strprintf("[ID] = %ld ORDER BY %s", asLong(stationId), order), "", status);
+    if (!rows) {
+        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table));
+        appendStatusText(status, errors);
+    }
+    return rows;
+}
+
+bool readFileText(const std::string& path, std::string& text) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream content;
+    content << in.rdbuf();
+    text = content.str();
+    return true;
+}
+
+// Splits text into lines without their line ends (LF or CR LF); a last line without
+// a line end counts.
+template <class Visit>
+void forEachLine(std::string_view text, Visit visit) {
+    size_t pos = 0;
+    while (pos < text.size()) {
+        size_t end = text.find('\n', pos);
+        if (end == std::string_view::npos) end = text.size();
+        std::string_view line = text.substr(pos, end - pos);
+        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        visit(line);
+        pos = end + 1;
+    }
+}
+
+// Whole numbers and reals of a line, split at blanks and tabs; false when a token is not a number.
+bool readNumbers(std::string_view text, std::vector<double>& values) {
+    values.clear();
+    std::string token;
+    std::istringstream in{std::string(text)};
+    while (in >> token) {
+        char* end = nullptr;
+        double v = std::strtod(token.c_str(), &end);
+        if (end == token.c_str() || *end != '\0') return false;
+        values.push_back(v);
+    }
+    return true;
+}
+
+// The model's monthly layout "%-6s%4d" then twelve "%7.2f" fields; wide values may
+// touch each other, so the columns are the fallback when splitting at blanks fails.
+bool readMonthlyColumns(std::string_view line, std::vector<double>& values) {
+    constexpr size_t kFirst = 10, kWidth = 7;
+    if (line.size() < kFirst + 11 * kWidth + 1) return false;
+    values.clear();
+    values.push_back(std::strtod(std::string(line.substr(6, 4)).c_str(), nullptr));
+    for (size_t m = 0; m < 12; ++m) {
+        std::string field(line.substr(kFirst + m * kWidth, kWidth));
+        char* end = nullptr;
+        double v = std::strtod(field.c_str(), &end);
+        if (end == field.c_str()) return false;
+        values.push_back(v);
+    }
+    return true;
+}
+
+bool isBlank(std::string_view line) {
+    return std::all_of(line.begin(), line.end(), [](char c) { return std::isspace(static_cast<unsigned char>(c)); });
+}
+
+}  // namespace
+
+weather_month_record& weather_monthly_year::monthRecord(int month) {
+    for (weather_month_record& m : months)
+        if (m.month == month) return m;
+    weather_month_record added;
+    added.month = static_cast<int16_t>(month);
+    months.push_back(added);
+    return months.back();
+}
+
+weather_monthly_year& TelluraWeatherStations::monthlyYear(int year) {
+    for (weather_monthly_year& y : monthly)
+        if (y.year == year) return y;
+    monthly.push_back({static_cast<int16_t>(year), {}});
+    return monthly.back();
+}
+
+weather_daily_year& TelluraWeatherStations::dailyYear(int year) {
+    for (weather_daily_year& y : daily)
+        if (y.year == year) return y;
+    daily.push_back({static_cast<int16_t>(year), {}});
+    return daily.back();
+}
+
+bool TelluraWeatherStations::setClimateMean(std::string_view name, double value, std::string& errors) {
+    for (const climate_series& series : kClimateSeries) {
+        field_setter setter(name, value, errors);
+        int index = setter.locate1(series.name, 12);
+        if (index == field_setter::kNoMatch) continue;
+        if (index >= 0) {
+            means[static_cast<size_t>(index)].*series.member = static_cast<float>(value);
+            hasMeans = true;
+        }
+        return true;
+    }
+    return false;
+}
+
+TelluraWeatherStations* tellura_weather_station_list::find(int32_t id) {
+    for (TelluraWeatherStations& s : stations)
+        if (s.id == id) return &s;
+    return nullptr;
+}
+
+const TelluraWeatherStations* tellura_weather_station_list::find(int32_t id) const {
+    for (const TelluraWeatherStations& s : stations)
+        if (s.id == id) return &s;
+    return nullptr;
+}
+
+// --- Storage ---------------------------------------------------------------
+
+bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::string& errors) {
+    list.stations.clear();
+    db_status status;
+    std::unique_ptr<rowset> rows = db.openTable(table_id::weather_stations, "", "ID ASC", status);
+    if (!rows) {
+        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::weather_stations));
+        appendStatusText(status, errors);
+        return false;
+    }
+    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        TelluraWeatherStations station;
+        station.id = rows->row().integer(0);
+        station.description = rows->row().text(1);
+        list.stations.push_back(std::move(station));
+    }
+
+    rows = db.openTable(table_id::weather_averages, "", "", status);
+    if (!rows) {
+        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::weather_averages));
+        appendStatusText(status, errors);
+        return false;
+    }
+    const means_columns& c = meansColumns();
+    bool ok = true;
+    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        const table_record& row = rows->row();
+        TelluraWeatherStations* station = list.find(row.integer(c.id));
+        if (!station) continue;  // means of a deleted station
+        int month = row.integer(c.month);
+        if (month < 1 || month > 12) {
+            appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table_id::weather_averages));
+            ok = false;
+            continue;
+        }
+        weather_month_means& m = station->means[static_cast<size_t>(month - 1)];
+        m.precip = row.single(c.precip);
+        m.prcstd = row.single(c.prcstd);
+        m.prcskw = row.single(c.prcskw);
+        m.tmn2m = row.single(c.tmn2m);
+        m.tmx2m = row.single(c.tmx2m);
+        station->hasMeans = true;
+    }
+    return ok;
+}
+
+bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors) {
+    session s(db);
+    if (!openSession(s, errors)) return false;
+    bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
+    ok = deleteStationRows(db, table_id::weather_averages, station.id, errors) && ok;
+    ok = insertRows(db, table_id::weather_stations, 1,
+                    [&](size_t, table_record& row) {
+                        row.setNumber(0, station.id);
+                        row.setText(1, station.description);
+                    },
+                    errors) && ok;
+    if (!station.hasMeans) return ok;  // no means yet: the site file import fills them later
+    const means_columns& c = meansColumns();
+    return insertRows(db, table_id::weather_averages, 12,
+                      [&](size_t i, table_record& row) {
+                          const weather_month_means& m = station.means[i];
+                          row.setNumber(c.id, station.id);
+                          row.setNumber(c.month, static_cast<double>(i + 1));
+                          row.setNumber(c.precip, m.precip);
+                          row.setNumber(c.prcstd, m.prcstd);
+                          row.setNumber(c.prcskw, m.prcskw);
+                          row.setNumber(c.tmn2m, m.tmn2m);
+                          row.setNumber(c.tmx2m, m.tmx2m);
+                      },
+                      errors) && ok;
+}
+
+bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) {
+    session s(db);
+    if (!openSession(s, errors)) return false;
+    bool ok = true;
+    for (table_id table : {table_id::weather_stations, table_id::weather_averages,
+                           table_id::weather_historical_monthly, table_id::weather_historical_daily})
+        ok = deleteStationRows(db, table, stationId, errors) && ok;
+    return ok;
+}
+
+bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
+    station.monthly.clear();
+    const table_id table = table_id::weather_historical_monthly;
+    std::unique_ptr<rowset> rows = openStationRows(db, table, station.id, "[Year], [Month]", errors);
+    if (!rows) return false;
+    const monthly_columns& c = monthlyColumns();
+    bool ok = true;
+    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        const table_record& row = rows->row();
+        int month = row.integer(c.month);
+        if (month < 1 || month > 12) {
+            appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table));
+            ok = false;
+            continue;
+        }
+        weather_month_record m;
+        m.month = static_cast<int16_t>(month);
+        m.precip = row.single(c.precip);
+        m.prcstd = row.single(c.prcstd);
+        m.prcskw = row.single(c.prcskw);
+        m.tmn2m = row.single(c.tmn2m);
+        m.tmx2m = row.single(c.tmx2m);
+        m.solrad = row.single(c.solrad);
+        m.rhumid = row.single(c.rhumid);
+        m.windsp = row.single(c.windsp);
+        int year = row.integer(c.year);
+        if (station.monthly.empty() || station.monthly.back().year != year)
+            station.monthly.push_back({static_cast<int16_t>(year), {}});
+        station.monthly.back().months.push_back(m);
+    }
+    return ok;
+}
+
+bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
+    station.daily.clear();
+    std::unique_ptr<rowset> rows =
+        openStationRows(db, table_id::weather_historical_daily, station.id, "[Year], [Month], [Day]", errors);
+    if (!rows) return false;
+    const daily_columns& c = dailyColumns();
+    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        const table_record& row = rows->row();
+        weather_day_record d;
+        d.year = static_cast<int16_t>(row.integer(c.year));
+        d.month = static_cast<int16_t>(row.integer(c.month));
+        d.day = static_cast<int16_t>(row.integer(c.day));
+        d.precip = row.single(c.precip);
+        d.tmn2m = row.single(c.tmn2m);
+        d.tmx2m = row.single(c.tmx2m);
+        d.solrad = row.single(c.solrad);
+        d.rhumid = row.single(c.rhumid);
+        d.windsp = row.single(c.windsp);
+        if (station.daily.empty() || station.daily.back().year != d.year)
+            station.daily.push_back({d.year, {}});
+        station.daily.back().days.push_back(d);
+    }
+    return true;
+}
+
+bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+    std::vector<std::pair<int16_t, const weather_month_record*>> flat;
+    for (const weather_monthly_year& y : station.monthly)
+        for (const weather_month_record& m : y.months) flat.emplace_back(y.year, &m);
+    const monthly_columns& c = monthlyColumns();
+    return replaceHistory(
+        db, table_id::weather_historical_monthly, station.id, flat.size(),
+        [&](size_t i, table_record& row) {
+            const weather_month_record& m = *flat[i].second;
+            row.setNumber(c.id, station.id);
+            row.setNumber(c.year, flat[i].first);
+            row.setNumber(c.month, m.month);
+            row.setNumber(c.precip, m.precip);
+            row.setNumber(c.prcstd, m.prcstd);
+            row.setNumber(c.prcskw, m.prcskw);
+            row.setNumber(c.tmn2m, m.tmn2m);
+            row.setNumber(c.tmx2m, m.tmx2m);
+            row.setNumber(c.solrad, m.solrad);
+            row.setNumber(c.rhumid, m.rhumid);
+            row.setNumber(c.windsp, m.windsp);
+        },
+        errors);
+}
+
+bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+    std::vector<const weather_day_record*> flat;
+    for (const weather_daily_year& y : station.daily)
+        for (const weather_day_record& d : y.days) flat.push_back(&d);
+    const daily_columns& c = dailyColumns();
+    return replaceHistory(
+        db, table_id::weather_historical_daily, station.id, flat.size(),
+        [&](size_t i, table_record& row) {
+            const weather_day_record& d = *flat[i];
+            row.setNumber(c.id, station.id);
+            row.setNumber(c.year, d.year);
+            row.setNumber(c.month, d.month);
+            row.setNumber(c.day, d.day);
+            row.setNumber(c.precip, d.precip);
+            row.setNumber(c.tmn2m, d.tmn2m);
+            row.setNumber(c.tmx2m, d.tmx2m);
+            row.setNumber(c.solrad, d.solrad);
+            row.setNumber(c.rhumid, d.rhumid);
+            row.setNumber(c.windsp, d.windsp);
+        },
+        errors);
+}
+
+// --- Weather files -----------------------------------------------------------
+
+namespace {
+
+// The keyword's fourth letter names the series: preC, tmiN, tmaX.
+float weather_month_record::*monthlySeries(std::string_view keyword) {
+    if (keyword.size() < 4) return nullptr;
+    switch (std::toupper(static_cast<unsigned char>(keyword[3]))) {
+    case 'C': return &weather_month_record::precip;
+    case 'N': return &weather_month_record::tmn2m;
+    case 'X': return &weather_month_record::tmx2m;
+    default: return nullptr;
+    }
+}
+
+}  // namespace
+
+bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
+    std::string text;
+    if (!readFileText(path, text)) {
+        appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
+        return false;
+    }
+    int rows = 0;
+    std::set<std::pair<int, int>> records;  // (year, month) records set by this import
+    bool ok = true;
+    std::vector<double> values;
+    forEachLine(text, [&](std::string_view line) {
+        if (isBlank(line)) return;
+        size_t start = line.find_first_not_of(" \t");
+        size_t end = line.find_first_of(" \t", start);
+        std::string_view keyword = line.substr(start, end == std::string_view::npos ? line.size() - start : end - start);
+        float weather_month_record::*series = monthlySeries(keyword);
+        if (!series) {
+            appendf(errors, "ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\"\n",
+                    static_cast<int>(line.size()), line.data(), path.c_str());
+            ok = false;
+            return;
+        }
+        std::string_view numbers = end == std::string_view::npos ? std::string_view() : line.substr(end);
+        if (!(readNumbers(numbers, values) && values.size() == 13) && !readMonthlyColumns(line, values)) {
+            appendf(errors, "ERROR, a year and twelve monthly values expected in weather file: \"%.*s\"\nFile: \"%s\"\n",
+                    static_cast<int>(line.size()), line.data(), path.c_str());
+            ok = false;
+            return;
+        }
+        int year = static_cast<int>(values[0]);
+        weather_monthly_year& y = station.monthlyYear(year);
+        for (int month = 1; month <= 12; ++month) {
+            y.monthRecord(month).*series = static_cast<float>(values[static_cast<size_t>(month)]);
+            records.insert({year, month});
+        }
+        ++rows;
+    });
+    appendf(errors, "%d rows imported.\n", rows);
+    appendf(errors, "Imported %d records from \"%s\".\n", static_cast<int>(records.size()), path.c_str());
+    return ok;
+}
+
+bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
+    std::string text;
+    if (!readFileText(path, text)) {
+        appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
+        return false;
+    }
+    return importDailyWeatherText(text, path, station, errors);
+}
+
+namespace {
+
+// A day already held is replaced, so importing a file twice does not double it.
+void storeDay(weather_daily_year& y, const weather_day_record& d) {
+    auto same = [&](const weather_day_record& held) { return held.month == d.month && held.day == d.day; };
+    if (!y.days.empty() && same(y.days.back())) {
+        y.days.back() = d;
+        return;
+    }
+    auto found = std::find_if(y.days.begin(), y.days.end(), same);
+    if (found != y.days.end())
+        *found = d;
+    else
+        y.days.push_back(d);
+}
+
+bool validDate(int day, int month) { return month >= 1 && month <= 12 && day >= 1 && day <= 31; }
+
+}  // namespace
+
+bool importDailyWeatherText(std::string_view text, const std::string& path, TelluraWeatherStations& station,
+                            std::string& errors) {
+    long days = 0, firstYear = 999999, lastYear = -999999, lineNumber = 0;
+    bool ok = true;
+    std::vector<double> v;
+    std::unordered_map<int, size_t> yearIndex;  // year -> position in station.daily
+    for (size_t i = 0; i < station.daily.size(); ++i) yearIndex[station.daily[i].year] = i;
+    forEachLine(text, [&](std::string_view line) {
+        ++lineNumber;
+        if (isBlank(line)) return;
+        bool readable = readNumbers(line, v) && v.size() >= 7 && v.size() <= 10;
+        if (!readable || !validDate(static_cast<int>(v[0]), static_cast<int>(v[1]))) {
+            appendf(errors,
+                    "ERROR, line %ld of daily weather file \"%s\" is not \"day month year day-of-year tmax tmin "
+                    "precipitation [solrad rhumid windsp]\": \"%.*s\"\n",
+                    lineNumber, path.c_str(), static_cast<int>(line.size()), line.data());
+            ok = false;
+            return;
+        }
+        weather_day_record d;
+        d.day = static_cast<int16_t>(v[0]);
+        d.month = static_cast<int16_t>(v[1]);
+        d.year = static_cast<int16_t>(v[2]);
+        d.tmx2m = static_cast<float>(v[4]);
+        d.tmn2m = static_cast<float>(v[5]);
+        d.precip = static_cast<float>(v[6]);
+        if (v.size() > 7) d.solrad = static_cast<float>(v[7]);
+        if (v.size() > 8) d.rhumid = static_cast<float>(v[8]);
+        if (v.size() > 9) d.windsp = static_cast<float>(v[9]);
+        auto [where, added] = yearIndex.try_emplace(d.year, station.daily.size());
+        if (added) station.daily.push_back({d.year, {}});
+        storeDay(station.daily[where->second], d);
+        ++days;
+        firstYear = std::min<long>(firstYear, d.year);
+        lastYear = std::max<long>(lastYear, d.year);
+    });
+    appendf(errors, "%ld days read, from years %ld to %ld.\n", days, firstYear, lastYear);
+    return ok;
+}
+
+// --- Text form -----------------------------------------------------------------
+
+void appendClimateMeansText(const TelluraWeatherStations& station, std::string& text) {
+    appendf(text, "Weather ID\t%ld\t%s\n", asLong(station.id), station.description.c_str());
+    for (const climate_series& series : kClimateSeries) {
+        text += series.label;
+        for (const weather_month_means& m : station.means) appendf(text, "\t%g", static_cast<double>(m.*series.member));
+        text += "\n";
+    }
+}
+
+std::string deleteDailyRecordQuestion(int32_t stationId, const weather_day_record& day) {
+    return strprintf("Delete %ld %04d-%02d-%02d ?", asLong(stationId), day.year, day.month, day.day);
+}
+
+}  // namespace sb
