@@ -1,0 +1,179 @@
+#include "modeloutput/binary_output_reader.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "app/text_format.h"
+#include "modeloutput/binary_layout.h"
+#include "modeloutput/binary_record_reader.h"
+#include "modeloutput/output_field_target.h"
+#include "modeloutput/output_time.h"
+#include "modeloutput/output_value_parse.h"
+#include "records/tellura_control_record.h"
+
+namespace sb {
+
+namespace {
+
+// One variable of the layout and the columns it fills.
+struct placement {
+    int position;       // float index in the record
+    std::string name;
+    int endOfRunColumn; // -1: not an end-of-run column (or not in array 1)
+    output_field_target periodTarget;
+};
+
+std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) {
+    const auto& endTable = tableDef(table_id::output);
+    const auto& periodTable = tableDef(monthly ? table_id::output_monthly : table_id::output_annual);
+    std::vector<placement> out;
+    for (int array = 0; array < 3; ++array) {
+        const auto& names = layout.names[static_cast<size_t>(array)];
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (names[i].empty()) continue;
+            placement p{layout.floatPosition(array, static_cast<int>(i)), names[i], -1,
+                        resolveOutputField(periodTable, names[i], monthly)};
+            if (array == 0) p.endOfRunColumn = resolveOutputField(endTable, names[i], false).column;
+            if (p.endOfRunColumn >= 0 || p.periodTarget.placed()) out.push_back(std::move(p));
+        }
+    }
+    return out;
+}
+
+float floatAt(const std::vector<unsigned char>& record, int position) {
+    uint32_t bits = static_cast<uint32_t>(record[4 * position]) |
+                    static_cast<uint32_t>(record[4 * position + 1]) << 8 |
+                    static_cast<uint32_t>(record[4 * position + 2]) << 16 |
+                    static_cast<uint32_t>(record[4 * position + 3]) << 24;
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+class binary_block_reader {
+public:
+    binary_block_reader(binary_record_reader& reader, const binary_layout* layout, long recordBytes,
+                        tellura_outputs& outputs)
+        : reader_(reader), layout_(layout), bytes_(recordBytes), outputs_(outputs) {
+        if (layout) {
+            annual_ = placementsFor(*layout, false);
+            monthly_ = placementsFor(*layout, true);
+        }
+    }
+
+    bool readBlock(const tellura_event_block& block, std::string& errors) {
+        bool monthly = block.outputInterval < 12.0f;
+        output_year_span span;
+        if (bytes_ < 4) {  // a file that holds no record at all
+            span.appendRecordsMessage(errors);
+            return false;
+        }
+        bool ok = true;
+        for (bool last = false; !last;) {
+            if (!reader_.readRecord(bytes_, record_, error_, errors)) {
+                ok = false;
+                break;
+            }
+            float time = floatAt(record_, 0);
+            if (!std::isfinite(time)) {
+                appendf(errors, "ERROR, binary output record %ld has no valid time.\n", reader_.recordsRead());
+                ok = false;
+                break;
+            }
+            last = static_cast<float>(block.lastYear) <= time;
+            table_record* target = nullptr;
+            int month = 0;
+            long year = 0;
+            if (monthly) {
+                output_year_month ym = monthlyTime(time);
+                target = &outputs_.monthlyFor(ym.year, ym.month);
+                month = ym.month;
+                year = ym.year;
+            } else {
+                year = annualYear(time);
+                target = &outputs_.annualFor(static_cast<int>(year));
+            }
+            span.see(year);
+            fill(monthly ? monthly_ : annual_, *target, month, errors);
+            ++span.count;
+        }
+        span.appendRecordsMessage(errors);
+        return ok;
+    }
+
+    void finish(std::string& errors) const { badValues_.finish(errors); }
+
+private:
+    void fill(const std::vector<placement>& placements, table_record& target, int month, std::string& errors) {
+        for (const auto& p : placements) {
+            float value = floatAt(record_, p.position);
+            if (!std::isfinite(value)) {
+                badValues_.note(reader_.recordsRead(), std::isnan(value) ? "NaN" : "Infinity", p.name, errors);
+                continue;
+            }
+            if (p.endOfRunColumn >= 0) {
+                storeOutputValue(outputs_.endOfRun, p.endOfRunColumn, value);
+                outputs_.hasEndOfRun = true;
+            }
+            if (p.periodTarget.placed() && p.periodTarget.takesMonth(month))
+                storeOutputValue(target, p.periodTarget.column, value);
+        }
+    }
+
+    binary_record_reader& reader_;
+    const binary_layout* layout_;
+    long bytes_;
+    tellura_outputs& outputs_;
+    std::vector<placement> annual_, monthly_;
+    std::vector<unsigned char> record_;
+    bool error_ = false;
+    bad_value_log badValues_{"binary output record"};
+};
+
+}  // namespace
+
+bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
+                      tellura_control_record& record, std::string& errors) {
+    binary_record_reader reader;
+    if (!reader.open(path, errors)) return false;
+    int firstByte = 0;
+    if (!reader.readFirstByte(firstByte)) {
+        errors += "ERROR, binary output file is empty: " + path + "\n";
+        return false;
+    }
+    if (record.blocks.empty()) return true;
+    if (!reader.detectFraming(errors)) return false;
+    const binary_layout* layout = nullptr;
+    if (reader.firstRecordBytes() > 0) {
+        layout = layouts.find(versionIndex, reader.firstRecordBytes());
+        if (!layout) {
+            appendf(errors,
+                    "ERROR, binary output file \"%s\" has records of %ld bytes, but the layouts known "
+                    "for this model version have %s bytes. Add the layout of this model build to the "
+                    "binary layout files.\n",
+                    path.c_str(), reader.firstRecordBytes(), layouts.knownSizes(versionIndex).c_str());
+            return false;
+        }
+    }
+    binary_block_reader blocks(reader, layout, reader.firstRecordBytes(), record.outputs);
+    bool ok = true;
+    for (const auto& block : record.blocks)
+        if (!blocks.readBlock(block, errors)) {
+            ok = false;
+            break;
+        }
+    blocks.finish(errors);
+    return ok;
+}
+
+bool readBinaryOutput(const std::string& path, int versionIndex,
+                      const std::vector<std::string>& extraLayoutFiles, tellura_control_record& record,
+                      std::string& errors) {
+    binary_layout_catalogue layouts;
+    // The user's own layouts come first so that they win over a shipped layout of the same size.
+    for (const auto& file : extraLayoutFiles) layouts.addFile(file, errors);
+    layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
+    return readBinaryOutput(path, versionIndex, layouts, record, errors);
+}
+
+}  // namespace sb

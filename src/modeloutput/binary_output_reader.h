@@ -1,0 +1,26 @@
+#pragma once
+// Reads the model's binary output ("sb.bin") straight into a control record's
+// output records, block by block, without the list utility.
+#include <string>
+#include <vector>
+
+namespace sb {
+
+class binary_layout_catalogue;
+class tellura_control_record;
+
+// The layout is chosen by the file's record size among the catalogue's layouts
+// for the version. Array 1 (the model's state and annual accumulators) fills the
+// end-of-run record where a variable is one of its columns; every array fills the
+// year's or month's record where a variable is one of that record's columns (the
+// model keeps most annual values in array 1, so leaving them out would leave the
+// annual table nearly empty). Blocks already read stay filled on failure.
+bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
+                      tellura_control_record& record, std::string& errors);
+
+// The shipped layouts plus the user's own layout files (the "BinaryLayouts" setting).
+bool readBinaryOutput(const std::string& path, int versionIndex,
+                      const std::vector<std::string>& extraLayoutFiles, tellura_control_record& record,
+                      std::string& errors);
+
+}  // namespace sb

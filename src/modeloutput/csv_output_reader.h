@@ -1,0 +1,35 @@
+#pragma once
+// The six comma-separated result files of version 6 ("Tellura 5"). One reader
+// serves them all; a small table says, per file, how many header lines precede
+// the rows and which field of a row goes into which output column.
+#include <string>
+#include <vector>
+
+namespace sb {
+
+class tellura_control_record;
+
+enum csv_target : unsigned { kCsvAnnual = 1, kCsvEndOfRun = 2 };
+
+struct csv_field {
+    const char* name;     // output column; every field after the time, in file order
+    unsigned targets;     // kCsvAnnual and / or kCsvEndOfRun
+};
+
+struct csv_output_file {
+    const char* fileName;      // "sb.cropC.csv", in the run directory
+    int headerLines;           // lines before the first row
+    std::vector<csv_field> fields;
+};
+
+const std::vector<csv_output_file>& csvOutputFiles();
+
+// Reads one file: each row's year (floor of its first field) selects or makes
+// the annual record; ends with "%ld years read, from %ld to %ld.\n".
+bool readCsvOutputFile(const csv_output_file& file, const std::string& path,
+                       tellura_control_record& record, std::string& errors);
+
+// All six files of a run; a missing file is reported and the others still read.
+bool readCsvOutputs(const std::string& runDirectory, tellura_control_record& record, std::string& errors);
+
+}  // namespace sb

@@ -1,0 +1,223 @@
+#include "modeloutput/output_tables.h"
+
+#include <memory>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "modeloutput/tellura_output.h"
+
+namespace sb {
+
+namespace {
+
+// How one table's rows are told apart in the store's messages.
+struct output_table_kind {
+    table_id table;
+    bool warnDuplicates;  // false: every insert failure is an error (soil layers)
+    // " Year=%d", " Year=%d Month=%d", ... from the row's key columns
+    std::string (*keyText)(const table_record& row);
+};
+
+std::string yearKey(const table_record& r) { return strprintf(" Year=%d", r.integer(1)); }
+std::string monthKey(const table_record& r) { return strprintf(" Year=%d Month=%d", r.integer(1), r.integer(2)); }
+std::string dayKey(const table_record& r) { return strprintf(" Year=%d Julian Day=%d", r.integer(1), r.integer(2)); }
+std::string layerKey(const table_record& r) { return strprintf(" Layer=%d", r.integer(1)); }
+
+const output_table_kind kAnnualKind{table_id::output_annual, true, yearKey};
+const output_table_kind kMonthlyKind{table_id::output_monthly, true, monthKey};
+const output_table_kind kDailyKind{table_id::output_daily, true, dayKey};
+const output_table_kind kLayerKind{table_id::output_soil_layers, false, layerKey};
+
+// The delete-then-insert of one table. `rows` yields each record to insert.
+class table_store {
+public:
+    table_store(database& db, table_id table, int32_t id, std::string& errors)
+        : db_(db), table_(table), id_(id), errors_(errors), session_(db) {}
+
+    // Session, delete of the record's old rows, and the table opened for inserting.
+    bool begin() {
+        const char* name = tableName(table_);
+        if (!session_.ok()) {
+            errors_ += "ERROR, unable to create session on database.\n";
+            return false;
+        }
+        db_status status = db_.execute(strprintf("DELETE * FROM `%s` WHERE ID = %ld", name, static_cast<long>(id_)));
+        if (status.failed()) {
+            errors_ += std::string("ERROR, unable to delete from [") + name + "]\n";
+            appendStatusText(status, errors_);
+            return false;
+        }
+        rows_ = db_.openTable(table_, strprintf("[ID] = %ld", static_cast<long>(id_)), "", status);
+        if (!rows_) {
+            errors_ += std::string("Unable to open table ") + name + "\n";
+            appendStatusText(status, errors_);
+            return false;
+        }
+        return true;
+    }
+
+    db_status insert(tellura_output& record) {
+        record.setId(id_);
+        return rows_->insert(record);
+    }
+
+    // False when the store must end; a skipped duplicate is not a failure.
+    bool insertKeyed(tellura_output& record, const output_table_kind& kind) {
+        db_status status = insert(record);
+        if (!status.failed()) return true;
+        const char* name = tableName(table_);
+        std::string key = kind.keyText(record);
+        if (kind.warnDuplicates && status.code == kStatusIntegrityViolation) {
+            appendf(errors_, "WARNING, duplicate year cannot be inserted into table [%s] ID=%ld%s\n", name,
+                    static_cast<long>(id_), key.c_str());
+            appendStatusText(status, errors_);
+            return true;
+        }
+        appendf(errors_, "ERROR, unable to insert into table [%s] ID=%ld%s\n", name, static_cast<long>(id_), key.c_str());
+        appendStatusText(status, errors_);
+        return false;
+    }
+
+private:
+    database& db_;
+    table_id table_;
+    int32_t id_;
+    std::string& errors_;
+    session session_;
+    std::unique_ptr<rowset> rows_;
+};
+
+bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records,
+                const output_table_kind& kind, std::string& errors) {
+    table_store store(db, kind.table, id, errors);
+    if (!store.begin()) return false;
+    for (tellura_output* record : records)
+        if (!store.insertKeyed(*record, kind)) return false;
+    return true;
+}
+
+template <class Container>
+std::vector<tellura_output*> pointersTo(Container& records) {
+    std::vector<tellura_output*> out;
+    out.reserve(records.size());
+    for (auto& record : records) out.push_back(&record);
+    return out;
+}
+
+std::unique_ptr<rowset> openForReading(database& db, table_id table, int32_t id, const char* order,
+                                       std::string& errors) {
+    db_status status;
+    auto rows = db.openTable(table, strprintf("[ID] = %ld", static_cast<long>(id)), order, status);
+    if (!rows) {
+        errors += std::string("Unable to open table ") + tableName(table) + "\n";
+        appendStatusText(status, errors);
+    }
+    return rows;
+}
+
+// Calls take(row) for each row; false when the table could not be read.
+template <class Take>
+bool readRows(database& db, table_id table, int32_t id, const char* order, std::string& errors, Take take) {
+    auto rows = openForReading(db, table, id, order, errors);
+    if (!rows) return false;
+    db_status status = rows->moveFirst();
+    while (status.ok()) {
+        if (!take(rows->row())) break;
+        status = rows->moveNext();
+    }
+    if (status.failed()) {
+        appendStatusText(status, errors);
+        return false;
+    }
+    return true;
+}
+
+template <class Record>
+Record recordFrom(const table_record& row) {
+    Record r;
+    static_cast<table_record&>(r) = row;
+    return r;
+}
+
+}  // namespace
+
+bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    table_store store(db, table_id::output, id, errors);
+    if (!store.begin()) return false;
+    if (!outputs.hasEndOfRun) return true;
+    db_status status = store.insert(outputs.endOfRun);
+    if (!status.failed()) return true;
+    errors += "ERROR, unable to insert Tellura Output.\n";
+    appendStatusText(status, errors);
+    return false;
+}
+
+bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return storeKeyed(db, id, pointersTo(outputs.annual), kAnnualKind, errors);
+}
+
+bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    // In year and month order, so that a table browsed by its insertion order reads naturally.
+    std::vector<tellura_output*> ordered;
+    for (const auto* record : outputs.monthlyInOrder())
+        ordered.push_back(const_cast<TelluraOutputMonthly*>(record));
+    return storeKeyed(db, id, ordered, kMonthlyKind, errors);
+}
+
+bool storeDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return storeKeyed(db, id, pointersTo(outputs.daily), kDailyKind, errors);
+}
+
+bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return storeKeyed(db, id, pointersTo(outputs.soilLayers), kLayerKind, errors);
+}
+
+bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    // One outer session: the five stores nest inside it and commit together.
+    session whole(db);
+    if (!whole.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
+    bool ok = storeEndOfRunOutput(db, id, outputs, errors);
+    ok = storeAnnualOutput(db, id, outputs, errors) && ok;
+    ok = storeMonthlyOutput(db, id, outputs, errors) && ok;
+    ok = storeDailyOutput(db, id, outputs, errors) && ok;
+    ok = storeSoilLayerOutput(db, id, outputs, errors) && ok;
+    return ok;
+}
+
+bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    outputs.clear();
+    bool ok = readRows(db, table_id::output, id, "", errors, [&](const table_record& row) {
+        static_cast<table_record&>(outputs.endOfRun) = row;
+        outputs.hasEndOfRun = true;
+        return false;  // one row per record
+    });
+    ok = readRows(db, table_id::output_annual, id, "[Year]", errors, [&](const table_record& row) {
+        outputs.annual.push_back(recordFrom<TelluraOutputAnnual>(row));
+        return true;
+    }) && ok;
+    ok = readRows(db, table_id::output_monthly, id, "[Year]", errors, [&](const table_record& row) {
+        static_cast<table_record&>(outputs.monthlyFor(row.integer(1), row.integer(2))) = row;
+        return true;
+    }) && ok;
+    ok = readRows(db, table_id::output_daily, id, "[Year]", errors, [&](const table_record& row) {
+        outputs.daily.push_back(recordFrom<TelluraOutputDaily>(row));
+        return true;
+    }) && ok;
+    bool tooManyLayers = false;
+    ok = readRows(db, table_id::output_soil_layers, id, "", errors, [&](const table_record& row) {
+        if (outputs.soilLayers.size() >= static_cast<size_t>(kMaxOutputSoilLayers)) {
+            errors += std::string("ERROR, too many soil layers in table [") +
+                      tableName(table_id::output_soil_layers) + "]";
+            tooManyLayers = true;
+            return false;
+        }
+        outputs.soilLayers.push_back(recordFrom<TelluraOutputSoilLayer>(row));
+        return true;
+    }) && ok;
+    return ok && !tooManyLayers;
+}
+
+}  // namespace sb

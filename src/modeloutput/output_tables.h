@@ -1,0 +1,30 @@
+#pragma once
+// Storing a control record's outputs in the five output tables and reading them
+// back. A store replaces everything stored earlier under the record's ID: the
+// old rows are deleted, then the new ones inserted through one prepared insert
+// per table, all inside one session (one transaction) for the whole record.
+#include <cstdint>
+#include <string>
+
+namespace sb {
+
+class database;
+struct tellura_outputs;
+
+// All five tables. Sets the ID of every record to `id`. Within a table a row
+// whose key is already stored (a year read twice) is warned about and skipped;
+// any other insert failure ends that table's store, keeping the rows before it.
+bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+
+// Replaces `outputs` with the rows stored under `id`: annual, monthly and daily
+// rows in year order, at most 14 soil layers.
+bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+
+// The single tables, for callers that store or read one kind only.
+bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool storeDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+
+}  // namespace sb

@@ -1,0 +1,70 @@
+#include "modeloutput/output_to_input.h"
+
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+
+namespace sb {
+
+namespace {
+
+// Output column -> site column, in the order the values are copied.
+const char* const kCopiedValues[][2] = {
+    {"aglcis(1)", "AGLCIS(1)"}, {"aglcis(2)", "AGLCIS(2)"}, {"aglive(1)", "AGLIVE(1)"},
+    {"aglive(2)", "AGLIVE(2)"}, {"aglive(3)", "AGLIVE(3)"}, {"aminrl(1)", "AMINRL(1)"},
+    {"aminrl(2)", "AMINRL(2)"}, {"aminrl(3)", "AMINRL(3)"},
+};
+
+const char* const kSoilLayerValues[] = {"Mineral N", "Mineral P", "Mineral S", "Initial Relative Water Content"};
+
+bool allZero(const table_record& output) {
+    for (const auto& pair : kCopiedValues)
+        if (output.number(pair[0]) != 0.0) return false;
+    return true;
+}
+
+void copyValues(const table_record& output, tellura_control_record& record) {
+    for (const auto& pair : kCopiedValues) record.site.setNumber(pair[1], output.number(pair[0]));
+    record.modified = true;
+}
+
+}  // namespace
+
+bool copyAnnualOutputToInput(tellura_control_record& record, std::string& errors) {
+    if (record.outputs.annual.empty()) {
+        errors += "No annual output exists for record.\n";
+        return false;
+    }
+    const auto& last = record.outputs.annual.back();
+    if (allZero(last)) return false;
+    copyValues(last, record);
+    return true;
+}
+
+bool copyMonthlyOutputToInput(tellura_control_record& record, std::string& errors) {
+    auto ordered = record.outputs.monthlyInOrder();
+    if (ordered.empty()) {
+        errors += "No monthly output exists for record.\n";
+        return false;
+    }
+    copyValues(*ordered.back(), record);
+    errors += "Monthly copied for record.\n";
+    return true;
+}
+
+bool fillSoilFromOutput(const tellura_control_record& record, TelluraSoils* soil, std::string& errors) {
+    if (!soil) {
+        errors += "ERROR, No soil record to fill.\n";
+        return false;
+    }
+    bool filled = false;
+    for (const auto& layerOutput : record.outputs.soilLayers) {
+        int number = layerOutput.layerNumber();
+        if (number < 1 || number > soil->layerCount || number > kMaxSoilLayers) continue;
+        auto& layer = soil->layers[static_cast<size_t>(number - 1)];
+        for (const char* column : kSoilLayerValues) layer.setNumber(column, layerOutput.number(column));
+        filled = true;
+    }
+    return filled;
+}
+
+}  // namespace sb

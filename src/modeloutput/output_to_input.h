@@ -1,0 +1,29 @@
+#pragma once
+// Taking a run's results back as the starting state of the next run: the last
+// year's (or month's) live carbon, live elements and mineral elements become the
+// record's initial site values, and the soil layers' mineral contents come from
+// the stored soil-layer output.
+#include <string>
+
+namespace sb {
+
+class tellura_control_record;
+class TelluraSoils;
+
+// The eight values aglcis(1), aglcis(2), aglive(1..3), aminrl(1..3) of the last
+// annual record into the site's AGLCIS(1), AGLCIS(2), AGLIVE(1..3), AMINRL(1..3).
+// No annual record: "No annual output exists for record.\n". All eight zero:
+// nothing changes and nothing is reported. Returns true when values were copied.
+bool copyAnnualOutputToInput(tellura_control_record& record, std::string& errors);
+
+// The same from the last monthly record (no all-zero test); reports
+// "Monthly copied for record.\n" or "No monthly output exists for record.\n".
+bool copyMonthlyOutputToInput(tellura_control_record& record, std::string& errors);
+
+// Each soil layer of the record's soil takes Mineral N, Mineral P, Mineral S and
+// Initial Relative Water Content from the output soil-layer row of the same
+// layer number. soil is null when the record has no soil:
+// "ERROR, No soil record to fill.\n".
+bool fillSoilFromOutput(const tellura_control_record& record, TelluraSoils* soil, std::string& errors);
+
+}  // namespace sb
