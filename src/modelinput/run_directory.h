@@ -1,0 +1,49 @@
+#pragma once
+// Writing the complete set of model input files for one control record into
+// the run directory (the folder of the version's model executable): the ini
+// file (release 6), fixed, site and schedule files with their weather files,
+// the ten option files and, for the daily-step release, soils.in, sitepar.in
+// and the output-file selection outfiles.in.
+#include <array>
+#include <string>
+
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sb {
+
+constexpr int kDailyOutputFileCount = 28;
+using outfile_flags = std::array<bool, kDailyOutputFileCount>;
+
+struct daily_output_file {
+    const char* file;
+    const char* description;
+};
+// The 28 optional daily output files, in the order of the settings' flags.
+const std::array<daily_output_file, kDailyOutputFileCount>& dailyOutputFiles();
+
+// The folder part of an executable path with its trailing separator ("/" or
+// "\"); empty when the path has no folder part (the current folder).
+std::string runDirectoryOf(const std::string& modelExecutable);
+
+// The schedule's name for a version: "sb.evt" (1), "sb.sch" (2..6), "ERROR" otherwise.
+const char* scheduleFileName(int version);
+// "sbfix.100" for release 6, "fix.100" otherwise.
+const char* fixedFileName(int version);
+
+// Writes every file, appending problems to `errors`; one failing file does not
+// stop the others. False when any file could not be written.
+bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
+                         const outfile_flags& outfileSelected, const option_lists& options,
+                         const tellura_soil_list& soils, const tellura_weather_station_list& stations,
+                         std::string& errors);
+
+// "sb.ini" with CR LF line ends; nothing is reported when it cannot be created.
+bool writeIni(const std::string& path);
+// "outfiles.in": header and one row per file (rows 19..28 only for version 4).
+bool writeOutfiles(const std::string& path, int version, const outfile_flags& flags, std::string& errors);
+std::string outfilesText(int version, const outfile_flags& flags);
+
+}  // namespace sb
