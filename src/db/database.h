@@ -17,6 +17,9 @@ class rowset;
 class sql_dialect;
 struct database_impl;
 
+// Each database object has a connection of its own, so different objects may be
+// used from different threads at the same time; one object (and its row sets)
+// stays on the thread that opened it. Close row sets before their database.
 class database {
 public:
     ~database();
@@ -34,6 +37,9 @@ public:
 
     const std::string& path() const;
     const sql_dialect& dialect() const;
+    // A write-protected project file is opened for reading; every save then fails
+    // at its session with a message saying so, and nothing in the file changes.
+    bool readOnly() const;
 
     // Runs a statement in project dialect (DELETE ... / DDL) on the current session.
     db_status execute(std::string_view sql);
@@ -52,6 +58,9 @@ public:
     void endSession();      // commits when the outermost session ends
     void abandonSession();  // rolls back the outermost transaction
     int sessionDepth() const;
+    // The store's text when the last outermost session could not be committed (its
+    // work was rolled back); empty after a good commit.
+    const std::string& lastCommitError() const;
 
     database_impl& impl() { return *impl_; }
 
@@ -73,6 +82,8 @@ public:
     bool ok() const { return ok_; }
     const std::string& storeError() const { return storeError_; }
     void close();
+    // Gives up the work: the outermost transaction is rolled back when it ends.
+    void abandon();
 
 private:
     database& db_;
@@ -115,6 +126,11 @@ protected:
 
 private:
     friend class database;
+    db_status prepare();        // compiles the SELECT; reports a missing table or column
+    db_status restart();        // runs the SELECT from its start
+    bool fetchOne(db_status& status);
+    db_status moveTo(long target);
+
     database& db_;
     table_id table_;
     std::string select_;

@@ -1,0 +1,237 @@
+#include "db/sql_dialect.h"
+
+#include <cctype>
+#include <cstdlib>
+
+#include "app/text_format.h"
+
+namespace sb {
+
+namespace {
+
+// Our mark in the file header: new projects carry it, so an empty new project is
+// told apart from some other program's database.
+constexpr long long kProjectMark = 0x536F696C;  // "Soil"
+
+bool startsWithWords(std::string_view text, std::initializer_list<std::string_view> words,
+                     size_t& end) {
+    size_t at = 0;
+    for (std::string_view word : words) {
+        while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+        if (!istartsWith(text.substr(at), word)) return false;
+        at += word.size();
+        if (at < text.size() && !std::isspace(static_cast<unsigned char>(text[at])) &&
+            text[at] != '*' && text[at] != '[' && text[at] != '`' && text[at] != '(')
+            return false;
+    }
+    end = at;
+    return true;
+}
+
+// Reads "[name]" (or "`name`") at `at`, leaving `at` after the closing mark.
+bool readBracketed(std::string_view text, size_t& at, std::string& name) {
+    while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+    if (at >= text.size() || (text[at] != '[' && text[at] != '`')) return false;
+    char close = text[at] == '[' ? ']' : '`';
+    size_t end = text.find(close, at + 1);
+    if (end == std::string_view::npos) return false;
+    name = std::string(text.substr(at + 1, end - at - 1));
+    at = end + 1;
+    return true;
+}
+
+// Splits a column or key list at commas that stand outside brackets and parentheses.
+std::vector<std::string_view> splitList(std::string_view body) {
+    std::vector<std::string_view> parts;
+    int depth = 0;
+    bool inBracket = false;
+    size_t start = 0;
+    for (size_t i = 0; i < body.size(); ++i) {
+        char c = body[i];
+        if (inBracket) inBracket = c != ']';
+        else if (c == '[') inBracket = true;
+        else if (c == '(') ++depth;
+        else if (c == ')') --depth;
+        else if (c == ',' && depth == 0) {
+            parts.push_back(body.substr(start, i - start));
+            start = i + 1;
+        }
+    }
+    parts.push_back(body.substr(start));
+    return parts;
+}
+
+class sqlite_dialect final : public sql_dialect {
+public:
+    const char* driverName() const override { return "QSQLITE"; }
+
+    std::string translate(std::string_view sql) const override {
+        size_t end = 0;
+        if (startsWithWords(sql, {"create", "table"}, end)) return createTable(sql, end);
+        if (startsWithWords(sql, {"create", "index"}, end)) return createIndex(sql, end, false);
+        if (startsWithWords(sql, {"create", "unique", "index"}, end)) return createIndex(sql, end, true);
+        // The project's "DELETE * FROM" names no columns; the store wants "DELETE FROM".
+        if (startsWithWords(sql, {"delete", "*", "from"}, end)) return "DELETE FROM" + identifiers(sql.substr(end));
+        return identifiers(sql);
+    }
+
+    std::string insertText(std::string_view table, const std::vector<std::string>& columns) const override {
+        std::string sql = "INSERT INTO " + quoteIdentifier(table) + " (";
+        std::string values;
+        for (size_t i = 0; i < columns.size(); ++i) {
+            sql += (i ? ", " : "") + quoteIdentifier(columns[i]);
+            values += i ? ", ?" : "?";
+        }
+        return sql + ") VALUES (" + values + ")";
+    }
+
+    std::string quoteIdentifier(std::string_view name) const override {
+        std::string quoted = "\"";
+        for (char c : name) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+        return quoted + "\"";
+    }
+
+    std::string connectOptions(bool readOnly) const override {
+        // A second program saving the same project holds the write lock for the length of
+        // one save; waiting a few seconds lets ours queue behind it instead of failing.
+        std::string options = "QSQLITE_BUSY_TIMEOUT=8000";
+        if (readOnly) options += ";QSQLITE_OPEN_READONLY";
+        return options;
+    }
+
+    std::vector<std::string> connectionSetup() const override {
+        // WAL: readers and one writer share the file, and a killed writer leaves the
+        // last committed state. NORMAL sync keeps that guarantee against a crash of
+        // the program (not of the machine) at a fraction of the cost of FULL.
+        return {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"};
+    }
+
+    std::string beginText() const override { return "BEGIN IMMEDIATE"; }
+    std::string markProjectText() const override {
+        return strprintf("PRAGMA application_id = %lld", kProjectMark);
+    }
+    std::string readMarkText() const override { return "PRAGMA application_id"; }
+    long long projectMark() const override { return kProjectMark; }
+
+    status_code classifyError(std::string_view nativeCode, std::string_view text) const override {
+        int code = nativeCode.empty() ? 0 : std::atoi(std::string(nativeCode).c_str()) & 0xFF;
+        std::string lower = toLower(text);
+        auto has = [&](const char* part) { return lower.find(part) != std::string::npos; };
+        if (has("no such table")) return kStatusNoTable;
+        if (has("no such column") || has("has no column named")) return kStatusNoColumn;
+        if (has("cannot store")) return kStatusCantConvert;  // a value of the wrong kind
+        switch (code) {
+            case 1: return kStatusCommandError;   // SQLITE_ERROR: syntax, existing table, ...
+            case 5:                                // SQLITE_BUSY
+            case 6: return kStatusBusy;           // SQLITE_LOCKED
+            case 8: return kStatusReadOnly;       // SQLITE_READONLY
+            case 19: return kStatusIntegrityViolation;  // SQLITE_CONSTRAINT
+            case 26: return kStatusNotADatabase;  // SQLITE_NOTADB
+            default: break;
+        }
+        if (has("readonly") || has("read-only")) return kStatusReadOnly;
+        if (has("not a database")) return kStatusNotADatabase;
+        if (has("constraint failed")) return kStatusIntegrityViolation;
+        if (has("locked") || has("busy")) return kStatusBusy;
+        return kStatusStoreError;
+    }
+
+private:
+    // Back-quoted and bracketed names become the store's quoted identifiers; the
+    // project's double-quoted strings become single-quoted literals; single-quoted
+    // literals pass through untouched.
+    std::string identifiers(std::string_view sql) const {
+        std::string out;
+        out.reserve(sql.size() + 8);
+        for (size_t i = 0; i < sql.size(); ++i) {
+            char c = sql[i];
+            if (c == '[' || c == '`') {
+                char close = c == '[' ? ']' : '`';
+                size_t end = sql.find(close, i + 1);
+                if (end == std::string_view::npos) end = sql.size();
+                out += quoteIdentifier(sql.substr(i + 1, end - i - 1));
+                i = end;
+            } else if (c == '\'' || c == '"') {
+                out += '\'';
+                size_t j = i + 1;
+                for (; j < sql.size(); ++j) {
+                    if (sql[j] == c) {
+                        if (j + 1 < sql.size() && sql[j + 1] == c) {  // doubled: an escaped quote
+                            out += c == '\'' ? "''" : "\"";
+                            ++j;
+                            continue;
+                        }
+                        break;
+                    }
+                    out += sql[j] == '\'' ? std::string("''") : std::string(1, sql[j]);
+                }
+                out += '\'';
+                i = j;
+            } else {
+                out += c;
+            }
+        }
+        return out;
+    }
+
+    // The project's column type words in store terms; an unknown word is passed on
+    // as it stands, and the STRICT table then refuses it like the project expects.
+    static std::string columnType(std::string_view type) {
+        static const struct { const char* project; const char* store; } kTypes[] = {
+            {"SMALLINT", "INTEGER"}, {"INTEGER", "INTEGER"}, {"BIT", "INTEGER"},   {"BYTE", "INTEGER"},
+            {"SINGLE", "REAL"},      {"DOUBLE", "REAL"},     {"CURRENCY", "REAL"}, {"NUMERIC", "REAL"},
+            {"datetime", "TEXT"},    {"WIDETEXT", "TEXT"},   {"MEMO", "TEXT"},     {"BLOB(2G)", "BLOB"},
+        };
+        if (istartsWith(type, "TEXT(") && type.back() == ')') return "TEXT";
+        for (const auto& t : kTypes)
+            if (iequals(type, t.project)) return t.store;
+        return std::string(type);
+    }
+
+    std::string createTable(std::string_view sql, size_t at) const {
+        std::string table;
+        size_t open = 0, close = sql.rfind(')');
+        if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
+            close == std::string_view::npos || close < open)
+            return identifiers(sql);
+        std::string out = "CREATE TABLE " + quoteIdentifier(table) + "(";
+        std::vector<std::string_view> columns = splitList(sql.substr(open + 1, close - open - 1));
+        for (size_t i = 0; i < columns.size(); ++i) {
+            std::string_view column = trim(columns[i]);
+            std::string name;
+            size_t pos = 0;
+            out += i ? ", " : "";
+            if (readBracketed(column, pos, name))
+                out += quoteIdentifier(name) + " " + columnType(trim(column.substr(pos)));
+            else
+                out += identifiers(column);
+        }
+        // STRICT: the store keeps each column's declared kind and refuses unknown types.
+        return out + ") STRICT";
+    }
+
+    std::string createIndex(std::string_view sql, size_t at, bool unique) const {
+        std::string index, table;
+        size_t on = 0;
+        if (!readBracketed(sql, at, index) || !startsWithWords(sql.substr(at), {"on"}, on))
+            return identifiers(sql);
+        at += on;
+        size_t open = 0, close = sql.rfind(')');
+        if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
+            close == std::string_view::npos || close < open)
+            return identifiers(sql);
+        std::string_view tail = trim(sql.substr(close + 1));
+        bool primary = istartsWith(tail, "with") && toLower(tail).find("primary") != std::string::npos;
+        // Index names are per table in the project but global in the store.
+        std::string out = (unique || primary) ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+        out += quoteIdentifier(table + "." + index) + " ON " + quoteIdentifier(table) + "(";
+        out += identifiers(sql.substr(open + 1, close - open - 1));
+        return out + ")";
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<sql_dialect> sql_dialect::sqlite() { return std::make_unique<sqlite_dialect>(); }
+
+}  // namespace sb
