@@ -1,0 +1,218 @@
+#include "help/list_field_help_tellura.h"
+
+#include <cctype>
+#include <climits>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "app/app_soilbench.h"
+#include "app/model_version.h"
+#include "app/text_format.h"
+
+namespace sb {
+
+namespace {
+
+// Splits one line into its comma-separated fields; a field in double quotes
+// may hold commas, and "" inside it stands for one quote.
+std::vector<std::string> splitCsv(std::string_view line) {
+    std::vector<std::string> fields;
+    size_t pos = 0;
+    while (true) {
+        std::string field;
+        if (pos < line.size() && line[pos] == '"') {
+            ++pos;
+            while (pos < line.size()) {
+                if (line[pos] == '"') {
+                    if (pos + 1 < line.size() && line[pos + 1] == '"') {
+                        field += '"';
+                        pos += 2;
+                        continue;
+                    }
+                    ++pos;
+                    break;
+                }
+                field += line[pos++];
+            }
+            // Anything between the closing quote and the next comma is kept.
+            size_t comma = line.find(',', pos);
+            size_t end = comma == std::string_view::npos ? line.size() : comma;
+            field.append(line.substr(pos, end - pos));
+            pos = end;
+        } else {
+            size_t comma = line.find(',', pos);
+            size_t end = comma == std::string_view::npos ? line.size() : comma;
+            field.assign(line.substr(pos, end - pos));
+            pos = end;
+        }
+        fields.push_back(std::move(field));
+        if (pos >= line.size()) break;
+        ++pos;  // the comma
+    }
+    return fields;
+}
+
+// A whole field holding one integer (blanks around it allowed).
+bool parseInteger(const std::string& field, long long low, long long high, long long& value) {
+    std::string_view text = trim(field);
+    if (text.empty()) return false;
+    size_t pos = 0;
+    bool negative = false;
+    if (text[0] == '+' || text[0] == '-') {
+        negative = text[0] == '-';
+        pos = 1;
+    }
+    if (pos >= text.size()) return false;
+    long long result = 0;
+    for (; pos < text.size(); ++pos) {
+        if (!std::isdigit(static_cast<unsigned char>(text[pos]))) return false;
+        result = result * 10 + (text[pos] - '0');
+        if (result > INT_MAX) return false;
+    }
+    value = negative ? -result : result;
+    return value >= low && value <= high;
+}
+
+bool readWholeFile(const std::string& path, std::string& text) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) return false;
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream buffer;
+    buffer << in.rdbuf();
+    text = buffer.str();
+    return !in.bad();
+}
+
+// Lines of the file: LF or CR LF ends, each cut to the longest line allowed.
+std::vector<std::string_view> splitLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    size_t pos = 0;
+    while (pos < text.size()) {
+        size_t end = text.find('\n', pos);
+        if (end == std::string_view::npos) end = text.size();
+        std::string_view line = text.substr(pos, end - pos);
+        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        if (line.size() > list_field_help_tellura::kMaxLineLength)
+            line = line.substr(0, list_field_help_tellura::kMaxLineLength);
+        lines.push_back(line);
+        pos = end + 1;
+    }
+    return lines;
+}
+
+std::string versionLabels(const field_help_version_tellura& entry) {
+    std::string labels;
+    for (int code = entry.first; code <= entry.last; ++code) {
+        if (!isValidVersion(code)) continue;
+        if (!labels.empty()) labels += ", ";
+        labels += versionDisplayName(code);
+    }
+    return labels;
+}
+
+}  // namespace
+
+bool list_field_help_tellura::load(const std::string& path, std::string& messages) {
+    std::string text;
+    if (!readWholeFile(path, text)) {
+        messages += "ERROR, unable to open help file \"" + path + "\"\r\n";
+        return false;
+    }
+    return loadText(text, path, messages);
+}
+
+bool list_field_help_tellura::loadText(std::string_view text, const std::string& path,
+                                       std::string& messages) {
+    clear();
+    // Spreadsheet programs often save a UTF-8 byte order mark first.
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
+    std::vector<std::string_view> lines = splitLines(text);
+    if (lines.empty() || lines[0] != kHeader) {
+        appendf(messages, "ERROR in format of \"%s\".  Old version?\r\n", path.c_str());
+        return false;
+    }
+    for (size_t index = 1; index < lines.size(); ++index) {
+        if (lines[index].empty()) continue;
+        long lineNumber = static_cast<long>(index);
+        std::vector<std::string> fields = splitCsv(lines[index]);
+        fields.resize(std::max<size_t>(fields.size(), 6));
+        const std::string& name = fields[0];
+        if (trim(name).empty()) {
+            messages += "ERROR, unable to parse help text.\r\n";
+            return false;
+        }
+        long long table = 0, first = 0, last = 0;
+        if (!parseInteger(fields[1], INT32_MIN, INT32_MAX, table)) {
+            appendf(messages, "ERROR, unable to parse help text table, name=\"%s\", line=%ld.\r\n",
+                    name.c_str(), lineNumber);
+            return false;
+        }
+        if (!parseInteger(fields[2], INT16_MIN, INT16_MAX, first)) {
+            appendf(messages, "ERROR, unable to parse help text first version, name=\"%s\", line=%ld.\r\n.\r\n",
+                    name.c_str(), lineNumber);
+            return false;
+        }
+        if (!parseInteger(fields[3], INT16_MIN, INT16_MAX, last)) {
+            appendf(messages, "ERROR, unable to parse help text last version, name=\"%s\", line=%ld.\r\n.\r\n",
+                    name.c_str(), lineNumber);
+            return false;
+        }
+        field_help* entry = findEntry(name, static_cast<int32_t>(table));
+        if (!entry) entry = addEntry(name, static_cast<int32_t>(table));
+        if (!entry) {
+            messages += "ERROR, invalid field name \"" + name + "\" in help text file.\r\n";
+            return false;
+        }
+        entry->versions.push_back({static_cast<int16_t>(first),
+                                   static_cast<int16_t>(last == 0 ? kVersionCount : last), fields[4],
+                                   fields[5]});
+    }
+    return true;
+}
+
+list_field_help_tellura::found list_field_help_tellura::find(std::string_view name, int32_t table,
+                                                             int version) const {
+    found result;
+    result.entry = findEntry(name, table);
+    if (result.entry) result.version = result.entry->forVersion(version);
+    if (!result.version) result.entry = nullptr;
+    return result;
+}
+
+std::string list_field_help_tellura::describe(std::string_view name, int32_t table, int version) const {
+    found help = find(name, table, version);
+    if (!help) return "Not Found: " + std::string(name);
+    std::string text = help.entry->name;
+    if (!help.version->shortText.empty()) text += " (" + help.version->shortText + ")";
+    text += ": ";
+    text += help.version->helpText;
+    text += "\r\nVersions: ";
+    text += versionLabels(*help.version);
+    return text;
+}
+
+std::string list_field_help_tellura::helpBoxText(std::string_view name, int32_t table, int version) const {
+    found help = find(name, table, version);
+    if (!help) return "Not Found: " + std::string(name);
+    return strprintf("[%s] %s", versionDisplayName(version), help.version->helpText.c_str());
+}
+
+std::string findHelpFile(const std::string& programDir, const app_soilbench& settings) {
+    std::error_code ec;
+    std::filesystem::path beside = std::filesystem::path(programDir) / SB_DATA_DIR_RELATIVE / "SoilbenchHelp.csv";
+    if (!programDir.empty() && std::filesystem::is_regular_file(beside, ec))
+        return beside.lexically_normal().string();
+    return localPath(settings.helpFile);
+}
+
+std::string findHelpFile(const app_soilbench& settings) {
+    std::error_code ec;
+    std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
+    return findHelpFile(ec ? std::string() : program.parent_path().string(), settings);
+}
+
+}  // namespace sb
