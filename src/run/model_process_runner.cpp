@@ -1,0 +1,43 @@
+#include "run/model_process_runner.h"
+
+#include "app/app_soilbench.h"  // directoryOf: the run directory of an executable
+#include "app/text_format.h"
+#include "run/command_line.h"
+
+#include <filesystem>
+
+namespace sb {
+namespace {
+
+// A stale output must not be read as this run's: a file that exists but
+// cannot be deleted is reported.
+void deleteStale(const std::string& folder, const char* name, std::string& errors) {
+    if (!*name) return;
+    std::error_code ec;
+    std::filesystem::path path = std::filesystem::path(folder.empty() ? "." : folder) / name;
+    if (!std::filesystem::remove(path, ec) && ec)
+        appendf(errors, "WARNING, unable to delete old output file \"%s\": %s.\n", path.c_str(),
+                ec.message().c_str());
+}
+
+}  // namespace
+
+bool model_process_runner::runModel(int version, const std::string& modelExecutable, bool visible,
+                                    std::string& runLog, std::string& errors) {
+    std::string runDirectory = directoryOf(modelExecutable);
+    std::string commandLine = modelCommandLine(version, modelExecutable, visible);
+    deleteStale(runDirectory, staleBinaryFile(version), errors);
+    if (visible) return runner_.runInConsole(commandLine, runDirectory, errors);
+    return runner_.runCaptured(commandLine, kConsoleFile, runDirectory, false, true, runLog, errors);
+}
+
+bool model_process_runner::runList100(int version, const std::string& list100Executable,
+                                      bool inConsole, std::string& runLog, std::string& errors) {
+    std::string listDirectory = directoryOf(list100Executable);
+    std::string commandLine = list100CommandLine(version, list100Executable);
+    deleteStale(listDirectory, "sb.lis", errors);
+    if (inConsole) return runner_.runInConsole(commandLine, listDirectory, errors);
+    return runner_.runCaptured(commandLine, kConsoleFile, listDirectory, false, false, runLog, errors);
+}
+
+}  // namespace sb

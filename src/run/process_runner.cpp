@@ -1,0 +1,194 @@
+#include "run/process_runner.h"
+
+#include "app/text_format.h"
+#include "run/child_process.h"
+#include "run/command_line.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+#include <vector>
+
+namespace sb {
+namespace {
+
+const char* const kTimeLimitMessage =
+    "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
+    "milliseconds\".\n";
+
+void appendStartFailure(std::string& errors, int code, const std::string& commandLine) {
+    appendf(errors, "Unable to create process, code=%d.\n", code);
+    errors += commandLine;
+    errors += "\n";
+}
+
+// Splits the command line and starts it; reports a failure as the model's
+// process-start message with the errno of the failed step.
+bool startProcess(child_process& child, const std::string& commandLine,
+                  const std::string& workingDirectory, int outputFd, std::string& errors) {
+    std::vector<std::string> arguments;
+    int code = commandLine.empty() ? ENOENT : EINVAL;
+    if (splitCommandLine(commandLine, arguments) &&
+        child.start(arguments, workingDirectory, outputFd, code))
+        return true;
+    appendStartFailure(errors, code, commandLine);
+    return false;
+}
+
+// The time limit, a cancel, and a crash each leave their own message.
+bool reportWait(wait_result result, const child_process& child, std::string& errors) {
+    switch (result) {
+    case wait_result::timedOut: errors += kTimeLimitMessage; return false;
+    case wait_result::cancelled:
+    case wait_result::failed: errors += "Process Cancelled/Error\n"; return false;
+    case wait_result::finished: break;
+    }
+    if (int signal = child.endingSignal()) {
+        appendf(errors, "ERROR, process ended by signal %d (%s).\n", signal, strsignal(signal));
+        return false;
+    }
+    return true;
+}
+
+std::string consolePath(const std::string& consoleFile, const std::string& workingDirectory) {
+    if (consoleFile.empty() || consoleFile[0] == '/' || workingDirectory.empty()) return consoleFile;
+    std::string path = workingDirectory;
+    if (path.back() != '/') path += '/';
+    return path + consoleFile;
+}
+
+// The console file lives only as long as this object, like a delete-on-close file.
+class console_file {
+public:
+    explicit console_file(std::string path) : path_(std::move(path)) {
+        fd_ = open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    }
+    ~console_file() {
+        if (fd_ < 0) return;
+        close(fd_);
+        unlink(path_.c_str());
+    }
+    console_file(const console_file&) = delete;
+    console_file& operator=(const console_file&) = delete;
+    int fd() const { return fd_; }
+
+private:
+    std::string path_;
+    int fd_ = -1;
+};
+
+bool isExecutableOnPath(const std::string& program) {
+    const char* path = std::getenv("PATH");
+    if (!path) return false;
+    std::string dirs = path;
+    size_t start = 0;
+    while (start <= dirs.size()) {
+        size_t end = dirs.find(':', start);
+        if (end == std::string::npos) end = dirs.size();
+        std::string candidate = dirs.substr(start, end - start) + "/" + program;
+        if (end > start && access(candidate.c_str(), X_OK) == 0) return true;
+        start = end + 1;
+    }
+    return false;
+}
+
+// A terminal program that stays until the command ends (xterm does; some
+// desktop terminals hand the window to a server and return at once, so xterm
+// is preferred). Empty when there is no display or no terminal.
+std::string findTerminal() {
+    const char* display = std::getenv("DISPLAY");
+    if (!display || !*display) return "";
+    for (const char* program : {"xterm", "x-terminal-emulator"})
+        if (isExecutableOnPath(program)) return program;
+    return "";
+}
+
+std::vector<std::string> terminalArguments(const std::string& terminal, const std::string& commandLine,
+                                           const std::vector<std::string>& command) {
+    std::vector<std::string> arguments = {"/usr/bin/env", terminal, "-T", commandLine};
+    if (terminal == "xterm") {
+        arguments.push_back("-geometry");
+        arguments.push_back("80x24+25+25");
+    }
+    arguments.push_back("-e");
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    return arguments;
+}
+
+}  // namespace
+
+bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors) {
+    if (fd < 0) {
+        errors += "ERROR in read_console - output file handle is invalid.\n";
+        return false;
+    }
+    std::string text;
+    char chunk[64];
+    off_t offset = 0;
+    int failures = 0;
+    for (;;) {
+        ssize_t got = pread(fd, chunk, sizeof chunk, offset);
+        if (got > 0) {
+            text.append(chunk, static_cast<size_t>(got));
+            offset += got;
+        } else if (got == 0) {
+            break;
+        } else if (errno != EINTR && ++failures > 3) {  // retried, but not for ever
+            errors += "ERROR in read_console - console file cannot be read.\n";
+            return false;
+        }
+    }
+    if (text.empty()) {
+        if (!requireOutput) return true;
+        errors += "ERROR in read_console - console file is empty.\n";
+        return false;
+    }
+    bool ok = text.find("error") == std::string::npos;
+    if (!ok) errors += "ERROR, Tellura error detected.\n";
+    std::string unixText;
+    unixText.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i)
+        if (!(text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')) unixText += text[i];
+    runLog += unixText;
+    return ok;
+}
+
+bool process_runner::runCaptured(const std::string& commandLine, const std::string& consoleFile,
+                                 const std::string& workingDirectory, bool /*highPriority*/,
+                                 bool requireOutput, std::string& runLog, std::string& errors) {
+    console_file console(consolePath(consoleFile, workingDirectory));
+    if (console.fd() < 0) {
+        errors += "Unable to create file handle.\n";
+        errors += commandLine + "\n";
+        return false;
+    }
+    child_process child;
+    if (!startProcess(child, commandLine, workingDirectory, console.fd(), errors)) return false;
+    wait_result result = child.wait(runTimeout_, cancel_);
+    bool ok = reportWait(result, child, errors);
+    if (result == wait_result::finished) runLog += commandLine + "\nProcess Finished\n";
+    // Read also after a time-out or crash, so that what the model printed is kept.
+    bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors);
+    return ok && consoleOk;
+}
+
+bool process_runner::runInConsole(const std::string& commandLine, const std::string& workingDirectory,
+                                  std::string& errors) {
+    std::vector<std::string> command;
+    std::string terminal = findTerminal();
+    child_process child;
+    bool started = false;
+    // A terminal would swallow a failed start, so the program is checked first.
+    if (!terminal.empty() && splitCommandLine(commandLine, command) && access(command[0].c_str(), X_OK) == 0) {
+        int code = 0;
+        started = child.start(terminalArguments(terminal, commandLine, command), workingDirectory, -1, code);
+    }
+    if (!started && !startProcess(child, commandLine, workingDirectory, -1, errors)) return false;
+    return reportWait(child.wait(runTimeout_, cancel_), child, errors);
+}
+
+}  // namespace sb

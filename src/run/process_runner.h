@@ -1,0 +1,40 @@
+#pragma once
+// Runs one external program (the model or its list utility) under the run
+// time limit: hidden with its output captured in a console file, or visible
+// in a terminal. The caller's run log and error text are only appended to.
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace sb {
+
+class process_runner {
+public:
+    explicit process_runner(uint32_t runTimeoutMs = 250000) : runTimeout_(runTimeoutMs) {}
+
+    void setRunTimeout(uint32_t milliseconds) { runTimeout_ = milliseconds; }
+    uint32_t runTimeout() const { return runTimeout_; }
+    // Asked every few milliseconds while a process runs; when it returns true
+    // the process and everything it started are ended ("Process Cancelled/Error").
+    void setCancelCheck(std::function<bool()> cancelRequested) { cancel_ = std::move(cancelRequested); }
+
+    // Starts the command line with standard output and error going to the console
+    // file (relative to the working directory unless absolute), waits, reads the
+    // console back into the run log, deletes it. highPriority is not used on Linux.
+    bool runCaptured(const std::string& commandLine, const std::string& consoleFile,
+                     const std::string& workingDirectory, bool highPriority, bool requireOutput,
+                     std::string& runLog, std::string& errors);
+    // Starts the command line in a terminal window of its own when a display and
+    // a terminal program are found, otherwise attached to our own terminal; waits.
+    bool runInConsole(const std::string& commandLine, const std::string& workingDirectory,
+                      std::string& errors);
+    // Reads the console file from its start in 64-byte pieces. Lower-case "error"
+    // anywhere in it fails the run; CR LF become LF in the run log.
+    static bool readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors);
+
+private:
+    uint32_t runTimeout_;
+    std::function<bool()> cancel_;
+};
+
+}  // namespace sb

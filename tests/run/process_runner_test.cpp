@@ -1,0 +1,271 @@
+// The model process runner against the stand-in model and its misbehaviours.
+#include "run/model_process_runner.h"
+#include "run/process_runner.h"
+#include "standin_fixture.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using sbtest::standin_run_dir;
+
+const char* const kTimeLimit =
+    "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
+    "milliseconds\".\n";
+
+// Sets a stand-in test mode for the processes a test starts.
+class standin_mode {
+public:
+    explicit standin_mode(const char* mode) { setenv("SB_STANDIN_MODE", mode, 1); }
+    ~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
+};
+
+// Gone, or a zombie waiting for its new parent to reap it (no longer running).
+bool processGone(pid_t pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string pidText, name, state;
+    if (!(stat >> pidText >> name >> state)) return true;
+    return state == "Z" || state == "X";
+}
+
+pid_t helperPid(const std::string& runLog) {
+    const std::string marker = "helper process ";
+    size_t at = runLog.find(marker);
+    return at == std::string::npos ? -1 : std::atoi(runLog.c_str() + at + marker.size());
+}
+
+struct run_result {
+    bool ok;
+    std::string runLog, errors;
+};
+
+run_result runModel(const standin_run_dir& dir, uint32_t timeoutMs, int version = 3) {
+    sb::process_runner runner(timeoutMs);
+    sb::model_process_runner model(runner);
+    run_result result;
+    result.ok = model.runModel(version, dir.model(), false, result.runLog, result.errors);
+    return result;
+}
+
+TEST(ProcessRunner, NormalRunLogsCommandAndConsoleAndReplacesStaleBinary) {
+    standin_run_dir dir;
+    sbtest::writeFile(dir.file("sb.bin"), "stale output of an earlier run");
+    run_result run = runModel(dir, 60000);
+    EXPECT_TRUE(run.ok) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    std::string command = "\"" + dir.model() + "\" -s sb -n sb";
+    EXPECT_EQ(run.runLog.rfind(command + "\nProcess Finished\n", 0), 0u) << run.runLog;
+    EXPECT_NE(run.runLog.find("Execution success.\n"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
+    std::string binary = sbtest::readFile(dir.file("sb.bin"));
+    ASSERT_FALSE(binary.empty());
+    EXPECT_EQ(static_cast<unsigned char>(binary[0]), 75);
+}
+
+TEST(ProcessRunner, HangIsCutAtTheTimeLimitWithItsWholeProcessGroup) {
+    standin_run_dir dir;
+    standin_mode mode("hang");
+    run_result run = runModel(dir, 700);
+    EXPECT_FALSE(run.ok);
+    EXPECT_EQ(run.errors, kTimeLimit);
+    pid_t helper = helperPid(run.runLog);  // the console is read after a time-out too
+    ASSERT_GT(helper, 0) << run.runLog;
+    EXPECT_TRUE(processGone(helper));
+    EXPECT_EQ(run.runLog.find("Process Finished"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
+}
+
+TEST(ProcessRunner, CancelHookEndsTheProcessGroup) {
+    standin_run_dir dir;
+    standin_mode mode("hang");
+    sb::process_runner runner(60000);
+    auto start = std::chrono::steady_clock::now();
+    runner.setCancelCheck([&] { return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500); });
+    std::string runLog, errors;
+    EXPECT_FALSE(sb::model_process_runner(runner).runModel(2, dir.model(), false, runLog, errors));
+    EXPECT_EQ(errors, "Process Cancelled/Error\n");
+    pid_t helper = helperPid(runLog);
+    ASSERT_GT(helper, 0) << runLog;
+    EXPECT_TRUE(processGone(helper));
+}
+
+TEST(ProcessRunner, CrashIsReportedWithItsSignal) {
+    standin_run_dir dir;
+    {
+        standin_mode mode("crash");
+        run_result run = runModel(dir, 60000);
+        EXPECT_FALSE(run.ok);
+        EXPECT_EQ(run.errors, "ERROR, process ended by signal 11 (Segmentation fault).\n");
+        EXPECT_NE(run.runLog.find("stand-in model: crash mode\n"), std::string::npos);
+    }
+    standin_mode mode("crash=abort");
+    run_result run = runModel(dir, 60000);
+    EXPECT_EQ(run.errors, "ERROR, process ended by signal 6 (Aborted).\n");
+}
+
+TEST(ProcessRunner, SilentModelFailsButSilentList100DoesNot) {
+    standin_run_dir dir;
+    {
+        standin_mode mode("silent");
+        run_result run = runModel(dir, 60000);
+        EXPECT_FALSE(run.ok);
+        EXPECT_EQ(run.errors, "ERROR in read_console - console file is empty.\n");
+    }
+    sbtest::writeFile(dir.file("sb_outvars.txt"), "somsc\n");
+    sbtest::writeFile(dir.file("sb.lis"), "stale list");
+    standin_mode mode("silent");
+    sb::process_runner runner(60000);
+    std::string runLog, errors;
+    EXPECT_TRUE(sb::model_process_runner(runner).runList100(3, dir.list100(), false, runLog, errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(runLog, "\"" + dir.list100() + "\" sb sb sb_outvars.txt\nProcess Finished\n");
+    // The stale list was deleted and a new one written from the model's binary file.
+    EXPECT_EQ(sbtest::readFile(dir.file("sb.lis")).rfind("       time     somsc", 0), 0u);
+}
+
+TEST(ProcessRunner, LowerCaseErrorAnywhereFailsCapitalsAloneDoNot) {
+    sbtest::temp_dir dir;
+    sb::process_runner runner(60000);
+    std::string runLog, errors;
+    EXPECT_TRUE(runner.runCaptured("\"/bin/echo\" ERROR!  N balance boundary check exceeded.", "Soilbench.con",
+                                   dir.path(), false, true, runLog, errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), false,
+                                    true, runLog, errors));
+    EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
+    EXPECT_NE(runLog.find("no errors occurred\n"), std::string::npos);  // still logged
+
+    standin_run_dir model;
+    standin_mode mode("error");
+    run_result run = runModel(model, 60000);
+    EXPECT_FALSE(run.ok);
+    EXPECT_EQ(run.errors, "ERROR, Tellura error detected.\n");
+    EXPECT_TRUE(std::filesystem::exists(model.file("sb.bin")));  // outputs written all the same
+}
+
+TEST(ProcessRunner, StartFailuresGiveTheCodeAndTheCommandLine) {
+    sbtest::temp_dir dir;
+    sb::process_runner runner(60000);
+    sb::model_process_runner model(runner);
+    std::string runLog, errors;
+    EXPECT_FALSE(model.runModel(2, dir.file("missing-model"), false, runLog, errors));
+    EXPECT_EQ(errors, "Unable to create process, code=2.\n\"" + dir.file("missing-model") + "\" -s sb -n sb\n");
+
+    sbtest::writeFile(dir.file("not-executable"), "#!/bin/sh\necho hello\n");
+    chmod(dir.file("not-executable").c_str(), 0644);
+    errors.clear();
+    EXPECT_FALSE(model.runModel(1, dir.file("not-executable"), false, runLog, errors));
+    EXPECT_EQ(errors, "Unable to create process, code=13.\n\"" + dir.file("not-executable") +
+                          "\" -s sb -n sb.bin -W sbNew.100\n");
+
+    // Release 6 has no list utility: no command line, and the start fails.
+    errors.clear();
+    EXPECT_FALSE(model.runList100(6, dir.file("list100"), false, runLog, errors));
+    EXPECT_EQ(errors, "Unable to create process, code=2.\n\n");
+    EXPECT_EQ(runLog, "");
+    EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
+}
+
+TEST(ProcessRunner, MissingRunDirectoryCannotHoldTheConsoleFile) {
+    sb::process_runner runner(60000);
+    std::string runLog, errors;
+    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" hi", "Soilbench.con", "/nonexistent-run-dir/", false, true,
+                                    runLog, errors));
+    EXPECT_EQ(errors, "Unable to create file handle.\n\"/bin/echo\" hi\n");
+}
+
+TEST(ProcessRunner, RunDirectoryRemovedMidRunIsReportedNotFatal) {
+    auto dir = std::make_unique<standin_run_dir>();
+    std::string path = dir->path();
+    standin_mode mode("slow=1");
+    sb::process_runner runner(60000);
+    auto start = std::chrono::steady_clock::now();
+    runner.setCancelCheck([&] {
+        if (dir && std::chrono::steady_clock::now() - start > std::chrono::milliseconds(300)) dir.reset();
+        return false;
+    });
+    std::string runLog, errors;
+    EXPECT_FALSE(runner.runCaptured("\"" + sbtest::standinPath() + "\" -s sb -n sb", "Soilbench.con", path, false,
+                                    true, runLog, errors));
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
+    EXPECT_NE(runLog.find("stand-in model: error: cannot read sb.sch"), std::string::npos) << runLog;
+}
+
+TEST(ProcessRunner, TimeoutZeroKillsAtOnceAndStillReadsTheConsole) {
+    standin_run_dir dir;
+    standin_mode mode("slow=5");
+    run_result run = runModel(dir, 0);
+    EXPECT_FALSE(run.ok);
+    EXPECT_EQ(run.errors.rfind(kTimeLimit, 0), 0u);
+    EXPECT_EQ(run.errors, std::string(kTimeLimit) + "ERROR in read_console - console file is empty.\n");
+    EXPECT_FALSE(std::filesystem::exists(dir.file("sb.bin")));
+}
+
+TEST(ProcessRunner, HugeConsoleOutputIsCapturedWhole) {
+    standin_run_dir dir;
+    standin_mode mode("huge");
+    setenv("SB_STANDIN_HUGE_MB", "3", 1);
+    run_result run = runModel(dir, 120000);
+    unsetenv("SB_STANDIN_HUGE_MB");
+    EXPECT_TRUE(run.ok) << run.errors;
+    // 3 MiB of 55-byte lines: lines 0 to 57195, in order, then the normal ending.
+    EXPECT_GT(run.runLog.size(), 3u * 1024 * 1024);
+    EXPECT_NE(run.runLog.find("stand-in model console line 000000000 of a huge output\n"), std::string::npos);
+    EXPECT_NE(run.runLog.find("stand-in model console line 000057195 of a huge output\n"), std::string::npos);
+    EXPECT_EQ(run.runLog.find("stand-in model console line 000057196"), std::string::npos);
+    EXPECT_EQ(run.runLog.substr(run.runLog.size() - 19), "Execution success.\n");
+}
+
+TEST(ProcessRunner, ReadConsoleRules) {
+    sbtest::temp_dir dir;
+    std::string runLog, errors;
+    EXPECT_FALSE(sb::process_runner::readConsole(-1, true, runLog, errors));
+    EXPECT_EQ(errors, "ERROR in read_console - output file handle is invalid.\n");
+
+    // CR LF pairs become LF, also where a pair straddles two 64-byte pieces; a lone CR stays.
+    std::string text = std::string(63, 'a') + "\r\n" + "b\rc\r\n";
+    sbtest::writeFile(dir.file("con"), text);
+    int fd = open(dir.file("con").c_str(), O_RDONLY);
+    runLog = "before\n";
+    errors.clear();
+    EXPECT_TRUE(sb::process_runner::readConsole(fd, true, runLog, errors));
+    EXPECT_EQ(runLog, "before\n" + std::string(63, 'a') + "\n" + "b\rc\n");
+    close(fd);
+
+    sbtest::writeFile(dir.file("empty"), "");
+    fd = open(dir.file("empty").c_str(), O_RDONLY);
+    runLog.clear();
+    EXPECT_TRUE(sb::process_runner::readConsole(fd, false, runLog, errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_FALSE(sb::process_runner::readConsole(fd, true, runLog, errors));
+    EXPECT_EQ(errors, "ERROR in read_console - console file is empty.\n");
+    close(fd);
+}
+
+TEST(ProcessRunner, ConsoleRunWithoutDisplayIsAttachedAndTimed) {
+    const char* display = std::getenv("DISPLAY");
+    std::string saved = display ? display : "";
+    unsetenv("DISPLAY");
+    sbtest::temp_dir dir;
+    sb::process_runner runner(60000);
+    std::string errors;
+    EXPECT_TRUE(runner.runInConsole("\"/bin/true\"", dir.path(), errors));
+    EXPECT_EQ(errors, "");
+    runner.setRunTimeout(200);
+    EXPECT_FALSE(runner.runInConsole("\"/bin/sleep\" 10", dir.path(), errors));
+    EXPECT_EQ(errors, kTimeLimit);
+    errors.clear();
+    EXPECT_FALSE(runner.runInConsole("\"/nonexistent/model\" -s sb -n sb.bin", dir.path(), errors));
+    EXPECT_EQ(errors, "Unable to create process, code=2.\n\"/nonexistent/model\" -s sb -n sb.bin\n");
+    if (display) setenv("DISPLAY", saved.c_str(), 1);
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+#pragma once
+// A run directory with the input files a release of the model reads, and the
+// stand-in model linked into it as the model executable (and list utility).
+#include "test_support.h"
+
+#include <string>
+
+namespace sbtest {
+
+struct standin_setup {
+    int release = 3;
+    double clay = 0.30;
+    double nitrogen = 30.0;    // FERAMT(1) of the fertilizer option the schedule uses
+    bool monthlySecondBlock = true;
+};
+
+class standin_run_dir {
+public:
+    explicit standin_run_dir(const standin_setup& setup = {});
+    const std::string& path() const { return dir_.path(); }
+    std::string file(const std::string& name) const { return dir_.file(name); }
+    std::string model() const { return dir_.file("tellx"); }         // link to the stand-in
+    std::string list100() const { return dir_.file("list100"); }     // same program, list role
+    // Runs the model's command line for the release in the directory; returns the console text.
+    std::string runModel() const;
+    std::string runList100(const std::string& variables) const;
+    void writeInputs(const standin_setup& setup) const;
+
+private:
+    temp_dir dir_;
+    int release_;
+};
+
+std::string standinPath();
+// Runs a command in a directory through popen, returning its output (tests only).
+std::string runInDirectory(const std::string& directory, const std::string& command);
+
+}  // namespace sbtest
