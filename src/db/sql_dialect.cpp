@@ -85,10 +85,13 @@ public:
         return sql + ") VALUES (" + values + ")";
     }
 
+    // Grave accents, not double quotes: SQLite reads a double-quoted name that matches
+    // no column as a string, so a misspelt column in a filter would silently compare
+    // against text (and a key would be made on a constant) instead of failing.
     std::string quoteIdentifier(std::string_view name) const override {
-        std::string quoted = "\"";
-        for (char c : name) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-        return quoted + "\"";
+        std::string quoted = "`";
+        for (char c : name) quoted += c == '`' ? std::string("``") : std::string(1, c);
+        return quoted + "`";
     }
 
     std::string connectOptions(bool readOnly) const override {

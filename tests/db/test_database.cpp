@@ -1,0 +1,492 @@
+// The project file: creating, opening, row sets, inserts and the messages users see.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <random>
+#include <thread>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "db_test_support.h"
+#include "test_support.h"
+
+using namespace sb;
+using sbtest::temp_dir;
+
+namespace {
+
+table_record crop(const std::string& name, double prdx = 1.0) {
+    table_record r(table_id::crops);
+    r.setText("Name", name);
+    r.setNumber("prdx(1)", prdx);
+    return r;
+}
+
+std::unique_ptr<rowset> open(database& db, table_id t, std::string_view filter = {}, std::string_view order = {}) {
+    db_status status;
+    auto rs = db.openTable(t, filter, order, status);
+    EXPECT_TRUE(rs) << [&] { std::string e; appendStatusText(status, e); return e; }();
+    return rs;
+}
+
+std::string statusText(const db_status& status) {
+    std::string text;
+    appendStatusText(status, text);
+    return text;
+}
+
+// Inserts weather stations 1..n (description "Station <id>") in one session.
+void addStations(database& db, int n) {
+    session s(db);
+    ASSERT_TRUE(s.ok()) << s.storeError();
+    auto rs = open(db, table_id::weather_stations);
+    for (int id = 1; id <= n; ++id) {
+        table_record r(table_id::weather_stations);
+        r.setNumber("ID", id);
+        r.setText("Description", "Station " + std::to_string(id));
+        ASSERT_TRUE(rs->insert(r).ok());
+    }
+}
+
+int stationId(rowset& rs) { return rs.row().integer(0); }
+
+}  // namespace
+
+TEST(Database, SelectTextIsBuiltExactly) {
+    EXPECT_EQ(database::selectText("Control Records", "", ""), "SELECT * FROM `Control Records`");
+    EXPECT_EQ(database::selectText("Crops", "ID = 5", ""), "SELECT * FROM `Crops` WHERE ID = 5");
+    EXPECT_EQ(database::selectText("Control Records", "ID > 5", "ID ASC"),
+              "SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC");
+    EXPECT_EQ(database::selectText("Control Records", "", "ID DESC"), "SELECT * FROM `Control Records` ORDER BY ID DESC");
+    EXPECT_EQ(database::selectText("Output Annual", "[ID] = 3 ORDER BY [Year]", {}),
+              "SELECT * FROM `Output Annual` WHERE [ID] = 3 ORDER BY [Year]");
+}
+
+TEST(Database, NewProjectHoldsEveryTableAndReopens) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    ASSERT_TRUE(db);
+    for (int i = 0; i < kTableCount; ++i) {
+        db_status status;
+        EXPECT_TRUE(db->openTable(static_cast<table_id>(i), "", "", status)) << tableName(static_cast<table_id>(i));
+    }
+    addStations(*db, 2);
+    db.reset();
+    std::string errors;
+    auto again = database::open(dir.file("p.sbproj"), errors);
+    ASSERT_TRUE(again) << errors;
+    EXPECT_FALSE(again->readOnly());
+    auto rs = open(*again, table_id::weather_stations, "", "ID DESC");
+    ASSERT_TRUE(rs->moveFirst().ok());
+    EXPECT_EQ(rs->row().text("Description"), "Station 2");
+    // An empty new project (tables not made yet) is ours too.
+    ASSERT_TRUE(database::create(dir.file("empty.sbproj"), errors)) << errors;
+    EXPECT_TRUE(database::open(dir.file("empty.sbproj"), errors)) << errors;
+    EXPECT_EQ(errors, "");
+}
+
+TEST(Database, CreateReplacesAnOldFileOrSaysWhyNot) {
+    temp_dir dir;
+    const std::string path = dir.file("old.sbproj");
+    {
+        auto db = sbtest::makeProject(path);
+        addStations(*db, 3);
+    }
+    std::string errors;
+    ASSERT_TRUE(database::create(path, errors)) << errors;
+    auto fresh = database::open(path, errors);
+    ASSERT_TRUE(fresh);
+    db_status status;
+    EXPECT_FALSE(fresh->openTable(table_id::weather_stations, "", "", status));  // the old tables are gone
+    EXPECT_EQ(statusText(status), "The specified table does not exist.\nno such table: Weather Stations\n");
+    fresh.reset();
+
+    // A write-protected file is not replaced; the failure stands and creation is still tried.
+    chmod(path.c_str(), 0444);
+    errors.clear();
+    EXPECT_FALSE(database::create(path, errors));
+    EXPECT_EQ(errors, "ERROR, access error removing database file \"" + path +
+                          "\"\nERROR, CreateDataSource failed.\nOther error: 8004F0FF\n"
+                          "The old file is still there and was not replaced: " + path + "\n");
+
+    // Something that cannot be removed at all: a folder with content.
+    const std::string folder = dir.file("folder.sbproj");
+    std::filesystem::create_directories(folder + "/inside");
+    errors.clear();
+    EXPECT_FALSE(database::create(folder, errors));
+    EXPECT_TRUE(errors.starts_with("ERROR, unable to remove database file \"" + folder + "\"\n")) << errors;
+
+    // A folder that does not exist: the store cannot make the file.
+    errors.clear();
+    EXPECT_FALSE(database::create(dir.file("no/such/dir/p.sbproj"), errors));
+    EXPECT_TRUE(errors.starts_with("ERROR, CreateDataSource failed.\nOther error: 8004F0FF\n")) << errors;
+}
+
+TEST(Database, RemovalRefusedByTheSystemGivesTheAccessMessage) {
+    // As root every removal is allowed; a child process drops to an ordinary user.
+    temp_dir dir;
+    const std::string folder = dir.file("locked");
+    std::filesystem::create_directories(folder);
+    const std::string path = folder + "/p.sbproj";
+    sbtest::writeFile(path, "x");
+    chmod(dir.path().c_str(), 0755);
+    chmod(folder.c_str(), 0555);
+    if (geteuid() != 0) {
+        std::string errors;
+        EXPECT_FALSE(database::create(path, errors));
+        EXPECT_TRUE(errors.starts_with("ERROR, access error removing database file \"" + path + "\"\n")) << errors;
+        return;
+    }
+    pid_t child = fork();
+    if (child == 0) {
+        if (setgid(65534) != 0 || setuid(65534) != 0) _exit(3);
+        std::string errors;
+        bool made = database::create(path, errors);
+        _exit(!made && errors.starts_with("ERROR, access error removing database file \"" + path + "\"\n") ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 3) GTEST_SKIP() << "cannot switch to an unprivileged user here";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST(Database, OpenRefusesWhatIsNotAProject) {
+    temp_dir dir;
+    std::string errors;
+    EXPECT_FALSE(database::open(dir.file("missing.sbproj"), errors));
+    EXPECT_EQ(errors, "ERROR, unable to open database: " + dir.file("missing.sbproj") +
+                          "\nOther error: 8004F0FF\nThe file does not exist.\n");
+    EXPECT_FALSE(std::filesystem::exists(dir.file("missing.sbproj")));  // not made by the attempt
+
+    sbtest::writeFile(dir.file("text.sbproj"), std::string(4096, 'x'));
+    errors.clear();
+    EXPECT_FALSE(database::open(dir.file("text.sbproj"), errors));
+    EXPECT_EQ(errors, "ERROR, unable to open database: " + dir.file("text.sbproj") +
+                          "\nOther error: 8004F002\nfile is not a database\n");
+
+    // A database of another program: valid, but none of our tables and no mark.
+    {
+        std::string e;
+        ASSERT_TRUE(database::create(dir.file("other.db"), e));
+        auto db = database::open(dir.file("other.db"), e);
+        ASSERT_TRUE(db);
+        ASSERT_TRUE(db->execute("Create Table [Invoices]([No] INTEGER)").ok());
+        ASSERT_TRUE(db->execute("PRAGMA application_id = 42").ok());
+    }
+    errors.clear();
+    EXPECT_FALSE(database::open(dir.file("other.db"), errors));
+    EXPECT_EQ(errors, "ERROR, unable to open database: " + dir.file("other.db") +
+                          "\nOther error: 8004F002\nThe file is not a Soilbench project: it holds none of the "
+                          "project's tables.\n");
+    // A project made elsewhere without our mark but with our tables opens.
+    {
+        auto db = sbtest::makeProject(dir.file("unmarked.db"));
+        ASSERT_TRUE(db->execute("PRAGMA application_id = 0").ok());
+    }
+    errors.clear();
+    EXPECT_TRUE(database::open(dir.file("unmarked.db"), errors)) << errors;
+}
+
+TEST(Database, MissingTableOrColumnIsReportedWhenTheTableIsOpened) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    ASSERT_TRUE(db->execute("DROP TABLE [Fire]").ok());
+    ASSERT_TRUE(db->execute("DROP TABLE [Omad]").ok());
+    ASSERT_TRUE(db->execute("Create Table [Omad]([Name] TEXT(20), [Description] TEXT(80))").ok());
+    db_status status;
+    EXPECT_FALSE(db->openTable(table_id::fire, "", "", status));
+    EXPECT_EQ(statusText(status), "The specified table does not exist.\nno such table: Fire\n");
+    EXPECT_FALSE(db->openTable(table_id::omad, "", "", status));
+    EXPECT_EQ(statusText(status), "The specified column did not exist.\nno such column: [omadtyp] in table [Omad]\n");
+    EXPECT_FALSE(db->openTable(table_id::crops, "[Nmae] = 'x'", "", status));
+    EXPECT_EQ(statusText(status), "The specified column did not exist.\nno such column: Nmae\n");
+    EXPECT_FALSE(db->openTable(table_id::crops, "Name = = 1", "", status));
+    EXPECT_EQ(statusText(status), "One or more errors occurred during processing of command.\nnear \"=\": syntax error\n");
+    EXPECT_EQ(statusText(db->execute("DELETE * FROM `Fire`")), "The specified table does not exist.\nno such table: Fire\n");
+}
+
+TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
+    temp_dir dir;
+    std::string errors;
+    ASSERT_TRUE(database::create(dir.file("p.sbproj"), errors));
+    auto db = database::open(dir.file("p.sbproj"), errors);
+    ASSERT_TRUE(db);
+    ASSERT_TRUE(db->execute("Create Table [Weather Stations]([ID] INTEGER)").ok());
+    database_maker maker(*db);
+    EXPECT_FALSE(maker.createAllTables(errors));
+    EXPECT_EQ(errors,
+              "ERROR, unable to create table.\n"
+              "Create Table [Weather Stations]([ID] INTEGER, [Description] TEXT(80))\n"
+              "One or more errors occurred during processing of command.\n"
+              "table `Weather Stations` already exists\n");
+    db_status status;
+    EXPECT_TRUE(db->openTable(table_id::trees, "", "", status));
+    EXPECT_TRUE(db->openTable(table_id::tree_removal, "", "", status));
+
+    // An unknown type code reaches the store as written and is refused there.
+    database_maker_table odd("Odd");
+    odd.addField("a", 99);
+    odd.addIndex("Primary", true, true, {"a"});
+    errors.clear();
+    EXPECT_FALSE(maker.createTable(odd, errors));
+    EXPECT_TRUE(errors.starts_with("ERROR, unable to create table.\n"
+                                   "Create Table [Odd]([a] ERROR, Unknown field type)\n"
+                                   "One or more errors occurred during processing of command.\n"))
+        << errors;
+
+    // An index on a column that does not exist stops that table's indexes.
+    database_maker_table keyed = database_maker_table::fromSpec("Keyed", "INTEGER: a, b", {});
+    keyed.addIndex("Primary", true, true, {"zz"});
+    keyed.addIndex("Second", false, false, {"b"});
+    errors.clear();
+    ASSERT_TRUE(maker.createTable(keyed, errors)) << errors;
+    EXPECT_FALSE(maker.createIndexes(keyed, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create index.\nCreate Index [Primary] on [Keyed]([zz]) with primary\n"
+                      "The specified column did not exist.\n"
+                      "no such column: zz\n");
+}
+
+TEST(Database, KeysRefuseDuplicatesExceptWhereThereIsNone) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    auto crops = open(*db, table_id::crops);
+    EXPECT_TRUE(crops->insert(crop("C4")).ok());
+    db_status twice = crops->insert(crop("C4", 2.0));
+    EXPECT_EQ(twice.code, kStatusIntegrityViolation);
+    EXPECT_EQ(statusText(twice), "A specified value violated the integrity constraints for a column or table.\n"
+                                 "UNIQUE constraint failed: Crops.Name\n");
+    for (table_id t : {table_id::graze, table_id::tree_removal}) {
+        auto rs = open(*db, t);
+        table_record r(t);
+        r.setText("Name", "same");
+        EXPECT_TRUE(rs->insert(r).ok()) << tableName(t);
+        EXPECT_TRUE(rs->insert(r).ok()) << tableName(t);
+        auto read = open(*db, t, "Name = 'same'");
+        int rows = 0;
+        for (db_status s = read->moveFirst(); s.ok(); s = read->moveNext()) ++rows;
+        EXPECT_EQ(rows, 2);
+    }
+}
+
+TEST(RowSet, MovesBothWaysAndReportsBothEnds) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    const int n = 700;  // more than the rows kept for moving back
+    addStations(*db, n);
+    auto rs = open(*db, table_id::weather_stations, "", "ID ASC");
+    EXPECT_TRUE(rs->movePrevious().endOfRowset());
+    ASSERT_TRUE(rs->moveFirst().ok());
+    EXPECT_EQ(stationId(*rs), 1);
+    EXPECT_TRUE(rs->movePrevious().endOfRowset());
+    ASSERT_TRUE(rs->moveNext().ok());  // from before the first row
+    EXPECT_EQ(stationId(*rs), 1);
+    ASSERT_TRUE(rs->moveLast().ok());
+    EXPECT_EQ(stationId(*rs), n);
+    EXPECT_TRUE(rs->moveNext().endOfRowset());
+    EXPECT_TRUE(rs->moveNext().endOfRowset());
+    ASSERT_TRUE(rs->movePrevious().ok());  // from after the last row
+    EXPECT_EQ(stationId(*rs), n);
+    // All the way back, then forward again: every row once, in order.
+    int expected = n;
+    for (db_status s = rs->moveLast(); s.ok(); s = rs->movePrevious()) EXPECT_EQ(stationId(*rs), expected--);
+    EXPECT_EQ(expected, 0);
+    for (db_status s = rs->moveNext(); s.ok(); s = rs->moveNext()) EXPECT_EQ(stationId(*rs), ++expected);
+    EXPECT_EQ(expected, n);
+    EXPECT_EQ(rs->row().text("Description"), "Station 700");
+
+    auto filtered = open(*db, table_id::weather_stations, "ID > 350", "ID ASC");
+    ASSERT_TRUE(filtered->moveFirst().ok());
+    EXPECT_EQ(stationId(*filtered), 351);
+    auto empty = open(*db, table_id::weather_stations, "ID > 5000", "");
+    EXPECT_TRUE(empty->moveFirst().endOfRowset());
+    EXPECT_TRUE(empty->moveLast().endOfRowset());
+    EXPECT_TRUE(empty->moveNext().endOfRowset());
+    EXPECT_TRUE(empty->movePrevious().endOfRowset());
+}
+
+TEST(RowSet, ValuesTheColumnCannotHoldAreRefusedWithTheirPlace) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    auto events = open(*db, table_id::events);
+    auto refused = [&](const char* column, double value) {
+        table_record r(table_id::events);
+        r.setNumber(column, value);
+        return statusText(events->insert(r));
+    };
+    EXPECT_EQ(refused("Month", 256),
+              "Other error: 8004F001\nThe value 256 for column [Month] of table [Events] is out of range: BYTE "
+              "holds 0 to 255.\n");
+    EXPECT_EQ(refused("Month", -1),
+              "Other error: 8004F001\nThe value -1 for column [Month] of table [Events] is out of range: BYTE "
+              "holds 0 to 255.\n");
+    EXPECT_EQ(refused("Year", 32768),
+              "Other error: 8004F001\nThe value 32768 for column [Year] of table [Events] is out of range: "
+              "SMALLINT holds -32768 to 32767.\n");
+    EXPECT_EQ(refused("ID", 2147483648.0),
+              "Other error: 8004F001\nThe value 2147483648 for column [ID] of table [Events] is out of range: "
+              "INTEGER holds -2147483648 to 2147483647.\n");
+    EXPECT_EQ(refused("Parameter 1", NAN),
+              "Other error: 8004F001\nThe value nan for column [Parameter 1] of table [Events] is not a finite "
+              "number.\n");
+    EXPECT_EQ(refused("Parameter 2", 1e39),  // beyond a 32-bit float
+              "Other error: 8004F001\nThe value inf for column [Parameter 2] of table [Events] is not a finite "
+              "number.\n");
+    table_record r(table_id::events);
+    r.setText("Item", std::string(21, 'x'));
+    EXPECT_EQ(statusText(events->insert(r)),
+              "Other error: 8004F001\nThe text for column [Item] of table [Events] has 21 characters; the column "
+              "holds at most 20: \"xxxxxxxxxxxxxxxxxxxxx\"\n");
+    r.setText("Item", "äääääääääääääääääääà");  // 20 letters, 40 bytes: fits
+    EXPECT_TRUE(events->insert(r).ok());
+    auto all = open(*db, table_id::events);
+    ASSERT_TRUE(all->moveFirst().ok());
+    EXPECT_EQ(all->row().text("Item"), "äääääääääääääääääääà");
+    EXPECT_TRUE(all->moveNext().endOfRowset());  // nothing refused was stored
+}
+
+TEST(RowSet, EveryTableKeepsEveryValueInItsRange) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    std::mt19937 rng(20261122);
+    for (int i = 0; i < kTableCount; ++i) {
+        auto t = static_cast<table_id>(i);
+        std::vector<table_record> written;
+        {
+            session s(*db);
+            auto rs = open(*db, t);
+            for (int n = 0; n < 12; ++n) {
+                table_record r(t);
+                sbtest::fillRandom(r, rng);
+                // Distinct keys: the first column is an ID or a Name in every table.
+                if (r.isText(0)) r.setText(0, "k" + std::to_string(n));
+                else r.setNumber(0, n - 5);
+                db_status st = rs->insert(r);
+                ASSERT_TRUE(st.ok()) << tableName(t) << "\n" << statusText(st);
+                written.push_back(r);
+            }
+        }
+        auto rs = open(*db, t);
+        size_t n = 0;
+        for (db_status s = rs->moveFirst(); s.ok(); s = rs->moveNext(), ++n) {
+            ASSERT_LT(n, written.size());
+            const table_record& got = rs->row();
+            const table_record& want = written[n];
+            for (int col = 0; col < got.columnCount(); ++col) {
+                if (got.isText(col)) EXPECT_EQ(got.text(col), want.text(col)) << tableName(t) << " col " << col;
+                else EXPECT_EQ(got.number(col), want.number(col)) << tableName(t) << " col " << col;
+            }
+            EXPECT_TRUE(got == want);
+        }
+        EXPECT_EQ(n, written.size()) << tableName(t);
+    }
+    // Yes/no columns read back as all bits set.
+    auto harvest = open(*db, table_id::harvest);
+    bool sawTrue = false;
+    for (db_status s = harvest->moveFirst(); s.ok(); s = harvest->moveNext()) {
+        double v = harvest->row().number("flghrv");
+        EXPECT_TRUE(v == 0.0 || v == 65535.0) << v;
+        sawTrue = sawTrue || v == 65535.0;
+    }
+    EXPECT_TRUE(sawTrue);
+}
+
+TEST(Session, NestedSessionsAreOneUnit) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    addStations(*db, 3);
+    {
+        session outer(*db);
+        ASSERT_TRUE(outer.ok());
+        {
+            session inner(*db);
+            ASSERT_TRUE(inner.ok());
+            EXPECT_EQ(db->sessionDepth(), 2);
+            EXPECT_TRUE(db->execute("DELETE FROM `Weather Stations` WHERE ID = 1").ok());
+        }
+        EXPECT_EQ(db->sessionDepth(), 1);
+        outer.abandon();
+    }
+    EXPECT_EQ(db->sessionDepth(), 0);
+    auto rs = open(*db, table_id::weather_stations, "ID = 1");
+    EXPECT_TRUE(rs->moveFirst().ok()) << "an abandoned session changes nothing";
+    rs.reset();
+    {
+        session outer(*db);
+        session inner(*db);
+        EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
+        inner.abandon();  // gives up the whole unit
+    }
+    rs = open(*db, table_id::weather_stations, "ID = 1");
+    EXPECT_TRUE(rs->moveFirst().ok());
+    rs.reset();
+    {
+        session s(*db);
+        EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
+    }
+    rs = open(*db, table_id::weather_stations, "ID = 1");
+    EXPECT_TRUE(rs->moveFirst().endOfRowset());
+    EXPECT_EQ(db->lastCommitError(), "");
+}
+
+TEST(Database, ReadOnlyProjectOpensAndRefusesSavesLosingNothing) {
+    temp_dir dir;
+    const std::string path = dir.file("p.sbproj");
+    {
+        auto db = sbtest::makeProject(path);
+        addStations(*db, 2);
+    }
+    chmod(path.c_str(), 0444);
+    std::string errors;
+    auto db = database::open(path, errors);
+    ASSERT_TRUE(db) << errors;
+    EXPECT_TRUE(db->readOnly());
+    std::string storeError;
+    EXPECT_FALSE(db->beginSession(storeError));
+    EXPECT_EQ(storeError, "The project file is read-only, nothing can be saved in it: " + path);
+    session s(*db);
+    EXPECT_FALSE(s.ok());
+    // Even written past the session, the store itself refuses.
+    db_status status = db->execute("DELETE FROM `Weather Stations`");
+    EXPECT_EQ(status.code, kStatusReadOnly) << statusText(status);
+    auto rs = open(*db, table_id::weather_stations, "", "ID ASC");
+    ASSERT_TRUE(rs->moveLast().ok());
+    EXPECT_EQ(stationId(*rs), 2);
+}
+
+TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
+    temp_dir dir;
+    const std::string path = dir.file("p.sbproj");
+    { auto db = sbtest::makeProject(path); }
+    std::atomic<int> failures{0};
+    auto writer = [&](int base) {
+        std::string errors;
+        auto db = database::open(path, errors);
+        if (!db) { ++failures; return; }
+        for (int i = 0; i < 50; ++i) {
+            session s(*db);
+            if (!s.ok()) { ++failures; continue; }
+            db_status st;
+            auto rs = db->openTable(table_id::weather_stations, "", "", st);
+            table_record r(table_id::weather_stations);
+            r.setNumber("ID", base + i);
+            if (!rs || !rs->insert(r).ok()) ++failures;
+        }
+    };
+    std::thread a(writer, 0), b(writer, 1000);
+    a.join();
+    b.join();
+    EXPECT_EQ(failures.load(), 0);
+    std::string errors;
+    auto db = database::open(path, errors);
+    auto rs = open(*db, table_id::weather_stations);
+    int rows = 0;
+    for (db_status s = rs->moveFirst(); s.ok(); s = rs->moveNext()) ++rows;
+    EXPECT_EQ(rows, 100);
+}
