@@ -1,0 +1,374 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "app/text_format.h"
+#include "records/tellura_event_block.h"
+#include "records/tellura_weather_station.h"
+#include "records_test_project.h"
+
+namespace {
+
+using namespace sb;
+using sbtest::records_project;
+
+// Option names per list, as the project's option lists would answer.
+class fake_options : public option_name_lookup {
+public:
+    fake_options& add(option_kind kind, std::string name) {
+        names_[kind].insert(toUpper(name));
+        return *this;
+    }
+    bool hasOption(option_kind kind, std::string_view name) const override {
+        auto found = names_.find(kind);
+        return found != names_.end() && found->second.count(toUpper(name)) > 0;
+    }
+
+private:
+    std::map<option_kind, std::set<std::string>> names_;
+};
+
+tellura_event event(int type, std::string item, int year = 2, int month = 5) {
+    tellura_event e;
+    e.type = static_cast<uint8_t>(type);
+    e.item = std::move(item);
+    e.year = static_cast<int16_t>(year);
+    e.month = static_cast<uint8_t>(month);
+    return e;
+}
+
+tellura_event_block block(int number, int first, int last, int outputStart) {
+    tellura_event_block b;
+    b.blockNumber = static_cast<int16_t>(number);
+    b.firstYear = static_cast<int16_t>(first);
+    b.lastYear = static_cast<int16_t>(last);
+    b.outputStartingYear = static_cast<int16_t>(outputStart);
+    return b;
+}
+
+TEST(EventTypes, NamesAndCodesBothWays) {
+    EXPECT_STREQ(eventTypeName(1), "CROP");
+    EXPECT_STREQ(eventTypeName(12), "EROD");
+    EXPECT_STREQ(eventTypeName(19), "EXTR");
+    EXPECT_STREQ(eventTypeName(0), "ERROR");
+    EXPECT_STREQ(eventTypeName(20), "ERROR");
+    for (int code = 1; code <= 19; ++code) EXPECT_EQ(eventTypeFromName(eventTypeName(code)), code);
+    EXPECT_EQ(eventTypeFromName("graz"), kEventGraz);
+    EXPECT_EQ(eventTypeFromName("GRAZE"), 0);
+    EXPECT_EQ(eventTypeFromName(""), 0);
+    EXPECT_STREQ(weatherChoiceText(kWeatherContinue),
+                 "C Continued from an actual weather file, without rewinding");
+}
+
+TEST(EventValidation, ItemsMustNameAnOptionOfTheMatchingList) {
+    fake_options options;
+    options.add(option_kind::crop, "C6").add(option_kind::harvest, "G").add(option_kind::graze, "GL");
+    std::string errors;
+    EXPECT_TRUE(validateEvent(event(kEventCrop, "c6"), 3, options, errors));
+    EXPECT_FALSE(validateEvent(event(kEventCrop, "W4", 3, 7), 3, options, errors));
+    EXPECT_FALSE(validateEvent(event(kEventHarv, "C6", 1, 9), 3, options, errors));
+    EXPECT_FALSE(validateEvent(event(kEventCult, "K", 4, 1), 3, options, errors));
+    EXPECT_FALSE(validateEvent(event(kEventIrri, "A75", 1, 6), 3, options, errors));
+    EXPECT_TRUE(validateEvent(event(kEventGraz, "GL"), 3, options, errors));
+    EXPECT_EQ(errors,
+              "ERROR, unknown crop \"W4\" selected in event for year 3, month 7.\n"
+              "ERROR, unknown harvest \"C6\" selected in event for year 1, month 9.\n"
+              "ERROR, unknown cultivation \"K\" selected in event for year 4, month 1.\n"
+              "ERROR, unknown irrigation \"A75\" selected in event for year 1, month 6.\n");
+}
+
+TEST(EventValidation, InlineFertilizerAmountsOnlyForTheAgriculturalRelease) {
+    fake_options options;
+    options.add(option_kind::fertilizer, "N30");
+    for (int version = 1; version <= 6; ++version) {
+        std::string errors;
+        bool ok = validateEvent(event(kEventFert, "(10N)", 2, 4), version, options, errors);
+        EXPECT_EQ(ok, version == 1) << version;
+        if (version != 1) {
+            EXPECT_EQ(errors, "ERROR, FERT event with specified amounts \"(10N)\" is invalid for Tellura "
+                              "version, year 2, month 4.\n");
+        }
+    }
+    std::string errors;
+    EXPECT_TRUE(validateEvent(event(kEventFert, "n30"), 2, options, errors));
+    EXPECT_FALSE(validateEvent(event(kEventFert, "N90", 1, 3), 1, options, errors));
+    EXPECT_EQ(errors, "ERROR, unknown fertilizer \"N90\" selected in event for year 1, month 3.\n");
+}
+
+TEST(EventValidation, FireTreeAndRemovalAcceptInlineValuesForEveryRelease) {
+    fake_options none;
+    for (int version = 1; version <= 6; ++version) {
+        std::string errors;
+        EXPECT_TRUE(validateEvent(event(kEventFire, "(0.5)"), version, none, errors));
+        EXPECT_TRUE(validateEvent(event(kEventTree, "(1)"), version, none, errors));
+        EXPECT_TRUE(validateEvent(event(kEventTrem, "(2)"), version, none, errors));
+        EXPECT_EQ(errors, "");
+    }
+    std::string errors;
+    EXPECT_FALSE(validateEvent(event(kEventFire, "C", 1, 1), 3, none, errors));
+    EXPECT_FALSE(validateEvent(event(kEventTree, "WOOD", 1, 2), 3, none, errors));
+    EXPECT_FALSE(validateEvent(event(kEventTrem, "CLEAR", 1, 3), 3, none, errors));
+    EXPECT_EQ(errors,
+              "ERROR, unknown fire \"C\" selected in event for year 1, month 1.\n"
+              "ERROR, unknown tree \"WOOD\" selected in event for year 1, month 2.\n"
+              "ERROR, unknown tree removal \"CLEAR\" selected in event for year 1, month 3.\n");
+}
+
+TEST(EventValidation, DrainageOnlyForTheAgriculturalReleaseOthersAlwaysValid) {
+    fake_options none;
+    std::string errors;
+    EXPECT_TRUE(validateEvent(event(kEventDran, "0.5"), 1, none, errors));
+    EXPECT_FALSE(validateEvent(event(kEventDran, "0.5", 6, 11), 2, none, errors));
+    EXPECT_EQ(errors, "ERROR, DRAN event invalid for Tellura version, year 6, month 11.\n");
+    errors.clear();
+    for (int type : {kEventPltm, kEventFrst, kEventLast, kEventSenm, kEventOmad, kEventErod, kEventTfst, kEventTlst})
+        EXPECT_TRUE(validateEvent(event(type, "anything"), 4, none, errors)) << type;
+    EXPECT_EQ(errors, "");
+    // The schedule cannot carry these, so they are kept out of a run.
+    EXPECT_FALSE(validateEvent(event(kEventExtr, ""), 4, none, errors));
+    EXPECT_FALSE(validateEvent(event(0, ""), 4, none, errors));
+}
+
+TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
+    fake_options options;
+    options.add(option_kind::crop, "C6");
+    tellura_weather_station_list stations;
+    std::vector<tellura_event_block> blocks{block(1, 1990, 1990, 1990), block(2, 2000, 1999, 2001)};
+    blocks[0].events = {event(kEventCrop, "C6"), event(kEventCrop, "X", 1, 3), event(kEventCrop, "Y", 1, 4)};
+    std::string errors;
+    EXPECT_FALSE(validateEventBlocks(blocks, 3, options, stations, errors));
+    EXPECT_EQ(errors,
+              "ERROR, unknown crop \"X\" selected in event for year 1, month 3.\n"
+              "Error occured in block number 1\n"
+              "ERROR, unknown crop \"Y\" selected in event for year 1, month 4.\n"
+              "Error occured in block number 1\n"
+              "ERROR, first year after last year.\n"
+              "ERROR, output starting year after last year.\n");
+    errors.clear();
+    EXPECT_TRUE(validateEventBlocks({block(1, 1990, 1990, 1990)}, 3, options, stations, errors));
+    EXPECT_EQ(errors, "");
+}
+
+TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
+    fake_options none;
+    tellura_weather_station_list stations;
+    stations.stations.resize(1);
+    stations.stations[0].id = 7;
+    auto fileBlock = [](int number, int station) {
+        tellura_event_block b = block(number, 2000, 2005, 2000);
+        b.weatherChoice = kWeatherFile;
+        b.weatherId = station;
+        return b;
+    };
+    std::vector<std::string> asked;
+    weather_coverage_check coverage = [&](const TelluraWeatherStations& s, const tellura_event_block& b, int version,
+                                          std::string& errors) {
+        asked.push_back(strprintf("%d:%d:%d", s.id, b.blockNumber, version));
+        errors += "WARNING, coverage\n";
+    };
+    std::string errors;
+    EXPECT_FALSE(validateEventBlocks({fileBlock(1, 0), fileBlock(2, 9), fileBlock(3, 7)}, 4, none, stations, errors,
+                                     coverage));
+    EXPECT_EQ(errors,
+              "ERROR, no weather data specified for event block weather choice.\n"
+              "ERROR, weather data 9 not found for event block weather choice, block 2.\n"
+              "WARNING, coverage\n");
+    EXPECT_EQ(asked, std::vector<std::string>{"7:3:4"});
+    // Coverage only warns: a covered block alone is valid.
+    errors.clear();
+    EXPECT_TRUE(validateEventBlocks({fileBlock(1, 7)}, 4, none, stations, errors, coverage));
+    // Continued weather (C) is not checked here.
+    tellura_event_block continued = fileBlock(1, 0);
+    continued.weatherChoice = kWeatherContinue;
+    errors.clear();
+    EXPECT_TRUE(validateEventBlocks({continued}, 4, none, stations, errors, coverage));
+    EXPECT_EQ(errors, "");
+}
+
+TEST(EventParsing, ItemOnTheSameLineOrTheNext) {
+    text_line_source more("G3N  \r\nW    \n");
+    tellura_event e;
+    std::string errors;
+    ASSERT_TRUE(parseEvent(" CROP", more, 1, 15, e, errors));
+    EXPECT_EQ(e.type, kEventCrop);
+    EXPECT_EQ(e.item, "G3N");
+    EXPECT_EQ(e.year, 1);
+    EXPECT_EQ(e.month, 15);
+    ASSERT_TRUE(parseEvent("     FERT  N30.0  ", more, 1, 96, e, errors));
+    EXPECT_EQ(e.item, "N30.0");
+    ASSERT_TRUE(parseEvent(" GRAZ", more, 1, 46, e, errors));
+    EXPECT_EQ(e.item, "W");
+    // Operations without an item do not read the next line.
+    text_line_source untouched("NEXT\n");
+    ASSERT_TRUE(parseEvent(" pltm", untouched, 2, 3, e, errors));
+    EXPECT_EQ(e.type, kEventPltm);
+    EXPECT_EQ(e.item, "");
+    std::string line;
+    ASSERT_TRUE(untouched.nextLine(line));
+    EXPECT_EQ(line, "NEXT");
+    EXPECT_EQ(errors, "");
+}
+
+TEST(EventParsing, LongItemsAreCutAndNumbersKeptForErosion) {
+    text_line_source none("");
+    tellura_event e;
+    std::string errors;
+    ASSERT_TRUE(parseEvent(" OMAD ABCDEFGHIJKLMNOPQRSTUVWXYZ", none, 3, 4, e, errors));
+    EXPECT_EQ(e.item, "ABCDEFGHIJKLMNOPQRST");
+    ASSERT_TRUE(parseEvent(" EROD 0.250000 1.500000", none, 3, 4, e, errors));
+    EXPECT_EQ(e.type, kEventErod);
+    EXPECT_FLOAT_EQ(e.parameter1, 0.25f);
+    EXPECT_FLOAT_EQ(e.parameter2, 1.5f);
+    text_line_source nextLine("0.125000\n");
+    ASSERT_TRUE(parseEvent(" EROD", nextLine, 3, 4, e, errors));
+    EXPECT_FLOAT_EQ(e.parameter1, 0.125f);
+}
+
+TEST(EventParsing, UnknownAndMissingOperations) {
+    text_line_source none("");
+    tellura_event e;
+    std::string errors;
+    EXPECT_FALSE(parseEvent("  PLOW X", none, 4, 6, e, errors));
+    EXPECT_FALSE(parseEvent("   \r\n", none, 4, 6, e, errors));
+    EXPECT_EQ(errors,
+              "ERROR, unknown operation name: \"PLOW\" Year=4 Month=6.\n"
+              "ERROR, unable to parse tellura event.\n");
+}
+
+TEST(EventParsing, ScheduleWithItemsOnTheirOwnLinesReadsBack) {
+    // The form one release writes: the command, then its item on the next line.
+    const std::vector<tellura_event> written{event(kEventCult, "K", 1, 4), event(kEventCrop, "C6", 1, 5),
+                                             event(kEventPltm, "", 1, 5), event(kEventHarv, "G90S", 1, 10),
+                                             event(kEventSenm, "", 1, 11)};
+    std::string schedule;
+    for (const tellura_event& e : written) {
+        appendf(schedule, "%02d  %02d %s\n", e.year, e.month, eventTypeName(e.type));
+        if (eventTypeTakesItem(e.type)) appendf(schedule, "%s\n", e.item.c_str());
+    }
+    text_line_source lines(schedule);
+    std::vector<tellura_event> read;
+    std::string line, errors;
+    while (lines.nextLine(line)) {
+        int year = std::atoi(line.substr(0, 2).c_str()), month = std::atoi(line.substr(4, 2).c_str());
+        tellura_event e;
+        ASSERT_TRUE(parseEvent(std::string_view(line).substr(6), lines, year, month, e, errors)) << errors;
+        read.push_back(e);
+    }
+    EXPECT_EQ(read, written);
+}
+
+TEST(EventText, BlockLinesAreTabSeparated) {
+    tellura_event_block b = block(2, 1990, 1995, 1991);
+    b.description = "Wheat";
+    b.repeatingYears = 3;
+    b.weatherChoice = kWeatherFile;
+    b.weatherId = 12;
+    tellura_event e = event(kEventHarv, "G90S", 1, 7);
+    e.day = 15;
+    b.events = {e};
+    std::string text;
+    appendEventBlockText(b, text);
+    EXPECT_EQ(text,
+              "2\tWheat\n"
+              "Years\t1990\t1995\tRepeating\t3\n"
+              "12\tWeather\tF\tFrom the beginning of an actual weather file\n"
+              "1\tJul\t15\tHARV\tG90S\n");
+}
+
+// --- Storage ---------------------------------------------------------------
+
+std::vector<tellura_event_block> sampleBlocks() {
+    tellura_event_block first = block(1, 1900, 1919, 1900);
+    first.description = "Initial grass";
+    first.outputInterval = 1;
+    first.weatherChoice = kWeatherFile;
+    first.weatherId = 3;
+    first.events = {event(kEventCrop, "G3N", 1, 1), event(kEventGraz, "W", 1, 2), event(kEventFrst, "", 1, 4)};
+    first.events[2].day = 15;
+    tellura_event_block second = block(2, 1920, 2006, 1990);
+    second.description = "Irrigated corn";
+    second.repeatingYears = 2;
+    tellura_event erosion = event(kEventErod, "0.25", 2, 6);
+    erosion.parameter1 = 0.25f;
+    erosion.parameter2 = 1.5f;
+    second.events = {event(kEventCult, "FAL", 1, 4), erosion};
+    for (tellura_event_block* b : {&first, &second}) {
+        int16_t order = 0;
+        for (tellura_event& e : b->events) e.order = ++order;
+    }
+    return {first, second};
+}
+
+TEST(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    std::vector<tellura_event_block> blocks = sampleBlocks();
+    ASSERT_TRUE(saveEventBlocks(project.db(), 5, blocks, errors)) << errors;
+    ASSERT_TRUE(saveEventBlocks(project.db(), 6, {blocks[1]}, errors)) << errors;
+    std::vector<tellura_event_block> read;
+    ASSERT_TRUE(loadEventBlocks(project.db(), 5, read, errors)) << errors;
+    EXPECT_EQ(read, blocks);
+
+    // Saving fewer blocks removes the ones left out; other records keep theirs.
+    ASSERT_TRUE(saveEventBlocks(project.db(), 5, {blocks[0]}, errors)) << errors;
+    ASSERT_TRUE(loadEventBlocks(project.db(), 5, read, errors));
+    EXPECT_EQ(read, std::vector<tellura_event_block>{blocks[0]});
+    ASSERT_TRUE(loadEventBlocks(project.db(), 6, read, errors));
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(read[0].events.size(), 2u);
+    EXPECT_EQ(errors, "");
+}
+
+TEST(EventStorage, OneBlockIsReplacedAlone) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    std::vector<tellura_event_block> blocks = sampleBlocks();
+    ASSERT_TRUE(saveEventBlocks(project.db(), 5, blocks, errors));
+    tellura_event_block changed = blocks[1];
+    changed.description = "Dryland corn";
+    changed.events.pop_back();
+    ASSERT_TRUE(saveEventBlock(project.db(), 5, changed, errors)) << errors;
+    std::vector<tellura_event_block> read;
+    ASSERT_TRUE(loadEventBlocks(project.db(), 5, read, errors));
+    EXPECT_EQ(read, (std::vector<tellura_event_block>{blocks[0], changed}));
+}
+
+TEST(EventStorage, EventsAreNumberedInListOrderWhenSaved) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::vector<tellura_event_block> blocks = sampleBlocks();
+    for (tellura_event& e : blocks[0].events) e.order = 9;  // as an editor may leave them
+    std::string errors;
+    ASSERT_TRUE(saveEventBlocks(project.db(), 1, blocks, errors)) << errors;
+    std::vector<tellura_event_block> read;
+    ASSERT_TRUE(loadEventBlocks(project.db(), 1, read, errors));
+    ASSERT_EQ(read[0].events.size(), 3u);
+    EXPECT_EQ(read[0].events[0].order, 1);
+    EXPECT_EQ(read[0].events[2].order, 3);
+    EXPECT_EQ(read[0].events[2].type, kEventFrst);
+}
+
+TEST(EventStorage, FailuresAreReported) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::vector<tellura_event_block> twice = sampleBlocks();
+    twice[1].blockNumber = 1;  // two blocks under one key
+    std::string errors;
+    EXPECT_FALSE(saveEventBlocks(project.db(), 1, twice, errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to write Tellura event.\n", 0), 0u) << errors;
+
+    project.dropTable(table_id::events);
+    errors.clear();
+    EXPECT_FALSE(saveEventBlocks(project.db(), 1, sampleBlocks(), errors));
+    EXPECT_NE(errors.find("ERROR, unable to delete from [Events]\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("Unable to open table Events\n"), std::string::npos) << errors;
+    errors.clear();
+    std::vector<tellura_event_block> read;
+    EXPECT_FALSE(loadEventBlocks(project.db(), 1, read, errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to open table [Events]\n", 0), 0u) << errors;
+}
+
+}  // namespace
