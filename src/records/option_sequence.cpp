@@ -51,7 +51,7 @@ constexpr option_sequence_entry kCrop[] = {
     {"CKMRSPMX(1..3)", nullptr, kV4},
     {"CMRSPNPP(1..6)", nullptr, kV4},
     {"CGRESP(1..3)", nullptr, kV4},
-    {"NO3PREF(1)", nullptr, kV345},
+    {"NO3PREF(1)", "no3pref", kV345},
     {"CLAYPG", nullptr, kV345},
     {"CMIX", nullptr, kV45},
     {"TMPGERM", nullptr, kV345}, {"DDBASE", nullptr, kV345}, {"TMPKILL", nullptr, kV345},

@@ -1,0 +1,383 @@
+// The option records' ".100" form: the crop writer for every model version,
+// byte for byte; the other members' sequences; reading every name form back.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "app/text_format.h"
+#include "db/database_maker.h"
+#include "records/option_layout.h"
+#include "records/option_list.h"
+
+namespace {
+
+using namespace sb;
+
+// Expected lines, spelt out in the model's fixed columns.
+struct line {
+    const char* name;
+    double value;
+    char form = 'r';  // r real, i integer
+};
+
+std::string expectedText(const std::string& header, const std::vector<line>& lines) {
+    std::string out = header;
+    for (const line& l : lines) {
+        if (l.form == 'i')
+            out += strprintf("%-2d             %s\n", static_cast<int>(l.value), l.name);
+        else
+            out += strprintf("%-10.5f     %s\n", l.value, l.name);
+    }
+    return out;
+}
+
+// A crop whose every parameter column holds its own position among the
+// parameter columns (1 = prdx(1), 2 = prdx(1)4_5, ..., 114 = sfavail(1)),
+// so that each line of the output shows which column it came from.
+TelluraCrops numberedCrop() {
+    TelluraCrops crop;
+    crop.name = "CORN";
+    crop.description = "Hand check";
+    for (int col = 2; col < crop.columnCount(); ++col) crop.setNumber(col, col - 1);
+    crop.setFlag(crop.column("bioflg"), true);
+    return crop;
+}
+
+// Shared by every version: the lines in the middle of the crop record.
+const std::vector<line> kPpdf = {{"PPDF(1)", 3}, {"PPDF(2)", 4}, {"PPDF(3)", 5}, {"PPDF(4)", 6}};
+const std::vector<line> kBio = {{"BIOFLG", 1, 'i'}, {"BIOK5", 8}, {"PLTMRF", 9}, {"FULCAN", 10}};
+const std::vector<line> kFrtc345 = {{"FRTCINDX", 11, 'i'}, {"FRTC(1)", 12}, {"FRTC(2)", 13}, {"FRTC(3)", 14},
+                                    {"FRTC(4)", 15},       {"FRTC(5)", 16}, {"CFRTCN(1)", 17},
+                                    {"CFRTCN(2)", 18},     {"CFRTCW(1)", 19}, {"CFRTCW(2)", 20}};
+const std::vector<line> kFrtc3 = {{"FRTC(1)", 12}, {"FRTC(2)", 13}, {"FRTC(3)", 14}};
+const std::vector<line> kMatrices = {
+    {"BIOMAX", 21},
+    {"PRAMN(1,1)", 22}, {"PRAMN(2,1)", 23}, {"PRAMN(3,1)", 24}, {"PRAMN(1,2)", 25}, {"PRAMN(2,2)", 26}, {"PRAMN(3,2)", 27},
+    {"PRAMX(1,1)", 28}, {"PRAMX(2,1)", 29}, {"PRAMX(3,1)", 30}, {"PRAMX(1,2)", 31}, {"PRAMX(2,2)", 32}, {"PRAMX(3,2)", 33},
+    {"PRBMN(1,1)", 34}, {"PRBMN(2,1)", 35}, {"PRBMN(3,1)", 36}, {"PRBMN(1,2)", 37}, {"PRBMN(2,2)", 38}, {"PRBMN(3,2)", 39},
+    {"PRBMX(1,1)", 40}, {"PRBMX(2,1)", 41}, {"PRBMX(3,1)", 42}, {"PRBMX(1,2)", 43}, {"PRBMX(2,2)", 44}, {"PRBMX(3,2)", 45},
+    {"FLIGNI(1,1)", 46}, {"FLIGNI(2,1)", 47}, {"FLIGNI(1,2)", 48}, {"FLIGNI(2,2)", 49}};
+const std::vector<line> kFligni3 = {{"FLIGNI(1,3)", 50}, {"FLIGNI(2,3)", 51}};
+const std::vector<line> kHarvestIndex = {{"HIMAX", 52},     {"HIWSF", 53},     {"HIMON(1)", 54},  {"HIMON(2)", 55},
+                                         {"EFRGRN(1)", 56}, {"EFRGRN(2)", 57}, {"EFRGRN(3)", 58}, {"VLOSSP", 59},
+                                         {"FSDETH(1)", 60}, {"FSDETH(2)", 61}, {"FSDETH(3)", 62}, {"FSDETH(4)", 63},
+                                         {"FALLRT", 64}};
+const std::vector<line> kRoots = {{"RTDTMP", 69}, {"CRPRTF(1)", 70}, {"CRPRTF(2)", 71}, {"CRPRTF(3)", 72}};
+const std::vector<line> kCo2 = {{"SNFXMX(1)", 74},     {"DEL13C", 75},        {"CO2IPR", 76},
+                                {"CO2ITR", 77},        {"CO2ICE(1,1,1)", 78}, {"CO2ICE(1,1,2)", 79},
+                                {"CO2ICE(1,1,3)", 80}, {"CO2ICE(1,2,1)", 81}, {"CO2ICE(1,2,2)", 82},
+                                {"CO2ICE(1,2,3)", 83}, {"CO2IRS", 84}};
+
+std::vector<line> join(std::initializer_list<std::vector<line>> parts) {
+    std::vector<line> all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+std::string written(const option_record& record, int version) {
+    std::string out;
+    record.write(out, version);
+    return out;
+}
+
+TEST(CropWriter, VersionsOneAndTwoUseTheOldProductionColumnAndStopAfterCo2irs) {
+    std::vector<line> lines =
+        join({{{"PRDX(1)", 1}}, kPpdf, kBio, kFrtc3, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2});
+    std::string expected = expectedText("CORN  Hand check\n", lines);
+    EXPECT_EQ(written(numberedCrop(), 1), expected);
+    EXPECT_EQ(written(numberedCrop(), 2), expected);
+}
+
+TEST(CropWriter, VersionSixIsVersionOneWithTheLaterProductionColumn) {
+    std::vector<line> lines =
+        join({{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc3, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2});
+    EXPECT_EQ(written(numberedCrop(), 6), expectedText("CORN  Hand check\n", lines));
+}
+
+const std::vector<line> kTail35 = {{"KMRSP", 85},       {"CKMRSPMX(1)", 86}, {"CKMRSPMX(2)", 87},
+                                   {"NO3PREF(1)", 98},  {"CLAYPG", 99, 'i'}};
+const std::vector<line> kGrowth35 = {{"TMPGERM", 101}, {"DDBASE", 102},  {"TMPKILL", 103},
+                                     {"BASETEMP", 104}, {"MNDDHRV", 106}, {"MXDDHRV", 107}};
+
+TEST(CropWriter, VersionsThreeAndFiveDifferOnlyInCmix) {
+    std::vector<line> common = join({{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc345, kMatrices, kHarvestIndex,
+                                     {{"RDR", 65}}, kRoots, kCo2, kTail35});
+    EXPECT_EQ(written(numberedCrop(), 3), expectedText("CORN  Hand check\n", join({common, kGrowth35})));
+    EXPECT_EQ(written(numberedCrop(), 5),
+              expectedText("CORN  Hand check\n", join({common, {{"CMIX", 100}}, kGrowth35})));
+}
+
+TEST(CropWriter, VersionFourIsTheDailyModelsLongRecord) {
+    std::vector<line> lines = join(
+        {{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc345, kMatrices, kFligni3, kHarvestIndex,
+         {{"RDRJ", 66}, {"RDRM", 67}, {"RDSRFC", 68}}, kRoots, {{"MRTFRAC", 73}}, kCo2,
+         {{"CKMRSPMX(1)", 86}, {"CKMRSPMX(2)", 87}, {"CKMRSPMX(3)", 88}, {"CMRSPNPP(1)", 89}, {"CMRSPNPP(2)", 90},
+          {"CMRSPNPP(3)", 91}, {"CMRSPNPP(4)", 92}, {"CMRSPNPP(5)", 93}, {"CMRSPNPP(6)", 94}, {"CGRESP(1)", 95},
+          {"CGRESP(2)", 96}, {"CGRESP(3)", 97}, {"NO3PREF(1)", 98}, {"CLAYPG", 99, 'i'}, {"CMIX", 100},
+          {"TMPGERM", 101}, {"DDBASE", 102}, {"TMPKILL", 103}, {"BASETEMP(1)", 104}, {"BASETEMP(2)", 105},
+          {"MNDDHRV", 106}, {"MXDDHRV", 107}, {"CURGDYS", 108}, {"CLSGRES", 109}, {"CMXTURN", 110},
+          {"WSCOEFF(1,1)", 111}, {"WSCOEFF(1,2)", 112}, {"NPP2CS(1)", 113}, {"SFAVAIL(1)", 114}}});
+    EXPECT_EQ(written(numberedCrop(), 4), expectedText("CORN  Hand check\n", lines));
+}
+
+TEST(CropWriter, LinesSitInTheModelsColumns) {
+    TelluraCrops crop;
+    crop.name = "C3";
+    crop.setNumber(crop.column("prdx(1)4_5"), 0.175);
+    crop.setNumber(crop.column("frtcindx"), 2);
+    std::string out = written(crop, 4);
+    EXPECT_EQ(out.substr(0, 6), "C3   \n");  // name padded to 5, no description
+    EXPECT_NE(out.find("\n0.17500        PRDX(1)\n"), std::string::npos);
+    EXPECT_NE(out.find("\n0              BIOFLG\n"), std::string::npos);
+    EXPECT_NE(out.find("\n2              FRTCINDX\n"), std::string::npos);
+    EXPECT_EQ(written(crop, 0), "C3   \n");  // no version, no values
+    EXPECT_EQ(written(crop, 7), "C3   \n");
+}
+
+// Reading: every form a version writes, the column names, quotes and case.
+TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
+    list_tellura_crops crops;
+    std::string errors, status;
+    crops.importText("MAIZE corn\n"
+                     "0.2       'PRDX(1)'\n"
+                     "31        ppdf(1)\n"
+                     "1.0       'BIOFLG'\n"
+                     "2.7       FRTCINDX\n"
+                     "0.5       FLIGNI(2,3)\n"
+                     "0.6       CO2IPR\n"
+                     "0.7       co2itr(1)\n"
+                     "12        BASETEMP\n"
+                     "7         BASETEMP(2)\n"
+                     "0.3       KMRSP(1)\n"
+                     "0.9       WSCOEFF(1,2)\n"
+                     "4         CO2ICE(1,2,3)\n"
+                     "5         NOSUCHNAME\n",
+                     "crop.100", errors, status);
+    ASSERT_EQ(crops.size(), 1u);
+    EXPECT_EQ(errors, "");
+    const option_record& c = crops.recordAt(0);
+    EXPECT_FLOAT_EQ(c.value("prdx(1)"), 0.2f);  // the one name fills the column of every version
+    EXPECT_FLOAT_EQ(c.value("prdx(1)4_5"), 0.2f);
+    EXPECT_FLOAT_EQ(c.value("ppdf(1)"), 31);
+    EXPECT_TRUE(c.flag(c.column("bioflg")));
+    EXPECT_EQ(c.value("frtcindx"), 2);  // truncated toward zero
+    EXPECT_FLOAT_EQ(c.value("fligni(2,3)"), 0.5f);
+    EXPECT_FLOAT_EQ(c.value("co2ipr(1)"), 0.6f);
+    EXPECT_FLOAT_EQ(c.value("co2itr(1)"), 0.7f);
+    EXPECT_FLOAT_EQ(c.value("basetemp(1)"), 12);
+    EXPECT_FLOAT_EQ(c.value("basetemp(2)"), 7);
+    EXPECT_FLOAT_EQ(c.value("kmrsp"), 0.3f);
+    EXPECT_FLOAT_EQ(c.value("wscoeff(1,2)"), 0.9f);
+    EXPECT_FLOAT_EQ(c.value("co2ice(1,2,3)"), 4);
+}
+
+TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
+    TelluraCrops crop;
+    std::string errors;
+    EXPECT_TRUE(crop.setField("PPDF(5)", 1, errors));
+    EXPECT_TRUE(crop.setField("pramn(4,1)", 1, errors));
+    EXPECT_TRUE(crop.setField("CO2ICE(1,3,1)", 1, errors));
+    EXPECT_TRUE(crop.setField("PRDX(2)", 1, errors));
+    EXPECT_EQ(errors,
+              "ERROR, exceeds array size: PPDF\n"
+              "ERROR, exceeds array size: \"PRAMN\" 4 x 1 (3 x 2)\n"
+              "ERROR, exceeds array size: CO2ICE 1 x 3 x 1 (1 x 2 x 3)\n"
+              "ERROR, exceeds array size: PRDX\n");
+    TelluraCrops untouched;
+    EXPECT_TRUE(crop == untouched);
+    EXPECT_FALSE(crop.setField("PPDF", 1, errors));  // an array name without subscript is no parameter
+    EXPECT_FALSE(crop.setField("name", 1, errors));
+    EXPECT_FALSE(crop.setField("Description", 1, errors));
+}
+
+TEST(OptionSetField, TreeReadsTheCo2BlockUnderBothSpellings) {
+    TelluraTree tree;
+    std::string errors;
+    EXPECT_TRUE(tree.setField("CO2ICE(1,1,2)", 3, errors));  // the daily model's own spelling
+    EXPECT_TRUE(tree.setField("CO2ICE(2,2,3)", 4, errors));  // the column's spelling
+    EXPECT_TRUE(tree.setField("CO2IPR", 5, errors));
+    EXPECT_TRUE(tree.setField("KMRSP(2)", 6, errors));
+    EXPECT_FALSE(tree.setField("SNFXMX(1)", 7, errors));  // the crop's element: not a tree value
+    EXPECT_EQ(errors, "");
+    EXPECT_FLOAT_EQ(tree.value("co2ice(2,1,2)"), 3);
+    EXPECT_FLOAT_EQ(tree.value("co2ice(2,2,3)"), 4);
+    EXPECT_FLOAT_EQ(tree.value("co2ipr(2)"), 5);
+    EXPECT_FLOAT_EQ(tree.value("kmrsp(2)"), 6);
+}
+
+// Every member, every version: the written record reads back into the same
+// values, no line is written twice, and each parameter column is written by
+// at least one version.
+TEST(OptionSequences, EveryMemberRoundTripsInEveryVersion) {
+    for (int k = 0; k < kOptionKindCount; ++k) {
+        option_kind kind = static_cast<option_kind>(k);
+        const option_layout& layout = option_layout::of(kind);
+        EXPECT_EQ(layout.problems(), std::vector<std::string>{}) << optionMember(kind).cliName;
+        std::unique_ptr<option_list> list = makeOptionList(kind);
+        option_record& original = list->addRecord("REC1");
+        original.description = "all columns";
+        for (int col = 2; col < original.columnCount(); ++col) {
+            int type = original.def().fields()[static_cast<size_t>(col)].type;
+            original.setNumber(col, type == kTypeSingle ? col * 0.25 + 0.00125 : (col % 2 ? kBitTrue : 0));
+            if (type == kTypeByte || type == kTypeByteSigned) original.setNumber(col, col);
+        }
+        std::set<int> writtenColumns;
+        for (int v = 1; v <= kVersionCount; ++v) {
+            std::set<std::string> names;
+            for (const option_line& l : layout.lines(v)) {
+                EXPECT_TRUE(names.insert(l.name).second) << optionMember(kind).cliName << " v" << v << " " << l.name;
+                writtenColumns.insert(l.column);
+            }
+            std::string text;
+            list->writeText(text, v);
+            std::unique_ptr<option_list> back = makeOptionList(kind);
+            std::string errors, status;
+            back->importText(text, "round trip", errors, status);
+            EXPECT_EQ(errors, "");
+            ASSERT_EQ(back->size(), 1u);
+            const option_record& copy = back->recordAt(0);
+            EXPECT_EQ(copy.name, "REC1");
+            EXPECT_EQ(copy.description, "all columns");
+            for (const option_line& l : layout.lines(v))
+                EXPECT_EQ(copy.number(l.column), original.number(l.column))
+                    << optionMember(kind).cliName << " v" << v << " " << l.name;
+        }
+        EXPECT_EQ(static_cast<int>(writtenColumns.size()), original.columnCount() - 2) << optionMember(kind).cliName;
+    }
+}
+
+std::vector<std::string> lineNames(option_kind kind, int version) {
+    std::vector<std::string> names;
+    for (const option_line& l : option_layout::of(kind).lines(version)) names.push_back(l.name);
+    return names;
+}
+
+TEST(OptionSequences, DailyModelOrdersFollowItsOwnFiles) {
+    using names = std::vector<std::string>;
+    EXPECT_EQ(lineNames(option_kind::harvest, 4), (names{"AGLREM", "BGLREM", "FLGHRV", "RMVSTR", "REMWSD", "HIBG"}));
+    EXPECT_EQ(lineNames(option_kind::harvest, 3), (names{"AGLREM", "BGLREM", "HIBG", "RMVSTR", "REMWSD", "FLGHRV"}));
+    EXPECT_EQ(lineNames(option_kind::omad, 4),
+              (names{"ASTGC", "ASTLBL", "ASTLIG", "ASTREC(1)", "ASTREC(2)", "ASTREC(3)"}));
+    EXPECT_EQ(lineNames(option_kind::omad, 1).front(), "OMADTYP");
+    EXPECT_EQ(lineNames(option_kind::fertilizer, 4),
+              (names{"FERAMT(1)", "FERAMT(2)", "FERAMT(3)", "AUFERT", "NINHIB", "NINHTM", "FRAC_NH4", "FRAC_NO3"}));
+    names tree = lineNames(option_kind::tree, 4);
+    ASSERT_EQ(tree.size(), 149u);
+    EXPECT_EQ(tree[0], "DECID");
+    EXPECT_EQ(tree[1], "PRDX(2)");
+    EXPECT_EQ(tree[6], "CERFOR(1,1,1)");
+    EXPECT_EQ(tree[7], "CERFOR(1,1,2)");
+    EXPECT_EQ(tree[51], "DECW1");
+    EXPECT_EQ(tree[54], "FCFRAC(1,1)");
+    EXPECT_EQ(tree[55], "FCFRAC(2,1)");
+    EXPECT_EQ(names(tree.end() - 11, tree.end()),
+              (names{"TLAYPG", "TMIX", "TMPLFF", "TMPLFS", "FURGDYS", "FLSGRES", "TMXTURN", "WSCOEFF(2,1)",
+                     "WSCOEFF(2,2)", "NPP2CS(2)", "SFAVAIL(2)"}));
+    names treeV1 = lineNames(option_kind::tree, 1);
+    EXPECT_EQ(treeV1.size(), 153u);  // every parameter column, in table order
+    EXPECT_EQ(treeV1[2], "PRDX(3)");
+}
+
+TEST(OptionSequences, ByteAndYesNoColumnsAreWrittenAsWholeNumbers) {
+    TelluraGraze graze;
+    graze.name = "GM";
+    graze.setNumber(graze.column("grzeff"), 2);
+    graze.setNumber(graze.column("flgrem"), 0.1);
+    std::string out = written(graze, 4);
+    EXPECT_NE(out.find("\n0.10000        FLGREM\n"), std::string::npos);
+    EXPECT_NE(out.find("\n2              GRZEFF\n"), std::string::npos);
+    TelluraHarvest harvest;
+    harvest.name = "G";
+    harvest.setFlag(harvest.column("flghrv"), true);
+    EXPECT_EQ(written(harvest, 4),
+              "G    \n"
+              "0.00000        AGLREM\n"
+              "0.00000        BGLREM\n"
+              "1              FLGHRV\n"
+              "0.00000        RMVSTR\n"
+              "0.00000        REMWSD\n"
+              "0.00000        HIBG\n");
+}
+
+// The member table as users and the model see it.
+TEST(OptionMembers, NamesFilesFiltersAndTitles) {
+    struct expected {
+        option_kind kind;
+        const char* table;
+        const char* exportFile;
+        const char* runFile;
+        const char* filterFirst;
+        const char* title;
+    };
+    const expected all[] = {
+        {option_kind::crop, "Crops", "crop.100", "crop.100", "Crop File (*.100)", "CROP Save Errors"},
+        {option_kind::cultivation, "Cultivation", "cult.100", "cult.100", "Cultivation File (*.100)",
+         "Cultivation Save Errors"},
+        {option_kind::fertilizer, "Fertilizer", "fert.100", "fert.100", "Fertilizer File (*.100)",
+         "Fertilizer Save Errors"},
+        {option_kind::fire, "Fire", "fire.100", "fire.100", "Fire File (*.100)", "FIRE Save Errors"},
+        {option_kind::graze, "Graze", "graze.100", "graz.100", "Graze File (*.100)", "GRAZE Save Errors"},
+        {option_kind::harvest, "Harvest", "harv.100", "harv.100", "Harvest File (*.100)", "Harvest Save Errors"},
+        {option_kind::irrigation, "Irrigation", "irri.100", "irri.100", "Irrigation File (*.100)",
+         "Irrigation Save Errors"},
+        {option_kind::omad, "Omad", "omad.100", "omad.100", "OMAD File (*.100)", "OMAD Save Errors"},
+        {option_kind::tree, "Trees", "tree.100", "tree.100", "TREE File (*.100)", "TREE Save Errors"},
+        {option_kind::tree_removal, "Tree Removal", "trem.100", "trem.100", "Tree Removal File (*.100)",
+         "TREM Save Errors"},
+    };
+    for (const expected& e : all) {
+        const option_member& m = optionMember(e.kind);
+        EXPECT_EQ(m.kind, e.kind);
+        EXPECT_STREQ(tableName(m.table), e.table);
+        EXPECT_STREQ(m.exportFile, e.exportFile);
+        EXPECT_STREQ(m.runFile, e.runFile);
+        EXPECT_EQ(std::string(m.fileFilter), std::string(e.filterFirst) + "\n*.100\nAll Files (*.*)\n*.*");
+        EXPECT_STREQ(m.saveErrorTitle, e.title);
+        EXPECT_STREQ(m.sessionErrorMessage(), e.kind == option_kind::crop
+                                                  ? "ERROR, unable to create session on database.\n"
+                                                  : "ERROR, unable to create session on database.\r\n");
+        EXPECT_EQ(optionMemberByCliName(m.cliName), &m);
+        EXPECT_EQ(optionMemberByTable(m.table), &m);
+    }
+    EXPECT_EQ(optionMemberByCliName("graze"), nullptr);
+    EXPECT_EQ(optionMemberByTable(table_id::soils), nullptr);
+}
+
+TEST(OptionMembers, EachListMakesRecordsOfItsOwnKind) {
+    static_assert(std::is_same_v<list_tellura_crops::record_type, TelluraCrops>);
+    static_assert(std::is_same_v<list_tellura_graze::record_type, TelluraGraze>);
+    static_assert(std::is_same_v<tellura_tree_removal_list::record_type, TelluraTreeRemoval>);
+    for (int k = 0; k < kOptionKindCount; ++k) {
+        option_kind kind = static_cast<option_kind>(k);
+        std::unique_ptr<option_list> list = makeOptionList(kind);
+        ASSERT_NE(list, nullptr);
+        EXPECT_EQ(list->kind(), kind);
+        auto record = list->makeRecord();
+        auto* option = dynamic_cast<option_record*>(record.get());
+        ASSERT_NE(option, nullptr);
+        EXPECT_EQ(option->kind(), kind);
+        EXPECT_EQ(option->table(), optionMember(kind).table);
+    }
+    tellura_fire_list fires;
+    EXPECT_NE(dynamic_cast<TelluraFire*>(fires.makeRecord().get()), nullptr);
+}
+
+TEST(OptionRecord, NameAndDescriptionTravelAsColumns) {
+    TelluraFire fire;
+    fire.name = "C_M";
+    fire.description = "COLD_MLRA";
+    fire.setNumber(fire.column("frtsh"), 0.2);
+    table_record row = fire.toRow();
+    EXPECT_EQ(row.text("Name"), "C_M");
+    EXPECT_EQ(row.text("Description"), "COLD_MLRA");
+    TelluraFire back;
+    back.fromRow(row);
+    EXPECT_EQ(back.name, "C_M");
+    EXPECT_EQ(back.description, "COLD_MLRA");
+    EXPECT_FLOAT_EQ(back.value("frtsh"), 0.2f);
+}
+
+}  // namespace
