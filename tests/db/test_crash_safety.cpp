@@ -1,0 +1,117 @@
+// A save killed at any moment leaves each record wholly as it was or wholly as saved.
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "db_test_support.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+constexpr int kRecords = 3;
+
+int eventsFor(int generation) { return 20 + generation % 97; }
+
+// One record save as the application does it: one session, delete the rows that
+// carry the ID, insert the control record row and its event rows.
+bool saveRecord(database& db, int id, int generation) {
+    session s(db);
+    if (!s.ok()) return false;
+    bool ok = db.execute(strprintf("DELETE FROM `%s` WHERE ID = %d", tableName(table_id::control_records), id)).ok();
+    ok = db.execute(strprintf("DELETE * FROM `%s` WHERE ID = %d", tableName(table_id::events), id)).ok() && ok;
+    db_status status;
+    auto records = db.openTable(table_id::control_records, "", "", status);
+    auto events = db.openTable(table_id::events, "", "", status);
+    if (!records || !events) return false;
+    table_record r(table_id::control_records);
+    r.setNumber("ID", id);
+    r.setText("Description", "generation " + std::to_string(generation));
+    r.setNumber("Soil ID", generation);
+    ok = records->insert(r).ok() && ok;
+    for (int i = 0; i < eventsFor(generation); ++i) {
+        table_record e(table_id::events);
+        e.setNumber("ID", id);
+        e.setNumber("Block Number", 1);
+        e.setNumber("Order", i + 1);
+        e.setNumber("Parameter 1", generation);
+        ok = events->insert(e).ok() && ok;
+    }
+    return ok;
+}
+
+[[noreturn]] void saveForever(const std::string& path, int firstGeneration) {
+    std::string errors;
+    auto db = database::open(path, errors);
+    if (!db) _exit(2);
+    for (int generation = firstGeneration;; ++generation)
+        if (!saveRecord(*db, 1 + generation % kRecords, generation)) _exit(3);
+}
+
+// Every record's rows belong to one save; returns the highest generation seen.
+int checkWhole(const std::string& path) {
+    std::string errors;
+    auto db = database::open(path, errors);
+    EXPECT_TRUE(db) << errors;
+    if (!db) return -1;
+    int newest = 0;
+    for (int id = 1; id <= kRecords; ++id) {
+        db_status status;
+        auto records = db->openTable(table_id::control_records, strprintf("ID = %d", id), "", status);
+        EXPECT_TRUE(records && records->moveFirst().ok()) << "record " << id << " lost";
+        if (!records) return -1;
+        int generation = records->row().integer(records->row().column("Soil ID"));
+        EXPECT_EQ(records->row().text("Description"), "generation " + std::to_string(generation));
+        EXPECT_TRUE(records->moveNext().endOfRowset());
+        auto events = db->openTable(table_id::events, strprintf("ID = %d", id), "[Order]", status);
+        int count = 0;
+        for (db_status s = events->moveFirst(); s.ok(); s = events->moveNext(), ++count) {
+            EXPECT_EQ(events->row().number("Parameter 1"), generation) << "record " << id;
+            EXPECT_EQ(events->row().integer(events->row().column("Order")), count + 1);
+        }
+        EXPECT_EQ(count, eventsFor(generation)) << "record " << id << " generation " << generation;
+        newest = std::max(newest, generation);
+    }
+    return newest;
+}
+
+}  // namespace
+
+TEST(CrashSafety, KilledSavesLeaveOldOrNewRecords) {
+    sbtest::temp_dir dir;
+    const std::string path = dir.file("crash.sbproj");
+    {
+        auto db = sbtest::makeProject(path);
+        ASSERT_TRUE(db);
+        for (int id = 1; id <= kRecords; ++id) ASSERT_TRUE(saveRecord(*db, id, 0));
+    }
+    std::mt19937 rng(7);
+    std::set<int> generationsSeen;
+    int generation = 0;
+    for (int kill = 0; kill < 120; ++kill) {
+        pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) saveForever(path, generation + 1);
+        std::this_thread::sleep_for(std::chrono::microseconds(std::uniform_int_distribution<int>(1000, 80000)(rng)));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status)) << "the saving child stopped by itself, exit " << WEXITSTATUS(status);
+        generation = checkWhole(path);
+        ASSERT_GE(generation, 0);
+        if (HasFailure()) break;
+        generationsSeen.insert(generation);
+    }
+    // The kills fell while saves were going on, not only before the first one.
+    EXPECT_GT(generationsSeen.size(), 50u);
+}
