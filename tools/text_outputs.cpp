@@ -21,6 +21,12 @@ int daysInYear(int year) {
     return leap ? 366 : 365;
 }
 
+// The day's time with two decimals, cut (not rounded) so that the last days
+// of a year do not read as the next year.
+double dayTime(int year, int day) {
+    return year + std::floor(100.0 * (day - 1) / daysInYear(year)) / 100.0;
+}
+
 // Trace-gas numbers of one day: nitrogen fluxes follow the fertilizer given so
 // far and the soil's clay, respiration the soil carbon and the season.
 struct day_values {
@@ -71,7 +77,7 @@ bool writeDailyFiles(const run_inputs& inputs, const standin_values& values, std
                              static_cast<double>(year), day, v.tmax, v.tmin, v.n2oflux, v.noflux,
                              v.co2resp);
             if (summary)
-                std::fprintf(summary.get(), kSummaryRow, year + (day - 1) / 366.0, v.n2oflux,
+                std::fprintf(summary.get(), kSummaryRow, dayTime(year, day), v.n2oflux,
                              v.noflux, v.n2flux, v.ch4, v.nit, ppt * day / daysInYear(year));
         }
     }
