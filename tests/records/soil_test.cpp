@@ -1,0 +1,399 @@
+// Soils: layer editing, the pre-run warnings, site parameter names, the
+// layer file and "soils.in", re-layering worked by hand, and storage.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "records/soil_layer_file.h"
+#include "records/soil_relayer.h"
+#include "records/tellura_soil.h"
+#include "records_test_project.h"
+#include "test_support.h"
+
+namespace {
+
+using namespace sb;
+using sbtest::records_project;
+
+TelluraSoils soilWithDepths(const char* name, std::initializer_list<int> depths) {
+    TelluraSoils soil;
+    soil.setSoilId(7);
+    soil.setName(name);
+    std::string errors;
+    for (int depth : depths) {
+        soil.insertLayer(soil.layerCount, errors);
+        TelluraSoilLayers& layer = soil.layers[static_cast<size_t>(soil.layerCount - 1)];
+        layer.setDepth(depth);
+        layer.setValue(kLayerTranspirationLossFactor, 0.5);
+    }
+    return soil;
+}
+
+TEST(SoilColumns, PositionsMatchTheTables) {
+    const char* layerNames[] = {"Soil ID", "Layer Number", "Depth", "Wilting Point", "Field Capacity", "Mineral N",
+                                "Mineral P", "Mineral S", "Initial Relative Water Content",
+                                "Transpiration Loss Weighing Factor", "Bulk Density", "TCOEFF", "Fraction Of Sand",
+                                "Fraction Of Clay", "Organic Matter", "DELTAMIN", "Saturated Conductivity", "pH",
+                                "ECOEFF"};
+    const auto& layers = tableDef(table_id::soil_layers).fields();
+    ASSERT_EQ(layers.size(), static_cast<size_t>(kLayerColumnCount));
+    for (int i = 0; i < kLayerColumnCount; ++i) EXPECT_EQ(layers[static_cast<size_t>(i)].name, layerNames[i]);
+    const char* soilNames[] = {"Soil ID", "Name", "Soils 5 ID", "Map Unit Symbol", "Fraction of Sand",
+                               "Fraction of Silt", "Fraction of Clay", "Fraction of Rock", "Bulk Density",
+                               "Number of Layers", "Number of Layers in Top Level", "Drain", "Base Flow",
+                               "Storm Flow", "PRECRO", "FRACRO", "SWFlag", "pH", "Labile P Slope Fraction",
+                               "Maximum P Sorption"};
+    const auto& soils = tableDef(table_id::soils).fields();
+    ASSERT_EQ(soils.size(), static_cast<size_t>(kSoilColumnCount));
+    for (int i = 0; i < kSoilColumnCount; ++i) EXPECT_EQ(soils[static_cast<size_t>(i)].name, soilNames[i]);
+}
+
+TEST(SoilLayers, InsertAndDeleteShiftTheLayersAndKeepTheLimits) {
+    TelluraSoils soil = soilWithDepths("Loam", {10, 20, 30});
+    std::string errors;
+    ASSERT_TRUE(soil.insertLayer(1, errors));
+    EXPECT_EQ(soil.layerCount, 4);
+    EXPECT_EQ(soil.layerDepths(), (std::vector<int>{10, 0, 20, 30}));
+    EXPECT_EQ(soil.layers[3].integer(kLayerNumber), 4);
+    ASSERT_TRUE(soil.deleteLayer(0, errors));
+    EXPECT_EQ(soil.layerDepths(), (std::vector<int>{0, 20, 30}));
+    EXPECT_EQ(soil.layers[0].integer(kLayerNumber), 1);
+    EXPECT_EQ(errors, "");
+
+    EXPECT_FALSE(soil.deleteLayer(3, errors));
+    EXPECT_EQ(errors, "Unable to delete layer.");
+    errors.clear();
+    EXPECT_FALSE(soil.deleteLayer(-1, errors));
+    EXPECT_EQ(errors, "Unable to delete layer.");
+
+    TelluraSoils one = soilWithDepths("One", {15});
+    errors.clear();
+    EXPECT_TRUE(one.deleteLayer(0, errors));
+    EXPECT_EQ(one.layerCount, 0);
+
+    TelluraSoils full = soilWithDepths("Full", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14});
+    EXPECT_FALSE(full.insertLayer(0, errors));
+    EXPECT_EQ(errors, "Number of layers is already at maximum");
+    EXPECT_EQ(full.layerCount, 14);
+}
+
+TEST(SoilLayers, ListTextAndWaterHoldingOptions) {
+    TelluraSoils soil = soilWithDepths("Loam", {15, 30});
+    TelluraSoilLayers& layer = soil.layers[1];
+    layer.setValue(kLayerFieldCapacity, 0.3);
+    layer.setValue(kLayerWiltingPoint, 0.125);
+    layer.setValue(kLayerMineralN, 1.5);
+    EXPECT_EQ(soil.layerListText(1), "2: 30 cm - afiel=0.3 awilt=0.125 N=1.5 P=0 S=0");
+    EXPECT_STREQ(waterHoldingOptionText(0), "Use actual data from file.");
+    EXPECT_STREQ(waterHoldingOptionText(1), "Use G & L for awilt and afiel (-0.33 bar)");
+    EXPECT_STREQ(waterHoldingOptionText(2), "Use G & L for awilt and afiel (-0.10 bar)");
+    EXPECT_STREQ(waterHoldingOptionText(3), "Use Rawls for awilt and afiel (-0.33 bar)");
+    EXPECT_STREQ(waterHoldingOptionText(4), "Use Rawls for awilt and afiel (-0.10 bar)");
+    EXPECT_STREQ(waterHoldingOptionText(5), "Use Rawls for afiel (-0.33 bar)");
+    EXPECT_STREQ(waterHoldingOptionText(6), "Use Rawls for afiel (-0.10 bar)");
+    EXPECT_EQ(waterHoldingOptionText(7), nullptr);
+    EXPECT_EQ(waterHoldingOptionText(-1), nullptr);
+}
+
+TEST(SoilRunCheck, OnlyLayersDeeperThanTheDefaultAreReported) {
+    TelluraSoils soil = soilWithDepths("Loam", {15, 30, 46});
+    std::string warnings;
+    soil.checkForRun(3, warnings);
+    EXPECT_EQ(warnings,
+              "WARNING, Soil Loam layer 3 depth (0.460m) does not match TELLURA default layer 3 thickness (0.45m).\n");
+    warnings.clear();
+    TelluraSoils shallow = soilWithDepths("Thin", {10, 20, 40});
+    shallow.checkForRun(2, warnings);
+    EXPECT_EQ(warnings, "");
+    soil.checkForRun(4, warnings);  // the daily model reads its own layers
+    EXPECT_EQ(warnings, "");
+    TelluraSoils empty = soilWithDepths("Empty", {});
+    for (int v = 1; v <= 6; ++v) empty.checkForRun(v, warnings);
+    EXPECT_EQ(warnings, "");
+}
+
+TEST(SoilRunCheck, FirstReleaseChecksEveryLayerOthersOnlyNine) {
+    TelluraSoils deep = soilWithDepths("Deep", {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 200});
+    std::string warnings;
+    deep.checkForRun(1, warnings);
+    EXPECT_EQ(warnings,
+              "WARNING, Soil Deep layer 11 depth (2.000m) does not match TELLURA default layer 11 thickness "
+              "(0.00m).\n");
+    warnings.clear();
+    // Table B: 0.15 0.3 0.45 0.6 0.9 1.05 1.2 1.35 1.5 -> layers 6 to 9 are deeper; 10 and 11 are not looked at.
+    deep.checkForRun(5, warnings);
+    EXPECT_EQ(warnings,
+              "WARNING, Soil Deep layer 6 depth (1.200m) does not match TELLURA default layer 6 thickness (1.05m).\n"
+              "WARNING, Soil Deep layer 7 depth (1.500m) does not match TELLURA default layer 7 thickness (1.20m).\n"
+              "WARNING, Soil Deep layer 8 depth (1.800m) does not match TELLURA default layer 8 thickness (1.35m).\n"
+              "WARNING, Soil Deep layer 9 depth (1.800m) does not match TELLURA default layer 9 thickness (1.50m).\n");
+}
+
+TEST(SoilRunCheck, ZeroTranspirationFactorIsReportedForTheFirstTenLayersBeforeTheDailyModel) {
+    TelluraSoils soil = soilWithDepths("Sandy", {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 180});
+    soil.layers[1].setValue(kLayerTranspirationLossFactor, 0);
+    soil.layers[10].setValue(kLayerTranspirationLossFactor, 0);  // the 11th is not looked at
+    std::string warnings;
+    soil.checkForRun(1, warnings);
+    EXPECT_EQ(warnings,
+              "WARNING, Soil Sandy transpiration loss factor is zero in layer 2.\n"
+              "WARNING, Soil Sandy layer 11 depth (1.800m) does not match TELLURA default layer 11 thickness "
+              "(0.00m).\n");
+    warnings.clear();
+    soil.checkForRun(4, warnings);
+    EXPECT_EQ(warnings, "");
+    soil.checkForRun(5, warnings);  // only depth warnings from the fourth release on
+    EXPECT_EQ(warnings.find("transpiration"), std::string::npos);
+    EXPECT_NE(warnings.find("layer 6 depth"), std::string::npos);
+}
+
+TEST(SoilSiteNames, LayerAndProfileParametersLandInTheirColumns) {
+    TelluraSoils soil;
+    std::string errors;
+    EXPECT_TRUE(soil.setFieldBySiteName("AWILT(3)", 0.12, errors));
+    EXPECT_EQ(soil.layerCount, 3);
+    EXPECT_TRUE(soil.setFieldBySiteName("afiel(1)", 0.3, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("ADEP(2)", 29.6, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("AWTL(1)", 0.8, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("RWCF(2)", 0.5, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(2,1)", 1.5, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(2,3)", 0.25, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(10,2)", 0.75, errors));
+    EXPECT_EQ(soil.layerCount, 10);
+    EXPECT_FLOAT_EQ(soil.layers[2].value(kLayerWiltingPoint), 0.12f);
+    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerFieldCapacity), 0.3f);
+    EXPECT_EQ(soil.layers[1].depth(), 30);
+    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerTranspirationLossFactor), 0.8f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerInitialRelativeWater), 0.5f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerMineralN), 1.5f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerMineralS), 0.25f);
+    EXPECT_FLOAT_EQ(soil.layers[9].value(kLayerMineralP), 0.75f);
+
+    const std::pair<const char*, soil_column> profile[] = {
+        {"BULKD", kSoilBulkDensity}, {"BASEF", kSoilBaseFlow},      {"CLAY", kSoilClay},
+        {"SAND", kSoilSand},         {"SILT", kSoilSilt},           {"DRAIN", kSoilDrain},
+        {"FRACRO", kSoilFracro},     {"PRECRO", kSoilPrecro},       {"PSLSRB", kSoilLabilePSlope},
+        {"SORPMX", kSoilMaxPSorption}, {"STORMF", kSoilStormFlow}};
+    double v = 0.5;
+    for (const auto& [name, column] : profile) {
+        EXPECT_TRUE(soil.setFieldBySiteName(toLower(name), v, errors)) << name;
+        EXPECT_FLOAT_EQ(soil.single(column), static_cast<float>(v)) << name;
+        v += 0.25;
+    }
+    EXPECT_TRUE(soil.setFieldBySiteName("SWFLAG", 3.7, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("NLAYER", 9, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("NLAYPG", 4, errors));
+    EXPECT_EQ(soil.integer(kSoilSwFlag), 3);
+    EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 9);
+    EXPECT_EQ(soil.integer(kSoilLayersInTopLevel), 4);
+    EXPECT_EQ(errors, "");
+
+    EXPECT_FALSE(soil.setFieldBySiteName("PRECIP(1)", 1, errors));
+    EXPECT_FALSE(soil.setFieldBySiteName("AWILTX", 1, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("AWILT(15)", 1, errors));
+    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(1,4)", 1, errors));
+    EXPECT_EQ(errors,
+              "ERROR, exceeds array size: AWILT\n"
+              "ERROR, exceeds array size: \"MINERL\" 1 x 4 (14 x 3)\n");
+    EXPECT_EQ(soil.layerCount, 10);
+}
+
+// Re-layering, worked by hand (depths are layer bottoms in cm).
+TEST(SoilRelayer, WeightedMeansAndTheDeepestLayerCarryingOn) {
+    // Source 0-10 = 1, 10-30 = 3.
+    EXPECT_EQ(relayer({10, 30}, {1, 3}, {5, 10, 20}), (std::vector<double>{1, 1, 3}));
+    // 0-30: (1*10 + 3*20) / 30.
+    std::vector<double> whole = relayer({10, 30}, {1, 3}, {30});
+    ASSERT_EQ(whole.size(), 1u);
+    EXPECT_DOUBLE_EQ(whole[0], 70.0 / 30.0);
+    // 0-20: (1*10 + 3*10) / 20.
+    EXPECT_EQ(relayer({10, 30}, {1, 3}, {20}), (std::vector<double>{2}));
+    // Target deeper than the source: the layer in progress (5-30) and the rest
+    // take the deepest value 5, not the mean of 1 and 5.
+    EXPECT_EQ(relayer({10, 20}, {1, 5}, {5, 30, 60}), (std::vector<double>{1, 5, 5}));
+    // A layer of no thickness takes the value of the source layer it sits in.
+    EXPECT_EQ(relayer({10, 20}, {1, 5}, {10, 10, 20}), (std::vector<double>{1, 1, 5}));
+    // Finer source onto coarser target: 0-15 = (2*5 + 4*10)/15, 15-45 = (4*5 + 6*25)/30.
+    std::vector<double> coarse = relayer({5, 20, 45}, {2, 4, 6}, {15, 45});
+    ASSERT_EQ(coarse.size(), 2u);
+    EXPECT_DOUBLE_EQ(coarse[0], 50.0 / 15.0);
+    EXPECT_DOUBLE_EQ(coarse[1], 170.0 / 30.0);
+    // Nothing to re-layer from.
+    EXPECT_EQ(relayer({}, {}, {10, 20}), (std::vector<double>{0, 0}));
+    EXPECT_EQ(relayer({10}, {1}, {}), std::vector<double>{});
+}
+
+TEST(SoilRelayer, TheSameStructureGivesBackTheSameValues) {
+    std::vector<int> depths = {2, 5, 10, 20, 30, 45, 60, 75, 90};
+    std::vector<double> values = {0.36565, 0.1, 0.3, 0.7, 1e-5, 0.02, 8.2, 0.1 + 0.2, 1.0 / 3.0};
+    EXPECT_EQ(relayer(depths, values, depths), values);
+}
+
+const char* const kTwoLayers =
+    "  0.0  10.0  1.35  0.30000  0.12000  0.80  0.01  0.60  0.20  0.05  0.02  0.00070  6.50\n"
+    " 10.0  30.0  1.45  0.27000  0.15000  0.20  0.05  0.50  0.30  0.03  0.04  0.00040  7.10\n";
+
+TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("in.txt"), kTwoLayers);
+    TelluraSoils soil;
+    std::string errors;
+    ASSERT_TRUE(importSoilLayerFile(soil, dir.file("in.txt"), errors)) << errors;
+    ASSERT_EQ(soil.layerCount, 2);
+    EXPECT_EQ(soil.layers[1].depth(), 30);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerBulkDensity), 1.45f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerFieldCapacity), 0.27f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerWiltingPoint), 0.15f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerEcoeff), 0.2f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerTcoeff), 0.05f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerSand), 0.5f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerClay), 0.3f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerOrganicMatter), 0.03f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerDeltamin), 0.04f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerSaturatedConductivity), 0.0004f);
+    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerPh), 7.1f);
+    EXPECT_EQ(soil.layers[1].integer(kLayerNumber), 2);
+
+    ASSERT_TRUE(writeSoilsIn(soil, soil.layerDepths(), dir.file("soils.in"), errors)) << errors;
+    EXPECT_EQ(sbtest::readFile(dir.file("soils.in")), kTwoLayers);
+
+    // Onto one 0-20 layer: means of the two layers over 10 cm each.
+    EXPECT_EQ(soilsInText(soil, {20}),
+              "  0.0  20.0  1.40  0.28500  0.13500  0.50  0.03  0.55  0.25  0.04  0.03  0.00055  6.80\n");
+    // Deeper than the soil: the deepest layer carries on.
+    std::string deeper = soilsInText(soil, {10, 30, 50});
+    EXPECT_EQ(deeper.substr(deeper.find(" 30.0  50.0")),
+              " 30.0  50.0  1.45  0.27000  0.15000  0.20  0.05  0.50  0.30  0.03  0.04  0.00040  7.10\n");
+}
+
+TEST(SoilLayerFile, FourteenLayersAtMostOneMessagePerExtraLine) {
+    std::string fifteen;
+    for (int i = 0; i < 15; ++i) fifteen += strprintf("%d %d 1.3 0.3 0.1\n", i * 10, (i + 1) * 10);
+    TelluraSoils soil;
+    std::string errors;
+    EXPECT_FALSE(importSoilLayerText(soil, fifteen, "deep.in", errors));
+    EXPECT_EQ(soil.layerCount, 14);
+    EXPECT_EQ(errors, "ERROR, too many soil layers in soil file \"deep.in\".\n");
+    EXPECT_EQ(soil.layers[13].depth(), 140);
+
+    errors.clear();
+    std::string fourteen = fifteen.substr(0, fifteen.rfind("140 150"));
+    EXPECT_TRUE(importSoilLayerText(soil, fourteen + "\n   \n", "ok.in", errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(soil.layerCount, 14);
+
+    EXPECT_FALSE(importSoilLayerText(soil, fifteen + fifteen, "twice.in", errors));
+    EXPECT_EQ(soil.layerCount, 14);
+    size_t messages = 0;
+    for (size_t at = errors.find("ERROR"); at != std::string::npos; at = errors.find("ERROR", at + 1)) ++messages;
+    EXPECT_EQ(messages, 16u);
+}
+
+TEST(SoilLayerFile, ShortLinesLeaveTheMissingValuesAndBlankLinesAreSkipped) {
+    TelluraSoils soil;
+    soil.layers[0].setValue(kLayerPh, 6.0);
+    soil.layers[0].setValue(kLayerClay, 0.4);
+    std::string errors;
+    EXPECT_TRUE(importSoilLayerText(soil, "\n\t\n0 12 1.2 0.31\r\n", "short.in", errors));
+    ASSERT_EQ(soil.layerCount, 1);
+    EXPECT_EQ(soil.layers[0].depth(), 12);
+    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerFieldCapacity), 0.31f);
+    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerClay), 0.4f);
+    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerPh), 6.0f);
+}
+
+TEST(SoilLayerFile, UnopenableFilesAreReported) {
+    TelluraSoils soil;
+    std::string errors;
+    EXPECT_FALSE(importSoilLayerFile(soil, "/nonexistent/soils.in", errors));
+    EXPECT_EQ(errors, "ERROR, can't open file \"/nonexistent/soils.in\".\n");
+    errors.clear();
+    EXPECT_FALSE(writeSoilsIn(soil, {10}, "/nonexistent/soils.in", errors));
+    EXPECT_EQ(errors, "ERROR, can't open file \"/nonexistent/soils.in\".\n");
+}
+
+TEST(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    TelluraSoils soil = soilWithDepths("Loam", {15, 30});
+    soil.layers[1].setValue(kLayerFieldCapacity, 0.25);
+    soil.setNumber(kSoilSwFlag, 2);
+    TelluraSoils other = soilWithDepths("Clay", {20});
+    other.setSoilId(8);
+    std::string errors;
+    ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
+    ASSERT_TRUE(writeSoil(other, project.db(), errors)) << errors;
+
+    std::string dropped;
+    soil.deleteLayer(0, dropped);
+    ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
+
+    tellura_soil_list list;
+    ASSERT_TRUE(list.load(project.db(), errors)) << errors;
+    EXPECT_EQ(errors, "");
+    ASSERT_EQ(list.soils.size(), 2u);
+    const TelluraSoils* loam = list.find(7);
+    ASSERT_NE(loam, nullptr);
+    EXPECT_EQ(loam->name(), "Loam");
+    EXPECT_EQ(loam->integer(kSoilSwFlag), 2);
+    ASSERT_EQ(loam->layerCount, 1);
+    EXPECT_EQ(loam->layers[0].depth(), 30);
+    EXPECT_FLOAT_EQ(loam->layers[0].value(kLayerFieldCapacity), 0.25f);
+    ASSERT_NE(list.find(8), nullptr);
+    EXPECT_EQ(list.find(8)->layerCount, 1);
+    EXPECT_EQ(list.find(9), nullptr);
+}
+
+TEST(SoilStorage, LayerWithoutSoilIsReportedAndSkipped) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    ASSERT_TRUE(writeSoil(soilWithDepths("Loam", {15}), project.db(), errors)) << errors;
+    {
+        db_status status;
+        auto rows = project.db().openTable(table_id::soil_layers, "", "", status);
+        ASSERT_NE(rows, nullptr);
+        TelluraSoilLayers orphan;
+        orphan.setNumber(kLayerSoilId, 42);
+        orphan.setNumber(kLayerNumber, 1);
+        ASSERT_TRUE(rows->insert(orphan).ok());
+    }
+    tellura_soil_list list;
+    EXPECT_TRUE(list.load(project.db(), errors));
+    EXPECT_EQ(errors, "ERROR, layer found but no soil, ID = 42.\n");
+    ASSERT_EQ(list.soils.size(), 1u);
+    EXPECT_EQ(list.soils[0].layerCount, 1);
+}
+
+TEST(SoilStorage, MissingTablesAreReported) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    project.dropTable(table_id::soil_layers);
+    std::string errors;
+    EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), project.db(), errors));
+    EXPECT_EQ(errors, "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
+    errors.clear();
+    tellura_soil_list list;
+    EXPECT_FALSE(list.load(project.db(), errors));
+    EXPECT_EQ(errors, "Unable to open table Soil Layers\n");
+    ASSERT_EQ(list.soils.size(), 1u);  // the soil row itself was written
+}
+
+TEST(SoilStorage, AFailedLayerInsertDoesNotStopTheOthers) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    TelluraSoils soil = soilWithDepths("Loam", {15, 30, 45});
+    soil.layers[1].setDepth(40000);  // beyond the column's 16 bits
+    std::string errors;
+    EXPECT_FALSE(writeSoil(soil, project.db(), errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to insert soil layer.\n", 0), 0u) << errors;
+    tellura_soil_list list;
+    std::string loadErrors;
+    ASSERT_TRUE(list.load(project.db(), loadErrors)) << loadErrors;
+    ASSERT_EQ(list.soils.size(), 1u);
+    EXPECT_EQ(list.soils[0].layers[2].depth(), 45);  // the layer after the failure is saved
+}
+
+}  // namespace
