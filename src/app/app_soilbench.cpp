@@ -140,14 +140,18 @@ app_soilbench::app_soilbench(std::string profilePath) : profilePath_(std::move(p
     for (int number : kDefaultOutfiles) outfileSelected[number - 1] = true;
 }
 
-void app_soilbench::loadSettings() {
+template <class Use>
+auto app_soilbench::withProfile(Use use) {
     if (profilePath_.empty()) {
         ini_settings_store store;
-        loadSettings(store);
-    } else {
-        ini_settings_store store(profilePath_);
-        loadSettings(store);
+        return use(store);
     }
+    ini_settings_store store(profilePath_);
+    return use(store);
+}
+
+void app_soilbench::loadSettings() {
+    withProfile([this](settings_store& store) { loadSettings(store); });
 }
 
 void app_soilbench::loadSettings(settings_store& store) {
@@ -156,22 +160,27 @@ void app_soilbench::loadSettings(settings_store& store) {
 }
 
 bool app_soilbench::saveSettings(std::string& errors) {
-    auto save = [&](settings_store& store) {
+    return withProfile([&](settings_store& store) {
         saveSettings(store);
         return store.flush(errors);
-    };
-    if (profilePath_.empty()) {
-        ini_settings_store store;
-        return save(store);
-    }
-    ini_settings_store store(profilePath_);
-    return save(store);
+    });
 }
 
 void app_soilbench::saveSettings(settings_store& store) const {
     // The bindings point into the object; saving only reads through them.
     auto& self = const_cast<app_soilbench&>(*this);
     for (const binding& b : binding_list(self).saveOrder()) write(store, b);
+}
+
+void app_soilbench::loadRecentFiles() {
+    withProfile([this](settings_store& store) { loadRecentFiles(store); });
+}
+
+bool app_soilbench::saveRecentFiles(std::string& errors) {
+    return withProfile([&](settings_store& store) {
+        saveRecentFiles(store);
+        return store.flush(errors);
+    });
 }
 
 void app_soilbench::loadRecentFiles(settings_store& store) {

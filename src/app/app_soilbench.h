@@ -76,6 +76,9 @@ public:
     bool saveSettings(std::string& errors);
     void saveSettings(settings_store& store) const;
 
+    // The recent-file list of the profile, section "Recent File List".
+    void loadRecentFiles();
+    bool saveRecentFiles(std::string& errors);
     void loadRecentFiles(settings_store& store);
     void saveRecentFiles(settings_store& store) const;
     // Moves (or puts) the path at the top of the list, keeping 4.
@@ -94,6 +97,10 @@ public:
     std::vector<std::string> binaryLayoutFiles() const;
 
 private:
+    // Runs `use` on the profile store this object is pointed at.
+    template <class Use>
+    auto withProfile(Use use);
+
     std::string profilePath_;
 };
 

@@ -225,6 +225,18 @@ TEST(AppSoilbench, RecentFilesKeepFourNewestFirst) {
     app_soilbench back;
     back.loadRecentFiles(store);
     EXPECT_EQ(back.recentFiles, (std::vector<std::string>{"/c.db", "/e.db"}));
+
+    // Through the profile file, beside the settings.
+    sbtest::temp_dir dir;
+    app_soilbench withFile(dir.file("p.ini"));
+    withFile.addRecentFile("/projects/one.sbproj");
+    std::string errors;
+    ASSERT_TRUE(withFile.saveRecentFiles(errors)) << errors;
+    ASSERT_TRUE(withFile.saveSettings(errors)) << errors;
+    app_soilbench reread(dir.file("p.ini"));
+    reread.loadRecentFiles();
+    EXPECT_EQ(reread.recentFiles, (std::vector<std::string>{"/projects/one.sbproj"}));
+    EXPECT_NE(sbtest::readFile(dir.file("p.ini")).find("[Recent%20File%20List]"), std::string::npos);
 }
 
 TEST(AppSoilbench, VersionLookupsSelectNothingOutside1To6) {
