@@ -1,0 +1,398 @@
+// The output variables, the request file and the list file reader.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "app/text_format.h"
+#include "modeloutput/list_file_layout.h"
+#include "modeloutput/list_file_reader.h"
+#include "modeloutput/output_variable_set.h"
+#include "output_test_files.h"
+#include "test_support.h"
+
+using namespace sb;
+using sbtest::block_spec;
+using sbtest::list_file_spec;
+
+namespace {
+
+int countOf(const std::vector<output_column_definition>& list, const std::string& name) {
+    int n = 0;
+    for (const auto& d : list) n += d.name == name;
+    return n;
+}
+
+const output_column_definition& definition(output_variable_set& set, int version, const std::string& name) {
+    for (const auto& d : set.mainList(version))
+        if (d.name == name) return d;
+    for (const auto& d : set.extraList(version))
+        if (d.name == name) return d;
+    static output_column_definition none;
+    return none;
+}
+
+}  // namespace
+
+TEST(OutputVariables, ListsPerVersionKeepTheirOrderAndRepeats) {
+    output_variable_set set;
+    EXPECT_EQ(set.currentVersion(), 4);
+    EXPECT_TRUE(set.mainList(1).empty());
+    EXPECT_TRUE(set.mainList(6).empty());
+    ASSERT_EQ(set.mainList(2).size(), 60u);
+    ASSERT_EQ(set.mainList(3).size(), 102u);
+    ASSERT_EQ(set.mainList(4).size(), 86u);
+    ASSERT_EQ(set.extraList(4).size(), 24u);
+    ASSERT_EQ(set.mainList(5).size(), 102u);
+    for (int v = 1; v <= 6; ++v)
+        if (v != 4) { EXPECT_TRUE(set.extraList(v).empty()) << v; }
+    for (int v : {2, 3, 4}) EXPECT_EQ(countOf(set.mainList(v), "aglcn"), 2) << v;
+    EXPECT_EQ(set.mainList(2).front().name, "agcacc");
+    EXPECT_EQ(set.mainList(2).back().name, "cprodf");
+    EXPECT_EQ(set.mainList(3)[19].name, "metabe(2,3)");
+    EXPECT_EQ(set.mainList(3)[20].name, "agcacc");
+    EXPECT_EQ(set.mainList(3).back().name, "fcprd");
+    EXPECT_EQ(set.mainList(4)[15].name, "bgcjacc");
+    for (const char* absent : {"frootc", "crpval", "bgcacc"}) EXPECT_EQ(countOf(set.mainList(4), absent), 0);
+    EXPECT_EQ(set.extraList(4)[0].name, "bgcjmth(1)");
+    EXPECT_EQ(set.extraList(4)[11].name, "bgcjmth(12)");
+    EXPECT_EQ(set.extraList(4)[12].name, "bgcmmth(1)");
+    // Version 4.6 has a copy of its own: matching one does not touch the other.
+    set.mainList(5)[0].column = 7;
+    EXPECT_EQ(set.mainList(3)[0].column, -1);
+}
+
+TEST(OutputVariables, ExtraListWantedByVersionOrOutputInterval) {
+    auto annual = sbtest::recordWithBlocks({{1900, 12.0f}, {1950, 12.0f}});
+    auto monthly = sbtest::recordWithBlocks({{1900, 12.0f}, {1950, 1.0f}});
+    auto none = sbtest::recordWithBlocks({});
+    EXPECT_TRUE(output_variable_set::extraListWanted(4, annual));
+    EXPECT_TRUE(output_variable_set::extraListWanted(4, none));
+    EXPECT_FALSE(output_variable_set::extraListWanted(3, annual));
+    EXPECT_TRUE(output_variable_set::extraListWanted(3, monthly));
+    EXPECT_FALSE(output_variable_set::extraListWanted(2, none));
+}
+
+TEST(OutputVariables, RequestFileNamesTheVersionsVariables) {
+    sbtest::temp_dir dir;
+    output_variable_set set;
+    std::string errors;
+    auto annual = sbtest::recordWithBlocks({{1900, 12.0f}});
+    ASSERT_TRUE(set.writeRequestFile(dir.path(), annual, errors)) << errors;
+    std::string text = sbtest::readFile(dir.file("sb_outvars.txt"));
+    // Version 4 always ends with the 24 monthly root names.
+    EXPECT_EQ(text.substr(0, 14), "agcacc\nagcprd\n");
+    EXPECT_NE(text.find("\nfcprd\nbgcjmth(1)\nbgcjmth(2)\n"), std::string::npos);
+    EXPECT_EQ(text.substr(text.size() - 12), "bgcmmth(12)\n");
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 110);
+
+    set.setCurrentVersion(3);
+    ASSERT_TRUE(set.writeRequestFile(dir.path(), annual, errors));
+    text = sbtest::readFile(dir.file("sb_outvars.txt"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 102);
+    EXPECT_EQ(text.find("bgcjmth"), std::string::npos);
+    EXPECT_EQ(text.substr(text.size() - 6), "fcprd\n");
+
+    set.setCurrentVersion(2);
+    ASSERT_TRUE(set.writeRequestFile(dir.path(), sbtest::recordWithBlocks({{1900, 1.0f}}), errors));
+    text = sbtest::readFile(dir.file("sb_outvars.txt"));  // monthly wanted, but version 2 has no extra list
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 60);
+    EXPECT_EQ(errors, "");
+
+    std::string missing = dir.file("no/such/folder");
+    EXPECT_FALSE(set.writeRequestFile(missing, annual, errors));
+    EXPECT_EQ(errors, "ERROR, can't open outvars file \"" + missing + "/sb_outvars.txt\".\n");
+}
+
+TEST(ListHeader, ColumnCountCountsAPartialLastColumn) {
+    list_file_layout wide = list_file_layout::forVersion(4);
+    list_file_layout narrow = list_file_layout::forVersion(2);
+    EXPECT_EQ(wide.columnCount(17 + 16 * 3), 3);
+    EXPECT_EQ(wide.columnCount(17 + 16 * 3 + 1), 4);  // one character of a fourth column
+    EXPECT_EQ(wide.columnCount(10), 0);
+    EXPECT_EQ(narrow.columnCount(10 + 15 * 2), 2);
+    EXPECT_EQ(narrow.columnCount(10 + 15 * 2 + 5), 3);
+    EXPECT_EQ(listTimeFieldLast(1), 4u);
+    EXPECT_EQ(listTimeFieldLast(2), 7u);
+    EXPECT_EQ(listTimeFieldLast(6), 11u);
+}
+
+TEST(ListHeader, MatchesRequestedNamesAndWarnsOfOthers) {
+    output_variable_set set;
+    list_file_spec spec;
+    spec.names = {"aglcn", "somsc", "mystery", "bgcjmth(3)"};
+    std::string header = sbtest::listHeader(spec);
+    std::string errors;
+    set.matchHeader(header, header.size() + 1, true, errors);
+    EXPECT_EQ(errors, "WARNING, LIS file column 3 name not requested: \"mystery\".\n");
+    // aglcn stands twice in the list: both take the column.
+    for (const auto& d : set.mainList(4))
+        if (d.name == "aglcn") { EXPECT_EQ(d.column, 0); }
+    EXPECT_EQ(definition(set, 4, "somsc").column, 1);
+    EXPECT_EQ(definition(set, 4, "bgcjmth(3)").column, 3);
+    EXPECT_EQ(definition(set, 4, "agcacc").column, -1);  // not in the file: stays unmatched, no message
+
+    // Without the extra list its names are not requested.
+    output_variable_set plain;
+    errors.clear();
+    plain.matchHeader(header, header.size() + 1, false, errors);
+    EXPECT_EQ(errors,
+              "WARNING, LIS file column 3 name not requested: \"mystery\".\n"
+              "WARNING, LIS file column 4 name not requested: \"bgcjmth(3)\".\n");
+}
+
+TEST(ListHeader, NarrowLayoutAndACutLastName) {
+    output_variable_set set;
+    set.setCurrentVersion(2);
+    list_file_spec spec;
+    spec.narrow = true;
+    spec.names = {"agcacc", "somsc"};
+    std::string header = sbtest::listHeader(spec);
+    std::string errors;
+    set.matchHeader(header, header.size() + 1, false, errors);
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(definition(set, 2, "agcacc").column, 0);
+    EXPECT_EQ(definition(set, 2, "somsc").column, 1);
+
+    // A wide header whose last name is cut short still counts that column.
+    output_variable_set wide;
+    std::string cut = sb::strprintf("%11s          %-11s     som", "time", "agcacc");
+    errors.clear();
+    wide.matchHeader(cut, cut.size() + 1, false, errors);
+    EXPECT_EQ(errors, "WARNING, LIS file column 2 name not requested: \"som\".\n");
+}
+
+TEST(ListValues, ExtractionChecksTheNameAndLeavesUnmatchedValuesAlone) {
+    output_column_definition d("somsc");
+    d.column = 1;
+    std::string row = sb::strprintf("%11.2f     %11.4f     %11.4f", 1990.0, 1.5, 1851.537);
+    std::string errors;
+    bool error = false;
+    float value = -1;
+    EXPECT_EQ(d.extractFloat(row, 4, true, "somsc", error, value, errors), 1);
+    EXPECT_FLOAT_EQ(value, 1851.537f);
+    EXPECT_FALSE(error);
+
+    EXPECT_EQ(d.extractFloat(row, 4, true, "somtc", error, value, errors), 0);
+    EXPECT_TRUE(error);
+    EXPECT_EQ(errors,
+              "ERROR, column output_column_definition.extract_tellura_lis requested column \"somsc\" "
+              "doesn't match \"somtc\".\n");
+
+    output_column_definition unmatched("agcacc");
+    error = false;
+    value = -1;
+    EXPECT_EQ(unmatched.extractFloat(row, 4, true, "other", error, value, errors), 0);
+    EXPECT_EQ(value, -1);
+    EXPECT_FALSE(error);  // an unmatched column is not even checked
+
+    output_column_definition crop("crpval");
+    crop.column = 0;
+    unsigned code = 99;
+    std::string intRow = sb::strprintf("%11.2f     %11u", 1990.0, 42u);
+    EXPECT_EQ(crop.extractUnsigned(intRow, 4, false, "", error, code, errors), 1);
+    EXPECT_EQ(code, 42u);
+    output_column_definition beyond("x");
+    beyond.column = 5;  // past the end of the row
+    EXPECT_EQ(beyond.extractUnsigned(intRow, 4, false, "", error, code, errors), 0);
+    EXPECT_EQ(code, 42u);
+}
+
+namespace {
+
+struct list_run {
+    std::string errors;
+    bool ok = false;
+    tellura_control_record record;
+};
+
+list_run readList(const std::string& text, int version, const std::vector<block_spec>& blocks) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("sb.lis"), text);
+    list_run run;
+    run.record = sbtest::recordWithBlocks(blocks);
+    output_variable_set set;
+    run.ok = readListFile(set, dir.file("sb.lis"), version, run.record, run.errors);
+    return run;
+}
+
+list_file_spec annualSpec() {
+    list_file_spec spec;
+    spec.names = {"agcacc", "somsc", "aglcn", "crpval"};
+    for (int y = 1990; y <= 1995; ++y) {
+        spec.times.push_back(y);
+        spec.values.push_back({y * 0.5, y + 0.25, 12.5, 3});
+    }
+    return spec;
+}
+
+}  // namespace
+
+TEST(ListFile, AnnualRowsFillRecordsBlockByBlock) {
+    list_run run = readList(sbtest::listFile(annualSpec()), 2 + 1, {{1992, 12.0f}, {1995, 12.0f}});
+    ASSERT_TRUE(run.ok) << run.errors;
+    EXPECT_EQ(run.errors,
+              "3 records read, from years 1990 to 1992.\n"
+              "3 records read, from years 1993 to 1995.\n");
+    const auto& annual = run.record.outputs.annual;
+    ASSERT_EQ(annual.size(), 6u);
+    EXPECT_EQ(annual[0].year(), 1990);
+    EXPECT_FLOAT_EQ(annual[0].single(annual[0].column("agcacc")), 995.0f);
+    EXPECT_FLOAT_EQ(annual[5].single(annual[5].column("somsc")), 1995.25f);
+    EXPECT_FLOAT_EQ(annual[3].single(annual[3].column("aglcn")), 12.5f);
+    EXPECT_EQ(annual[3].number("crpval"), 3.0);
+    EXPECT_FALSE(run.record.outputs.hasEndOfRun);
+    EXPECT_EQ(run.record.outputs.monthlyCount(), 0u);
+}
+
+TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
+    list_file_spec spec;
+    spec.names = {"agcacc", "bgcjmth(1)", "bgcjmth(2)", "bgcjmth(12)"};
+    for (double t : {2000.00, 2000.08, 2000.17, 2000.50}) {
+        spec.times.push_back(t);
+        spec.values.push_back({t, 1.0, 2.0, 12.0});
+    }
+    list_run run = readList(sbtest::listFile(spec), 4, {{2001, 12.0f}});
+    ASSERT_TRUE(run.ok) << run.errors;
+    EXPECT_EQ(run.errors, "4 records read, from years 1999 to 2000.\n");
+    auto months = run.record.outputs.monthlyInOrder();
+    ASSERT_EQ(months.size(), 4u);
+    EXPECT_EQ(months[0]->year(), 1999);  // 2000.00 is December 1999
+    EXPECT_EQ(months[0]->month(), 12);
+    EXPECT_EQ(months[1]->month(), 1);
+    EXPECT_EQ(months[2]->month(), 2);
+    EXPECT_EQ(months[3]->month(), 6);
+    // The month array element of the row's own month fills the plain column.
+    EXPECT_FLOAT_EQ(months[0]->single(months[0]->column("bgcjmth")), 12.0f);
+    EXPECT_FLOAT_EQ(months[1]->single(months[1]->column("bgcjmth")), 1.0f);
+    EXPECT_FLOAT_EQ(months[2]->single(months[2]->column("bgcjmth")), 2.0f);
+    EXPECT_EQ(months[3]->number("bgcjmth"), 0.0);
+    EXPECT_TRUE(run.record.outputs.annual.empty());
+}
+
+TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
+    for (int version : {3, 5}) {
+        list_file_spec spec;
+        spec.names = {"strcis(1,1)", "metabe(2,3)", "agcacc"};
+        spec.times = {1990, 1991};
+        spec.values = {{1, 2, 3}, {4, 5, 6}};
+        list_run run = readList(sbtest::listFile(spec), version, {{1991, 12.0f}});
+        ASSERT_TRUE(run.ok) << run.errors;
+        const auto& out = run.record.outputs;
+        ASSERT_TRUE(out.hasEndOfRun);
+        EXPECT_FLOAT_EQ(out.endOfRun.single(out.endOfRun.column("strcis(1,1)")), 4.0f);
+        EXPECT_FLOAT_EQ(out.endOfRun.single(out.endOfRun.column("metabe(2,3)")), 5.0f);
+        ASSERT_EQ(out.annual.size(), 2u);
+        EXPECT_FLOAT_EQ(out.annual[1].single(out.annual[1].column("agcacc")), 6.0f);
+    }
+    // Version 2 has no such split: its list has no end-of-run names at all.
+    list_file_spec spec;
+    spec.narrow = true;
+    spec.names = {"agcacc", "somsc"};
+    spec.times = {1990};
+    spec.values = {{7, 8}};
+    list_run run = readList(sbtest::listFile(spec), 2, {{1990, 12.0f}});
+    ASSERT_TRUE(run.ok) << run.errors;
+    ASSERT_EQ(run.record.outputs.annual.size(), 1u);
+    EXPECT_FLOAT_EQ(run.record.outputs.annual[0].single(run.record.outputs.annual[0].column("somsc")), 8.0f);
+}
+
+TEST(ListFile, OpenEmptyAndHeaderOnlyFilesFail) {
+    tellura_control_record record = sbtest::recordWithBlocks({{1990, 12.0f}});
+    output_variable_set set;
+    std::string errors;
+    EXPECT_FALSE(readListFile(set, "/no/such/sb.lis", 4, record, errors));
+    EXPECT_EQ(errors, "ERROR, unable to open LIS file: /no/such/sb.lis\n");
+
+    list_run empty = readList("", 4, {{1990, 12.0f}});
+    EXPECT_FALSE(empty.ok);
+    EXPECT_EQ(empty.errors, "ERROR, LIS file is empty.\n");
+
+    list_file_spec spec = annualSpec();
+    list_run headerOnly = readList(sbtest::listHeader(spec) + "\n", 4, {{1990, 12.0f}});
+    EXPECT_FALSE(headerOnly.ok);
+    // Version 4 asks for no crpval; the header is matched before the second line is missed.
+    EXPECT_EQ(headerOnly.errors,
+              "WARNING, LIS file column 4 name not requested: \"crpval\".\n"
+              "ERROR, LIS file missing data.\n");
+
+    list_run noBlocks = readList(sbtest::listFile(spec), 3, {});
+    EXPECT_TRUE(noBlocks.ok);
+    EXPECT_EQ(noBlocks.errors, "");
+    EXPECT_TRUE(noBlocks.record.outputs.empty());
+}
+
+TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
+    list_file_spec spec = annualSpec();
+    std::string text = sbtest::listFile(spec);
+
+    // Truncated in the middle of a row: the rows before stay, the cut value is
+    // read as far as it goes, the block ends with what it has.
+    std::string cut = text.substr(0, text.size() - 30);
+    list_run truncated = readList(cut, 3, {{1995, 12.0f}});
+    EXPECT_TRUE(truncated.ok) << truncated.errors;
+    EXPECT_EQ(truncated.record.outputs.annual.size(), 6u);
+    EXPECT_EQ(truncated.errors, "6 records read, from years 1990 to 1995.\n");
+
+    // A row whose time is not a number fails its block; earlier blocks stay.
+    std::string bad = text;
+    bad.replace(bad.find("    1994.00"), 11, "    garbage");
+    list_run broken = readList(bad, 3, {{1992, 12.0f}, {1995, 12.0f}});
+    EXPECT_FALSE(broken.ok);
+    EXPECT_EQ(broken.errors,
+              "3 records read, from years 1990 to 1992.\n"
+              "ERROR, LIS file line 7: time \"garbage\" is not a number.\n"
+              "1 records read, from years 1993 to 1993.\n");
+    EXPECT_EQ(broken.record.outputs.annual.size(), 4u);
+
+    // Values the model overflowed or could not compute are left unset and reported.
+    std::string odd = text;
+    size_t row3 = odd.find("    1992.00");
+    odd.replace(row3 + 16, 11, "      1e999");
+    odd.replace(row3 + 32, 11, "        nan");
+    list_run overflow = readList(odd, 3, {{1995, 12.0f}});
+    EXPECT_TRUE(overflow.ok);
+    EXPECT_EQ(overflow.errors,
+              "WARNING, LIS file line 5: value \"1e999\" of \"agcacc\" is not a finite number; left unset.\n"
+              "WARNING, LIS file line 5: value \"nan\" of \"somsc\" is not a finite number; left unset.\n"
+              "6 records read, from years 1990 to 1995.\n");
+    const auto& y1992 = overflow.record.outputs.annual[2];
+    EXPECT_EQ(y1992.number("agcacc"), 0.0);
+    EXPECT_EQ(y1992.number("somsc"), 0.0);
+    EXPECT_FLOAT_EQ(y1992.single(y1992.column("aglcn")), 12.5f);
+}
+
+TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
+    // 5,000 header columns: every unknown one is reported, the known ones match.
+    list_file_spec spec;
+    spec.names = {"agcacc"};
+    for (int i = 0; i < 4999; ++i) spec.names.push_back(sb::strprintf("v%d", i));
+    spec.times = {1990};
+    spec.values = {std::vector<double>(spec.names.size(), 2.0)};
+    list_run wide = readList(sbtest::listFile(spec), 3, {{1990, 12.0f}});
+    ASSERT_TRUE(wide.ok);
+    EXPECT_EQ(std::count(wide.errors.begin(), wide.errors.end(), '\n'), 5000);
+    EXPECT_NE(wide.errors.find("WARNING, LIS file column 5000 name not requested: \"v4998\".\n"), std::string::npos);
+    EXPECT_FLOAT_EQ(wide.record.outputs.annual.at(0).single(wide.record.outputs.annual[0].column("agcacc")), 2.0f);
+
+    // A row of 100,000 characters is one row, not fifty.
+    list_file_spec shortSpec = annualSpec();
+    std::string text = sbtest::listHeader(shortSpec) + "\n\n" +
+                       sbtest::listRow(shortSpec, 1990, {1, 2, 3, 4}) + std::string(100000, ' ') + "9\n" +
+                       sbtest::listRow(shortSpec, 1991, {5, 6, 7, 8}) + "\n";
+    list_run longLine = readList(text, 3, {{1991, 12.0f}});
+    EXPECT_TRUE(longLine.ok);
+    EXPECT_EQ(longLine.errors, "2 records read, from years 1990 to 1991.\n");
+    ASSERT_EQ(longLine.record.outputs.annual.size(), 2u);
+    EXPECT_FLOAT_EQ(longLine.record.outputs.annual[1].single(longLine.record.outputs.annual[1].column("somsc")), 6.0f);
+}
+
+TEST(ListFile, WindowsLineEndsAndBlankTrailingLines) {
+    list_file_spec spec = annualSpec();
+    std::string text = sbtest::listFile(spec);
+    std::string crlf;
+    for (char c : text) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    list_run run = readList(crlf + "\r\n", 3, {{1995, 12.0f}});
+    EXPECT_TRUE(run.ok);
+    EXPECT_EQ(run.errors, "6 records read, from years 1990 to 1995.\n");
+    EXPECT_FLOAT_EQ(run.record.outputs.annual[5].single(run.record.outputs.annual[5].column("crpval")), 3.0f);
+}
