@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "app/text_format.h"
 #include "modelinput/text_file.h"
@@ -368,7 +369,10 @@ private:
         std::string line;
         nextNonBlank(line);
         double interval = toReal(splitLabelled(line).value);
-        block.outputInterval = static_cast<float>(hasScalarOptions(version_) ? interval : interval * 12.0);
+        // The older releases' interval is in years, written with five decimals:
+        // months are rounded to a thousandth so that 1/12 reads back as 1.
+        block.outputInterval = static_cast<float>(hasScalarOptions(version_) ? interval
+                                                                             : std::round(interval * 12000.0) / 1000.0);
         readWeatherChoice(block);
         return readEvents(block);
     }

@@ -1,0 +1,113 @@
+#include "modelinput/run_files_import.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "app/text_format.h"
+#include "modelinput/fixed_file.h"
+#include "modelinput/run_directory.h"
+#include "modelinput/schedule_file.h"
+#include "modelinput/site_file.h"
+#include "modelinput/weather_file.h"
+#include "records/soil_layer_file.h"
+
+namespace sb {
+
+namespace {
+
+std::string joinPath(const std::string& directory, const std::string& name) {
+    return (std::filesystem::path(directory) / name).string();
+}
+
+// The first block's weather file: the station is filled from it.
+std::string weatherFileOf(const schedule_references& references) {
+    for (const std::string& file : references.weatherFiles)
+        if (!file.empty()) return file;
+    return {};
+}
+
+void readWeather(const std::string& directory, const schedule_references& references, int version,
+                 imported_run& run, std::string& messages) {
+    std::string file = weatherFileOf(references);
+    if (file.empty()) return;
+    std::string path = joinPath(directory, file);
+    run.hasWeather = usesDailyWeather(version) ? importDailyWeatherFile(path, run.station, messages)
+                                               : importMonthlyWeatherFile(path, run.station, messages);
+    // Blocks that read a weather file now read it from the imported station.
+    for (tellura_event_block& block : run.record.blocks)
+        if (block.weatherChoice == kWeatherFile || block.weatherChoice == kWeatherContinue)
+            block.weatherId = run.station.id;
+}
+
+void readDailyFiles(const std::string& directory, imported_run& run, std::string& messages) {
+    importSoilLayerFile(run.soil, joinPath(directory, "soils.in"), messages);
+    importSitepar(joinPath(directory, "sitepar.in"), run.record, messages);
+}
+
+int32_t nextSoilId(const tellura_soil_list& soils) {
+    int32_t last = 0;
+    for (const TelluraSoils& soil : soils.soils) last = std::max(last, soil.soilId());
+    return last + 1;
+}
+
+int32_t nextStationId(const tellura_weather_station_list& stations) {
+    int32_t last = 0;
+    for (const TelluraWeatherStations& station : stations.stations) last = std::max(last, station.id);
+    return last + 1;
+}
+
+bool saveRun(database& db, imported_run& run, std::string& errors) {
+    bool ok = writeSoil(run.soil, db, errors);
+    ok = saveWeatherStation(db, run.station, errors) && ok;
+    if (run.hasWeather) {
+        ok = saveMonthlyHistory(db, run.station, errors) && ok;
+        ok = saveDailyHistory(db, run.station, errors) && ok;
+    }
+    for (int kind = 0; kind < kOptionKindCount; ++kind)
+        ok = run.options.list(static_cast<option_kind>(kind)).saveToDatabase(db, errors) && ok;
+    return writeControlRecord(run.record, db, errors) && ok;
+}
+
+}  // namespace
+
+bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
+                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+    run.record.setId(recordId);
+    run.soil.setSoilId(soilId);
+    run.soil.setName(strprintf("Imported from %s", scheduleFile.c_str()).substr(0, 50));
+    run.station.id = stationId;
+    run.station.description = strprintf("Imported from %s", scheduleFile.c_str());
+    run.record.row.setNumber("Soil ID", soilId);
+    run.record.row.setNumber("Weather ID", stationId);
+
+    importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, version, messages);
+    schedule_references references;
+    if (!readScheduleFile(joinPath(directory, scheduleFile), version, run.record, references, messages))
+        return false;
+    if (references.siteFile.empty())
+        messages += "ERROR, the schedule names no site file.\n";
+    else
+        importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages);
+    std::string status;
+    run.options.importRunFiles(directory, messages, status);
+    messages += status;
+    if (version == 4) readDailyFiles(directory, run, messages);
+    readWeather(directory, references, version, run, messages);
+    return true;
+}
+
+bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
+                    int32_t newId, std::string& errors) {
+    tellura_soil_list soils;
+    tellura_weather_station_list stations;
+    soils.load(db, errors);
+    loadWeatherStations(db, stations, errors);
+    imported_run run;
+    run.options.loadAll(db, errors);
+    if (!readRunFiles(directory, scheduleFile, version, newId, nextSoilId(soils), nextStationId(stations), run,
+                      errors))
+        return false;
+    return saveRun(db, run, errors);
+}
+
+}  // namespace sb

@@ -1,0 +1,41 @@
+#pragma once
+// File | Import | Run Files: a run directory of the model (fixed file, a
+// schedule naming its site file and weather file, the option files, and for
+// the daily-step release soils.in and sitepar.in) read into a project as one
+// control record with its own soil and weather station.
+#include <cstdint>
+#include <string>
+
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sb {
+
+class database;
+
+// What a run directory holds, read into memory.
+struct imported_run {
+    tellura_control_record record;
+    TelluraSoils soil;
+    TelluraWeatherStations station;
+    bool hasWeather = false;  // a weather file was found and read into the station
+    option_lists options;
+};
+
+// Reads the run directory's files for `version` into `run`: the record gets
+// ID `recordId`, the soil `soilId`, the station `stationId`; blocks that read
+// a weather file refer to that station. The option lists are read over what
+// `run.options` already holds. Messages (and the importers' "Imported ..."
+// lines) go to `messages`; false when the schedule could not be read.
+bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
+                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages);
+
+// Reads the run directory and stores it in the project as record `newId`
+// with a new soil and a new weather station (the next free IDs), and the
+// option lists updated with the directory's option files.
+bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
+                    int32_t newId, std::string& errors);
+
+}  // namespace sb

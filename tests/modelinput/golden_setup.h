@@ -1,0 +1,26 @@
+#pragma once
+// The golden test record (tests/data/golden/record.txt) loaded into the
+// objects a run directory is prepared from.
+#include <string>
+
+#include "modelinput/run_directory.h"
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sbtest {
+
+struct golden_setup {
+    sb::tellura_control_record record;
+    sb::tellura_soil_list soils;
+    sb::tellura_weather_station_list stations;
+    sb::option_lists options;
+    sb::outfile_flags outfiles{};
+};
+
+std::string goldenDir();
+// Fails the current test (and returns false) when record.txt cannot be read.
+bool loadGoldenSetup(golden_setup& setup);
+
+}  // namespace sbtest
