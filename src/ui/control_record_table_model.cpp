@@ -1,0 +1,102 @@
+#include "ui/control_record_table_model.h"
+
+#include "app/text_format.h"
+#include "records/list_control_record_proxies.h"
+
+namespace sb {
+namespace {
+
+const char* const kHeaders[] = {"Record", "ID", "Description"};
+constexpr int kColumnCount = static_cast<int>(std::size(kHeaders));
+
+// The handle's label is "%5ld %5ld %s"; the description is what follows the two numbers.
+QString descriptionOf(const control_record_proxy& h) {
+    const std::string numbers = strprintf("%5ld %5ld ", static_cast<long>(h.recordNumber), static_cast<long>(h.id));
+    return h.label.size() >= numbers.size() ? QString::fromStdString(h.label.substr(numbers.size())) : QString();
+}
+
+}  // namespace
+
+control_record_table_model::control_record_table_model(list_control_record_proxies& list, QObject* parent)
+    : QAbstractTableModel(parent), list_(list) {
+    syncRows();
+}
+
+const control_record_proxy* control_record_table_model::handleAt(int row) const {
+    return row >= 0 && row < rows_ ? list_.at(row + 1) : nullptr;
+}
+
+bool control_record_table_model::complete() const { return exhausted_ || list_.complete(); }
+
+int control_record_table_model::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : rows_; }
+
+int control_record_table_model::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : kColumnCount;
+}
+
+QVariant control_record_table_model::data(const QModelIndex& index, int role) const {
+    const control_record_proxy* h = index.isValid() ? handleAt(index.row()) : nullptr;
+    if (!h) return {};
+    if (role == Qt::TextAlignmentRole)
+        return index.column() == 2 ? QVariant(Qt::AlignLeft | Qt::AlignVCenter) : QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::ToolTipRole) return QString::fromStdString(h->label);
+    if (role != Qt::DisplayRole) return {};
+    switch (index.column()) {
+        case 0: return h->recordNumber;
+        case 1: return h->id;
+        default: return descriptionOf(*h);
+    }
+}
+
+QVariant control_record_table_model::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section >= kColumnCount) return {};
+    return QString::fromLatin1(kHeaders[section]);
+}
+
+bool control_record_table_model::canFetchMore(const QModelIndex& parent) const {
+    return !parent.isValid() && !complete();
+}
+
+void control_record_table_model::fetchMore(const QModelIndex& parent) {
+    if (parent.isValid()) return;
+    std::string errors;
+    if (!fetchPage(errors)) exhausted_ = true;  // a broken table shows as far as it could be read
+}
+
+bool control_record_table_model::fetchPage(std::string& errors) {
+    if (complete()) return true;
+    const int before = rows_;
+    const control_record_proxy* from = list_.at(rows_);
+    if (!from && rows_ == 0) {
+        if (!list_.first(errors)) return false;
+        from = list_.at(1);
+    }
+    const size_t held = list_.size();
+    const size_t before_errors = errors.size();
+    list_.forward(from, kPageSize, errors);
+    if (errors.size() != before_errors) return false;
+    syncRows();
+    if (rows_ == before && list_.size() == held) exhausted_ = true;
+    return true;
+}
+
+void control_record_table_model::syncRows() {
+    // Handles are numbered 1..n without gaps: navigation and paging only ever
+    // step from a handle the list holds.
+    int held = rows_;
+    while (list_.at(held + 1) && (held > 0 || list_.at(1)->id != 0 || list_.complete())) ++held;
+    if (held == rows_) return;
+    beginInsertRows({}, rows_, held - 1);
+    rows_ = held;
+    endInsertRows();
+}
+
+void control_record_table_model::reset() {
+    beginResetModel();
+    rows_ = 0;
+    exhausted_ = false;
+    endResetModel();
+    syncRows();
+}
+
+}  // namespace sb

@@ -1,0 +1,193 @@
+#include "ui/dialog_soil_editor.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "records/tellura_soil.h"
+#include "ui/dialog_errors.h"
+
+namespace sb {
+
+dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_lookup help, QWidget* parent)
+    : QDialog(parent), soils_(soils), help_(std::move(help)) {
+    setObjectName(QStringLiteral("dialog_soil_editor"));
+    setWindowTitle(QStringLiteral("Soils"));
+    soilList_ = new QListWidget(this);
+    for (const TelluraSoils& s : soils_.soils)
+        soilList_->addItem(QStringLiteral("%1 %2").arg(s.soilId()).arg(QString::fromStdString(s.name())));
+
+    swflag_ = new QComboBox(this);
+    swflag_->setObjectName(QStringLiteral("SWFlag"));
+    for (int i = 0; i < kWaterHoldingOptionCount; ++i) swflag_->addItem(QString::fromLatin1(waterHoldingOptionText(i)));
+
+    layers_ = new QListWidget(this);
+    layers_->setObjectName(QStringLiteral("layers"));
+    auto* insert = new QPushButton(QStringLiteral("Insert Layer"), this);
+    auto* remove = new QPushButton(QStringLiteral("Delete Layer"), this);
+    insert->setAutoDefault(false);
+    remove->setAutoDefault(false);
+
+    soilHolder_ = new QVBoxLayout;
+    layerHolder_ = new QVBoxLayout;
+    auto* soilBox = new QGroupBox(QStringLiteral("Soil"), this);
+    auto* soilLayout = new QVBoxLayout(soilBox);
+    auto* swRow = new QFormLayout;
+    swRow->addRow(QStringLiteral("Water-holding option:"), swflag_);
+    soilLayout->addLayout(soilHolder_, 1);
+    soilLayout->addLayout(swRow);
+    auto* layerBox = new QGroupBox(QStringLiteral("Layers"), this);
+    auto* layerLayout = new QVBoxLayout(layerBox);
+    auto* layerButtons = new QHBoxLayout;
+    layerButtons->addWidget(insert);
+    layerButtons->addWidget(remove);
+    layerButtons->addStretch();
+    layerLayout->addWidget(layers_, 1);
+    layerLayout->addLayout(layerButtons);
+    layerLayout->addLayout(layerHolder_, 2);
+
+    auto* body = new QHBoxLayout;
+    body->addWidget(soilList_, 1);
+    body->addWidget(soilBox, 3);
+    body->addWidget(layerBox, 3);
+    auto* box = new QDialogButtonBox(this);
+    box->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+    box->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(body, 1);
+    layout->addWidget(box);
+    resize(1200, 700);
+
+    connect(box, &QDialogButtonBox::accepted, this, &dialog_soil_editor::accept);
+    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(soilList_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showSoil);
+    connect(layers_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showLayer);
+    connect(insert, &QPushButton::clicked, this, [this] {
+        std::string errors;
+        insertLayer(std::max(0, layers_->currentRow()), errors);
+        showErrorsIfAny(this, errors);
+    });
+    connect(remove, &QPushButton::clicked, this, [this] {
+        std::string errors;
+        deleteLayer(layers_->currentRow(), errors);
+        showErrorsIfAny(this, errors);
+    });
+    soilList_->setCurrentRow(soils_.soils.empty() ? -1 : 0);
+}
+
+bool dialog_soil_editor::applyShown(std::string& errors) {
+    if (soil_ < 0) return true;
+    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    bool ok = true;
+    if (soilPage_) {
+        TelluraSoils row = soil;
+        ok = soilPage_->apply(row, errors);
+        if (ok) static_cast<table_record&>(soil) = row;
+    }
+    soil.setNumber("SWFlag", swflag_->currentIndex());
+    if (layerPage_ && layer_ >= 0 && layer_ < soil.layerCount) {
+        TelluraSoilLayers row = soil.layers[static_cast<size_t>(layer_)];
+        if (layerPage_->apply(row, errors))
+            soil.layers[static_cast<size_t>(layer_)] = row;
+        else
+            ok = false;
+    }
+    changed_.insert(soil_);
+    return ok;
+}
+
+void dialog_soil_editor::showSoil(int index) {
+    std::string errors;
+    applyShown(errors);
+    showErrorsIfAny(this, errors);
+    delete soilPage_;
+    soilPage_ = nullptr;
+    soil_ = index;
+    layer_ = -1;
+    if (index < 0) return fillLayers(-1);
+    const TelluraSoils& soil = soils_.soils[static_cast<size_t>(index)];
+    const auto& def = soil.def();
+    std::vector<int> columns;
+    for (int c = 0; c < static_cast<int>(def.fields().size()); ++c)
+        if (c != def.fieldIndex("SWFlag")) columns.push_back(c);  // chosen from its list below
+    soilPage_ = new property_page_columns(soil, {{QString(), columns}}, help_, this);
+    soilHolder_->addWidget(soilPage_);
+    swflag_->setCurrentIndex(static_cast<int>(soil.number("SWFlag")));
+    fillLayers(0);
+}
+
+void dialog_soil_editor::fillLayers(int select) {
+    QSignalBlocker block(layers_);
+    layers_->clear();
+    delete layerPage_;
+    layerPage_ = nullptr;
+    layer_ = -1;
+    if (soil_ < 0) return;
+    const TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    for (int i = 0; i < soil.layerCount; ++i) layers_->addItem(QString::fromStdString(soil.layerListText(i)));
+    select = std::min(select, soil.layerCount - 1);
+    layers_->setCurrentRow(select);
+    showLayer(select);
+}
+
+void dialog_soil_editor::showLayer(int position) {
+    std::string errors;
+    if (layerPage_ && soil_ >= 0 && layer_ >= 0) {
+        TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+        TelluraSoilLayers row = soil.layers[static_cast<size_t>(layer_)];
+        if (layerPage_->apply(row, errors)) {
+            soil.layers[static_cast<size_t>(layer_)] = row;
+            layers_->item(layer_)->setText(QString::fromStdString(soil.layerListText(layer_)));
+            changed_.insert(soil_);
+        }
+    }
+    showErrorsIfAny(this, errors);
+    delete layerPage_;
+    layerPage_ = nullptr;
+    layer_ = position;
+    if (soil_ < 0 || position < 0) return;
+    const TelluraSoilLayers& layer = soils_.soils[static_cast<size_t>(soil_)].layers[static_cast<size_t>(position)];
+    // Soil ID and Layer Number belong to the soil and the layer's place, not to the user.
+    layerPage_ = new property_page_columns(layer, property_page_columns::plain(2, layer.columnCount()), help_, this);
+    layerHolder_->addWidget(layerPage_);
+}
+
+bool dialog_soil_editor::insertLayer(int position, std::string& errors) {
+    if (soil_ < 0 || !applyShown(errors)) return false;
+    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    layer_ = -1;  // the fields shown were taken in above
+    if (!soil.insertLayer(position, errors)) return false;
+    fillLayers(position);
+    return true;
+}
+
+bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
+    if (soil_ < 0 || !applyShown(errors)) return false;
+    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    layer_ = -1;
+    if (!soil.deleteLayer(position, errors)) return false;
+    fillLayers(std::max(0, position - 1));
+    return true;
+}
+
+bool dialog_soil_editor::save(database& db, std::string& errors) {
+    bool ok = true;
+    for (int index : changed_) ok = writeSoil(soils_.soils[static_cast<size_t>(index)], db, errors) && ok;
+    return ok;
+}
+
+void dialog_soil_editor::accept() {
+    std::string errors;
+    if (!applyShown(errors)) {
+        showErrorsIfAny(this, errors);
+        return;
+    }
+    QDialog::accept();
+}
+
+}  // namespace sb

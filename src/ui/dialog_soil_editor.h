@@ -1,0 +1,59 @@
+#pragma once
+// The soils of the project: the list of soils, the soil's own fields with
+// its water-holding option, and its layers ("%d: %d cm - ..." lines) with
+// insert and delete and one field per column of the selected layer.
+#include <QDialog>
+#include <set>
+
+#include "ui/property_page_columns.h"
+
+class QComboBox;
+class QListWidget;
+class QVBoxLayout;
+
+namespace sb {
+
+class database;
+class tellura_soil_list;
+
+class dialog_soil_editor : public QDialog {
+    Q_OBJECT
+public:
+    dialog_soil_editor(tellura_soil_list& soils, field_help_lookup help, QWidget* parent = nullptr);
+
+    QListWidget* soilList() const { return soilList_; }
+    QListWidget* layerList() const { return layers_; }
+    QComboBox* waterHolding() const { return swflag_; }
+    int currentSoil() const { return soil_; }
+
+    // The layer buttons; messages (e.g. "Number of layers is already at maximum") to `errors`.
+    bool insertLayer(int position, std::string& errors);
+    bool deleteLayer(int position, std::string& errors);
+    // Takes the shown fields into the soil; false with messages on a bad field.
+    bool applyShown(std::string& errors);
+    // Writes every soil the dialog changed.
+    bool save(database& db, std::string& errors);
+
+public slots:
+    void accept() override;
+
+private:
+    void showSoil(int index);
+    void showLayer(int position);
+    void fillLayers(int select);
+
+    tellura_soil_list& soils_;
+    field_help_lookup help_;
+    QListWidget* soilList_;
+    QComboBox* swflag_;
+    QListWidget* layers_;
+    QVBoxLayout* soilHolder_;
+    QVBoxLayout* layerHolder_;
+    property_page_columns* soilPage_ = nullptr;
+    property_page_columns* layerPage_ = nullptr;
+    int soil_ = -1;
+    int layer_ = -1;
+    std::set<int> changed_;
+};
+
+}  // namespace sb

@@ -1,0 +1,117 @@
+#include "ui/doc_soilbench.h"
+
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "records/list_control_record_proxies.h"
+#include "records/tellura_control_record.h"
+#include "ui/control_record_table_model.h"
+
+namespace sb {
+
+doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList)
+    : db_(std::move(db)), path_(std::move(path)), prebuildList_(prebuildList),
+      list_(std::make_unique<list_control_record_proxies>()) {}
+
+doc_soilbench::~doc_soilbench() = default;
+
+bool doc_soilbench::attach(std::string& errors) {
+    const bool ok = list_->attach(db_.get(), prebuildList_, errors);
+    if (ok && !prebuildList_) list_->first(errors);
+    if (!records_)
+        records_ = std::make_unique<control_record_table_model>(*list_);
+    else
+        records_->reset();
+    return ok;
+}
+
+std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {
+    const std::string file = path.toStdString();
+    database::create(file, errors);
+    auto db = database::open(file, errors);
+    if (!db) return nullptr;
+    database_maker maker(*db);
+    maker.createAllTables(errors);
+    tellura_control_record defaults;
+    writeControlRecord(defaults, *db, errors);
+    std::unique_ptr<doc_soilbench> doc(new doc_soilbench(std::move(db), path, prebuildList));
+    doc->attach(errors);
+    doc->moveFirst(errors);
+    return doc;
+}
+
+std::unique_ptr<doc_soilbench> doc_soilbench::open(const QString& path, bool prebuildList, std::string& errors) {
+    auto db = database::open(path.toStdString(), errors);
+    if (!db) return nullptr;
+    std::unique_ptr<doc_soilbench> doc(new doc_soilbench(std::move(db), path, prebuildList));
+    doc->attach(errors);
+    doc->moveFirst(errors);
+    return doc;
+}
+
+int32_t doc_soilbench::currentId() const {
+    const control_record_proxy* h = current_ >= 0 ? list_->at(current_ + 1) : nullptr;
+    return h ? h->id : 0;
+}
+
+bool doc_soilbench::setCurrent(int row) {
+    records_->syncRows();
+    if (row < 0 || row >= records_->rowCount()) return false;
+    current_ = row;
+    emit currentChanged(row);
+    return true;
+}
+
+bool doc_soilbench::moveFirst(std::string& errors) {
+    const control_record_proxy* h = list_->first(errors);
+    return h && setCurrent(h->recordNumber - 1);
+}
+
+bool doc_soilbench::moveNext(std::string& errors) {
+    const control_record_proxy* from = list_->at(current_ + 1);
+    const control_record_proxy* h = from ? list_->next(*from, errors) : nullptr;
+    return h && setCurrent(h->recordNumber - 1);
+}
+
+bool doc_soilbench::movePrevious(std::string& errors) {
+    const control_record_proxy* from = list_->at(current_ + 1);
+    const control_record_proxy* h = from ? list_->previous(*from, errors) : nullptr;
+    return h && setCurrent(h->recordNumber - 1);
+}
+
+bool doc_soilbench::moveLast(std::string& errors) {
+    const control_record_proxy* h = list_->last(errors);
+    return h && setCurrent(h->recordNumber - 1);
+}
+
+bool doc_soilbench::moveToNumber(int recordNumber, std::string& errors) {
+    if (recordNumber < 1) return false;
+    const control_record_proxy* h = list_->at(recordNumber);
+    if (!h) {
+        // Step forward from the furthest handle held; the list stops at its end.
+        const int held = static_cast<int>(list_->size());
+        h = list_->forward(list_->at(held), recordNumber - held, errors);
+        if (!h || h->recordNumber != recordNumber) return false;
+    }
+    return setCurrent(h->recordNumber - 1);
+}
+
+bool doc_soilbench::moveToId(int32_t id, std::string& errors) {
+    const control_record_proxy* h = list_->findId(id);
+    // Not held yet: page on until it turns up or the list ends.
+    while (!h && !records_->complete()) {
+        if (!records_->fetchPage(errors)) return false;
+        h = list_->findId(id);
+    }
+    return h && setCurrent(h->recordNumber - 1);
+}
+
+void doc_soilbench::refreshAll() {
+    const int32_t keep = currentId();
+    std::string ignored;  // a failing re-read shows as an empty list, and the next command reports it
+    attach(ignored);
+    current_ = -1;
+    if (!moveToId(keep, ignored) && !moveFirst(ignored)) emit currentChanged(-1);
+    emit refreshed();
+}
+
+}  // namespace sb

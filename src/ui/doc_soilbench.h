@@ -1,0 +1,68 @@
+#pragma once
+// The document: one open project database, the lazily read list of its
+// control records and which of them is current. Views attach to it and
+// redraw on its signals; commands change it through the core library.
+#include <QObject>
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace sb {
+
+class database;
+class control_record_table_model;
+class list_control_record_proxies;
+
+class doc_soilbench : public QObject {
+    Q_OBJECT
+public:
+    ~doc_soilbench() override;
+
+    // Makes a new project with every table and the default control record.
+    // `prebuildList` is the "Prebuild Control Record List" setting: the whole
+    // record list is read at once instead of step by step.
+    static std::unique_ptr<doc_soilbench> create(const QString& path, bool prebuildList, std::string& errors);
+    static std::unique_ptr<doc_soilbench> open(const QString& path, bool prebuildList, std::string& errors);
+
+    database& db() { return *db_; }
+    const QString& path() const { return path_; }
+    control_record_table_model& records() { return *records_; }
+    list_control_record_proxies& list() { return *list_; }
+
+    // 0-based row of the current record in the record list; -1 when the project has none.
+    int currentRow() const { return current_; }
+    int32_t currentId() const;
+    int recordNumber() const { return current_ + 1; }
+
+    // Navigation keeps the current record when a move fails; messages go to `errors`.
+    bool moveFirst(std::string& errors);
+    bool moveNext(std::string& errors);
+    bool movePrevious(std::string& errors);
+    bool moveLast(std::string& errors);
+    bool moveToNumber(int recordNumber, std::string& errors);  // 1-based position
+    // False (and nothing appended) when no record has the ID.
+    bool moveToId(int32_t id, std::string& errors);
+
+    // Re-reads the record list after records were added or removed and keeps the
+    // current record where it still exists; tells every view to redraw.
+    void refreshAll();
+
+signals:
+    void currentChanged(int row);
+    void refreshed();
+
+private:
+    doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList);
+    bool attach(std::string& errors);
+    bool setCurrent(int row);
+
+    std::unique_ptr<database> db_;
+    QString path_;
+    bool prebuildList_;
+    std::unique_ptr<list_control_record_proxies> list_;
+    std::unique_ptr<control_record_table_model> records_;
+    int current_ = -1;
+};
+
+}  // namespace sb

@@ -1,0 +1,53 @@
+// soilbench-gui [PROJECT] [--screenshot FILE]
+// Opens the project when one is named. With --screenshot the main window is
+// drawn with the record table and the first record's annual chart, written
+// to FILE as PNG, and the program ends (exit status 0 when the file was written).
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QMdiArea>
+#include <QTimer>
+
+#include "app/app_soilbench.h"
+#include "db/table_catalogue.h"
+#include "ui/main_window.h"
+#include "ui/view_output.h"
+
+int main(int argc, char* argv[]) {
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Varnak"));
+    QApplication::setApplicationName(QStringLiteral("Soilbench"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Soilbench2"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Soilbench2: workbench for the Tellura model family"));
+    parser.addHelpOption();
+    QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write the main window to FILE as PNG and exit."),
+                                  QStringLiteral("FILE"));
+    parser.addOption(screenshot);
+    parser.addPositionalArgument(QStringLiteral("PROJECT"), QStringLiteral("Project file to open."));
+    parser.process(app);
+
+    sb::app_soilbench settings;
+    sb::main_window window(settings);
+    window.show();
+    // Settings are read once the window is up, and written back at exit.
+    settings.loadSettings();
+
+    const QStringList projects = parser.positionalArguments();
+    if (!projects.isEmpty() && !window.openProject(projects.first())) return 1;
+
+    if (parser.isSet(screenshot)) {
+        if (window.document()) {
+            window.showOutputView(static_cast<int>(sb::table_id::output_annual));
+            window.mdiArea()->tileSubWindows();
+        }
+        QApplication::processEvents();
+        const bool written = window.grab().save(parser.value(screenshot), "PNG");
+        return written ? 0 : 1;
+    }
+
+    const int status = app.exec();
+    std::string errors;
+    if (!settings.saveSettings(errors)) fprintf(stderr, "%s", errors.c_str());
+    return status;
+}

@@ -1,0 +1,477 @@
+#include "ui/main_window.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QKeySequence>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPageSetupDialog>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QStatusBar>
+#include <QToolBar>
+
+#include "app/app_soilbench.h"
+#include "app/text_format.h"
+#include "db/database.h"
+#include "records/option_member.h"
+#include "records/record_clipboard.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_weather_station.h"
+#include "ui/control_record_table_model.h"
+#include "ui/dialog_configuration.h"
+#include "ui/dialog_errors.h"
+#include "ui/output_table_model.h"
+#include "ui/doc_soilbench.h"
+#include "ui/printable_view.h"
+#include "ui/system_clipboard.h"
+#include "ui/view_control_records.h"
+#include "ui/view_events.h"
+#include "ui/view_output.h"
+
+namespace sb {
+namespace {
+
+QString actionText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 0, 0); }
+QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 1, 1); }
+
+// Commands whose work lives in parts of the core that are not in this build yet.
+// They stay in the menus with their labels and say so when chosen.
+bool pendingInCore(command_id id) {
+    switch (id) {
+        case command_id::importRunFiles:       // TODO(core): run-directory importer
+        case command_id::importEsa:            // TODO(core): site archive import
+        case command_id::importWeatherDaily:   // TODO(core): daily weather import
+        case command_id::importMonthlyAverages:// TODO(core): site-file import into a station
+        case command_id::copyOutputToInput:    // TODO(core): output tables' copy to inputs
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The Edit menu lists the option lists in its own order.
+option_kind optionKindOf(command_id id) {
+    switch (id) {
+        case command_id::editCultivation: return option_kind::cultivation;
+        case command_id::editFertilizers: return option_kind::fertilizer;
+        case command_id::editFires: return option_kind::fire;
+        case command_id::editOmad: return option_kind::omad;
+        case command_id::editGraze: return option_kind::graze;
+        case command_id::editHarvest: return option_kind::harvest;
+        case command_id::editIrrigation: return option_kind::irrigation;
+        case command_id::editTrees: return option_kind::tree;
+        case command_id::editTreeRemoval: return option_kind::tree_removal;
+        default: return option_kind::crop;
+    }
+}
+
+}  // namespace
+
+main_window::main_window(app_soilbench& settings, QWidget* parent) : QMainWindow(parent), settings_(settings) {
+    setObjectName(QStringLiteral("main_window"));
+    setWindowTitle(QStringLiteral("Soilbench2"));
+    mdi_ = new QMdiArea(this);
+    mdi_->setViewMode(QMdiArea::SubWindowView);
+    setCentralWidget(mdi_);
+    recordLabel_ = new QLabel(this);
+    statusBar()->addPermanentWidget(recordLabel_);
+    statusBar()->showMessage(QStringLiteral("Ready"));
+    createActions();
+    rebuildMenus();
+    rebuildToolBar();
+    resize(1100, 720);
+}
+
+main_window::~main_window() = default;
+
+QString main_window::projectFileFilter() {
+    // A project is one SQLite file; ".sbproj" is ours and ".db" is what other
+    // SQLite tools write. The old "Access Database *.mdb" wording would offer
+    // files this build cannot open, so it is not offered here.
+    return QStringLiteral("Soilbench project (*.sbproj *.db);;All Files (*)");
+}
+
+void main_window::createActions() {
+    for (const command_def& c : commandTable()) {
+        auto* a = new QAction(actionText(c), this);
+        a->setObjectName(QString::fromLatin1(c.label).section('\t', 0, 0));
+        const QString shortcut = shortcutText(c);
+        if (!shortcut.isEmpty()) a->setShortcut(QKeySequence(shortcut));
+        const command_id id = c.id;
+        connect(a, &QAction::triggered, this, [this, id] { runCommand(id); });
+        actions_[static_cast<size_t>(id)] = a;
+    }
+    action(command_id::viewToolbar)->setCheckable(true);
+    action(command_id::viewToolbar)->setChecked(true);
+    action(command_id::viewStatusBar)->setCheckable(true);
+    action(command_id::viewStatusBar)->setChecked(true);
+    for (int i = 0; i < 4; ++i) {
+        recentActions_[i] = new QAction(this);
+        connect(recentActions_[i], &QAction::triggered, this, [this, i] { openRecent(i); });
+    }
+}
+
+void main_window::rebuildMenus() {
+    // The menu bar is rebuilt whole when a project opens or closes: the short
+    // menu offers only what works without a project.
+    auto* bar = new QMenuBar(this);
+    const bool full = doc_ != nullptr;
+    const auto titles = full ? fullMenuTitles() : shortMenuTitles();
+    for (const char* title : titles) {
+        QMenu* menu = bar->addMenu(QString::fromLatin1(title));
+        QMenu* sub = nullptr;
+        for (const command_def& c : commandTable()) {
+            if (QString::fromLatin1(c.menu) != QString::fromLatin1(title)) continue;
+            if (!full && !c.withoutDocument) continue;
+            if (c.id == command_id::exit) {
+                // "Recent File": the entries sit just above Exit.
+                menu->addSeparator();
+                for (QAction* r : recentActions_) menu->addAction(r);
+                updateRecentFiles();
+            }
+            QMenu* target = menu;
+            if (*c.submenu) {
+                if (!sub) sub = menu->addMenu(QString::fromLatin1(c.submenu));
+                target = sub;
+            } else if (c.separatorBefore) {
+                menu->addSeparator();
+            }
+            target->addAction(action(c.id));
+        }
+    }
+    setMenuBar(bar);
+}
+
+void main_window::rebuildToolBar() {
+    auto* tools = addToolBar(QStringLiteral("Standard"));
+    tools->setObjectName(QStringLiteral("toolbar"));
+    tools->setMovable(false);
+    for (command_id id : {command_id::fileNew, command_id::fileOpen, command_id::editCopy, command_id::editPaste,
+                          command_id::print, command_id::recordFirst, command_id::recordPrevious,
+                          command_id::recordNext, command_id::recordLast, command_id::runOne, command_id::about})
+        tools->addAction(action(id));
+    connect(action(command_id::viewToolbar), &QAction::toggled, tools, &QToolBar::setVisible);
+    connect(action(command_id::viewStatusBar), &QAction::toggled, statusBar(), &QStatusBar::setVisible);
+    // Toolbar buttons of commands that need a project are greyed out without one.
+    updateStatus();
+}
+
+void main_window::updateStatus() {
+    const bool open = doc_ != nullptr;
+    for (const command_def& c : commandTable())
+        if (!c.withoutDocument) action(c.id)->setEnabled(open);
+    if (!open) {
+        recordLabel_->clear();
+        return;
+    }
+    recordLabel_->setText(QStringLiteral("Record %1, ID = %2").arg(doc_->recordNumber()).arg(doc_->currentId()));
+}
+
+void main_window::updateRecentFiles() {
+    const auto& files = settings_.recentFiles;
+    for (int i = 0; i < 4; ++i) {
+        const bool used = i < static_cast<int>(files.size());
+        recentActions_[i]->setVisible(used);
+        if (used) recentActions_[i]->setText(QStringLiteral("&%1 %2").arg(i + 1).arg(QString::fromStdString(files[i])));
+    }
+}
+
+QStringList main_window::recentFileLabels() const {
+    QStringList labels;
+    for (QAction* a : recentActions_)
+        if (a->isVisible()) labels << a->text();
+    return labels;
+}
+
+void main_window::openRecent(int index) {
+    if (index < static_cast<int>(settings_.recentFiles.size()))
+        openProject(QString::fromStdString(settings_.recentFiles[static_cast<size_t>(index)]));
+}
+
+bool main_window::openProject(const QString& path) {
+    std::string errors;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    auto doc = doc_soilbench::open(path, settings_.recordList, errors);
+    QApplication::restoreOverrideCursor();
+    if (!doc) {
+        showErrorsIfAny(this, errors);
+        return false;
+    }
+    closeProject();
+    doc_ = std::move(doc);
+    connect(doc_.get(), &doc_soilbench::currentChanged, this, &main_window::updateStatus);
+    settings_.addRecentFile(path.toStdString());
+    rebuildMenus();
+    addSubWindow(new view_control_records(*doc_));
+    connect(recordView(), &view_control_records::editRequested, this, &main_window::editRecord);
+    setWindowTitle(QStringLiteral("Soilbench2 - %1").arg(QFileInfo(path).fileName()));
+    updateStatus();
+    showErrorsIfAny(this, errors);
+    return true;
+}
+
+bool main_window::newProject(const QString& path) {
+    std::string errors;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    auto doc = doc_soilbench::create(path, settings_.recordList, errors);
+    QApplication::restoreOverrideCursor();
+    if (!doc) {
+        showErrorsIfAny(this, errors);
+        return false;
+    }
+    doc.reset();  // opened again the ordinary way, so both roads end alike
+    const bool ok = openProject(path);
+    showErrorsIfAny(this, errors);
+    return ok;
+}
+
+void main_window::closeProject() {
+    mdi_->closeAllSubWindows();
+    for (QMdiSubWindow* w : mdi_->subWindowList()) delete w;
+    doc_.reset();
+    setWindowTitle(QStringLiteral("Soilbench2"));
+    rebuildMenus();
+    updateStatus();
+}
+
+void main_window::addSubWindow(QWidget* view) {
+    QMdiSubWindow* w = mdi_->addSubWindow(view);
+    w->setAttribute(Qt::WA_DeleteOnClose);
+    w->resize(mdi_->size() * 0.8);
+    w->show();
+}
+
+view_control_records* main_window::recordView() const {
+    for (QMdiSubWindow* w : mdi_->subWindowList())
+        if (auto* v = qobject_cast<view_control_records*>(w->widget())) return v;
+    return nullptr;
+}
+
+view_output* main_window::showOutputView(int tableId) {
+    if (!doc_) return nullptr;
+    const auto table = static_cast<table_id>(tableId);
+    for (QMdiSubWindow* w : mdi_->subWindowList()) {
+        auto* v = qobject_cast<view_output*>(w->widget());
+        if (v && v->model().table() == table) {
+            mdi_->setActiveSubWindow(w);
+            return v;
+        }
+    }
+    auto* view = new view_output(*doc_, table);
+    addSubWindow(view);
+    return view;
+}
+
+void main_window::recordCommand(const QString& title, const std::function<void(std::string&)>& work) {
+    std::string errors;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    work(errors);
+    QApplication::restoreOverrideCursor();
+    showErrorsIfAny(this, errors, title);
+    if (doc_) doc_->refreshAll();
+}
+
+void main_window::navigate(const std::function<bool(std::string&)>& move) {
+    if (!doc_) return;
+    std::string errors;
+    move(errors);  // a failed move keeps the current record
+    showErrorsIfAny(this, errors, QString::fromLatin1(kNavigationTitle));
+    updateStatus();
+}
+
+void main_window::runCommand(command_id id) {
+    if (pendingInCore(id)) return notYetAvailable(id);
+    switch (id) {
+        case command_id::fileNew: return fileNew();
+        case command_id::fileOpen: return fileOpen();
+        case command_id::fileClose: return closeProject();
+        case command_id::configuration: return configure();
+        case command_id::diurnaOutputFiles: return diurnaOutputFiles();
+        case command_id::print: return printActive(false);
+        case command_id::printPreview: return printActive(true);
+        case command_id::printSetup: return printSetup();
+        case command_id::exit: close(); return;
+        case command_id::editCopy: return copyRecord();
+        case command_id::editPaste: return pasteRecord();
+        case command_id::editRecord: return editRecord();
+        case command_id::editCrops: case command_id::editCultivation: case command_id::editFertilizers:
+        case command_id::editFires: case command_id::editOmad: case command_id::editGraze:
+        case command_id::editHarvest: case command_id::editIrrigation: case command_id::editTrees:
+        case command_id::editTreeRemoval:
+            return editOptionList(static_cast<int>(optionKindOf(id)));
+        case command_id::editSoils: return editSoils();
+        case command_id::editWeatherStations: return editWeatherStations();
+        case command_id::viewEvents:
+            if (doc_) addSubWindow(new view_events(*doc_));
+            return;
+        case command_id::viewAnnual: showOutputView(static_cast<int>(table_id::output_annual)); return;
+        case command_id::viewMonthly: showOutputView(static_cast<int>(table_id::output_monthly)); return;
+        case command_id::viewDaily: showOutputView(static_cast<int>(table_id::output_daily)); return;
+        case command_id::viewToolbar: case command_id::viewStatusBar: return;  // toggled through the action
+        case command_id::windowNew:
+            if (doc_) {
+                addSubWindow(new view_control_records(*doc_));
+            }
+            return;
+        case command_id::windowCascade: mdi_->cascadeSubWindows(); return;
+        case command_id::windowTile: mdi_->tileSubWindows(); return;
+        case command_id::windowArrange:
+            for (QMdiSubWindow* w : mdi_->subWindowList())
+                if (w->isMinimized()) w->showMinimized();  // re-lays the icons along the bottom
+            mdi_->tileSubWindows();
+            return;
+        case command_id::recordFirst: return navigate([this](std::string& e) { return doc_->moveFirst(e); });
+        case command_id::recordPrevious: return navigate([this](std::string& e) { return doc_->movePrevious(e); });
+        case command_id::recordNext: return navigate([this](std::string& e) { return doc_->moveNext(e); });
+        case command_id::recordLast: return navigate([this](std::string& e) { return doc_->moveLast(e); });
+        case command_id::recordGoto: return gotoRecord();
+        case command_id::recordGotoId: return gotoId();
+        case command_id::recordDelete: return deleteRecord();
+        case command_id::runOne: return runOneRecord();
+        case command_id::runMultiple: return runMultipleRecords();
+        case command_id::readBin: return readBinFile();
+        case command_id::about: return about();
+        default: return notYetAvailable(id);
+    }
+}
+
+void main_window::notYetAvailable(command_id id) {
+    const QString label = actionText(commandDef(id)).remove('&');
+    showErrorsIfAny(this, "ERROR, \"" + label.toStdString() + "\" is not available in this build yet.\n");
+}
+
+void main_window::fileNew() {
+    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("New"), QStringLiteral("Soilbench.sbproj"),
+                                                      projectFileFilter());
+    if (!path.isEmpty()) newProject(path);
+}
+
+void main_window::fileOpen() {
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Open"), QString(), projectFileFilter());
+    if (!path.isEmpty()) openProject(path);
+}
+
+void main_window::configure() {
+    dialog_configuration dialog(settings_, this);
+    dialog.exec();
+}
+
+void main_window::printActive(bool preview) {
+    QMdiSubWindow* w = mdi_->activeSubWindow();
+    if (!w && !mdi_->subWindowList().isEmpty()) w = mdi_->subWindowList().first();
+    auto* view = w ? dynamic_cast<printable_view*>(w->widget()) : nullptr;
+    if (!view) return;
+    if (!printer_) printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    if (preview) {
+        QPrintPreviewDialog dialog(printer_.get(), this);
+        connect(&dialog, &QPrintPreviewDialog::paintRequested, this, [view](QPrinter* p) { view->print(*p); });
+        dialog.exec();
+        return;
+    }
+    QPrintDialog dialog(printer_.get(), this);
+    if (dialog.exec() == QDialog::Accepted) view->print(*printer_);
+}
+
+void main_window::printSetup() {
+    if (!printer_) printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    QPageSetupDialog dialog(printer_.get(), this);
+    dialog.exec();
+}
+
+void main_window::copyRecord() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    recordCommand(QStringLiteral("Errors"), [this](std::string& errors) {
+        tellura_control_record record;
+        if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) return;
+        tellura_weather_station_list stations;
+        loadWeatherStations(doc_->db(), stations, errors);
+        const auto items = record_clipboard::makeItems(record, stations);
+        putRecordItems(*QApplication::clipboard(), items.idItem, items.text);
+    });
+}
+
+void main_window::pasteRecord() {
+    if (!doc_) return;
+    std::string errors;
+    const auto idItem = takeRecordIdItem(*QApplication::clipboard());
+    int32_t sourceId = 0;
+    if (!record_clipboard::decodeId(idItem, sourceId, errors)) {
+        showErrorsIfAny(this, errors);
+        return;
+    }
+    bool ok = false;
+    const int newId = QInputDialog::getInt(this, QStringLiteral("Paste"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
+                                           sourceId, std::numeric_limits<int32_t>::min(),
+                                           std::numeric_limits<int32_t>::max(), 1, &ok);
+    if (!ok) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { sb::pasteRecord(doc_->db(), idItem, newId, e); });
+    std::string ignored;
+    doc_->moveToId(newId, ignored);
+    updateStatus();
+}
+
+void main_window::gotoRecord() {
+    if (!doc_) return;
+    bool ok = false;
+    const int n = QInputDialog::getInt(this, QStringLiteral("Goto"), QStringLiteral("Which record number?"), 1, 1,
+                                       std::numeric_limits<int>::max(), 1, &ok);
+    if (ok) navigate([this, n](std::string& e) { return doc_->moveToNumber(n, e); });
+}
+
+void main_window::gotoId() {
+    if (!doc_) return;
+    bool ok = false;
+    const int id = QInputDialog::getInt(this, QStringLiteral("Goto ID"), QStringLiteral("Which ID?"), 1,
+                                        std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
+    if (!ok) return;
+    std::string errors;
+    const bool found = doc_->moveToId(id, errors);
+    showErrorsIfAny(this, errors, QString::fromLatin1(kNavigationTitle));
+    if (!found && errors.empty()) QMessageBox::information(this, QStringLiteral("Goto ID"), QStringLiteral("Not found."));
+    updateStatus();
+}
+
+void main_window::deleteRecord() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    std::string errors;
+    tellura_control_record record;
+    readControlRecord(doc_->db(), doc_->currentId(), false, record, errors);
+    const QString question = QString::fromStdString(strprintf("Delete record, ID = %ld?", static_cast<long>(doc_->currentId())));
+    if (QMessageBox::question(this, QStringLiteral("Delete"), question, QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) != QMessageBox::Yes)
+        return;
+    const int32_t id = doc_->currentId();
+    recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
+        e += errors;
+        deleteControlRecord(doc_->db(), id, e);
+    });
+}
+
+void main_window::about() {
+    QMessageBox box(this);
+    box.setWindowTitle(QStringLiteral("About Soilbench2"));
+    box.setObjectName(QStringLiteral("about"));
+    box.setText(QStringLiteral("Soilbench2 version %1\n%2\n\nDrives the Tellura model family; the model is not part of this program.")
+                    .arg(QStringLiteral(SB_VERSION_STRING),
+                         QString::fromStdString(strprintf("Build Date: %s", __DATE__))));
+    box.exec();
+}
+
+void main_window::closeEvent(QCloseEvent* event) {
+    closeProject();
+    event->accept();
+}
+
+}  // namespace sb

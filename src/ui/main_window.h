@@ -1,0 +1,104 @@
+#pragma once
+// The frame: a multi-document window whose document is one project. Its
+// menus come from the command table: the short menu while no project is
+// open, the full one with a project. Every command that changes records
+// shows the wait cursor, collects messages, shows them in the "Errors" list
+// and tells every view to redraw.
+#include <QMainWindow>
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ui/command_table.h"
+
+class QAction;
+class QMdiArea;
+class QMdiSubWindow;
+class QLabel;
+class QPrinter;
+
+namespace sb {
+
+class app_soilbench;
+class doc_soilbench;
+class view_control_records;
+class view_output;
+
+class main_window : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit main_window(app_soilbench& settings, QWidget* parent = nullptr);
+    ~main_window() override;
+
+    // The project file filter of the open and new dialogs. Projects are SQLite
+    // files here; the extensions are ours, so the chooser offers them by name.
+    static QString projectFileFilter();
+
+    QAction* action(command_id id) const { return actions_[static_cast<size_t>(id)]; }
+    // Runs a command as its menu item does.
+    void runCommand(command_id id);
+
+    bool openProject(const QString& path);
+    bool newProject(const QString& path);
+    void closeProject();
+    doc_soilbench* document() const { return doc_.get(); }
+    QMdiArea* mdiArea() const { return mdi_; }
+    view_control_records* recordView() const;
+    // Opens (or brings forward) the output view of a kind and returns it.
+    view_output* showOutputView(int tableId);
+    // Recent-file entries as shown in the File menu.
+    QStringList recentFileLabels() const;
+
+    app_soilbench& settings() { return settings_; }
+
+    // Title of the messages shown by the navigation commands.
+    static constexpr const char* kNavigationTitle = "Cropbench Database";
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void createActions();
+    void rebuildMenus();
+    void rebuildToolBar();
+    void updateStatus();
+    void updateRecentFiles();
+    void openRecent(int index);
+    void addSubWindow(QWidget* view);
+
+    // The pattern every record-changing command follows.
+    void recordCommand(const QString& title, const std::function<void(std::string&)>& work);
+    void navigate(const std::function<bool(std::string&)>& move);
+
+    void fileNew();
+    void fileOpen();
+    void configure();
+    void diurnaOutputFiles();
+    void printActive(bool preview);
+    void printSetup();
+    void copyRecord();
+    void pasteRecord();
+    void editRecord();
+    void editOptionList(int kind);
+    void editSoils();
+    void editWeatherStations();
+    void gotoRecord();
+    void gotoId();
+    void deleteRecord();
+    void runOneRecord();
+    void runMultipleRecords();
+    void readBinFile();
+    void about();
+    void notYetAvailable(command_id id);
+
+    app_soilbench& settings_;
+    std::unique_ptr<doc_soilbench> doc_;
+    QMdiArea* mdi_;
+    QLabel* recordLabel_;
+    std::array<QAction*, static_cast<size_t>(command_id::count)> actions_{};
+    std::array<QAction*, 4> recentActions_{};
+    std::unique_ptr<QPrinter> printer_;
+};
+
+}  // namespace sb

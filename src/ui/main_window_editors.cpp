@@ -1,0 +1,78 @@
+// The frame's editing commands: the record's property sheet, the option
+// lists, soils and weather stations.
+#include <QApplication>
+
+#include "app/app_soilbench.h"
+#include "help/help_tables.h"
+#include "records/option_list.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+#include "ui/dialog_errors.h"
+#include "ui/dialog_option_list.h"
+#include "ui/dialog_soil_editor.h"
+#include "ui/dialog_weather_stations.h"
+#include "ui/doc_soilbench.h"
+#include "ui/field_help_source.h"
+#include "ui/main_window.h"
+#include "ui/propsheet_control_record.h"
+
+namespace sb {
+
+void main_window::editRecord() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    std::string errors;
+    tellura_control_record record;
+    if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) {
+        showErrorsIfAny(this, errors);
+        return;
+    }
+    propsheet_control_record sheet(record, makeFieldHelpLookup(settings_, kHelpFixed), makeFieldHelpLookup(settings_, kHelpSite), this);
+    if (sheet.exec() != QDialog::Accepted) {
+        showErrorsIfAny(this, errors);
+        return;
+    }
+    recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
+        e += errors;
+        writeControlRecord(record, doc_->db(), e, nullptr, true);
+    });
+    std::string ignored;
+    doc_->moveToId(record.id(), ignored);
+}
+
+void main_window::editOptionList(int kind) {
+    if (!doc_) return;
+    auto list = makeOptionList(static_cast<option_kind>(kind));
+    std::string errors;
+    list->loadFromDatabase(doc_->db(), errors);
+    showErrorsIfAny(this, errors);
+    // Help tables number the option files in member order, from 1.
+    dialog_option_list dialog(*list, settings_.version, makeFieldHelpLookup(settings_, kHelpCrop + kind), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    recordCommand(QString::fromLatin1(list->member().saveErrorTitle),
+                  [&](std::string& e) { list->saveToDatabase(doc_->db(), e); });
+}
+
+void main_window::editSoils() {
+    if (!doc_) return;
+    tellura_soil_list soils;
+    std::string errors;
+    soils.load(doc_->db(), errors);
+    showErrorsIfAny(this, errors);
+    dialog_soil_editor dialog(soils, makeFieldHelpLookup(settings_, kHelpSite), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { dialog.save(doc_->db(), e); });
+}
+
+void main_window::editWeatherStations() {
+    if (!doc_) return;
+    tellura_weather_station_list stations;
+    std::string errors;
+    loadWeatherStations(doc_->db(), stations, errors);
+    showErrorsIfAny(this, errors);
+    dialog_weather_stations dialog(stations, this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { dialog.save(doc_->db(), e); });
+}
+
+}  // namespace sb
