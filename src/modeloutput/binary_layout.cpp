@@ -74,6 +74,7 @@ bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::strin
     layout = binary_layout{};
     layout.source = path;
     layout.description = path;
+    bool entrySeen = false;
     while (reader.next()) {
         std::string_view line = trim(reader.line());
         if (line.empty()) continue;
@@ -82,7 +83,9 @@ bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::strin
             continue;
         }
         std::vector<std::string_view> fields = splitBlanks(line);
-        if (reader.lineNumber() == 1 && fields.size() == 3 && iequals(fields[0], "block")) continue;
+        bool columnHeader = !entrySeen && fields.size() == 3 && iequals(fields[0], "block");
+        entrySeen = true;
+        if (columnHeader) continue;
         if (!addEntry(fields, layout)) {
             appendf(errors,
                     "ERROR, binary layout file \"%s\" line %ld: expected \"block index name\" with "
@@ -150,7 +153,7 @@ std::string binary_layout_catalogue::knownSizes(int versionIndex) const {
         if (layout.version == 0 || layout.version == versionIndex) sizes.insert(layout.recordBytes());
     std::string out;
     for (long size : sizes) out += (out.empty() ? "" : ", ") + std::to_string(size);
-    return out.empty() ? "none" : out;
+    return out;
 }
 
 std::string binary_layout_catalogue::shippedDirectory() {

@@ -41,7 +41,7 @@ public:
 
     // The first layout of this version (or of any version) with this record size.
     const binary_layout* find(int versionIndex, long recordBytes) const;
-    // "3212, 2432" — the sizes the catalogue knows for a version.
+    // "2432, 3212": the sizes the catalogue knows for a version; "" for none.
     std::string knownSizes(int versionIndex) const;
     const std::vector<binary_layout>& layouts() const { return layouts_; }
 

@@ -127,7 +127,7 @@ private:
     std::vector<placement> annual_, monthly_;
     std::vector<unsigned char> record_;
     bool error_ = false;
-    bad_value_log badValues_{"binary output record"};
+    bad_value_log badValues_{"binary output file", "record"};
 };
 
 }  // namespace
@@ -147,11 +147,14 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     if (reader.firstRecordBytes() > 0) {
         layout = layouts.find(versionIndex, reader.firstRecordBytes());
         if (!layout) {
-            appendf(errors,
-                    "ERROR, binary output file \"%s\" has records of %ld bytes, but the layouts known "
-                    "for this model version have %s bytes. Add the layout of this model build to the "
-                    "binary layout files.\n",
-                    path.c_str(), reader.firstRecordBytes(), layouts.knownSizes(versionIndex).c_str());
+            std::string sizes = layouts.knownSizes(versionIndex);
+            appendf(errors, "ERROR, binary output file \"%s\" has records of %ld bytes, but ", path.c_str(),
+                    reader.firstRecordBytes());
+            if (sizes.empty())
+                errors += "no binary layout is known for this model version.";
+            else
+                appendf(errors, "the layouts known for this model version have %s bytes.", sizes.c_str());
+            errors += " Add the layout of this model build to the binary layout files.\n";
             return false;
         }
     }

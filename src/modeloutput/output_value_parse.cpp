@@ -52,11 +52,11 @@ parse_result parseOutputUnsigned(std::string_view field, unsigned& value) {
     return parse_result::ok;
 }
 
-void bad_value_log::note(long line, std::string_view text, std::string_view name, std::string& errors) {
+void bad_value_log::note(long where, std::string_view text, std::string_view name, std::string& errors) {
     if (count_++ >= kShown) return;
     std::string shown(trim(text).substr(0, 40));
-    appendf(errors, "WARNING, %s line %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n",
-            fileKind_, line, shown.c_str(), std::string(name).c_str());
+    appendf(errors, "WARNING, %s %s %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n",
+            fileKind_, unit_, where, shown.c_str(), std::string(name).c_str());
 }
 
 void bad_value_log::finish(std::string& errors) const {

@@ -21,9 +21,9 @@ parse_result parseOutputUnsigned(std::string_view field, unsigned& value);
 // overflowed fields gives a handful of lines rather than thousands.
 class bad_value_log {
 public:
-    explicit bad_value_log(const char* fileKind) : fileKind_(fileKind) {}
-    // "WARNING, <kind> line %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n"
-    void note(long line, std::string_view text, std::string_view name, std::string& errors);
+    explicit bad_value_log(const char* fileKind, const char* unit = "line") : fileKind_(fileKind), unit_(unit) {}
+    // "WARNING, <kind> <unit> %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n"
+    void note(long where, std::string_view text, std::string_view name, std::string& errors);
     // "WARNING, <kind>: %ld further values were not finite numbers and were left unset.\n"
     void finish(std::string& errors) const;
     long count() const { return count_; }
@@ -32,6 +32,7 @@ public:
 
 private:
     const char* fileKind_;
+    const char* unit_;
     long count_ = 0;
 };
 

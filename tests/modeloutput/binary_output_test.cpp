@@ -1,0 +1,288 @@
+// The binary output: layout files, both framings, and filling the output records.
+#include <gtest/gtest.h>
+
+#include "modeloutput/binary_layout.h"
+#include "modeloutput/binary_output_reader.h"
+#include "modeloutput/binary_record_reader.h"
+#include "output_test_files.h"
+#include "test_support.h"
+
+using namespace sb;
+using sbtest::binaryRecord;
+
+namespace {
+
+// A small build: 3 + 3 + 2 floats after the time, 36-byte records.
+const std::vector<std::vector<std::string>> kSmallLayout = {
+    {"agcacc", "strcis(1,1)", "somsc"}, {"aglcn", "bgcjmth(1)", "bgcjmth(2)"}, {"frstc", "mystery"}};
+
+binary_layout_catalogue smallCatalogue(const sbtest::temp_dir& dir, int version = 4) {
+    sbtest::writeFile(dir.file("small.tsv"), sbtest::layoutText(kSmallLayout, version));
+    binary_layout_catalogue catalogue;
+    std::string errors;
+    EXPECT_TRUE(catalogue.addFile(dir.file("small.tsv"), errors)) << errors;
+    return catalogue;
+}
+
+// Record values: time t, then 8 floats derived from t so every cell is checkable.
+std::vector<unsigned char> smallRecord(float t) {
+    return binaryRecord(t, {t + 1, t + 2, t + 3, t + 4, t + 5, t + 6, t + 7, t + 8});
+}
+
+struct binary_run {
+    bool ok;
+    std::string errors;
+    tellura_control_record record;
+};
+
+binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_spec>& blocks, int version = 4) {
+    sbtest::temp_dir dir;
+    binary_layout_catalogue catalogue = smallCatalogue(dir);
+    sbtest::writeFile(dir.file("sb.bin"), bytes);
+    binary_run run{false, "", sbtest::recordWithBlocks(blocks)};
+    run.ok = readBinaryOutput(dir.file("sb.bin"), version, catalogue, run.record, run.errors);
+    // Paths differ per run; messages name them, so make them comparable.
+    for (size_t at; (at = run.errors.find(dir.path())) != std::string::npos;) run.errors.replace(at, dir.path().size(), "DIR");
+    return run;
+}
+
+float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
+
+}  // namespace
+
+TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
+    sbtest::temp_dir dir;
+    binary_layout_catalogue catalogue = smallCatalogue(dir, 4);
+    ASSERT_EQ(catalogue.layouts().size(), 1u);
+    const binary_layout& layout = catalogue.layouts()[0];
+    EXPECT_EQ(layout.version, 4);
+    EXPECT_EQ(layout.count(0), 3);
+    EXPECT_EQ(layout.count(2), 2);
+    EXPECT_EQ(layout.recordBytes(), 36);
+    EXPECT_EQ(layout.floatPosition(1, 0), 4);
+    EXPECT_EQ(layout.floatPosition(2, 1), 8);
+    EXPECT_EQ(catalogue.find(4, 36), &layout);
+    EXPECT_EQ(catalogue.find(3, 36), nullptr);  // tied to version 4
+    EXPECT_EQ(catalogue.find(4, 40), nullptr);
+    EXPECT_EQ(catalogue.knownSizes(4), "36");
+    EXPECT_EQ(catalogue.knownSizes(3), "");
+
+    // Without "# version" a layout serves every version.
+    sbtest::writeFile(dir.file("any.tsv"), "plot1 1 agcacc\nplot3 4 frstc\n");
+    std::string errors;
+    ASSERT_TRUE(catalogue.addFile(dir.file("any.tsv"), errors)) << errors;
+    EXPECT_EQ(catalogue.layouts()[1].recordBytes(), 4 * (1 + 1 + 0 + 4));
+    EXPECT_NE(catalogue.find(2, 24), nullptr);
+    EXPECT_EQ(catalogue.knownSizes(4), "24, 36");
+
+    sbtest::writeFile(dir.file("bad.tsv"), "block\tindex\tname\nplot1\t1\ta\nplot4\t2\tb\n");
+    EXPECT_FALSE(catalogue.addFile(dir.file("bad.tsv"), errors));
+    sbtest::writeFile(dir.file("twice.tsv"), "plot2\t1\ta\nplot2\t1\tb\n");
+    EXPECT_FALSE(catalogue.addFile(dir.file("twice.tsv"), errors));
+    EXPECT_FALSE(catalogue.addFile(dir.file("none.tsv"), errors));
+    EXPECT_EQ(errors,
+              "ERROR, binary layout file \"" + dir.file("bad.tsv") +
+                  "\" line 3: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                  "from 1 and a place not used before.\n"
+                  "ERROR, binary layout file \"" + dir.file("twice.tsv") +
+                  "\" line 2: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                  "from 1 and a place not used before.\n"
+                  "ERROR, unable to open binary layout file \"" + dir.file("none.tsv") + "\".\n");
+    EXPECT_EQ(catalogue.layouts().size(), 2u);
+}
+
+TEST(BinaryLayout, ShippedLayoutsAreTheKnownBuilds) {
+    binary_layout_catalogue catalogue;
+    std::string errors;
+    ASSERT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
+    ASSERT_EQ(catalogue.layouts().size(), 2u);
+    EXPECT_EQ(catalogue.knownSizes(4), "2432, 3212");
+    const binary_layout* current = catalogue.find(4, 3212);
+    ASSERT_NE(current, nullptr);
+    EXPECT_EQ(current->count(0), 445);
+    EXPECT_EQ(current->count(1), 218);
+    EXPECT_EQ(current->count(2), 139);
+    EXPECT_EQ(current->names[0][0], "agcacc");
+    EXPECT_EQ(catalogue.find(4, 2432)->count(0), 350);
+    EXPECT_EQ(catalogue.find(3, 3212), nullptr);
+}
+
+TEST(BinaryFraming, ByteMarkedPhysicalRecords) {
+    sbtest::temp_dir dir;
+    // A 128-byte record is one physical record with L = 128; a 200-byte record is 129 + 72.
+    std::string bytes(1, 75);
+    bytes += static_cast<char>(128) + std::string(128, 'a') + static_cast<char>(128);
+    bytes += static_cast<char>(129) + std::string(128, 'b') + static_cast<char>(129);
+    bytes += static_cast<char>(72) + std::string(72, 'c') + static_cast<char>(72);
+    bytes += static_cast<char>(130);
+    sbtest::writeFile(dir.file("f.bin"), bytes);
+    binary_record_reader reader;
+    std::string errors;
+    ASSERT_TRUE(reader.open(dir.file("f.bin"), errors));
+    int first = 0;
+    ASSERT_TRUE(reader.readFirstByte(first));
+    EXPECT_EQ(first, 75);
+    ASSERT_TRUE(reader.detectFraming(errors));
+    EXPECT_EQ(reader.framing(), binary_framing::byte_markers);
+    EXPECT_EQ(reader.firstRecordBytes(), 128);
+    std::vector<unsigned char> record;
+    bool error = false;
+    ASSERT_TRUE(reader.readRecord(128, record, error, errors));
+    EXPECT_EQ(std::string(record.begin(), record.end()), std::string(128, 'a'));
+    ASSERT_TRUE(reader.readRecord(200, record, error, errors));
+    EXPECT_EQ(std::string(record.begin(), record.end()), std::string(128, 'b') + std::string(72, 'c'));
+    EXPECT_FALSE(reader.readRecord(8, record, error, errors));  // L = 130: the end, no message
+    EXPECT_FALSE(error);
+    EXPECT_EQ(errors, "");
+}
+
+TEST(BinaryFraming, DamagedByteMarkedRecords) {
+    sbtest::temp_dir dir;
+    auto readAll = [&](const std::string& bytes, long size, std::string& errors, bool& error) {
+        sbtest::writeFile(dir.file("f.bin"), bytes);
+        binary_record_reader reader;
+        int first = 0;
+        reader.open(dir.file("f.bin"), errors);
+        reader.readFirstByte(first);
+        reader.detectFraming(errors);
+        std::vector<unsigned char> record;
+        int n = 0;
+        while (reader.readRecord(size, record, error, errors)) ++n;
+        return n;
+    };
+    std::string errors;
+    bool error = false;
+    std::string good = std::string(1, 4) + "abcd" + std::string(1, 4);
+    // Trailer 5 after 4 data bytes in the second record.
+    int n = readAll(std::string(1, 75) + good + std::string(1, 4) + "efgh" + std::string(1, 5) + good, 4, errors, error);
+    EXPECT_EQ(n, 1);
+    EXPECT_TRUE(error);
+    EXPECT_EQ(errors, "ERROR in physical record (length = 4, trailer length = 5).\n");
+
+    errors.clear();
+    error = false;
+    n = readAll(std::string(1, 75) + good + std::string(1, 4) + "ef", 4, errors, error);
+    EXPECT_EQ(n, 1);
+    EXPECT_EQ(errors, "ERROR in physical record.\n");
+
+    // The end byte before the record is complete ends reading without a message.
+    errors.clear();
+    error = false;
+    n = readAll(std::string(1, 75) + std::string(1, static_cast<char>(129)) + std::string(128, 'x') +
+                    std::string(1, static_cast<char>(129)) + std::string(1, static_cast<char>(130)),
+                200, errors, error);
+    EXPECT_EQ(n, 0);
+    EXPECT_FALSE(error);
+    EXPECT_EQ(errors, "");
+}
+
+TEST(BinaryFraming, LengthMarkedRecordsAreRecognisedAndChecked) {
+    sbtest::temp_dir dir;
+    std::string file = sbtest::lengthMarkedFile({smallRecord(1), smallRecord(2), smallRecord(3)});
+    // Spoil the leading marker of record 2.
+    file[44] = 35;
+    sbtest::writeFile(dir.file("g.bin"), file);
+    binary_record_reader reader;
+    std::string errors;
+    int first = 0;
+    ASSERT_TRUE(reader.open(dir.file("g.bin"), errors));
+    ASSERT_TRUE(reader.readFirstByte(first));
+    ASSERT_TRUE(reader.detectFraming(errors)) << errors;
+    EXPECT_EQ(reader.framing(), binary_framing::length_markers);
+    EXPECT_EQ(reader.firstRecordBytes(), 36);
+    std::vector<unsigned char> record;
+    bool error = false;
+    EXPECT_TRUE(reader.readRecord(36, record, error, errors));
+    EXPECT_FALSE(reader.readRecord(36, record, error, errors));
+    EXPECT_TRUE(error);
+    EXPECT_EQ(errors, "ERROR in record marker (length = 35, expected 36).\n");
+    EXPECT_FALSE(reader.readRecord(36, record, error, errors));  // the flag stays set
+}
+
+TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
+    std::vector<std::vector<unsigned char>> records;
+    for (float t : {1990.0f, 1991.0f, 1992.0f}) records.push_back(smallRecord(t));
+    for (float t : {1992.0833f, 1992.1667f, 1993.0f}) records.push_back(smallRecord(t));
+    for (const std::string& bytes :
+         {sbtest::byteMarkedFile(records), sbtest::lengthMarkedFile(records)}) {
+        binary_run run = readBinary(bytes, {{1992, 12.0f}, {1993, 1.0f}});
+        ASSERT_TRUE(run.ok) << run.errors;
+        EXPECT_EQ(run.errors,
+                  "3 records read, from years 1990 to 1992.\n"
+                  "3 records read, from years 1992 to 1992.\n");
+        const auto& out = run.record.outputs;
+        ASSERT_EQ(out.annual.size(), 3u);
+        EXPECT_EQ(out.annual[2].year(), 1992);
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "agcacc"), 1993.0f);  // array 1 into the year too
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "somsc"), 1995.0f);
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "aglcn"), 1996.0f);   // array 2
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "frstc"), 1999.0f);   // array 3
+        auto months = out.monthlyInOrder();
+        ASSERT_EQ(months.size(), 3u);
+        EXPECT_EQ(months[0]->month(), 1);
+        EXPECT_EQ(months[1]->month(), 2);
+        EXPECT_EQ(months[2]->month(), 12);  // 1993.0 is December 1992
+        EXPECT_FLOAT_EQ(cell(*months[0], "bgcjmth"), 1992.0833f + 5);  // bgcjmth(1) in January
+        EXPECT_FLOAT_EQ(cell(*months[1], "bgcjmth"), 1992.1667f + 6);  // bgcjmth(2) in February
+        EXPECT_EQ(months[2]->number("bgcjmth"), 0.0);
+        // The end-of-run record holds the last record's state from array 1.
+        ASSERT_TRUE(out.hasEndOfRun);
+        EXPECT_FLOAT_EQ(cell(out.endOfRun, "strcis(1,1)"), 1995.0f);
+    }
+}
+
+TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
+    std::vector<std::vector<unsigned char>> records;
+    for (float t : {1990.0f, 1991.0f, 1992.0f, 1993.0f}) records.push_back(smallRecord(t));
+
+    binary_run empty = readBinary("", {{1993, 12.0f}});
+    EXPECT_FALSE(empty.ok);
+    EXPECT_EQ(empty.errors, "ERROR, binary output file is empty: DIR/sb.bin\n");
+
+    binary_run noBlocks = readBinary("garbage", {});
+    EXPECT_TRUE(noBlocks.ok);
+    EXPECT_EQ(noBlocks.errors, "");
+
+    binary_run reserved = readBinary("garbage that is no binary output", {{1993, 12.0f}});
+    EXPECT_FALSE(reserved.ok);
+    EXPECT_EQ(reserved.errors, "ERROR, format of bin file invalid, reserved=103.\n");
+
+    std::vector<std::vector<unsigned char>> bigger = {binaryRecord(1990, std::vector<float>(12, 1.0f))};
+    binary_run unknown = readBinary(sbtest::byteMarkedFile(bigger), {{1993, 12.0f}});
+    EXPECT_FALSE(unknown.ok);
+    EXPECT_EQ(unknown.errors,
+              "ERROR, binary output file \"DIR/sb.bin\" has records of 52 bytes, but the layouts known for "
+              "this model version have 36 bytes. Add the layout of this model build to the binary layout files.\n");
+
+    // A wrong trailer in the third record: two records stay, the read fails.
+    std::string file = sbtest::byteMarkedFile(records);
+    size_t third = 1 + 2 * 38;
+    ASSERT_EQ(static_cast<unsigned char>(file[third]), 36);
+    file[third + 37] = 7;
+    binary_run damaged = readBinary(file, {{1991, 12.0f}, {1993, 12.0f}});
+    EXPECT_FALSE(damaged.ok);
+    EXPECT_EQ(damaged.errors,
+              "2 records read, from years 1990 to 1991.\n"
+              "ERROR in physical record (length = 36, trailer length = 7).\n"
+              "0 records read, from years 999999 to -999999.\n");
+    EXPECT_EQ(damaged.record.outputs.annual.size(), 2u);
+
+    // Truncated: the file ends inside the last record.
+    std::string cut = sbtest::byteMarkedFile(records, false);
+    cut.resize(cut.size() - 10);
+    binary_run truncated = readBinary(cut, {{1993, 12.0f}});
+    EXPECT_FALSE(truncated.ok);
+    EXPECT_EQ(truncated.errors,
+              "ERROR in physical record.\n"
+              "3 records read, from years 1990 to 1992.\n");
+    EXPECT_EQ(truncated.record.outputs.annual.size(), 3u);
+
+    // Values the model could not compute are left unset and reported once each.
+    records[1] = binaryRecord(1991, {1, 2, std::numeric_limits<float>::quiet_NaN(), 4, 5, 6, 7, 8});
+    binary_run nan = readBinary(sbtest::byteMarkedFile(records), {{1993, 12.0f}});
+    EXPECT_TRUE(nan.ok);
+    EXPECT_EQ(nan.errors,
+              "WARNING, binary output file record 2: value \"NaN\" of \"somsc\" is not a finite number; left unset.\n"
+              "4 records read, from years 1990 to 1993.\n");
+    EXPECT_EQ(nan.record.outputs.annual[1].number("somsc"), 0.0);
+}
