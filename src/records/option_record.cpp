@@ -79,6 +79,7 @@ void option_record::writeValues(std::string& out, int version) const {
 }
 
 void option_record::fromRow(const table_record& row) {
+    if (row.table() != table()) return;  // a row of another table would change the record's kind
     static_cast<table_record&>(*this) = row;
     name = text(kNameColumn);
     description = text(kDescriptionColumn);

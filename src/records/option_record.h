@@ -30,7 +30,8 @@ public:
     double value(std::string_view column) const { return number(column); }
 
     // Rows carry Name and Description as columns; in memory they are the
-    // record's name and description. These two move between the forms.
+    // record's name and description. These two move between the forms; a row
+    // of another table is ignored.
     void fromRow(const table_record& row);
     table_record toRow() const;
 

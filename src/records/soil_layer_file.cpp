@@ -121,4 +121,8 @@ bool writeSoilsIn(const TelluraSoils& soil, const std::vector<int>& targetBottom
     return true;
 }
 
+bool writeSoilsIn(const TelluraSoils& soil, const std::string& path, std::string& errors) {
+    return writeSoilsIn(soil, soil.layerDepths(), path, errors);
+}
+
 }  // namespace sb

@@ -26,5 +26,9 @@ std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& target
 // Writes soilsInText() to the path; "ERROR, can't open file \"%s\".\n" when it cannot.
 bool writeSoilsIn(const TelluraSoils& soil, const std::vector<int>& targetBottoms, const std::string& path,
                   std::string& errors);
+// The run directory's "soils.in": the soil on its own layers. The daily model
+// takes its layer structure from this file, so the soil's layers are written
+// as the user entered them (re-layering onto them changes no value).
+bool writeSoilsIn(const TelluraSoils& soil, const std::string& path, std::string& errors);
 
 }  // namespace sb

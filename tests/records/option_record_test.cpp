@@ -378,6 +378,10 @@ TEST(OptionRecord, NameAndDescriptionTravelAsColumns) {
     EXPECT_EQ(back.name, "C_M");
     EXPECT_EQ(back.description, "COLD_MLRA");
     EXPECT_FLOAT_EQ(back.value("frtsh"), 0.2f);
+    TelluraFire unchanged = back;
+    back.fromRow(TelluraGraze().toRow());  // another member's row is not taken
+    EXPECT_EQ(back.kind(), option_kind::fire);
+    EXPECT_TRUE(static_cast<const table_record&>(back) == unchanged);
 }
 
 }  // namespace

@@ -256,7 +256,7 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerPh), 7.1f);
     EXPECT_EQ(soil.layers[1].integer(kLayerNumber), 2);
 
-    ASSERT_TRUE(writeSoilsIn(soil, soil.layerDepths(), dir.file("soils.in"), errors)) << errors;
+    ASSERT_TRUE(writeSoilsIn(soil, dir.file("soils.in"), errors)) << errors;
     EXPECT_EQ(sbtest::readFile(dir.file("soils.in")), kTwoLayers);
 
     // Onto one 0-20 layer: means of the two layers over 10 cm each.
