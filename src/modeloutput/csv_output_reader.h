@@ -30,6 +30,7 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path,
                        tellura_control_record& record, std::string& errors);
 
 // All six files of a run; a missing file is reported and the others still read.
+// False only when not one of them could be opened.
 bool readCsvOutputs(const std::string& runDirectory, tellura_control_record& record, std::string& errors);
 
 }  // namespace sb

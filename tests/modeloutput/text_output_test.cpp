@@ -1,0 +1,194 @@
+// Year summaries, the daily output file, the comma-separated files of version 6
+// and keeping the daily files of chosen years.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "app/text_format.h"
+#include "modeloutput/csv_output_reader.h"
+#include "modeloutput/daily_file_keeper.h"
+#include "modeloutput/text_output_readers.h"
+#include "output_test_files.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+const char* const kSummaryHeader = "    time       N2Oflux        NOflux        N2flux           CH4           NIT      ANNPPT\n";
+
+std::string summaryRow(double time, double base) {
+    return strprintf("%8.2f%14.6f%14.6f%14.6f%14.6f%14.6f%13.6f\n", time, base, base + 1, base + 2, base + 3,
+                     base + 4, base + 5);
+}
+
+float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
+
+}  // namespace
+
+TEST(YearSummary, FixedRangesFillTheYearsRecords) {
+    sbtest::temp_dir dir;
+    std::string text = kSummaryHeader + summaryRow(1900.92, 0.5) + summaryRow(1901.92, 1.5);
+    // A short last line: ranges past its end leave their values alone.
+    text += summaryRow(1902.92, 2.5).substr(0, 8 + 14 * 2) + "\n";
+    sbtest::writeFile(dir.file("year_summary.out"), text);
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    record.outputs.annualFor(1901).setNumber("somsc", 77);  // another reader's value of the same year
+    std::string errors;
+    ASSERT_TRUE(readYearSummary(dir.file("year_summary.out"), record, errors));
+    EXPECT_EQ(errors, "Year Summary: 3 years read, from 1900 to 1902.\n");
+    const auto& annual = record.outputs.annual;
+    ASSERT_EQ(annual.size(), 3u);
+    EXPECT_EQ(annual[0].year(), 1901);  // merged into the existing record
+    EXPECT_FLOAT_EQ(cell(annual[0], "somsc"), 77.0f);
+    EXPECT_FLOAT_EQ(cell(annual[0], "n2oflux"), 1.5f);
+    EXPECT_FLOAT_EQ(cell(annual[0], "ppt"), 6.5f);
+    EXPECT_EQ(annual[1].year(), 1900);
+    EXPECT_FLOAT_EQ(cell(annual[1], "nit"), 4.5f);
+    EXPECT_FLOAT_EQ(cell(annual[2], "noflux"), 3.5f);
+    EXPECT_EQ(annual[2].number("n2flux"), 0.0);
+}
+
+TEST(YearSummary, HeaderIsCheckedExactly) {
+    sbtest::temp_dir dir;
+    std::string header = kSummaryHeader;
+    header.replace(header.find("N2Oflux"), 7, "n2oflux");
+    sbtest::writeFile(dir.file("summary.out"), header + summaryRow(1900.92, 1));
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    EXPECT_FALSE(readYearSummary(dir.file("summary.out"), record, errors));
+    EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"n2oflux\", expected \"N2Oflux\".\n");
+    EXPECT_TRUE(record.outputs.annual.empty());
+
+    errors.clear();
+    EXPECT_FALSE(readYearSummary(dir.file("none.out"), record, errors));
+    EXPECT_EQ(errors, "ERROR, can't open annual summary file \"" + dir.file("none.out") + "\".\n");
+
+    errors.clear();
+    sbtest::writeFile(dir.file("empty.out"), "");
+    EXPECT_FALSE(readYearSummary(dir.file("empty.out"), record, errors));
+    EXPECT_EQ(errors, "ERROR in columns of \"empty.out\": read \"\", expected \"time\".\n");
+}
+
+TEST(DailyOutput, RowsBecomeDailyRecords) {
+    sbtest::temp_dir dir;
+    std::string text = strprintf("%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp");
+    text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 1, 10.5, 1.5, 0.25, 0.125, 3000.5);
+    text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 2, 11.0, 2.0, 0.5, 0.25, 3001.0);
+    text += strprintf("%10.4f%9d%9.2f%9.2f%13s%13.4f%13.4f\n", 1991.0, 365, 9.0, 1.0, "NaN", 0.5, 2999.0);
+    sbtest::writeFile(dir.file("daily.out"), text);
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    ASSERT_TRUE(readDailyOutput(dir.file("daily.out"), record, errors));
+    EXPECT_EQ(errors,
+              "WARNING, daily output file line 4: value \"NaN\" of \"N2Oflux\" is not a finite number; left unset.\n"
+              "DAILY.OUT: 3 days read, from 1990 to 1991.\n");
+    const auto& daily = record.outputs.daily;
+    ASSERT_EQ(daily.size(), 3u);
+    EXPECT_EQ(daily[1].year(), 1990);
+    EXPECT_EQ(daily[1].julianDay(), 2);
+    EXPECT_FLOAT_EQ(cell(daily[1], "tmax"), 11.0f);
+    EXPECT_FLOAT_EQ(cell(daily[1], "tmin"), 2.0f);
+    EXPECT_FLOAT_EQ(cell(daily[1], "N2Oflux"), 0.5f);
+    EXPECT_FLOAT_EQ(cell(daily[1], "NOflux"), 0.25f);
+    EXPECT_FLOAT_EQ(cell(daily[1], "CO2resp"), 3001.0f);
+    EXPECT_EQ(daily[2].julianDay(), 365);
+    EXPECT_EQ(daily[2].number("N2Oflux"), 0.0);
+}
+
+TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
+    sbtest::temp_dir dir;
+    // The summary form: ppt, CH4 and NIT stand between the required names.
+    std::string text = "      time  dayofyr     tmax     tmin      ppt      N2Oflux       NOflux          CH4          NIT      CO2resp\n"
+                       " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n";
+    sbtest::writeFile(dir.file("summary.out"), text);
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    ASSERT_TRUE(readDailyOutput(dir.file("summary.out"), record, errors)) << errors;
+    ASSERT_EQ(record.outputs.daily.size(), 1u);
+    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "ppt"), 0.5f);
+    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "CH4"), 2.5821f);
+    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "NIT"), 43.9735f);
+    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "CO2resp"), 3429.2802f);
+
+    struct bad_header {
+        const char* header;
+        const char* message;
+    } cases[] = {
+        {"      time jday tmax tmin N2Oflux NOflux CO2resp",
+         "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n"},
+        {"      time  dayofyr      PET(cm)      agdefac",
+         "ERROR in columns of \"daily.out\": read \"PET(cm)\", expected \"tmax\".\n"},
+        {"time dayofyr tmax tmin N2Oflux NOflux",
+         "ERROR in columns of \"daily.out\": read \"\", expected \"CO2resp\".\n"},
+        {"", "ERROR in columns of \"daily.out\": read \"\", expected \"time\".\n"},
+    };
+    for (const auto& c : cases) {
+        sbtest::writeFile(dir.file("daily.out"), std::string(c.header) + "\n 1900.0 1 1 1 1 1 1\n");
+        tellura_control_record other = sbtest::recordWithBlocks({});
+        errors.clear();
+        EXPECT_FALSE(readDailyOutput(dir.file("daily.out"), other, errors));
+        EXPECT_EQ(errors, c.message);
+        EXPECT_TRUE(other.outputs.daily.empty());
+    }
+    errors.clear();
+    EXPECT_FALSE(readDailyOutput(dir.file("gone.out"), record, errors));
+    EXPECT_EQ(errors, "ERROR, can't open daily output file \"" + dir.file("gone.out") + "\".\n");
+}
+
+TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("sb.cropC.csv"),
+                      "time,agcacc,aglcis(1),aglcis(2),bgcacc,bglivc,cgrain,cinput,cprodc,creta,sdrema,shrema,stdedc\n"
+                      "1990.0000,1,2,3,4,5,6,7,8,9,10,11,12\n"
+                      "1991.0000,21,22,23,24,25,26,27,28,29,30,31,32,99\n");
+    std::string co2;
+    for (int i = 0; i < 12; ++i) co2 += "# header\n";
+    co2 += "time,resp(1),resp(2),totsysc\n1990.5,100,200,300\n1991.5,101,201,1e999\n";
+    sbtest::writeFile(dir.file("sb.CO2.csv"), co2);
+    sbtest::writeFile(dir.file("sb.nps.csv"), "time,aminrl(1),aminrl(2),aminrl(3)\n1990,5,6,7\n1991,8,9,10\n");
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    EXPECT_TRUE(readCsvOutputs(dir.path(), record, errors));
+    EXPECT_EQ(errors,
+              "2 years read, from 1990 to 1991.\n"
+              "ERROR, unable to open output file: " + dir.file("sb.soilC.csv") + "\n"
+              "WARNING, sb.CO2.csv line 15: value \"1e999\" of \"totsysc\" is not a finite number; left unset.\n"
+              "2 years read, from 1990 to 1991.\n"
+              "ERROR, unable to open output file: " + dir.file("sb.ForestC.csv") + "\n"
+              "2 years read, from 1990 to 1991.\n"
+              "ERROR, unable to open output file: " + dir.file("sb.wt.csv") + "\n");
+    const auto& annual = record.outputs.annual;
+    ASSERT_EQ(annual.size(), 2u);
+    EXPECT_FLOAT_EQ(cell(annual[0], "agcacc"), 1.0f);
+    EXPECT_FLOAT_EQ(cell(annual[0], "stdedc"), 12.0f);
+    EXPECT_FLOAT_EQ(cell(annual[0], "creta"), 9.0f);
+    EXPECT_FLOAT_EQ(cell(annual[0], "resp(2)"), 200.0f);
+    EXPECT_FLOAT_EQ(cell(annual[1], "shrema"), 31.0f);
+    EXPECT_FLOAT_EQ(cell(annual[1], "resp(1)"), 101.0f);
+    EXPECT_EQ(annual[1].number("totsysc"), 0.0);
+    EXPECT_FLOAT_EQ(cell(annual[1], "aminrl(3)"), 10.0f);
+    ASSERT_TRUE(record.outputs.hasEndOfRun);  // the last year's mineral pools
+    EXPECT_FLOAT_EQ(cell(record.outputs.endOfRun, "aminrl(1)"), 8.0f);
+}
+
+TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {
+    sbtest::temp_dir run, out;
+    for (const char* name : {"daily.out", "nflux.out", "summary.out"}) sbtest::writeFile(run.file(name), name);
+    std::string errors;
+    ASSERT_TRUE(saveDailyFiles(run.path(), out.path(), "siteA_", 1995, 1996, errors)) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_daily.out")), "daily.out");
+    EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_summary.out")), "summary.out");
+    EXPECT_TRUE(std::filesystem::exists(out.file("1995/siteA_nflux.out")));
+    EXPECT_FALSE(std::filesystem::exists(out.file("1995/siteA_mresp.out")));  // never written
+    EXPECT_TRUE(std::filesystem::is_directory(out.file("1996")));
+    EXPECT_FALSE(std::filesystem::exists(run.file("daily.out")));
+
+    // A file where the year's folder should be: the message names it.
+    sbtest::writeFile(run.file("daily.out"), "again");
+    sbtest::writeFile(out.file("0007"), "in the way");
+    EXPECT_FALSE(saveDailyFiles(run.path(), out.path(), "", 7, 7, errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to make folder \"" + out.file("0007") + "\": ", 0), 0u) << errors;
+    EXPECT_TRUE(std::filesystem::exists(run.file("daily.out")));  // nothing lost
+}
