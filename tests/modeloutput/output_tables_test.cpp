@@ -1,0 +1,252 @@
+// Storing outputs in the project database and reading them back; copying
+// outputs back into a record's input values.
+#include <gtest/gtest.h>
+
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "modeloutput/output_tables.h"
+#include "modeloutput/output_to_input.h"
+#include "modeloutput/tellura_output.h"
+#include "output_test_files.h"
+#include "records/tellura_soil.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+std::unique_ptr<database> makeProject(const sbtest::temp_dir& dir) {
+    std::string errors;
+    std::string path = dir.file("outputs.db");
+    EXPECT_TRUE(database::create(path, errors)) << errors;
+    auto db = database::open(path, errors);
+    if (!db) return nullptr;
+    database_maker maker(*db);
+    EXPECT_TRUE(maker.createAllTables(errors)) << errors;
+    return db;
+}
+
+float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
+
+tellura_outputs sampleOutputs() {
+    tellura_outputs out;
+    out.hasEndOfRun = true;
+    out.endOfRun.setNumber("somsc", 1);  // not an Output column: ignored
+    out.endOfRun.setNumber("strcis(1,1)", 11.5);
+    for (int year : {1992, 1990, 1991}) {
+        auto& a = out.annualFor(year);
+        a.setNumber("somsc", year + 0.5);
+        a.setNumber("crpval", 3);
+    }
+    // 1990 and 2190 share a bucket; read back they come in year order.
+    for (int year : {2190, 1990})
+        for (int month : {2, 1}) out.monthlyFor(year, month).setNumber("agcmth", year * 100 + month);
+    for (int day : {1, 2, 3}) {
+        out.daily.emplace_back();
+        out.daily.back().setYearDay(day == 3 ? 1989 : 1990, day);
+        out.daily.back().setNumber("tmax", day * 1.5);
+    }
+    for (int layer = 1; layer <= 3; ++layer) {
+        out.soilLayers.emplace_back();
+        out.soilLayers.back().setNumber(1, layer);
+        out.soilLayers.back().setNumber("Mineral N", layer * 2.0);
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST(OutputTables, StoreAndReadBackEveryTable) {
+    sbtest::temp_dir dir;
+    auto db = makeProject(dir);
+    ASSERT_TRUE(db);
+    tellura_outputs out = sampleOutputs();
+    std::string errors;
+    ASSERT_TRUE(storeOutputs(*db, 7, out, errors)) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(out.annual[0].id(), 7);  // every record takes the control record's ID
+
+    tellura_outputs back;
+    ASSERT_TRUE(readOutputs(*db, 7, back, errors)) << errors;
+    ASSERT_TRUE(back.hasEndOfRun);
+    EXPECT_FLOAT_EQ(cell(back.endOfRun, "strcis(1,1)"), 11.5f);
+    ASSERT_EQ(back.annual.size(), 3u);
+    EXPECT_EQ(back.annual[0].year(), 1990);  // in year order
+    EXPECT_EQ(back.annual[2].year(), 1992);
+    EXPECT_FLOAT_EQ(cell(back.annual[1], "somsc"), 1991.5f);
+    EXPECT_EQ(back.annual[1].number("crpval"), 3.0);
+    auto months = back.monthlyInOrder();
+    ASSERT_EQ(months.size(), 4u);
+    EXPECT_EQ(months[0]->year(), 1990);
+    EXPECT_EQ(months[0]->month(), 1);
+    EXPECT_EQ(months[3]->year(), 2190);
+    EXPECT_FLOAT_EQ(cell(*months[3], "agcmth"), 219002.0f);
+    ASSERT_EQ(back.daily.size(), 3u);
+    EXPECT_EQ(back.daily[0].year(), 1989);
+    EXPECT_FLOAT_EQ(cell(back.daily[0], "tmax"), 4.5f);
+    ASSERT_EQ(back.soilLayers.size(), 3u);
+    EXPECT_FLOAT_EQ(cell(back.soilLayers[2], "Mineral N"), 6.0f);
+
+    // Nothing stored under another ID.
+    tellura_outputs other;
+    ASSERT_TRUE(readOutputs(*db, 8, other, errors));
+    EXPECT_TRUE(other.empty());
+}
+
+TEST(OutputTables, AStoreReplacesOnlyThatRecordsRows) {
+    sbtest::temp_dir dir;
+    auto db = makeProject(dir);
+    ASSERT_TRUE(db);
+    tellura_outputs first = sampleOutputs(), second = sampleOutputs();
+    std::string errors;
+    ASSERT_TRUE(storeOutputs(*db, 1, first, errors));
+    ASSERT_TRUE(storeOutputs(*db, 2, second, errors));
+    tellura_outputs empty;
+    ASSERT_TRUE(storeOutputs(*db, 1, empty, errors)) << errors;
+    EXPECT_EQ(errors, "");
+    tellura_outputs back;
+    ASSERT_TRUE(readOutputs(*db, 1, back, errors));
+    EXPECT_TRUE(back.empty());
+    ASSERT_TRUE(readOutputs(*db, 2, back, errors));
+    EXPECT_EQ(back.annual.size(), 3u);
+    EXPECT_EQ(back.monthlyCount(), 4u);
+}
+
+TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
+    sbtest::temp_dir dir;
+    auto db = makeProject(dir);
+    ASSERT_TRUE(db);
+    tellura_outputs out;
+    out.annual.resize(3);
+    out.annual[0].setYear(1990);
+    out.annual[0].setNumber("somsc", 1);
+    out.annual[1].setYear(1990);
+    out.annual[1].setNumber("somsc", 2);
+    out.annual[2].setYear(1991);
+    out.daily.resize(2);
+    out.daily[0].setYearDay(1990, 5);
+    out.daily[1].setYearDay(1990, 5);
+    std::string errors;
+    ASSERT_TRUE(storeOutputs(*db, 3, out, errors));
+    const std::string annualWarning = "WARNING, duplicate year cannot be inserted into table [Output Annual] ID=3 Year=1990\n";
+    const std::string dailyWarning =
+        "WARNING, duplicate year cannot be inserted into table [Output Daily] ID=3 Year=1990 Julian Day=5\n";
+    ASSERT_EQ(errors.rfind(annualWarning, 0), 0u) << errors;
+    size_t daily = errors.find(dailyWarning);
+    ASSERT_NE(daily, std::string::npos) << errors;
+    EXPECT_EQ(errors.find("WARNING", annualWarning.size()), daily);  // one warning each
+    tellura_outputs back;
+    ASSERT_TRUE(readOutputs(*db, 3, back, errors));
+    ASSERT_EQ(back.annual.size(), 2u);
+    EXPECT_FLOAT_EQ(cell(back.annual[0], "somsc"), 1.0f);
+    EXPECT_EQ(back.daily.size(), 1u);
+
+    // A monthly duplicate names its month.
+    tellura_outputs months;
+    months.monthly[190].resize(2);
+    months.monthly[190][0].setYearMonth(1990, 4);
+    months.monthly[190][1].setYearMonth(1990, 4);
+    errors.clear();
+    ASSERT_TRUE(storeOutputs(*db, 3, months, errors));
+    EXPECT_EQ(errors.rfind("WARNING, duplicate year cannot be inserted into table [Output Monthly] ID=3 Year=1990 Month=4\n", 0), 0u)
+        << errors;
+}
+
+TEST(OutputTables, OtherInsertFailuresEndTheTableAndKeepEarlierRows) {
+    sbtest::temp_dir dir;
+    auto db = makeProject(dir);
+    ASSERT_TRUE(db);
+    tellura_outputs out;
+    out.annualFor(1990);
+    out.annualFor(40000);  // beyond a SMALLINT year
+    out.annualFor(1991);
+    out.soilLayers.resize(2);
+    out.soilLayers[0].setNumber(1, 1);
+    out.soilLayers[1].setNumber(1, 1);  // layers have no duplicate warning
+    std::string errors;
+    EXPECT_FALSE(storeOutputs(*db, 4, out, errors));
+    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"), std::string::npos) << errors;
+    tellura_outputs back;
+    ASSERT_TRUE(readOutputs(*db, 4, back, errors));
+    ASSERT_EQ(back.annual.size(), 1u);
+    EXPECT_EQ(back.annual[0].year(), 1990);
+    EXPECT_EQ(back.soilLayers.size(), 1u);
+}
+
+TEST(OutputTables, ReadBackKeepsFourteenSoilLayers) {
+    sbtest::temp_dir dir;
+    auto db = makeProject(dir);
+    ASSERT_TRUE(db);
+    tellura_outputs out;
+    for (int layer = 1; layer <= 15; ++layer) {
+        out.soilLayers.emplace_back();
+        out.soilLayers.back().setNumber(1, layer);
+    }
+    std::string errors;
+    ASSERT_TRUE(storeOutputs(*db, 5, out, errors)) << errors;
+    tellura_outputs back;
+    EXPECT_FALSE(readOutputs(*db, 5, back, errors));
+    EXPECT_EQ(errors, "ERROR, too many soil layers in table [Output Soil Layers]");
+    EXPECT_EQ(back.soilLayers.size(), 14u);
+}
+
+TEST(OutputToInput, AnnualAndMonthlyCopies) {
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    EXPECT_FALSE(copyAnnualOutputToInput(record, errors));
+    EXPECT_FALSE(copyMonthlyOutputToInput(record, errors));
+    EXPECT_EQ(errors, "No annual output exists for record.\nNo monthly output exists for record.\n");
+
+    // All eight zero: nothing changes, nothing said.
+    record.site.setNumber("AGLIVE(1)", 9);
+    record.outputs.annualFor(1990).setNumber("aglive(1)", 4);
+    record.outputs.annualFor(1991).setNumber("somsc", 4);
+    record.modified = false;
+    errors.clear();
+    EXPECT_FALSE(copyAnnualOutputToInput(record, errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(record.site.number("AGLIVE(1)"), 9.0);
+    EXPECT_FALSE(record.modified);
+
+    const char* names[] = {"aglcis(1)", "aglcis(2)", "aglive(1)", "aglive(2)", "aglive(3)", "aminrl(1)", "aminrl(2)", "aminrl(3)"};
+    const char* site[] = {"AGLCIS(1)", "AGLCIS(2)", "AGLIVE(1)", "AGLIVE(2)", "AGLIVE(3)", "AMINRL(1)", "AMINRL(2)", "AMINRL(3)"};
+    for (int i = 0; i < 8; ++i) record.outputs.annualFor(1991).setNumber(names[i], i + 1.5);
+    EXPECT_TRUE(copyAnnualOutputToInput(record, errors));
+    EXPECT_EQ(errors, "");
+    for (int i = 0; i < 8; ++i) EXPECT_FLOAT_EQ(static_cast<float>(record.site.number(site[i])), i + 1.5f) << site[i];
+    EXPECT_TRUE(record.modified);
+
+    // The monthly copy takes the last month, zeros included, and says so.
+    record.outputs.monthlyFor(1991, 12).setNumber("aminrl(1)", 0);
+    record.outputs.monthlyFor(1991, 3).setNumber("aminrl(1)", 99);
+    EXPECT_TRUE(copyMonthlyOutputToInput(record, errors));
+    EXPECT_EQ(errors, "Monthly copied for record.\n");
+    EXPECT_EQ(record.site.number("AMINRL(1)"), 0.0);
+}
+
+TEST(OutputToInput, SoilFillTakesTheLayerRows) {
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    EXPECT_FALSE(fillSoilFromOutput(record, nullptr, errors));
+    EXPECT_EQ(errors, "ERROR, No soil record to fill.\n");
+
+    TelluraSoils soil;
+    soil.layerCount = 2;
+    for (int layer : {2, 3}) {
+        record.outputs.soilLayers.emplace_back();
+        auto& row = record.outputs.soilLayers.back();
+        row.setNumber(1, layer);
+        row.setNumber("Mineral N", layer + 0.5);
+        row.setNumber("Mineral S", layer + 0.25);
+        row.setNumber("Initial Relative Water Content", 0.5);
+    }
+    errors.clear();
+    EXPECT_TRUE(fillSoilFromOutput(record, &soil, errors));
+    EXPECT_EQ(errors, "");
+    EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral N")), 2.5f);
+    EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral S")), 2.25f);
+    EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Initial Relative Water Content")), 0.5f);
+    EXPECT_EQ(soil.layers[0].number("Mineral N"), 0.0);  // no row for layer 1
+    EXPECT_EQ(soil.layers[2].number("Mineral N"), 0.0);  // layer 3 is beyond the soil's two layers
+}
