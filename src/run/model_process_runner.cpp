@@ -24,7 +24,7 @@ void deleteStale(const std::string& folder, const char* name, std::string& error
 
 bool model_process_runner::runModel(int version, const std::string& modelExecutable, bool visible,
                                     std::string& runLog, std::string& errors) {
-    std::string runDirectory = directoryOf(modelExecutable);
+    std::string runDirectory = workingDirectory_.empty() ? directoryOf(modelExecutable) : workingDirectory_;
     std::string commandLine = modelCommandLine(version, modelExecutable, visible);
     deleteStale(runDirectory, staleBinaryFile(version), errors);
     if (visible) return runner_.runInConsole(commandLine, runDirectory, errors);
@@ -33,7 +33,7 @@ bool model_process_runner::runModel(int version, const std::string& modelExecuta
 
 bool model_process_runner::runList100(int version, const std::string& list100Executable,
                                       bool inConsole, std::string& runLog, std::string& errors) {
-    std::string listDirectory = directoryOf(list100Executable);
+    std::string listDirectory = workingDirectory_.empty() ? directoryOf(list100Executable) : workingDirectory_;
     std::string commandLine = list100CommandLine(version, list100Executable);
     deleteStale(listDirectory, "sb.lis", errors);
     if (inConsole) return runner_.runInConsole(commandLine, listDirectory, errors);

@@ -12,6 +12,11 @@ class model_process_runner {
 public:
     explicit model_process_runner(process_runner& runner) : runner_(runner) {}
 
+    // Runs both steps in this folder instead of their executables' folders
+    // (parallel runs give each record a scratch copy of the run directory;
+    // the executables stay where they are). Empty: the executables' folders.
+    void setWorkingDirectory(std::string folder) { workingDirectory_ = std::move(folder); }
+
     // Deletes the stale binary output, forms the version's command line and
     // runs the model in the folder of its executable: captured into
     // "Soilbench.con" (output required), or in a terminal when visible.
@@ -26,6 +31,7 @@ public:
 
 private:
     process_runner& runner_;
+    std::string workingDirectory_;
 };
 
 }  // namespace sb

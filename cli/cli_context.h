@@ -1,0 +1,28 @@
+#pragma once
+// Shared plumbing of the command functions: the user's settings, opening a
+// project, and reporting the core's collected messages on standard error.
+#include <memory>
+#include <string>
+
+#include "app/app_soilbench.h"
+#include "db/database.h"
+
+namespace sbcli {
+
+// The user's settings as the profile holds them (SOILBENCH_PROFILE names another INI file).
+sb::app_soilbench loadUserSettings();
+// Saves them back; false with the message printed when the profile cannot be written.
+bool saveUserSettings(sb::app_soilbench& settings);
+
+// Opens an existing project; prints the messages and returns null on failure.
+std::unique_ptr<sb::database> openProject(const std::string& path);
+
+// Prints collected messages (already ending in newlines) to standard error.
+void report(const std::string& messages);
+// Prints the messages and turns an operation's result into the exit status.
+int finish(bool ok, const std::string& messages);
+
+// "1-3" -> 1, 3; false when the text is not two whole numbers joined by '-'.
+bool parseRange(const std::string& text, int& first, int& last);
+
+}  // namespace sbcli

@@ -1,0 +1,170 @@
+// Imports into a project and the option-list export.
+#include <filesystem>
+#include <iostream>
+
+#include "app/text_format.h"
+#include "cli_context.h"
+#include "cli_options.h"
+#include "modelinput/run_files_import.h"
+#include "modelinput/site_file.h"
+#include "records/option_lists.h"
+#include "records/soil_layer_file.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace sbcli {
+namespace {
+
+// The schedule of a run directory when none is named: the only ".sch" or ".evt" file.
+bool findSchedule(const std::string& dir, std::string& schedule, std::string& errors) {
+    std::vector<std::string> found;
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator(dir, ec)) {
+        std::string ext = sb::toLower(entry.path().extension().string());
+        if (entry.is_regular_file() && (ext == ".sch" || ext == ".evt")) found.push_back(entry.path().filename());
+    }
+    if (ec) {
+        sb::appendf(errors, "ERROR, cannot read run directory \"%s\": %s.\n", dir.c_str(), ec.message().c_str());
+        return false;
+    }
+    if (found.size() != 1) {
+        sb::appendf(errors, "ERROR, %s schedule file (.sch or .evt) in \"%s\": name one with --schedule.\n",
+                    found.empty() ? "no" : "more than one", dir.c_str());
+        return false;
+    }
+    schedule = found.front();
+    return true;
+}
+
+int32_t nextFreeRecordId(sb::database& db) {
+    sb::db_status status;
+    auto table = db.openTable(sb::table_id::control_records, "", "ID DESC", status);
+    if (table && table->moveFirst().ok()) return table->row().integer(0) + 1;
+    return 1;
+}
+
+// The station to import into: the stored one with its history, or a new one.
+sb::TelluraWeatherStations stationFor(sb::database& db, int32_t id, const std::string& description,
+                                      std::string& errors) {
+    sb::tellura_weather_station_list stations;
+    sb::loadWeatherStations(db, stations, errors);
+    if (const sb::TelluraWeatherStations* stored = stations.find(id)) {
+        sb::TelluraWeatherStations station = *stored;
+        sb::loadMonthlyHistory(db, station, errors);
+        sb::loadDailyHistory(db, station, errors);
+        if (!description.empty()) station.description = description;
+        return station;
+    }
+    sb::TelluraWeatherStations station;
+    station.id = id;
+    station.description = description.empty() ? sb::strprintf("Station %ld", static_cast<long>(id)) : description;
+    return station;
+}
+
+const sb::option_member* memberOrReport(const std::string& kind) {
+    const sb::option_member* member = sb::optionMemberByCliName(kind);
+    if (!member)
+        std::cerr << "ERROR, unknown option list \"" << kind
+                  << "\": use crop, cult, fert, fire, graz, harv, irri, omad, tree or trem.\n";
+    return member;
+}
+
+}  // namespace
+
+int cmdImportRunFiles(const import_run_files_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    std::string schedule = opt.schedule;
+    if (schedule.empty() && !findSchedule(opt.dir, schedule, errors)) return finish(false, errors);
+    sb::app_soilbench settings = loadUserSettings();
+    int32_t id = opt.id ? *opt.id : nextFreeRecordId(*db);
+    bool ok = sb::importRunFiles(*db, opt.dir, schedule, settings.version, id, errors);
+    if (ok) std::cout << "Imported " << opt.dir << " as record " << id << ".\n";
+    return finish(ok, errors);
+}
+
+int cmdImportWeatherDaily(const import_weather_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
+    bool ok = sb::importDailyWeatherFile(opt.file, station, errors);
+    if (ok) ok = sb::saveWeatherStation(*db, station, errors) && sb::saveDailyHistory(*db, station, errors);
+    return finish(ok, errors);
+}
+
+int cmdImportWeatherMonthly(const import_weather_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
+    bool ok = sb::importMonthlyWeatherFile(opt.file, station, errors);
+    if (ok) ok = sb::saveWeatherStation(*db, station, errors) && sb::saveMonthlyHistory(*db, station, errors);
+    return finish(ok, errors);
+}
+
+int cmdImportWeatherAverages(const import_weather_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
+    // Only the climate names of the site file are taken: the record read into is thrown away.
+    sb::tellura_control_record scratch;
+    bool ok = sb::importSiteFile(opt.file, scratch, nullptr, &station, errors);
+    if (ok) {
+        station.hasMeans = true;
+        ok = sb::saveWeatherStation(*db, station, errors);
+    }
+    return finish(ok, errors);
+}
+
+int cmdImportOptionList(const option_list_options& opt) {
+    const sb::option_member* member = memberOrReport(opt.kind);
+    if (!member) return kExitUsage;
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors, status;
+    sb::option_lists lists;
+    sb::option_list& list = lists.list(member->kind);
+    bool ok = list.loadFromDatabase(*db, errors);
+    list.importFile(opt.file, errors, status);
+    ok = list.saveToDatabase(*db, errors) && ok;
+    std::cout << status;
+    return finish(ok, errors);
+}
+
+int cmdExportOptionList(const option_list_options& opt) {
+    const sb::option_member* member = memberOrReport(opt.kind);
+    if (!member) return kExitUsage;
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::option_lists lists;
+    sb::option_list& list = lists.list(member->kind);
+    bool ok = list.loadFromDatabase(*db, errors) && list.write(opt.file, errors, opt.version);
+    if (ok) std::cout << "Wrote " << list.size() << " records to " << opt.file << ".\n";
+    return finish(ok, errors);
+}
+
+int cmdImportSoilLayers(const import_soil_layers_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::tellura_soil_list soils;
+    soils.load(*db, errors);
+    sb::TelluraSoils soil;
+    if (const sb::TelluraSoils* stored = soils.find(opt.soil)) {
+        soil = *stored;
+    } else {
+        soil.setSoilId(opt.soil);
+        soil.setName(sb::strprintf("Soil %d", opt.soil));
+    }
+    bool ok = sb::importSoilLayerFile(soil, opt.file, errors);
+    ok = sb::writeSoil(soil, *db, errors) && ok;
+    if (ok) std::cout << "Imported " << soil.layerCount << " layers into soil " << opt.soil << ".\n";
+    return finish(ok, errors);
+}
+
+}  // namespace sbcli

@@ -1,0 +1,71 @@
+// Stored outputs: export as CSV, plot as a PNG chart.
+#include <fstream>
+#include <iostream>
+
+#include "app/text_format.h"
+#include "chart_png.h"
+#include "cli_context.h"
+#include "cli_options.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/output_tables.h"
+
+namespace sbcli {
+namespace {
+
+bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& outputs, std::string& errors) {
+    auto db = openProject(project);
+    if (!db) return false;
+    return sb::readOutputs(*db, id, outputs, errors);
+}
+
+}  // namespace
+
+int cmdExport(const export_options& opt) {
+    std::string errors;
+    sb::tellura_outputs outputs;
+    if (!readStoredOutputs(opt.project, opt.id, outputs, errors)) return finish(false, errors);
+    std::string csv;
+    if (opt.table == "annual") csv = sb::annualOutputCsv(outputs);
+    else if (opt.table == "monthly") csv = sb::monthlyOutputCsv(outputs);
+    else if (opt.table == "daily") csv = sb::dailyOutputCsv(outputs);
+    else if (opt.table == "layers") csv = sb::soilLayerOutputCsv(outputs);
+    else csv = sb::endOfRunOutputCsv(outputs);
+    if (opt.csv.empty()) {
+        std::cout << csv;
+        return finish(true, errors);
+    }
+    std::ofstream out(opt.csv, std::ios::binary);
+    out << csv;
+    if (!out.flush()) {
+        sb::appendf(errors, "ERROR, unable to write \"%s\".\n", opt.csv.c_str());
+        return finish(false, errors);
+    }
+    return finish(true, errors);
+}
+
+int cmdPlot(const plot_options& opt) {
+    std::string errors;
+    sb::tellura_outputs outputs;
+    if (!readStoredOutputs(opt.project, opt.id, outputs, errors)) return finish(false, errors);
+    chart_request request;
+    request.title = sb::strprintf("Record %d, %s output", opt.id, opt.table.c_str());
+    request.table = opt.table;
+    // Names hold commas of their own ("clittr(1,1)"): split only outside parentheses.
+    std::string name;
+    int depth = 0;
+    for (char c : opt.vars + ",") {
+        if (c == '(') ++depth;
+        if (c == ')') --depth;
+        if (c == ',' && depth <= 0) {
+            if (!sb::trim(name).empty()) request.variables.push_back(std::string(sb::trim(name)));
+            name.clear();
+        } else {
+            name += c;
+        }
+    }
+    bool ok = renderOutputChart(outputs, request, opt.png, errors);
+    if (ok) std::cout << "Wrote " << opt.png << "\n";
+    return finish(ok, errors);
+}
+
+}  // namespace sbcli

@@ -1,0 +1,96 @@
+// Project-level commands: new, list, show, copy, delete.
+#include <iostream>
+
+#include "app/text_format.h"
+#include "cli_context.h"
+#include "cli_options.h"
+#include "records/id_list_filter.h"
+#include "records/new_project.h"
+#include "records/record_clipboard.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_weather_station.h"
+
+namespace sbcli {
+
+std::string record_selection::filter() const {
+    if (!ids.empty()) return std::string(sb::trim(sb::id_list_filter::whereClause(ids)));
+    return where;
+}
+
+int cmdNew(const new_options& opt) {
+    std::string errors;
+    auto db = sb::createNewProject(opt.project, errors);
+    if (db) std::cout << "Created project " << opt.project << " with one default record (ID 1).\n";
+    return finish(db != nullptr && errors.empty(), errors);
+}
+
+int cmdList(const list_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string filter = opt.selection.filter();
+    if (!opt.selection.ids.empty() && filter.empty()) {
+        std::cerr << "ERROR, the ID list \"" << opt.selection.ids << "\" names no record.\n";
+        return kExitUsage;
+    }
+    sb::db_status status;
+    auto table = db->openTable(sb::table_id::control_records, filter, "", status);
+    if (!table) {
+        std::string errors = "ERROR, unable to open table [Control Records].\n";
+        sb::appendStatusText(status, errors);
+        return finish(false, errors);
+    }
+    const auto& row = table->row();
+    const int description = row.column("Description"), soil = row.column("Soil ID"),
+              weather = row.column("Weather ID");
+    long number = 0;
+    std::cout << "  No.    ID   Soil Weather  Description\n";
+    sb::db_status s = table->moveFirst();
+    for (; s.ok(); s = table->moveNext()) {
+        std::cout << sb::strprintf("%5ld %5ld %6d %7d  %s\n", ++number, static_cast<long>(row.integer(0)),
+                                   row.integer(soil), row.integer(weather), row.text(description).c_str());
+    }
+    if (!s.endOfRowset()) {
+        std::string errors = "ERROR, unable to read [Control Records].\n";
+        sb::appendStatusText(s, errors);
+        return finish(false, errors);
+    }
+    return kExitOk;
+}
+
+int cmdShow(const show_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    sb::tellura_control_record record;
+    if (!sb::readControlRecord(*db, opt.id, true, record, errors)) return finish(false, errors);
+    sb::tellura_weather_station_list stations;
+    sb::loadWeatherStations(*db, stations, errors);
+    std::string text = sb::controlRecordText(record, stations);
+    if (text.empty())
+        sb::appendf(errors,
+                    "WARNING, weather station %ld of record %ld is not in the project, so the record has no "
+                    "text form.\n",
+                    static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
+    std::cout << text;
+    return finish(true, errors);
+}
+
+int cmdCopy(const copy_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    bool ok = sb::copyRecord(*db, opt.id, opt.to, errors);
+    if (ok) std::cout << "Copied record " << opt.id << " to ID " << opt.to << ".\n";
+    return finish(ok, errors);
+}
+
+int cmdDelete(const delete_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string errors;
+    bool ok = sb::deleteControlRecord(*db, opt.id, errors);
+    if (ok) std::cout << "Deleted record " << opt.id << ".\n";
+    return finish(ok, errors);
+}
+
+}  // namespace sbcli

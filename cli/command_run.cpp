@@ -1,0 +1,124 @@
+// Running: prepare (write a run directory only), run, read-bin.
+#include <filesystem>
+#include <iostream>
+
+#include "app/text_format.h"
+#include "cli_context.h"
+#include "cli_options.h"
+#include "modelinput/run_directory.h"
+#include "modeloutput/binary_layout.h"
+#include "modeloutput/binary_output_reader.h"
+#include "modeloutput/output_table_text.h"
+#include "progress_reporter.h"
+#include "records/tellura_control_record.h"
+#include "run/run_controller.h"
+
+namespace sbcli {
+namespace {
+
+// "1,3" -> {1, 3}; false on anything but whole numbers separated by commas or blanks.
+bool parseBlockList(const std::string& text, std::vector<int>& blocks) {
+    std::string token;
+    auto flush = [&]() -> bool {
+        if (token.empty()) return true;
+        char* end = nullptr;
+        long n = std::strtol(token.c_str(), &end, 10);
+        if (*end != '\0' || n < 1) return false;
+        blocks.push_back(static_cast<int>(n));
+        token.clear();
+        return true;
+    };
+    for (char c : text) {
+        if (c == ',' || c == ' ') {
+            if (!flush()) return false;
+        } else {
+            token += c;
+        }
+    }
+    return flush() && !blocks.empty();
+}
+
+}  // namespace
+
+int cmdPrepare(const prepare_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    sb::app_soilbench settings = loadUserSettings();
+    int version = opt.version ? opt.version : settings.version;
+    std::error_code ec;
+    std::filesystem::create_directories(opt.dir, ec);
+    std::string errors;
+    sb::run_controller controller(*db, settings);
+    controller.loadProjectData(errors);
+    sb::tellura_control_record record;
+    if (!sb::readControlRecord(*db, opt.id, false, record, errors)) return finish(false, errors);
+    std::string dir = opt.dir;
+    if (dir.back() != '/') dir += '/';
+    // The run directory is the folder of the model executable: name one in the chosen folder.
+    bool ok = sb::prepareRunDirectory(record, version, dir + "model", settings.outfileSelected,
+                                      controller.optionLists(), controller.soils(), controller.stations(), errors);
+    if (ok) std::cout << "Wrote the run directory of record " << opt.id << " for "
+                      << sb::versionDisplayName(version) << " in " << opt.dir << ".\n";
+    return finish(ok, errors);
+}
+
+int cmdRun(const run_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    sb::app_soilbench settings = loadUserSettings();
+    if (opt.version) settings.version = static_cast<int16_t>(opt.version);
+    if (opt.binary) settings.readBinaryOutput = true;
+    if (!opt.dailyYears.empty()) {
+        int first = 0, last = 0;
+        if (!parseRange(opt.dailyYears, first, last)) {
+            std::cerr << "ERROR, --daily-years takes two years joined by '-', like 1990-2000.\n";
+            return kExitUsage;
+        }
+        settings.saveDailyFirstYear = first;
+        settings.saveDailyLastYear = last;
+    }
+    sb::run_set_options runSet;
+    runSet.filter = opt.selection.filter();
+    if (!opt.selection.ids.empty() && runSet.filter.empty()) {
+        std::cerr << "ERROR, the ID list \"" << opt.selection.ids << "\" names no record.\n";
+        return kExitUsage;
+    }
+    runSet.stopOnPrecheckErrors = opt.stopOnPrecheck;
+    runSet.jobs = opt.jobs ? opt.jobs : std::max(1, settings.jobs);
+    if (!opt.blocks.empty() && !parseBlockList(opt.blocks, runSet.blockOrder)) {
+        std::cerr << "ERROR, --blocks takes block numbers like \"1,3\".\n";
+        return kExitUsage;
+    }
+
+    sb::run_controller controller(*db, settings);
+    std::string runLog, errors;
+    sb::run_set_result result;
+    {
+        progress_reporter progress;
+        result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+    }
+    std::cout << runLog;
+    report(errors);
+    std::cout << sb::strprintf("%ld records run: %ld good, %ld failed%s.\n", result.runNumber, result.good,
+                               result.failed, result.cancelled ? " (cancelled)" : "");
+    return result.failed == 0 && !result.cancelled ? kExitOk : kExitFailed;
+}
+
+int cmdReadBin(const read_bin_options& opt) {
+    std::string errors;
+    sb::app_soilbench settings = loadUserSettings();
+    sb::binary_layout_catalogue layouts;
+    layouts.loadShipped(sb::binary_layout_catalogue::shippedDirectory(), errors);
+    for (const auto& file : settings.binaryLayoutFiles()) layouts.addFile(file, errors);
+    // A file on its own has no event blocks: read it as one block over every
+    // year, monthly when asked.
+    sb::tellura_control_record record;
+    record.blocks.assign(1, sb::tellura_event_block{});
+    record.blocks[0].lastYear = 32767;
+    record.blocks[0].outputInterval = opt.monthly ? 1.0f : 12.0f;
+    bool ok = sb::readBinaryOutput(opt.file, opt.version, layouts, record, errors);
+    std::cout << (opt.monthly ? sb::monthlyOutputCsv(record.outputs) : sb::annualOutputCsv(record.outputs));
+    return finish(ok, errors);
+}
+
+}  // namespace sbcli

@@ -1,0 +1,224 @@
+// soilbench demo: the main job. Builds a demo project from the set-up shipped
+// with the program (share/demo: option files, a site, a soil, a weather
+// station with daily history, a schedule), adds variants (soils, rotations,
+// fertiliser levels), runs them all through the stand-in model (a small
+// program of ours that writes outputs in the model's formats: it is not the
+// model) with one record per core at once, stores the outputs, prints a
+// summary and draws a chart.
+#include <QCoreApplication>
+#include <filesystem>
+#include <iostream>
+#include <thread>
+
+#include "app/text_format.h"
+#include "chart_png.h"
+#include "cli_context.h"
+#include "cli_options.h"
+#include "modelinput/run_files_import.h"
+#include "modeloutput/output_tables.h"
+#include "progress_reporter.h"
+#include "records/new_project.h"
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "run/run_controller.h"
+
+namespace fs = std::filesystem;
+
+namespace sbcli {
+namespace {
+
+constexpr int kDemoVersion = sb::kDiurna45;
+
+struct soil_variant {
+    const char* name;
+    double sand, clay;  // fractions of the fine earth
+};
+// The shipped soil is a silt loam; two more textures show the soil's effect.
+const soil_variant kSoils[] = {
+    {"Demo silt loam", 0.20, 0.18},
+    {"Demo sandy loam", 0.65, 0.10},
+    {"Demo clay loam", 0.30, 0.35},
+};
+
+struct rotation_variant {
+    const char* name;
+    const char* crop;  // the crop planted every year
+};
+const rotation_variant kRotations[] = {
+    {"winter wheat", "WWHT"},
+    {"maize", "MAIZ"},
+};
+
+// Fertiliser options of the demo's fert.100, from none to a high rate.
+const char* const kFertilizers[] = {"N0", "N45", "N90", "N135"};
+
+std::string demoSetupDirectory() {
+    return (fs::path(QCoreApplication::applicationDirPath().toStdString()) / ".." / "share" / "demo")
+        .lexically_normal()
+        .string();
+}
+
+std::string besideProgram(const char* name) {
+    return (fs::path(QCoreApplication::applicationDirPath().toStdString()) / name).string();
+}
+
+// The demo's own settings: the stand-in model as release 4, run quietly, one
+// record per core. The user's profile is not touched.
+sb::app_soilbench demoSettings(const fs::path& dir) {
+    sb::app_soilbench settings(std::string((dir / "demo-profile.ini").string()));
+    settings.version = kDemoVersion;
+    settings.modelExecutables[kDemoVersion - 1] = besideProgram("tellura-standin");
+    settings.list100Executables[kDemoVersion - 1] = besideProgram("list100-standin");
+    settings.runVisible = false;
+    settings.runTimeout = 120000;
+    settings.outputPath = (dir / "daily-output").string() + "/";
+    settings.saveDailyFirstYear = 1;
+    settings.saveDailyLastYear = 0;  // keep no daily files: the outputs are in the project
+    settings.jobs = static_cast<int32_t>(std::max(1u, std::thread::hardware_concurrency()));
+    return settings;
+}
+
+// Record 1 as imported, varied by soil, rotation and fertiliser.
+bool addVariants(sb::database& db, std::string& errors, int& records) {
+    sb::tellura_control_record base;
+    if (!sb::readControlRecord(db, 1, false, base, errors)) return false;
+    sb::tellura_soil_list soils;
+    soils.load(db, errors);
+    const sb::TelluraSoils* shipped = soils.find(base.soilId());
+    if (!shipped) {
+        errors += "ERROR, the demo set-up has no soil.\n";
+        return false;
+    }
+    int soilId = base.soilId();
+    int id = 0;
+    for (const auto& soilVariant : kSoils) {
+        sb::TelluraSoils soil = *shipped;
+        soil.setSoilId(soilId);
+        soil.setName(soilVariant.name);
+        soil.setNumber("Fraction of Sand", soilVariant.sand);
+        soil.setNumber("Fraction of Clay", soilVariant.clay);
+        soil.setNumber("Fraction of Silt", 1.0 - soilVariant.sand - soilVariant.clay);
+        for (int l = 0; l < soil.layerCount; ++l) {
+            soil.layers[static_cast<size_t>(l)].setNumber("Fraction Of Sand", soilVariant.sand);
+            soil.layers[static_cast<size_t>(l)].setNumber("Fraction Of Clay", soilVariant.clay);
+        }
+        if (!sb::writeSoil(soil, db, errors)) return false;
+        for (const auto& rotation : kRotations) {
+            for (const char* fert : kFertilizers) {
+                sb::tellura_control_record record = base;
+                record.setId(++id);
+                record.row.setText("Description", sb::strprintf("%s, %s, %s", soilVariant.name + 5, rotation.name, fert));
+                record.row.setNumber("Soil ID", soilId);
+                record.row.setText("Initial Crop", rotation.crop);
+                for (auto& block : record.blocks)
+                    for (auto& event : block.events) {
+                        if (event.type == sb::kEventCrop) event.item = rotation.crop;
+                        if (event.type == sb::kEventFert) event.item = fert;
+                    }
+                if (!sb::writeControlRecord(record, db, errors)) return false;
+            }
+        }
+        ++soilId;
+    }
+    records = id;
+    return true;
+}
+
+struct record_summary {
+    int id = 0;
+    std::string description;
+    int years = 0;
+    double finalSoilC = 0, meanProduction = 0;
+};
+
+record_summary summarize(sb::database& db, int id, std::string& errors) {
+    record_summary s;
+    sb::tellura_control_record record;
+    sb::readControlRecord(db, id, true, record, errors);
+    s.id = id;
+    s.description = record.description();
+    const auto& annual = record.outputs.annual;
+    s.years = static_cast<int>(annual.size());
+    if (!annual.empty()) {
+        s.finalSoilC = annual.back().number("somsc");
+        double sum = 0;
+        for (const auto& year : annual) sum += year.number("cprodc");
+        s.meanProduction = sum / static_cast<double>(annual.size());
+    }
+    return s;
+}
+
+}  // namespace
+
+int cmdDemo(const demo_options& opt) {
+    fs::path dir = fs::absolute(opt.dir.empty() ? "soilbench-demo" : opt.dir);
+    std::error_code ec;
+    fs::create_directories(dir, ec);
+    if (ec) {
+        std::cerr << "ERROR, unable to make the demo folder \"" << dir.string() << "\": " << ec.message() << ".\n";
+        return kExitFailed;
+    }
+    const std::string project = (dir / "demo.sbproj").string();
+    const std::string setup = demoSetupDirectory();
+    std::string errors;
+
+    std::cout << "Soilbench demo (outputs come from the stand-in model, not the real model)\n";
+    std::cout << "Set-up files: " << setup << "\n";
+    auto db = sb::createNewProject(project, errors);
+    if (!db) return finish(false, errors);
+    std::string importMessages;
+    if (!sb::importRunFiles(*db, setup, "demo.sch", kDemoVersion, 1, importMessages)) {
+        return finish(false, errors + importMessages);
+    }
+    int records = 0;
+    if (!addVariants(*db, errors, records)) return finish(false, errors);
+    std::cout << "Project with " << records << " records: " << project << "\n";
+
+    sb::app_soilbench settings = demoSettings(dir);
+    sb::run_controller controller(*db, settings);
+    sb::run_set_options runSet;
+    runSet.jobs = settings.jobs;
+    std::string runLog;
+    sb::run_set_result result;
+    std::cout << "Running " << records << " records, " << runSet.jobs << " at once...\n" << std::flush;
+    {
+        progress_reporter progress;
+        result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+    }
+    std::string logPath = (dir / "run-log.txt").string();
+    sb::appendf(runLog, "%s", "");
+    if (FILE* f = std::fopen(logPath.c_str(), "w")) {
+        std::fputs(sb::runReport(errors, runLog).c_str(), f);
+        std::fclose(f);
+    }
+
+    std::cout << "\n   ID  Years  Final soil C  Mean crop C  Description\n";
+    for (int id = 1; id <= records; ++id) {
+        record_summary s = summarize(*db, id, errors);
+        std::cout << sb::strprintf("%5d  %5d  %12.1f  %11.1f  %s\n", s.id, s.years, s.finalSoilC, s.meanProduction,
+                                   s.description.c_str());
+    }
+    std::cout << sb::strprintf("\n%ld records run: %ld good, %ld failed, in %.1f seconds.\n", result.runNumber,
+                               result.good, result.failed, result.elapsedSeconds);
+
+    sb::tellura_outputs outputs;
+    sb::readOutputs(*db, 1, outputs, errors);
+    chart_request chart;
+    chart.title = "Demo record 1: soil organic C and crop production (stand-in model)";
+    chart.table = "annual";
+    chart.variables = {"somsc", "cprodc"};
+    const std::string png = (dir / "demo-chart.png").string();
+    bool charted = renderOutputChart(outputs, chart, png, errors);
+
+    std::cout << "\nProject:  " << project << "\n";
+    if (charted) std::cout << "Chart:    " << png << "\n";
+    std::cout << "Run log:  " << logPath << "\n";
+    std::cout << "Open the project in the desktop application with:\n  "
+              << besideProgram("soilbench-gui") << " " << project << "\n";
+    std::cout << "or look at it here: soilbench list " << project << "; soilbench export " << project
+              << " --id 1 --table annual\n";
+    return finish(result.failed == 0 && charted, errors);
+}
+
+}  // namespace sbcli

@@ -1,0 +1,23 @@
+#include "records/new_project.h"
+
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "records/tellura_control_record.h"
+
+namespace sb {
+
+std::unique_ptr<database> createNewProject(const std::string& path, std::string& errors) {
+    bool created = database::create(path, errors);
+    if (!created) errors += "Unable to create database\n";
+    auto db = database::open(path, errors);
+    if (!db) return nullptr;
+    if (created) {
+        database_maker maker(*db);
+        maker.createAllTables(errors);
+    }
+    tellura_control_record record;
+    writeControlRecord(record, *db, errors);
+    return db;
+}
+
+}  // namespace sb

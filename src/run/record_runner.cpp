@@ -1,0 +1,122 @@
+#include "run/record_runner.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "app/text_format.h"
+#include "modelinput/run_directory.h"
+#include "modeloutput/binary_layout.h"
+#include "modeloutput/binary_output_reader.h"
+#include "modeloutput/csv_output_reader.h"
+#include "modeloutput/daily_file_keeper.h"
+#include "modeloutput/list_file_reader.h"
+#include "modeloutput/output_variable_set.h"
+#include "modeloutput/text_output_readers.h"
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "run/model_process_runner.h"
+#include "run/process_runner.h"
+
+namespace sb {
+namespace {
+
+bool fileExists(const std::string& path) {
+    std::error_code ec;
+    return std::filesystem::is_regular_file(path, ec);
+}
+
+std::string withSlash(std::string dir) {
+    if (!dir.empty() && dir.back() != '/') dir += '/';
+    return dir;
+}
+
+// An executable path with its folder replaced by the scratch folder's: the
+// program itself is started from where it is installed.
+std::string executableIn(const std::string& configured) { return localPath(configured); }
+
+}  // namespace
+
+record_runner::record_runner(const app_soilbench& settings, const run_inputs& inputs)
+    : settings_(settings), inputs_(inputs) {}
+
+void record_runner::applyBlockChoice(tellura_control_record& record, const run_choices& choices) {
+    if (choices.blockOrder.empty()) return;
+    std::vector<tellura_event_block> chosen;
+    for (int number : choices.blockOrder)
+        for (const auto& block : record.blocks)
+            if (block.blockNumber == number) chosen.push_back(block);
+    record.blocks = std::move(chosen);
+}
+
+bool record_runner::run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog,
+                        std::string& errors, const std::function<bool()>& cancelNow) const {
+    const int version = settings_.version;
+    const std::string modelExe = executableIn(settings_.modelExecutable(version));
+    const std::string listExe = executableIn(settings_.list100Executable(version));
+    const std::string runDirectory = workDirectory.empty() ? directoryOf(modelExe) : withSlash(workDirectory);
+
+    // The writers take the executable's path to find the run directory: point
+    // them at the working directory with a name that is only used for its folder.
+    std::string prepareErrors;
+    prepareRunDirectory(record, version, runDirectory + "model", settings_.outfileSelected, inputs_.options,
+                        inputs_.soils, inputs_.stations, prepareErrors);
+    errors += prepareErrors;
+
+    process_runner processes(settings_.runTimeout);
+    if (cancelNow) processes.setCancelCheck(cancelNow);
+    model_process_runner model(processes);
+    model.setWorkingDirectory(workDirectory.empty() ? "" : runDirectory);
+
+    record.outputs.clear();
+    record.runDone = false;
+    if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return false;
+
+    bool ok = true;
+    if (!settings_.readBinaryOutput) {
+        // Release 6 has no list utility: asking for it reports the process-start failure.
+        output_variable_set variables;
+        variables.setCurrentVersion(version);
+        if (!variables.writeRequestFile(runDirectory, record, errors)) ok = false;
+        else if (!model.runList100(version, listExe, settings_.runVisible, runLog, errors)) ok = false;
+    }
+    if (!readOutputs(record, runDirectory, errors)) ok = false;
+    if (ok) record.runDone = true;
+    return ok;
+}
+
+bool record_runner::readOutputs(tellura_control_record& record, const std::string& runDirectory,
+                                std::string& errors) const {
+    const int version = settings_.version;
+    bool ok = true;
+    if (version == kTellura5) return readCsvOutputs(runDirectory, record, errors);
+
+    // Release 1 is always read from its binary file: it has no variable lists.
+    if (settings_.readBinaryOutput || version == kTellura4Agricultural) {
+        ok = readBinaryOutput(runDirectory + "sb.bin", version, inputs_.layouts, record, errors) && ok;
+    } else {
+        output_variable_set variables;
+        ok = readListFile(variables, runDirectory + "sb.lis", version, record, errors) && ok;
+    }
+    if (version == kDiurna45) {
+        if (fileExists(runDirectory + "year_summary.out"))
+            ok = readYearSummary(runDirectory + "year_summary.out", record, errors) && ok;
+        if (fileExists(runDirectory + "daily.out"))
+            ok = readDailyOutput(runDirectory + "daily.out", record, errors) && ok;
+        if (settings_.saveDailyFirstYear <= settings_.saveDailyLastYear && !settings_.outputPath.empty())
+            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix,
+                                settings_.saveDailyFirstYear, settings_.saveDailyLastYear, errors) && ok;
+    }
+    return ok;
+}
+
+// The shipped default output path is a Windows folder at the root of drive C:
+// on Linux that folder becomes "TelluraOutput" in the user's home directory.
+std::string record_runner::dailyOutputFolder() const {
+    if (iequals(settings_.outputPath, "c:\\TelluraOutput\\")) {
+        const char* home = std::getenv("HOME");
+        return withSlash(std::string(home ? home : ".") + "/TelluraOutput");
+    }
+    return withSlash(localPath(settings_.outputPath));
+}
+
+}  // namespace sb

@@ -1,0 +1,51 @@
+#pragma once
+// One record's trip through the model, without the database: write its run
+// directory, run the model (and the list utility), read the outputs into the
+// record. The run controller loads and stores around it; several record
+// runners may work at once, each in its own working directory.
+#include <functional>
+#include <string>
+
+#include "app/app_soilbench.h"
+#include "run/run_choices.h"
+
+namespace sb {
+
+class binary_layout_catalogue;
+class option_lists;
+class tellura_control_record;
+class tellura_soil_list;
+class tellura_weather_station_list;
+
+// The project data every run of a run set reads; shared, read-only.
+struct run_inputs {
+    const option_lists& options;
+    const tellura_soil_list& soils;
+    const tellura_weather_station_list& stations;
+    const binary_layout_catalogue& layouts;
+};
+
+class record_runner {
+public:
+    // `settings` is the run's own copy: version, executables, time limit, flags.
+    record_runner(const app_soilbench& settings, const run_inputs& inputs);
+
+    // Runs in `workDirectory` when given (a scratch copy of the run directory),
+    // otherwise in the folder of the version's executable. The model is ended
+    // early when `cancelNow` returns true. True only when every step succeeded;
+    // outputs read before a failure stay in the record.
+    bool run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog,
+             std::string& errors, const std::function<bool()>& cancelNow = {}) const;
+
+    // The record's blocks reduced to and ordered as the choice says.
+    static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
+
+private:
+    bool readOutputs(tellura_control_record& record, const std::string& runDirectory, std::string& errors) const;
+    std::string dailyOutputFolder() const;
+
+    app_soilbench settings_;
+    run_inputs inputs_;
+};
+
+}  // namespace sb

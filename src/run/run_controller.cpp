@@ -1,0 +1,330 @@
+#include "run/run_controller.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <future>
+#include <unistd.h>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "modelinput/weather_file.h"
+#include "modeloutput/output_tables.h"
+#include "run/elapsed_timer.h"
+#include "run/record_runner.h"
+
+namespace sb {
+namespace {
+
+constexpr int kExponentialDecomposition = 2;
+
+class option_lists_lookup : public option_name_lookup {
+public:
+    explicit option_lists_lookup(const option_lists& lists) : lists_(lists) {}
+    bool hasOption(option_kind kind, std::string_view name) const override { return lists_.contains(kind, name); }
+
+private:
+    const option_lists& lists_;
+};
+
+void coverageCheck(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+                   std::string& errors) {
+    checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, errors);
+}
+
+// A scratch copy of the run directory for one of several records running at
+// once: the data files the model reads beside its inputs come along, the
+// executables stay where they are.
+bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::filesystem::path& scratch,
+                     std::string& errors) {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    fs::create_directories(scratch, ec);
+    if (ec) {
+        appendf(errors, "ERROR, unable to make scratch run directory \"%s\": %s.\n", scratch.c_str(),
+                ec.message().c_str());
+        return false;
+    }
+    if (runDirectory.empty() || !fs::is_directory(runDirectory, ec)) return true;
+    for (const auto& entry : fs::directory_iterator(runDirectory, ec)) {
+        if (!entry.is_regular_file(ec)) continue;
+        auto perms = entry.status(ec).permissions();
+        if ((perms & fs::perms::owner_exec) != fs::perms::none) continue;
+        fs::copy_file(entry.path(), scratch / entry.path().filename(), fs::copy_options::overwrite_existing, ec);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool precheck(const tellura_control_record& record, int version, const tellura_soil_list& soils,
+              const tellura_weather_station_list& stations, const option_lists& options, std::string& errors) {
+    bool ok = true;
+    if (version == kTellura4Original &&
+        record.row.number("Organic Matter Decomposition Model") != kExponentialDecomposition) {
+        appendf(errors, "ERROR, Organic Matter Decomposition Model must be exponential for \"%s\" version.\n",
+                versionDisplayName(kTellura4Original));
+        ok = false;
+    }
+    if (const TelluraSoils* soil = soils.find(record.soilId())) {
+        soil->checkForRun(version, errors);
+    } else {
+        errors += "ERROR, No soil record to run.\n";
+        ok = false;
+    }
+    if (!stations.find(record.weatherId())) {
+        errors += "ERROR, No weather record to run.\n";
+        ok = false;
+    }
+    const std::string crop = std::string(trim(record.initialCrop()));
+    if (!crop.empty() && !options.contains(option_kind::crop, crop)) {
+        errors += "ERROR, Initial Crop is not in crop list.\n";
+        ok = false;
+    }
+    const std::string tree = std::string(trim(record.initialTree()));
+    if (!tree.empty() && !options.contains(option_kind::tree, tree)) {
+        errors += "ERROR, Initial Tree is not in tree list.\n";
+        ok = false;
+    }
+    option_lists_lookup lookup(options);
+    if (!validateEventBlocks(record.blocks, version, lookup, stations, errors, coverageCheck)) ok = false;
+    return ok;
+}
+
+std::string runReport(const std::string& errors, const std::string& runLog) {
+    if (errors.empty()) return runLog;
+    return errors + "\n" + runLog;
+}
+
+run_controller::run_controller(database& db, const app_soilbench& settings) : db_(db), settings_(settings) {}
+run_controller::~run_controller() = default;
+
+bool run_controller::loadProjectData(std::string& errors) {
+    bool ok = options_.loadAll(db_, errors);
+    ok = soils_.load(db_, errors) && ok;
+    ok = loadWeatherStations(db_, stations_, errors) && ok;
+    for (auto& station : stations_.stations) {
+        ok = loadMonthlyHistory(db_, station, errors) && ok;
+        ok = loadDailyHistory(db_, station, errors) && ok;
+    }
+    layouts_.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
+    for (const auto& file : settings_.binaryLayoutFiles()) layouts_.addFile(file, errors);
+    loaded_ = true;
+    return ok;
+}
+
+bool run_controller::checkRecord(const tellura_control_record& record, std::string& errors) const {
+    return precheck(record, settings_.version, soils_, stations_, options_, errors);
+}
+
+bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors) {
+    if (!loaded_) loadProjectData(errors);
+    if (!readControlRecord(db_, id, false, record, errors)) return false;
+    return checkRecord(record, errors);
+}
+
+bool run_controller::storeRun(tellura_control_record& record, std::string& errors) {
+    return storeOutputs(db_, record.id(), record.outputs, errors);
+}
+
+bool run_controller::runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
+                                     std::string& errors) {
+    settings_.saveDailyFirstYear = choices.saveDailyFirstYear;
+    settings_.saveDailyLastYear = choices.saveDailyLastYear;
+    settings_.readBinaryOutput = choices.readBinaryOutput;
+    record_runner::applyBlockChoice(record, choices);
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    bool ok = runner.run(record, "", runLog, errors);
+    ok = storeRun(record, errors) && ok;
+    return ok;
+}
+
+bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors) {
+    elapsed_timer timer;
+    tellura_control_record record;
+    bool ok = loadAndCheck(id, record, errors) && runLoadedRecord(record, choices, runLog, errors);
+    appendf(runLog, "Total Elapsed: %.3f seconds\n", timer.seconds());
+    return ok;
+}
+
+// --- Many records ------------------------------------------------------------
+
+// One record of a run set on its way: checked in table order, run (perhaps
+// alongside others), then reported and stored in table order.
+struct run_controller::pending_record {
+    long runNumber = 0;
+    long position = 0;
+    int32_t id = 0;
+    tellura_control_record record;
+    bool prechecked = false;
+    std::string precheckMessages;
+    std::string runLog;
+    std::string errors;
+    bool ok = false;
+    std::future<void> done;  // valid while it runs on a worker
+};
+
+run_set_result run_controller::runMultipleRecords(const run_set_options& options, run_observer& observer,
+                                                  std::string& runLog, std::string& errors) {
+    elapsed_timer timer;
+    run_set_result result;
+
+    std::vector<std::pair<long, int32_t>> rows;  // (position in the table, ID)
+    {
+        db_status status;
+        auto table = db_.openTable(table_id::control_records, options.filter, "", status);
+        if (!table) {
+            errors += "ERROR, cannot open control record table.\n";
+            appendStatusText(status, errors);
+        } else {
+            long position = 0;
+            for (db_status s = table->moveFirst(); s.ok(); s = table->moveNext())
+                rows.emplace_back(++position, table->row().integer(0));
+        }
+    }
+    if (!rows.empty() && !loaded_) loadProjectData(errors);
+
+    const int jobs = std::max(1, options.jobs);
+    std::atomic<bool> endNow{false};
+    std::vector<std::filesystem::path> slots;
+    std::filesystem::path scratchRoot;
+    if (jobs > 1 && rows.size() > 1) {
+        scratchRoot = std::filesystem::temp_directory_path() /
+                      strprintf("soilbench-run-%ld-%p", static_cast<long>(getpid()), static_cast<void*>(&result));
+        std::string runDirectory = directoryOf(localPath(settings_.modelExecutable(settings_.version)));
+        for (int k = 0; k < jobs; ++k) {
+            slots.push_back(scratchRoot / strprintf("job-%d", k + 1));
+            makeScratchCopy(runDirectory, slots.back(), errors);
+        }
+    }
+    std::vector<bool> slotBusy(slots.size(), false);
+    std::vector<int> slotOf;  // per pending record, -1 when none
+
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    std::vector<std::unique_ptr<pending_record>> pending;
+    size_t nextRow = 0, nextCommit = 0;
+    bool stopDispatch = false;
+    const long total = static_cast<long>(rows.size());
+
+    auto cancelNow = [&endNow] { return endNow.load(); };
+    auto pollCancel = [&] {
+        cancel_request request = observer.cancelRequested();
+        if (request != cancel_request::none) {
+            stopDispatch = true;
+            result.cancelled = true;
+            if (request == cancel_request::end_running) endNow = true;
+        }
+    };
+
+    auto commit = [&](pending_record& p) {
+        errors += p.precheckMessages;
+        if (!p.prechecked) {
+            ++result.failed;
+            if (!options.stopOnPrecheckErrors) {
+                appendf(errors, "Precheck warning, %d\n", static_cast<int>(p.runNumber));
+            } else {
+                observer.precheckStopped(p.precheckMessages);
+                appendf(errors, "Stop due to precheck error at %d\n", static_cast<int>(p.runNumber));
+                result.stoppedOnPrecheck = true;
+            }
+        } else {
+            appendf(runLog, "%ld:", static_cast<long>(p.id));
+            runLog += p.runLog;
+            errors += p.errors;
+            if (p.ok) ++result.good;
+            else ++result.failed;
+            storeRun(p.record, errors);
+        }
+        observer.statusText(strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
+        observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
+        p.record = tellura_control_record();  // outputs stored: free them
+    };
+
+    while (true) {
+        // Start records while a job is free.
+        while (!stopDispatch && nextRow < rows.size()) {
+            int slot = -1;
+            if (!slots.empty()) {
+                for (size_t k = 0; k < slots.size(); ++k)
+                    if (!slotBusy[k]) { slot = static_cast<int>(k); break; }
+                if (slot < 0) break;
+            } else if (nextCommit < pending.size()) {
+                break;  // one at a time: the previous record is not reported yet
+            }
+            auto p = std::make_unique<pending_record>();
+            p->runNumber = ++result.runNumber;
+            p->position = rows[nextRow].first;
+            p->id = rows[nextRow].second;
+            ++nextRow;
+            observer.progressText(strprintf("Running TELLURA #%ld Record=%ld ID=%ld", p->runNumber, p->position,
+                                            static_cast<long>(p->id)));
+            readControlRecord(db_, p->id, false, p->record, p->precheckMessages);
+            if (!options.blockOrder.empty()) {
+                run_choices choice;
+                choice.blockOrder = options.blockOrder;
+                record_runner::applyBlockChoice(p->record, choice);
+            }
+            p->prechecked = checkRecord(p->record, p->precheckMessages);
+            if (!p->prechecked && options.stopOnPrecheckErrors) stopDispatch = true;
+            if (p->prechecked) {
+                pending_record* raw = p.get();
+                if (slot >= 0) {
+                    slotBusy[static_cast<size_t>(slot)] = true;
+                    std::string dir = slots[static_cast<size_t>(slot)].string();
+                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow] {
+                        raw->ok = runner.run(raw->record, dir, raw->runLog, raw->errors, cancelNow);
+                    });
+                } else {
+                    // One at a time the model runs on this thread: a request to end
+                    // it is taken straight from the observer.
+                    auto endRequested = [&] {
+                        if (observer.cancelRequested() == cancel_request::end_running) endNow = true;
+                        return endNow.load();
+                    };
+                    raw->ok = runner.run(raw->record, "", raw->runLog, raw->errors, endRequested);
+                }
+            }
+            slotOf.push_back(slot);
+            pending.push_back(std::move(p));
+            if (slots.empty()) break;  // report before starting the next
+            pollCancel();
+        }
+        // Report and store finished records in table order.
+        while (nextCommit < pending.size()) {
+            pending_record& p = *pending[nextCommit];
+            if (p.done.valid()) {
+                if (p.done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) break;
+                p.done.get();
+            }
+            int slot = slotOf[nextCommit];
+            if (slot >= 0) slotBusy[static_cast<size_t>(slot)] = false;
+            commit(p);
+            ++nextCommit;
+            if (slots.empty()) pollCancel();
+        }
+        bool allReported = nextCommit == pending.size();
+        if (allReported && (stopDispatch || nextRow >= rows.size())) break;
+        if (!slots.empty()) {
+            // Wait a little for a running record, watching for a cancel meanwhile.
+            for (size_t k = nextCommit; k < pending.size(); ++k) {
+                if (pending[k]->done.valid()) {
+                    pending[k]->done.wait_for(std::chrono::milliseconds(50));
+                    break;
+                }
+            }
+            pollCancel();
+        }
+    }
+
+    if (!scratchRoot.empty()) {
+        std::error_code ec;
+        std::filesystem::remove_all(scratchRoot, ec);
+    }
+    result.elapsedSeconds = timer.seconds();
+    double average = result.runNumber > 0 ? result.elapsedSeconds / static_cast<double>(result.runNumber) : 0.0;
+    appendf(runLog, "Elapsed: %.3f seconds, ave=%.3f Fail count=%ld\n", result.elapsedSeconds, average,
+            result.failed);
+    return result;
+}
+
+}  // namespace sb

@@ -1,0 +1,99 @@
+#pragma once
+// Carries control records from the database to stored model output: loads a
+// record and everything it refers to, checks it, has the run directory
+// written, runs the model, stores the outputs, and reports times and messages.
+// Widget-free: the Run dialog's choices come in as data and progress goes out
+// through a run_observer, so the desktop, the command line and tests share it.
+//
+// Many records can run at once (the "Jobs" setting): each then runs in its
+// own scratch copy of the run directory, and everything it produces (outputs,
+// run log, messages) is stored and reported in table order, so the result is
+// the same as one after another.
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/app_soilbench.h"
+#include "modeloutput/binary_layout.h"
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+#include "run/run_choices.h"
+#include "run/run_observer.h"
+
+namespace sb {
+
+class database;
+
+// Checks a record before it may run; every failing check appends its message.
+bool precheck(const tellura_control_record& record, int version, const tellura_soil_list& soils,
+              const tellura_weather_station_list& stations, const option_lists& options, std::string& errors);
+
+struct run_set_options {
+    std::string filter;              // WHERE text for [Control Records]; empty = every record
+    bool stopOnPrecheckErrors = false;
+    int jobs = 1;                    // records run at once
+    std::vector<int> blockOrder;     // blocks to run in each record, in order; empty = all
+};
+
+struct run_set_result {
+    long runNumber = 0;  // records attempted
+    long good = 0;
+    long failed = 0;     // precheck failures and failed runs together
+    double elapsedSeconds = 0;
+    bool cancelled = false;
+    bool stoppedOnPrecheck = false;
+};
+
+class run_controller {
+public:
+    run_controller(database& db, const app_soilbench& settings);
+    ~run_controller();
+
+    // Soils, weather stations with their history, option lists and binary
+    // layouts: read once, shared by every record of a command.
+    bool loadProjectData(std::string& errors);
+
+    // Run one record, first half: load it with its blocks and events and check
+    // it. False when it cannot run (the messages say why).
+    bool loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors);
+    // Second half, after the Run dialog: write the run directory, run the model,
+    // store the outputs under the record's ID (also after a failed run, with
+    // whatever was read).
+    bool runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
+                         std::string& errors);
+    // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
+    // in the run log.
+    bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);
+
+    // Every record of the run set, in table order.
+    run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer,
+                                      std::string& runLog, std::string& errors);
+
+    // The settings a run uses (version, executables, time limit, flags).
+    const app_soilbench& settings() const { return settings_; }
+    app_soilbench& settings() { return settings_; }
+    const option_lists& optionLists() const { return options_; }
+    const tellura_soil_list& soils() const { return soils_; }
+    const tellura_weather_station_list& stations() const { return stations_; }
+
+private:
+    struct pending_record;
+    class job_pool;
+    bool checkRecord(const tellura_control_record& record, std::string& errors) const;
+    bool storeRun(tellura_control_record& record, std::string& errors);
+
+    database& db_;
+    app_soilbench settings_;
+    option_lists options_;
+    tellura_soil_list soils_;
+    tellura_weather_station_list stations_;
+    binary_layout_catalogue layouts_;
+    bool loaded_ = false;
+};
+
+// The text shown after a command: the messages, a blank line and the run log.
+std::string runReport(const std::string& errors, const std::string& runLog);
+
+}  // namespace sb
