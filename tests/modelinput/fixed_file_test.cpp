@@ -1,0 +1,205 @@
+// The fixed parameter file: version rules, the set-by-name dispatcher and the importer.
+#include <gtest/gtest.h>
+
+#include "app/text_format.h"
+#include "golden_setup.h"
+#include "modelinput/fixed_file.h"
+#include "modelinput/text_file.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+bool hasLine(const std::string& text, const std::string& line) {
+    return ("\n" + text).find("\n" + line + "\n") != std::string::npos;
+}
+bool hasName(const std::string& text, const std::string& name) {
+    return text.find("     " + name + "\n") != std::string::npos;
+}
+
+class FixedFileTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
+    std::string text(int version) const { return fixedFileText(setup.record.row, version, &setup.soils.soils.front()); }
+    TelluraControlRecords& row() { return setup.record.row; }
+    sbtest::golden_setup setup;
+    sbtest::temp_dir dir;
+};
+
+TEST_F(FixedFileTest, DailyReleaseRules) {
+    std::string v4 = text(4);
+    const int depths[] = {10, 20, 15, 15, 30, 30, 30, 30, 30, 30};
+    for (int layer = 1; layer <= 10; ++layer)
+        EXPECT_TRUE(hasLine(v4, strprintf("%-10.5f     ADEP(%d)", double(depths[layer - 1]), layer))) << layer;
+    EXPECT_FALSE(hasName(v4, "FAVAIL(1)"));
+    EXPECT_TRUE(hasName(v4, "FAVAIL(3)"));
+    EXPECT_EQ(v4.find("PCEMIC"), std::string::npos);
+    for (const char* m : {"VARAT11(3,3)", "VARAT12(1,1)", "VARAT21(2,1)", "VARAT22(1,3)", "VARAT3(3,3)"})
+        EXPECT_TRUE(hasName(v4, m)) << m;
+    EXPECT_FALSE(hasName(v4, "VARAT1(1,1)"));
+    EXPECT_TRUE(hasName(v4, "DEC5(2)"));
+    EXPECT_TRUE(hasName(v4, "P2CO2(2)"));
+    EXPECT_TRUE(hasName(v4, "PSECOC2"));
+    // Other releases take their depths from the soil.
+    EXPECT_TRUE(hasLine(text(2), "100.00000      ADEP(10)"));
+}
+
+TEST_F(FixedFileTest, VersionForms) {
+    EXPECT_TRUE(hasName(text(1), "XEFCLTEF"));
+    EXPECT_FALSE(hasName(text(2), "XEFCLTEF"));
+    EXPECT_TRUE(hasName(text(2), "DEC5"));
+    EXPECT_TRUE(hasName(text(2), "PSECOC"));
+    EXPECT_TRUE(hasName(text(2), "PCEMIC(3,3)"));
+    EXPECT_TRUE(hasName(text(5), "PCEMIC1(1,1)"));
+    EXPECT_TRUE(hasName(text(5), "PCEMIC2(3,3)"));
+    EXPECT_TRUE(hasName(text(5), "VARAT1(1,1)"));
+    EXPECT_FALSE(hasName(text(5), "VARAT2(1,1)"));
+    EXPECT_TRUE(hasName(text(6), "VARAT2(3,3)"));
+    // One P2CO2 for the older releases, carrying the second element.
+    EXPECT_TRUE(hasLine(text(3), strprintf("%-10.5f     P2CO2", row().number("P2CO2(2)"))));
+    // Column order for RAD1P: (1,1), (2,1), (3,1), (1,2) ...
+    std::string v3 = text(3);
+    EXPECT_LT(v3.find("RAD1P(3,1)"), v3.find("RAD1P(1,2)"));
+    EXPECT_LT(v3.find("DAMR(1,3)"), v3.find("DAMR(2,1)"));
+    EXPECT_FALSE(hasName(v3, "TEXESP(2)"));
+    EXPECT_FALSE(hasName(v3, "FAVAIL(2)"));
+    EXPECT_TRUE(hasLine(v3, "1.00000        TEXEPP(1)"));
+    row().setFlag(row().column("TEXEPP(1)"), false);
+    EXPECT_TRUE(hasLine(text(3), "0.00000        TEXEPP(1)"));
+}
+
+TEST_F(FixedFileTest, TemperatureForms) {
+    // TEFF(4) set: the four-value form for every release.
+    EXPECT_TRUE(hasName(text(1), "TEFF(4)"));
+    row().setNumber("TEFF(4)", 0);
+    EXPECT_FALSE(hasName(text(1), "TEFF(4)"));
+    EXPECT_TRUE(hasName(text(3), "TEFF(4)"));  // releases 3 to 5 always read four
+    for (int i = 1; i <= 4; ++i) row().setNumber("TEFF(" + std::to_string(i) + ")", 0);
+    EXPECT_TRUE(hasName(text(2), "TEFF(1)"));  // TMAX zero too: still the TEFF form
+    row().setNumber("TMAX", 30.5);
+    std::string tmax = text(2);
+    for (const char* name : {"TMAX", "TOPT", "TSHL", "TSHR"}) EXPECT_TRUE(hasName(tmax, name)) << name;
+    EXPECT_EQ(tmax.find("TEFF"), std::string::npos);
+    EXPECT_LT(tmax.find("TMAX"), tmax.find("TMELT(1)"));
+    EXPECT_LT(tmax.find("TMELT(2)"), tmax.find("TOPT"));
+}
+
+TEST_F(FixedFileTest, SetByNameVersionRules) {
+    std::string messages;
+    TelluraControlRecords r;
+    EXPECT_TRUE(setFixedParameterByName(r, "DEC5", 0.25, 2, messages));
+    EXPECT_EQ(r.number("Dec5"), 0.25);
+    EXPECT_FALSE(setFixedParameterByName(r, "DEC5(1)", 0.5, 5, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "dec5(2)", 0.5, 4, messages));
+    EXPECT_EQ(r.number("DEC5(2)"), 0.5);
+    EXPECT_FALSE(setFixedParameterByName(r, "DEC5", 0.5, 4, messages));
+
+    EXPECT_TRUE(setFixedParameterByName(r, "P2CO2", 0.75, 5, messages));
+    EXPECT_EQ(r.number("P2CO2(1)"), 0.75);
+    EXPECT_TRUE(setFixedParameterByName(r, "P2CO2(2)", 1.5, 4, messages));
+    EXPECT_EQ(r.number("P2CO2(2)"), 1.5);
+
+    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC1(2,3)", 3.0, 5, messages));
+    EXPECT_EQ(r.number("PCEMIC(2,3)"), 3.0);
+    EXPECT_FALSE(setFixedParameterByName(r, "PCEMIC1(2,3)", 3.0, 3, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC(1,2)", 4.0, 3, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC2(1,2)", 5.0, 3, messages));
+    EXPECT_EQ(r.number("PCEMIC(1,2)"), 4.0);
+    EXPECT_EQ(r.number("PCEMIC2(1,2)"), 5.0);
+
+    EXPECT_TRUE(setFixedParameterByName(r, "PSECOC", 6.0, 1, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "PSECOC2", 7.0, 3, messages));
+    EXPECT_EQ(r.number("PSECOC1"), 6.0);
+    EXPECT_EQ(r.number("PSECOC2"), 7.0);
+
+    EXPECT_TRUE(setFixedParameterByName(r, "VARAT1(2,1)", 8.0, 2, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "VARAT2(2,1)", 9.0, 2, messages));
+    EXPECT_EQ(r.number("VARAT12(2,1)"), 8.0);
+    EXPECT_EQ(r.number("VARAT22(2,1)"), 9.0);
+    EXPECT_FALSE(setFixedParameterByName(r, "VARAT2(2,1)", 9.0, 5, messages));
+    EXPECT_FALSE(setFixedParameterByName(r, "VARAT11(1,1)", 9.0, 3, messages));
+    EXPECT_TRUE(setFixedParameterByName(r, "VARAT3(3,3)", 10.0, 4, messages));
+    EXPECT_EQ(r.number("VARAT3(3,3)"), 10.0);
+
+    EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 0.0, 1, messages));
+    EXPECT_FALSE(r.flag(r.column("TEXEPP(1)")));
+    EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 2.0, 1, messages));
+    EXPECT_TRUE(r.flag(r.column("TEXEPP(1)")));
+    EXPECT_TRUE(setFixedParameterByName(r, "PS1S3(2)", 0.125, 1, messages));
+    EXPECT_EQ(r.number("PS1S3(2)"), 0.125);
+    EXPECT_TRUE(setFixedParameterByName(r, "favail(2)", 1.0, 1, messages));  // read, not kept
+    EXPECT_EQ(messages, "");
+
+    EXPECT_TRUE(setFixedParameterByName(r, "PHESP(5)", 1.0, 1, messages));
+    EXPECT_EQ(messages, "ERROR, exceeds array size: PHESP\n");
+    EXPECT_FALSE(setFixedParameterByName(r, "ZZZ", 1.0, 1, messages));
+    EXPECT_FALSE(setFixedParameterByName(r, "YIELD", 1.0, 1, messages));
+    EXPECT_FALSE(setFixedParameterByName(r, "1ABC", 1.0, 1, messages));
+    EXPECT_FALSE(setFixedParameterByName(r, "", 1.0, 1, messages));
+}
+
+TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
+    std::string messages;
+    TelluraSoils soil;
+    TelluraWeatherStations station;
+    EXPECT_TRUE(setParameterByName("PRECIP(3)", 4.5, row(), &soil, &station, 1, messages));
+    EXPECT_EQ(station.means[2].precip, 4.5f);
+    EXPECT_FALSE(setParameterByName("AGPPA", 4.5, row(), &soil, &station, 1, messages));  // only climate with a station
+    EXPECT_TRUE(setParameterByName("ADEP(2)", 25, row(), &soil, nullptr, 1, messages));
+    EXPECT_EQ(soil.layers[1].depth(), 25);
+    EXPECT_TRUE(setParameterByName("AWTL(1)", 0.5, row(), &soil, nullptr, 1, messages));
+    EXPECT_FLOAT_EQ(soil.layers[0].number("Transpiration Loss Weighing Factor"), 0.5f);
+    EXPECT_FALSE(setParameterByName("ADEP(2)", 25, row(), nullptr, nullptr, 1, messages));  // no soil: not found
+    EXPECT_TRUE(setParameterByName("AGPPA", 4.5, row(), &soil, nullptr, 1, messages));
+    EXPECT_EQ(row().number("AGPPA"), 4.5);
+}
+
+TEST_F(FixedFileTest, ExportThenImportPerVersion) {
+    for (int version = 1; version <= 6; ++version) {
+        sbtest::writeFile(dir.file("fix.100"), text(version));
+        tellura_control_record back;
+        TelluraSoils soil = setup.soils.soils.front();
+        std::string messages;
+        ASSERT_TRUE(importFixedFile(back, dir.file("fix.100"), &soil, version, messages));
+        EXPECT_EQ(messages, "Imported fixed data from \"" + dir.file("fix.100") + "\"\n");
+        if (version != 4 && version != 5) {
+            // The plain P2CO2 line carries element 2 and is read into element 1.
+            EXPECT_FLOAT_EQ(back.row.number("P2CO2(1)"), row().number("P2CO2(2)"));
+            back.row.setNumber("P2CO2(2)", back.row.number("P2CO2(1)"));
+        }
+        std::string again = fixedFileText(back.row, version, &soil);
+        if (version == 5) {
+            // Release 5 writes DEC5(1..2) and P2CO2(1..2) but reads only the plain names.
+            EXPECT_NE(again, text(version));
+            EXPECT_FLOAT_EQ(back.row.number("DEC5(1)"), tellura_control_record().row.number("DEC5(1)"));
+        } else {
+            EXPECT_EQ(again, text(version)) << "version " << version;
+        }
+    }
+}
+
+TEST_F(FixedFileTest, ImportFileFormat) {
+    sbtest::writeFile(dir.file("fix.100"),
+                      "X     Fixed_values\r\n"
+                      "*** a comment line that names AGPPA\r\n"
+                      "-40.00000         'AGPPA'     \r\n"
+                      "7.70000       AGPPB  trailing words\r\n"
+                      "12345678901230 BGPPA\r\n"
+                      "\r\n"
+                      "1.00000           'ANIMPT'\r\n");
+    tellura_control_record back;
+    back.row.setNumber("ANIMPT", 9);
+    std::string messages;
+    ASSERT_TRUE(importFixedFile(back, dir.file("fix.100"), nullptr, 2, messages));
+    EXPECT_FLOAT_EQ(back.row.number("AGPPA"), -40.0f);
+    EXPECT_FLOAT_EQ(back.row.number("AGPPB"), 7.7f);
+    EXPECT_FLOAT_EQ(back.row.number("BGPPA"), 123456789012.0f);  // the value is the first 12 characters
+    EXPECT_EQ(back.row.number("ANIMPT"), 9);                        // after the empty line: not read
+
+    std::string missing;
+    EXPECT_FALSE(importFixedFile(back, dir.file("none.100"), nullptr, 2, missing));
+    EXPECT_EQ(missing, "ERROR, can't open file " + dir.file("none.100") + ".\n");
+}
+
+}  // namespace
