@@ -341,7 +341,7 @@ struct rowset_impl {
     static constexpr size_t kWindow = 256;
 
     std::unique_ptr<QSqlQuery> query;
-    const std::vector<int>* columns = nullptr;  // catalogue column -> result column
+    std::vector<int> columns;  // catalogue column -> result column (a copy: DDL may drop the cache)
     bool executed = false;
     bool exhausted = false;
     long fetched = 0;     // rows taken from the cursor so far
@@ -373,7 +373,7 @@ db_status rowset::prepare() {
     database_impl& dbi = db_.impl();
     db_status status;
     if (!dbi.columnMap(table_, status)) return status;
-    impl_->columns = &dbi.columnMaps[static_cast<size_t>(table_)];
+    impl_->columns = dbi.columnMaps[static_cast<size_t>(table_)];
     auto query = std::make_unique<QSqlQuery>(dbi.db);
     query->setForwardOnly(true);
     if (!query->prepare(qs(dbi.dialect->translate(select_)))) return dbi.statusFrom(query->lastError());
@@ -401,18 +401,22 @@ bool rowset::fetchOne(db_status& status) {
         impl_->exhausted = true;
         return false;
     }
-    table_record record(table_);
+    // A full window hands its oldest row over for reuse, sparing an allocation per row.
+    std::deque<table_record>& window = impl_->window;
+    if (window.size() == rowset_impl::kWindow) {
+        window.push_back(std::move(window.front()));
+        window.pop_front();
+        ++impl_->windowStart;
+    } else {
+        window.emplace_back(table_);
+    }
+    table_record& record = window.back();
     const auto& def = record.def();
-    const std::vector<int>& columns = *impl_->columns;
+    const std::vector<int>& columns = impl_->columns;
     for (int col = 0; col < record.columnCount(); ++col) {
         QVariant value = query.value(columns[static_cast<size_t>(col)]);
         if (def.isText(col)) record.setText(col, value.toString().toStdString());
-        else if (!value.isNull()) record.setNumber(col, value.toDouble());
-    }
-    impl_->window.push_back(std::move(record));
-    if (impl_->window.size() > rowset_impl::kWindow) {
-        impl_->window.pop_front();
-        ++impl_->windowStart;
+        else record.setNumber(col, value.isNull() ? 0.0 : value.toDouble());
     }
     ++impl_->fetched;
     return true;

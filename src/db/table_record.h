@@ -19,6 +19,8 @@ public:
     virtual ~table_record() = default;
     table_record(const table_record&) = default;
     table_record& operator=(const table_record&) = default;
+    table_record(table_record&&) = default;
+    table_record& operator=(table_record&&) = default;
 
     table_id table() const { return table_; }
     const database_maker_table& def() const { return *def_; }

@@ -490,3 +490,29 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
     for (db_status s = rs->moveFirst(); s.ok(); s = rs->moveNext()) ++rows;
     EXPECT_EQ(rows, 100);
 }
+
+TEST(Session, SavingWhileARowSetIsHalfReadOnTheSameConnection) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    addStations(*db, 10);
+    auto reading = open(*db, table_id::weather_stations, "", "ID ASC");
+    ASSERT_TRUE(reading->moveFirst().ok());
+    ASSERT_TRUE(reading->moveNext().ok());
+    {
+        session s(*db);
+        ASSERT_TRUE(s.ok()) << s.storeError();
+        EXPECT_TRUE(db->execute("DELETE FROM `Weather Stations` WHERE ID = 10").ok());
+        table_record r(table_id::weather_stations);
+        r.setNumber("ID", 11);
+        EXPECT_TRUE(open(*db, table_id::weather_stations)->insert(r).ok());
+    }
+    EXPECT_EQ(db->lastCommitError(), "");
+    ASSERT_TRUE(reading->moveNext().ok());
+    EXPECT_EQ(stationId(*reading), 3);
+    reading.reset();
+    auto check = open(*db, table_id::weather_stations, "", "ID DESC");
+    ASSERT_TRUE(check->moveFirst().ok());
+    EXPECT_EQ(stationId(*check), 11);
+    ASSERT_TRUE(check->moveNext().ok());
+    EXPECT_EQ(stationId(*check), 9);
+}
