@@ -6,6 +6,8 @@
 #include <filesystem>
 
 #include "app/text_format.h"
+#include "db/database.h"
+#include "db/database_maker.h"
 #include "records/option_lists.h"
 #include "records_test_project.h"
 #include "test_support.h"
@@ -133,6 +135,35 @@ TEST(OptionListStorage, ValuesTheColumnCannotHoldAreRefusedOnInsert) {
     std::string errors;
     EXPECT_FALSE(crops.saveToDatabase(project.db(), errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to insert into table Crops\n", 0), 0u) << errors;
+}
+
+// A write-protected project opens for reading only; no session can be made on it.
+TEST(OptionListStorage, NoSessionOnAReadOnlyProjectLeavesTheTableAlone) {
+    sbtest::temp_dir dir;
+    std::string path = dir.file("locked.sbproj");
+    std::string errors;
+    {
+        ASSERT_TRUE(database::create(path, errors)) << errors;
+        auto db = database::open(path, errors);
+        ASSERT_NE(db, nullptr) << errors;
+        ASSERT_TRUE(database_maker(*db).createAllTables(errors)) << errors;
+        tellura_cultivation_list cult;
+        cult.addRecord("A");
+        ASSERT_TRUE(cult.saveToDatabase(*db, errors)) << errors;
+    }
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+    auto db = database::open(path, errors);
+    ASSERT_NE(db, nullptr) << errors;
+    list_tellura_crops crops;
+    EXPECT_FALSE(crops.saveToDatabase(*db, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+    errors.clear();
+    tellura_cultivation_list cult;
+    EXPECT_FALSE(cult.saveToDatabase(*db, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\r\n");
+    ASSERT_TRUE(cult.loadFromDatabase(*db, errors));
+    ASSERT_EQ(cult.size(), 1u);  // the saved list is still there
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
 TEST(OptionLists, LoadAllFindAndRunDirectoryFiles) {

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/database_maker.h"
 #include "records/soil_layer_file.h"
 #include "records/soil_relayer.h"
 #include "records/tellura_soil.h"
@@ -379,6 +381,24 @@ TEST(SoilStorage, MissingTablesAreReported) {
     EXPECT_FALSE(list.load(project.db(), errors));
     EXPECT_EQ(errors, "Unable to open table Soil Layers\n");
     ASSERT_EQ(list.soils.size(), 1u);  // the soil row itself was written
+}
+
+TEST(SoilStorage, NoSessionOnAReadOnlyProject) {
+    sbtest::temp_dir dir;
+    std::string path = dir.file("locked.sbproj");
+    std::string errors;
+    {
+        ASSERT_TRUE(database::create(path, errors)) << errors;
+        auto db = database::open(path, errors);
+        ASSERT_NE(db, nullptr) << errors;
+        ASSERT_TRUE(database_maker(*db).createAllTables(errors)) << errors;
+    }
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    auto db = database::open(path, errors);
+    ASSERT_NE(db, nullptr) << errors;
+    EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), *db, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
 TEST(SoilStorage, AFailedLayerInsertDoesNotStopTheOthers) {
