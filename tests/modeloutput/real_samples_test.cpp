@@ -1,0 +1,273 @@
+// The readers against real files of the model line (beside the project, not in it).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "modeloutput/binary_layout.h"
+#include "modeloutput/binary_output_reader.h"
+#include "modeloutput/binary_record_reader.h"
+#include "modeloutput/list_file_reader.h"
+#include "modeloutput/output_variable_set.h"
+#include "modeloutput/text_output_readers.h"
+#include "output_test_files.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+std::string sample(const std::string& relative) { return sbtest::samplesDir() + "/" + relative; }
+
+// A list file split at blanks: names of the header, then rows of numbers.
+struct plain_table {
+    std::vector<std::string> names;
+    std::vector<std::vector<double>> rows;
+};
+
+plain_table readPlainTable(const std::string& path) {
+    plain_table table;
+    std::ifstream in(path);
+    std::string line;
+    bool header = true;
+    while (std::getline(in, line)) {
+        std::istringstream words(line);
+        std::string word;
+        std::vector<std::string> fields;
+        while (words >> word) fields.push_back(word);
+        if (fields.empty()) continue;
+        if (header) {
+            table.names = fields;
+            header = false;
+            continue;
+        }
+        std::vector<double> row;
+        for (const auto& f : fields) row.push_back(std::strtod(f.c_str(), nullptr));
+        table.rows.push_back(row);
+    }
+    return table;
+}
+
+float floatAt(const std::vector<unsigned char>& record, int position) {
+    float v;
+    std::memcpy(&v, record.data() + 4 * position, 4);
+    return v;
+}
+
+// The list utility prints a 32-bit float to four decimals, or to seven
+// significant digits when the value is large ("1147.958").
+void expectListed(double listed, float value, const std::string& what) {
+    EXPECT_NEAR(value, listed, 0.00006 + std::fabs(listed) * 6e-7) << what;
+}
+
+binary_layout_catalogue shipped() {
+    binary_layout_catalogue catalogue;
+    std::string errors;
+    EXPECT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
+    return catalogue;
+}
+
+float cell(const table_record& r, const std::string& name) { return r.single(r.column(name)); }
+
+}  // namespace
+
+TEST(RealSamples, BinaryOf2012ReleaseMatchesItsListFileRecordByRecord) {
+    SB_REQUIRE_SAMPLES();
+    plain_table lis = readPlainTable(sample("diurna-2012/outputs/example.lis"));
+    ASSERT_EQ(lis.names.size(), 11u);  // time and the ten names of outvars.txt
+    ASSERT_EQ(lis.rows.size(), 215u);
+
+    binary_layout_catalogue catalogue = shipped();
+    binary_record_reader reader;
+    std::string errors;
+    ASSERT_TRUE(reader.open(sample("diurna-2012/outputs/example.bin"), errors));
+    int first = 0;
+    ASSERT_TRUE(reader.readFirstByte(first));
+    ASSERT_TRUE(reader.detectFraming(errors)) << errors;
+    EXPECT_EQ(reader.framing(), binary_framing::byte_markers);
+    ASSERT_EQ(reader.firstRecordBytes(), 3212);
+    const binary_layout* layout = catalogue.find(4, 3212);
+    ASSERT_NE(layout, nullptr);
+
+    // Where each of the ten names sits.
+    std::vector<int> positions;
+    for (size_t c = 1; c < lis.names.size(); ++c) {
+        int position = -1;
+        for (int a = 0; a < 3 && position < 0; ++a)
+            for (int i = 0; i < layout->count(a); ++i)
+                if (layout->names[static_cast<size_t>(a)][static_cast<size_t>(i)] == lis.names[c])
+                    position = layout->floatPosition(a, i);
+        ASSERT_GE(position, 0) << lis.names[c];
+        positions.push_back(position);
+    }
+    std::vector<unsigned char> record;
+    bool error = false;
+    for (size_t r = 0; r < lis.rows.size(); ++r) {
+        ASSERT_TRUE(reader.readRecord(3212, record, error, errors)) << "record " << r + 1 << errors;
+        EXPECT_NEAR(floatAt(record, 0), lis.rows[r][0], 0.006) << "time of record " << r + 1;
+        for (size_t c = 0; c < positions.size(); ++c)
+            expectListed(lis.rows[r][c + 1], floatAt(record, positions[c]),
+                         lis.names[c + 1] + " in record " + std::to_string(r + 1));
+    }
+    EXPECT_FALSE(reader.readRecord(3212, record, error, errors));  // then the end byte
+    EXPECT_FALSE(error);
+    EXPECT_EQ(errors, "");
+}
+
+TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
+    SB_REQUIRE_SAMPLES();
+    plain_table lis = readPlainTable(sample("diurna-2012/outputs/example.lis"));
+    // The sample's schedule: yearly output to 1919, then monthly blocks to 1992, 1994, 2006.
+    tellura_control_record record = sbtest::recordWithBlocks({{1919, 12.0f}, {1992, 1.0f}, {1994, 1.0f}, {2006, 1.0f}});
+    std::string errors;
+    ASSERT_TRUE(readBinaryOutput(sample("diurna-2012/outputs/example.bin"), 4, shipped(), record, errors)) << errors;
+    EXPECT_EQ(errors,
+              "20 records read, from years 1 to 1919.\n"
+              "14 records read, from years 1919 to 1991.\n"
+              "24 records read, from years 1992 to 1993.\n"
+              "144 records read, from years 1994 to 2005.\n");
+    const auto& out = record.outputs;
+    ASSERT_EQ(out.annual.size(), 20u);
+    // Row 3 of the list file is 1902.00; agcacc, aglivc, cproda and somtc are output columns.
+    EXPECT_EQ(out.annual[2].year(), 1902);
+    for (size_t c = 1; c < lis.names.size(); ++c) {
+        int column = out.annual[2].column(lis.names[c]);
+        if (column >= 0) expectListed(lis.rows[2][c], out.annual[2].single(column), lis.names[c]);
+    }
+    // 1995.50 is June 1995.
+    size_t row = 0;
+    while (row < lis.rows.size() && std::fabs(lis.rows[row][0] - 1995.50) > 1e-6) ++row;
+    ASSERT_LT(row, lis.rows.size());
+    const TelluraOutputMonthly* june = nullptr;
+    for (const auto* m : out.monthlyInOrder())
+        if (m->year() == 1995 && m->month() == 6) june = m;
+    ASSERT_NE(june, nullptr);
+    ASSERT_EQ(lis.names[5], "aglivc");
+    ASSERT_EQ(lis.names[9], "somtc");
+    expectListed(lis.rows[row][5], cell(*june, "aglivc"), "aglivc");
+    expectListed(lis.rows[row][9], cell(*june, "somtc"), "somtc");
+    EXPECT_TRUE(out.hasEndOfRun);
+}
+
+TEST(RealSamples, GfortranBinaryOf2008BuildWithItsLayout) {
+    SB_REQUIRE_SAMPLES();
+    binary_layout_catalogue catalogue = shipped();
+    tellura_control_record record = sbtest::recordWithBlocks({{2005, 1.0f}});
+    std::string errors;
+    // Only the first 30 records are kept in the sample: the block cannot finish.
+    EXPECT_FALSE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, record, errors));
+    EXPECT_EQ(errors, "30 records read, from years 1799 to 1802.\n");
+    auto months = record.outputs.monthlyInOrder();
+    ASSERT_EQ(months.size(), 30u);
+    EXPECT_EQ(months[0]->year(), 1799);  // time 1800.0 is December 1799
+    EXPECT_EQ(months[0]->month(), 12);
+    EXPECT_NEAR(cell(*months[0], "somsc"), 1851.537f, 0.001);
+
+    // Read as yearly output the same first record lands in year 1800.
+    tellura_control_record yearly = sbtest::recordWithBlocks({{1800, 12.0f}});
+    errors.clear();
+    ASSERT_TRUE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, yearly, errors)) << errors;
+    EXPECT_EQ(errors, "1 records read, from years 1800 to 1800.\n");
+    EXPECT_NEAR(cell(yearly.outputs.annual.at(0), "somsc"), 1851.537f, 0.001);
+}
+
+TEST(RealSamples, ListFileOf2008BuildFillsItsMonths) {
+    SB_REQUIRE_SAMPLES();
+    // The request this build was given is exactly our version-4 request.
+    std::ifstream request(sample("diurna45-2008-outputs/sb_outvars.txt"));
+    std::vector<std::string> requested;
+    for (std::string name; request >> name;) requested.push_back(name);
+    output_variable_set set;
+    std::vector<std::string> ours;
+    for (const auto& d : set.mainList(4)) ours.push_back(d.name);
+    for (const auto& d : set.extraList(4)) ours.push_back(d.name);
+    EXPECT_EQ(requested, ours);
+
+    tellura_control_record record = sbtest::recordWithBlocks({{2006, 1.0f}});
+    std::string errors;
+    ASSERT_TRUE(readListFile(set, sample("diurna45-2008-outputs/sb.lis"), 4, record, errors)) << errors;
+    EXPECT_EQ(errors, "133 records read, from years 1994 to 2005.\n");
+    auto months = record.outputs.monthlyInOrder();
+    ASSERT_EQ(months.size(), 133u);
+    EXPECT_EQ(months[0]->year(), 1994);  // 1995.00 is December 1994
+    EXPECT_EQ(months[1]->year(), 1995);
+    EXPECT_EQ(months[1]->month(), 1);
+    EXPECT_FLOAT_EQ(cell(*months[1], "agcacc"), 21.2827f);
+    EXPECT_FLOAT_EQ(cell(*months[1], "aglcis(1)"), 18.4471f);
+    EXPECT_FLOAT_EQ(cell(*months[1], "aminrl(1)"), 185.3719f);
+
+    // Every cell of every row whose name is a monthly column.
+    plain_table lis = readPlainTable(sample("diurna45-2008-outputs/sb.lis"));
+    size_t checked = 0;
+    for (size_t r = 0; r < months.size(); ++r)
+        for (size_t c = 1; c < lis.names.size(); ++c) {
+            int column = months[r]->column(lis.names[c]);
+            if (column < 0) continue;
+            EXPECT_FLOAT_EQ(months[r]->single(column), static_cast<float>(lis.rows[r][c]))
+                << lis.names[c] << " row " << r;
+            ++checked;
+        }
+    EXPECT_GT(checked, 133u * 70u);
+}
+
+TEST(RealSamples, YearSummariesOfBothReleasesReadWhole) {
+    SB_REQUIRE_SAMPLES();
+    struct expected_summary {
+        const char* file;
+        const char* message;
+        int firstYear;
+        float firstN2O, firstPpt;
+    } cases[] = {
+        {"diurna-2012/outputs/year_summary.out", "Year Summary: 37 years read, from 1900 to 2006.\n", 1900, 0.040587f, 111.82f},
+        {"diurna45-2008-outputs/year_summary.out", "Year Summary: 206 years read, from 1800 to 2005.\n", 1800, 0.009763f, 13.84f},
+    };
+    for (const auto& c : cases) {
+        tellura_control_record record = sbtest::recordWithBlocks({});
+        std::string errors;
+        ASSERT_TRUE(readYearSummary(sample(c.file), record, errors)) << errors;
+        EXPECT_EQ(errors, c.message);
+        const auto& first = record.outputs.annual.at(0);
+        EXPECT_EQ(first.year(), c.firstYear);
+        EXPECT_FLOAT_EQ(cell(first, "n2oflux"), c.firstN2O);
+        EXPECT_FLOAT_EQ(cell(first, "ppt"), c.firstPpt);
+    }
+}
+
+TEST(RealSamples, DailyFilesOfTheReleasesAgainstOurColumns) {
+    SB_REQUIRE_SAMPLES();
+    struct daily_case {
+        const char* file;
+        bool ok;
+        const char* message;
+    } cases[] = {
+        // The 2012 summary.out carries our daily columns (with ppt, CH4 and NIT between them).
+        {"diurna-2012/outputs/summary.out", true, "DAILY.OUT: 730 days read, from 1900 to 1901.\n"},
+        // daily.out of both releases holds other values (PET, defac, soil temperature, snow).
+        {"diurna-2012/outputs/daily.out", false, "ERROR in columns of \"daily.out\": read \"PET(cm)\", expected \"tmax\".\n"},
+        {"diurna45-2008-outputs/daily.out", false, "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n"},
+        // The 2008 build calls the day column "jday".
+        {"diurna45-2008-outputs/summary.out", false, "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n"},
+    };
+    for (const auto& c : cases) {
+        tellura_control_record record = sbtest::recordWithBlocks({});
+        std::string errors;
+        EXPECT_EQ(readDailyOutput(sample(c.file), record, errors), c.ok) << c.file;
+        EXPECT_EQ(errors, c.message) << c.file;
+    }
+    tellura_control_record record = sbtest::recordWithBlocks({});
+    std::string errors;
+    ASSERT_TRUE(readDailyOutput(sample("diurna-2012/outputs/summary.out"), record, errors));
+    const auto& day1 = record.outputs.daily.at(0);
+    EXPECT_EQ(day1.year(), 1900);
+    EXPECT_EQ(day1.julianDay(), 1);
+    EXPECT_FLOAT_EQ(cell(day1, "tmax"), 10.6f);
+    EXPECT_FLOAT_EQ(cell(day1, "CO2resp"), 3429.2802f);
+    EXPECT_EQ(record.outputs.daily.at(729).julianDay(), 365);
+
+    // A daily summary is not a year summary: its columns message says why.
+    errors.clear();
+    EXPECT_FALSE(readYearSummary(sample("diurna-2012/outputs/summary.out"), record, errors));
+    EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"ti\", expected \"time\".\n");
+}
