@@ -342,7 +342,7 @@ bool validateBlockFields(const tellura_event_block& block, int version,
 
 }  // namespace
 
-bool option_lists_lookup::hasOption(option_kind kind, std::string_view name) const {
+bool project_option_names::hasOption(option_kind kind, std::string_view name) const {
     return lists_.contains(kind, name);
 }
 

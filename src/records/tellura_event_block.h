@@ -88,9 +88,9 @@ public:
 };
 
 // The project's option lists answering for the event checks.
-class option_lists_lookup : public option_name_lookup {
+class project_option_names : public option_name_lookup {
 public:
-    explicit option_lists_lookup(const option_lists& lists) : lists_(lists) {}
+    explicit project_option_names(const option_lists& lists) : lists_(lists) {}
     bool hasOption(option_kind kind, std::string_view name) const override;
 
 private:

@@ -585,7 +585,9 @@ void appendClimateMeansText(const TelluraWeatherStations& station, std::string& 
     appendf(text, "Weather ID\t%ld\t%s\n", asLong(station.id), station.description.c_str());
     for (const climate_series& series : kClimateSeries) {
         text += series.label;
-        for (const weather_month_means& m : station.means) appendf(text, "\t%g", static_cast<double>(m.*series.member));
+        // Adding zero turns a stored -0 into 0, which is what the user typed.
+        for (const weather_month_means& m : station.means)
+            appendf(text, "\t%g", static_cast<double>(m.*series.member) + 0.0);
         text += "\n";
     }
 }

@@ -23,6 +23,8 @@ public:
     const std::string& setupErrors() const { return setupErrors_; }
     sb::database& db() { return *db_; }
     const std::string& path() const { return path_; }
+    // Closes the database (everything written is in the file afterwards).
+    void close() { db_.reset(); }
     // Drops a table so that the next operation on it fails as with a damaged file.
     void dropTable(sb::table_id table) {
         db_->execute(std::string("DROP TABLE [") + sb::tableName(table) + "]");

@@ -1,0 +1,290 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "app/text_format.h"
+#include "records/record_clipboard.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+#include "records_test_project.h"
+
+namespace {
+
+using namespace sb;
+using sbtest::records_project;
+
+TEST(DefaultRecord, CarriesTheModelsOwnDefaults) {
+    tellura_control_record r;
+    EXPECT_EQ(r.id(), 1);
+    EXPECT_EQ(r.site.integer(0), 1);
+    EXPECT_EQ(r.description(), "Default record");
+    EXPECT_EQ(r.soilId(), 1);
+    EXPECT_EQ(r.weatherId(), 1);
+    EXPECT_EQ(r.value("Organic Matter Decomposition Model"), 2);
+    EXPECT_EQ(r.value("Labeling Year"), -1);
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("AGPPA")), -40.0f);
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("Dec4")), 0.0033f);
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("DEC5(2)")), 0.4f);
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("FAVAIL(6)")), 2.0f);
+    // Matrices are given row by row whatever order the table keeps: RAD1P(1,2)
+    // is the (1,2) element although the table stores RAD1P first index fastest.
+    EXPECT_EQ(r.value("RAD1P(1,2)"), 220);
+    EXPECT_EQ(r.value("RAD1P(2,1)"), 3);
+    EXPECT_EQ(r.value("VARAT22(1,2)"), 400);
+    EXPECT_EQ(r.value("VARAT22(2,1)"), 12);
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("DAMR(2,3)")), 0.04f);
+    EXPECT_EQ(r.value("PCEMIC2(1,1)"), 16);
+    EXPECT_TRUE(r.row.flag(r.row.column("TEXEPP(1)")));
+    EXPECT_FLOAT_EQ(static_cast<float>(r.value("TEXEPP(5)")), 2.0f);
+    EXPECT_EQ(r.site.number("IVAUTO"), 3);
+    EXPECT_FLOAT_EQ(r.site.single(r.site.column("RCES2(2,1)")), 28.54336f);
+    EXPECT_EQ(r.site.number("SOM2CI(2,1)"), 1800);
+    EXPECT_EQ(r.site.number("CLDCOV(8)"), 76);
+    EXPECT_EQ(r.site.number("HPOTDEEP"), -200);
+    EXPECT_EQ(r.site.number("LYRMAX(4)"), 6);
+    ASSERT_EQ(r.blocks.size(), 1u);
+    EXPECT_EQ(r.blocks[0].blockNumber, 1);
+    EXPECT_LE(r.blocks[0].firstYear, r.blocks[0].lastYear);
+    EXPECT_FALSE(r.modified);
+}
+
+tellura_control_record sampleRecord(int32_t id) {
+    tellura_control_record r;
+    r.setId(id);
+    r.row.setText("Description", strprintf("Plot %d", id));
+    r.row.setText("Initial Crop", "C6");
+    r.row.setNumber("Weather ID", 4);
+    r.row.setNumber("CO2SYS", 1);
+    r.row.setNumber("PHESP(3)", 7.25);
+    r.site.setNumber("EPNFA(2)", 0.125);
+    r.site.setNumber("WATERTABLE(3)", 1);
+    tellura_event_block second = r.blocks[0];
+    second.blockNumber = 2;
+    second.description = "Wheat";
+    second.firstYear = 101;
+    second.lastYear = 110;
+    tellura_event e;
+    e.order = 1;
+    e.type = kEventCrop;
+    e.item = "W4";
+    e.month = 9;
+    second.events.push_back(e);
+    r.blocks.push_back(second);
+    return r;
+}
+
+TEST(ControlRecordStorage, WrittenRecordReadsBackWhole) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    tellura_control_record written = sampleRecord(42);
+    written.modified = true;
+    std::string errors;
+    ASSERT_TRUE(writeControlRecord(written, project.db(), errors)) << errors;
+    EXPECT_FALSE(written.modified);
+    tellura_control_record read;
+    ASSERT_TRUE(readControlRecord(project.db(), 42, false, read, errors)) << errors;
+    EXPECT_EQ(read.row, written.row);
+    EXPECT_EQ(read.site, written.site);
+    EXPECT_EQ(read.blocks, written.blocks);
+    EXPECT_EQ(read.initialCrop(), "C6");
+    EXPECT_TRUE(read.site.flag(read.site.column("WATERTABLE(3)")));
+    EXPECT_EQ(errors, "");
+}
+
+TEST(ControlRecordStorage, WritingUnderAnExistingIdReplacesEverything) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    tellura_control_record first = sampleRecord(7);
+    ASSERT_TRUE(writeControlRecord(first, project.db(), errors)) << errors;
+    tellura_control_record second;  // one block only
+    second.setId(7);
+    second.row.setText("Description", "Replaced");
+    ASSERT_TRUE(writeControlRecord(second, project.db(), errors)) << errors;
+    tellura_control_record read;
+    ASSERT_TRUE(readControlRecord(project.db(), 7, false, read, errors)) << errors;
+    EXPECT_EQ(read.description(), "Replaced");
+    EXPECT_EQ(read.blocks.size(), 1u);
+}
+
+TEST(ControlRecordStorage, MissingRecordKeepsDefaults) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    tellura_control_record read;
+    read.row.setText("Description", "Edited");
+    tellura_control_record expected = read;
+    std::string errors;
+    EXPECT_FALSE(readControlRecord(project.db(), 3, false, read, errors));
+    EXPECT_EQ(errors, "ERROR, can't find record, ID=3, in [Control Records].\n");
+    EXPECT_EQ(read.row, expected.row);
+    project.dropTable(table_id::control_records);
+    errors.clear();
+    EXPECT_FALSE(readControlRecord(project.db(), 3, false, read, errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to open control record table.\n", 0), 0u) << errors;
+}
+
+TEST(ControlRecordStorage, AFailingPartDoesNotStopTheOthers) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    project.dropTable(table_id::site_data);
+    tellura_control_record r = sampleRecord(9);
+    std::string errors;
+    EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to delete from [Site Data]\n"
+                           "ERROR, unable to write site table.\n",
+                           0),
+              0u)
+        << errors;
+    errors.clear();
+    tellura_control_record read;
+    EXPECT_FALSE(readControlRecord(project.db(), 9, false, read, errors));
+    EXPECT_EQ(errors, "ERROR, unable to open site table.\n");
+    EXPECT_EQ(read.row, r.row);  // the row and the blocks were written all the same
+    EXPECT_EQ(read.blocks, r.blocks);
+}
+
+TEST(ControlRecordStorage, RecordWithoutSiteRowIsReported) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    tellura_control_record r = sampleRecord(9);
+    std::string errors;
+    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
+    project.db().execute("DELETE * FROM `Site Data` WHERE ID = 9");
+    tellura_control_record read;
+    EXPECT_FALSE(readControlRecord(project.db(), 9, false, read, errors));
+    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
+}
+
+TEST(ControlRecordStorage, TheRecordsSoilIsWrittenWhenTheListHoldsIt) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    tellura_soil_list soils;
+    soils.soils.resize(2);
+    soils.soils[0].setNumber(0, 1);
+    soils.soils[0].setText(1, "Loam");
+    soils.soils[1].setNumber(0, 2);
+    soils.soils[1].setText(1, "Clay");
+    tellura_control_record r = sampleRecord(5);  // soil ID 1
+    std::string errors;
+    ASSERT_TRUE(writeControlRecord(r, project.db(), errors, &soils)) << errors;
+    tellura_soil_list stored;
+    ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
+    ASSERT_EQ(stored.soils.size(), 1u);
+    EXPECT_EQ(stored.soils[0].name(), "Loam");
+}
+
+TEST(ControlRecordStorage, DeleteRemovesEverythingUnderTheId) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    tellura_control_record a = sampleRecord(1), b = sampleRecord(2);
+    ASSERT_TRUE(writeControlRecord(a, project.db(), errors));
+    ASSERT_TRUE(writeControlRecord(b, project.db(), errors));
+    ASSERT_TRUE(deleteControlRecord(project.db(), 1, errors)) << errors;
+    tellura_control_record read;
+    EXPECT_FALSE(readControlRecord(project.db(), 1, false, read, errors));
+    errors.clear();
+    for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events}) {
+        db_status status;
+        auto rows = project.db().openTable(table, "ID = 1", "", status);
+        ASSERT_TRUE(rows);
+        EXPECT_TRUE(rows->moveFirst().endOfRowset()) << tableName(table);
+    }
+    ASSERT_TRUE(readControlRecord(project.db(), 2, false, read, errors)) << errors;
+    EXPECT_EQ(read.blocks, b.blocks);
+}
+
+TEST(ControlRecordStorage, SessionThatCannotStartStopsTheWrite) {
+    sbtest::temp_dir dir;
+    std::string path = dir.file("readonly.sbproj"), errors;
+    {
+        records_project project;
+        SB_REQUIRE_PROJECT(project);
+        project.close();
+        std::filesystem::copy_file(project.path(), path);
+    }
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+    std::unique_ptr<database> db = database::open(path, errors);
+    ASSERT_TRUE(db) << errors;
+    if (!db->readOnly()) GTEST_SKIP() << "running with rights that ignore file permissions";
+    tellura_control_record r;
+    errors.clear();
+    EXPECT_FALSE(writeControlRecord(r, *db, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+    errors.clear();
+    EXPECT_FALSE(deleteControlRecord(*db, 1, errors));
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+}
+
+TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
+    tellura_control_record r = sampleRecord(42);
+    tellura_weather_station_list stations;
+    EXPECT_EQ(controlRecordText(r, stations), "");  // station 4 is not in the list
+    stations.stations.resize(1);
+    stations.stations[0].id = 4;
+    stations.stations[0].description = "Mead";
+    std::string text = controlRecordText(r, stations, [](const tellura_outputs&, std::string& out) { out += "OUT\n"; });
+    std::string expected =
+        "Soilbench Record\t\n"
+        "42\n"
+        "Soil ID\t1\n"
+        "ivauto\t3\tnelem\t1\tsite.EPNFA\t0.05\t0.125\tsite.EPNFS\t30\t0.009\n";
+    appendClimateMeansText(stations.stations[0], expected);
+    for (const tellura_event_block& b : r.blocks) appendEventBlockText(b, expected);
+    expected += "OUT\n";
+    EXPECT_EQ(text, expected);
+}
+
+TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
+    EXPECT_EQ(record_clipboard::encodeId(0x01020304), std::string("\x04\x03\x02\x01", 4));
+    int32_t id = 0;
+    std::string errors;
+    ASSERT_TRUE(record_clipboard::decodeId(record_clipboard::encodeId(-5), id, errors));
+    EXPECT_EQ(id, -5);
+    EXPECT_FALSE(record_clipboard::decodeId(std::nullopt, id, errors));
+    EXPECT_FALSE(record_clipboard::decodeId(std::string(8, '\1'), id, errors));
+    EXPECT_FALSE(record_clipboard::decodeId(std::string(), id, errors));
+    EXPECT_EQ(id, -5);
+    EXPECT_EQ(errors, "Binary format not available.\r\nBinary item size is invalid.\r\nBinary item size is invalid.\r\n");
+
+    tellura_control_record r = sampleRecord(42);
+    tellura_weather_station_list stations;
+    stations.stations.resize(1);
+    stations.stations[0].id = 4;
+    record_clipboard::items items = record_clipboard::makeItems(r, stations);
+    EXPECT_EQ(items.idItem, record_clipboard::encodeId(42));
+    EXPECT_EQ(items.text, controlRecordText(r, stations));
+    EXPECT_STREQ(record_clipboard::kFormatName, "SoilbenchControl");
+}
+
+TEST(RecordClipboard, PasteCopiesUnderTheNewId) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    tellura_control_record r = sampleRecord(42);
+    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
+    tellura_outputs seen;
+    int stores = 0;
+    setControlRecordOutputStore({[&](database&, int32_t id, tellura_outputs&, std::string&) { return ++stores && id == 43; },
+                                 [&](database&, int32_t id, tellura_outputs&, std::string&) { return id == 42; }});
+    ASSERT_TRUE(pasteRecord(project.db(), record_clipboard::encodeId(42), 43, errors)) << errors;
+    setControlRecordOutputStore({});
+    EXPECT_EQ(stores, 1);
+    tellura_control_record copy;
+    ASSERT_TRUE(readControlRecord(project.db(), 43, false, copy, errors)) << errors;
+    EXPECT_EQ(copy.id(), 43);
+    EXPECT_EQ(copy.site.integer(0), 43);
+    EXPECT_EQ(copy.description(), "Plot 42");
+    EXPECT_EQ(copy.blocks, r.blocks);
+
+    // An 8-byte item changes nothing; an ID the project lacks gives the read error.
+    EXPECT_FALSE(pasteRecord(project.db(), std::string(8, '\0'), 44, errors));
+    EXPECT_EQ(errors, "Binary item size is invalid.\r\n");
+    errors.clear();
+    EXPECT_FALSE(pasteRecord(project.db(), record_clipboard::encodeId(99), 44, errors));
+    EXPECT_EQ(errors, "ERROR, can't find record, ID=99, in [Control Records].\n");
+    EXPECT_FALSE(readControlRecord(project.db(), 44, false, copy, errors));
+}
+
+}  // namespace
