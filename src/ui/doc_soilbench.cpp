@@ -2,15 +2,31 @@
 
 #include "db/database.h"
 #include "db/database_maker.h"
+#include "modeloutput/output_tables.h"
 #include "records/list_control_record_proxies.h"
 #include "records/tellura_control_record.h"
 #include "ui/control_record_table_model.h"
 
 namespace sb {
+namespace {
+
+// Records are read and written with their outputs through the output tables;
+// the program says so once, before the first project is opened.
+void useOutputTables() {
+    static const bool done = [] {
+        setControlRecordOutputStore({storeOutputs, readOutputs});
+        return true;
+    }();
+    (void)done;
+}
+
+}  // namespace
 
 doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList)
     : db_(std::move(db)), path_(std::move(path)), prebuildList_(prebuildList),
-      list_(std::make_unique<list_control_record_proxies>()) {}
+      list_(std::make_unique<list_control_record_proxies>()) {
+    useOutputTables();
+}
 
 doc_soilbench::~doc_soilbench() = default;
 
@@ -26,6 +42,7 @@ bool doc_soilbench::attach(std::string& errors) {
 
 std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {
     const std::string file = path.toStdString();
+    useOutputTables();
     database::create(file, errors);
     auto db = database::open(file, errors);
     if (!db) return nullptr;

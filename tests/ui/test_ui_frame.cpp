@@ -1,0 +1,292 @@
+// The frame: both menus with their exact labels, opening a project, record
+// navigation and its messages, delete, copy and paste through the clipboard.
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QInputDialog>
+#include <QMdiArea>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QTableView>
+#include <QtTest>
+
+#include "app/app_soilbench.h"
+#include "records/list_control_record_proxies.h"
+#include "records/record_clipboard.h"
+#include "ui/command_table.h"
+#include "ui/control_record_table_model.h"
+#include "ui/dialog_errors.h"
+#include "ui/doc_soilbench.h"
+#include "ui/main_window.h"
+#include "ui/view_control_records.h"
+#include "ui_test_support.h"
+
+using namespace sb;
+using sbtest_ui::onNextModal;
+using sbtest_ui::pressButton;
+
+namespace {
+
+QStringList menuTitles(QMainWindow& w) {
+    QStringList titles;
+    for (QAction* a : w.menuBar()->actions()) titles << a->text();
+    return titles;
+}
+
+QMenu* menuNamed(QMainWindow& w, const QString& title) {
+    for (QAction* a : w.menuBar()->actions())
+        if (a->text() == title) return a->menu();
+    return nullptr;
+}
+
+// Every action text in a menu and its sub-menus, in order.
+QStringList labels(QMenu* menu) {
+    QStringList out;
+    for (QAction* a : menu->actions()) {
+        if (a->isSeparator()) continue;
+        if (a->menu()) out << labels(a->menu());
+        else if (a->isVisible()) out << a->text();
+    }
+    return out;
+}
+
+}  // namespace
+
+class test_ui_frame : public QObject {
+    Q_OBJECT
+    QTemporaryDir dir_;
+    QString profile() const { return dir_.filePath("profile.ini"); }
+
+private slots:
+    void shortMenuWithoutProject() {
+        app_soilbench settings(profile().toStdString());
+        main_window w(settings);
+        QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
+        QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
+        QCOMPARE(labels(menuNamed(w, "&File")),
+                 (QStringList{"&New", "&Open...", "&Configuration", "Diurna Output Files", "P&rint Setup...", "E&xit"}));
+        QCOMPARE(labels(menuNamed(w, "&Help")), QStringList{"&About Tellura && Soilbench..."});
+        QCOMPARE(w.action(command_id::fileNew)->shortcut(), QKeySequence("Ctrl+N"));
+        QCOMPARE(w.action(command_id::fileOpen)->shortcut(), QKeySequence("Ctrl+O"));
+        QVERIFY(!w.action(command_id::runOne)->isEnabled());
+    }
+
+    void fullMenuWithProjectHasEveryCommand() {
+        const QString path = dir_.filePath("full.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        QCOMPARE(menuTitles(w), (QStringList{"&File", "&Edit", "&View", "&Window", "&Record", "E&xecute", "&Help"}));
+        QCOMPARE(labels(menuNamed(w, "&Edit")),
+                 (QStringList{"&Copy", "&Paste", "Edit Selected &Record", "Edit Crops", "Edit Cultivation",
+                              "Edit Fertilizers", "Edit Fi&res", "Edit &OMAD", "Edit &Graze List", "Edit Harvest",
+                              "Edit Irrigation", "Edit T&rees", "Edit Tree Re&moval", "Edit Soils",
+                              "Edit &Weather Stations", "Copy output values to input"}));
+        QCOMPARE(labels(menuNamed(w, "&Record")),
+                 (QStringList{"First", "Previous", "Next", "Last", "Goto", "Goto ID", "Delete"}));
+        QCOMPARE(labels(menuNamed(w, "E&xecute")),
+                 (QStringList{"Run &One Record", "Run &Multiple Records", "Read .BIN file"}));
+        QCOMPARE(labels(menuNamed(w, "&Window")), (QStringList{"&New Window", "&Cascade", "&Tile", "&Arrange Icons"}));
+        const QStringList file = labels(menuNamed(w, "&File"));
+        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records", "&Monthly Weather Averages (<site>.100 file)",
+                              "&Close", "&Print...", "Print Pre&view"})
+            QVERIFY2(file.contains(l), l);
+        // The recent-file entry of the project just opened sits above Exit.
+        QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
+        QCOMPARE(file[file.size() - 2], "&1 " + path);
+        QCOMPARE(w.action(command_id::print)->shortcut(), QKeySequence("Ctrl+P"));
+        QCOMPARE(w.action(command_id::editCopy)->shortcut(), QKeySequence("Ctrl+C"));
+        QCOMPARE(w.action(command_id::editPaste)->shortcut(), QKeySequence("Ctrl+V"));
+        // Closing goes back to the short menu.
+        w.runCommand(command_id::fileClose);
+        QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
+        QVERIFY(!w.document());
+    }
+
+    void navigationMovesAndKeepsRecordOnFailure() {
+        const QString path = dir_.filePath("nav.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {10, 20, 30})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        doc_soilbench& doc = *w.document();
+        QCOMPARE(doc.currentId(), 10);
+        w.runCommand(command_id::recordNext);
+        QCOMPARE(doc.currentId(), 20);
+        w.runCommand(command_id::recordLast);
+        QCOMPARE(doc.currentId(), 30);
+        w.runCommand(command_id::recordNext);  // past the end: stays, and nothing to report
+        QCOMPARE(doc.currentId(), 30);
+        QVERIFY(!QApplication::activeModalWidget());
+        w.runCommand(command_id::recordFirst);
+        QCOMPARE(doc.currentId(), 10);
+        w.runCommand(command_id::recordPrevious);
+        QCOMPARE(doc.currentId(), 10);
+
+        // Goto asks "Which record number?" starting at 1.
+        QString prompt;
+        int start = 0;
+        onNextModal([&](QWidget* m) {
+            auto* d = qobject_cast<QInputDialog*>(m);
+            QVERIFY(d);
+            prompt = d->labelText();
+            start = d->intValue();
+            d->setIntValue(3);
+            d->accept();
+        });
+        w.runCommand(command_id::recordGoto);
+        QCOMPARE(prompt, QStringLiteral("Which record number?"));
+        QCOMPARE(start, 1);
+        QCOMPARE(doc.currentId(), 30);
+        QCOMPARE(doc.recordNumber(), 3);
+        QVERIFY(w.recordView()->table()->currentIndex().row() == 2);
+
+        // Goto ID finds a record by its ID ...
+        onNextModal([&](QWidget* m) {
+            auto* d = qobject_cast<QInputDialog*>(m);
+            prompt = d->labelText();
+            d->setIntValue(20);
+            d->accept();
+        });
+        w.runCommand(command_id::recordGotoId);
+        QCOMPARE(prompt, QStringLiteral("Which ID?"));
+        QCOMPARE(doc.currentId(), 20);
+
+        // ... and says "Not found." for an ID that is not there, keeping the record.
+        QString message;
+        onNextModal([&](QWidget* m) {
+            qobject_cast<QInputDialog*>(m)->setIntValue(25);
+            qobject_cast<QInputDialog*>(m)->accept();
+            onNextModal([&](QWidget* box) {
+                message = qobject_cast<QMessageBox*>(box)->text();
+                qobject_cast<QMessageBox*>(box)->accept();
+            });
+        });
+        w.runCommand(command_id::recordGotoId);
+        QCOMPARE(message, QStringLiteral("Not found."));
+        QCOMPARE(doc.currentId(), 20);
+    }
+
+    void deleteAsksWithTheIdAndRemovesOnYes() {
+        const QString path = dir_.filePath("delete.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {5, 6, 7})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(6, errors));
+
+        QString question;
+        onNextModal([&](QWidget* m) {
+            question = qobject_cast<QMessageBox*>(m)->text();
+            QVERIFY(pressButton(m, "No"));
+        });
+        w.runCommand(command_id::recordDelete);
+        QCOMPARE(question, QStringLiteral("Delete record, ID = 6?"));
+        QCOMPARE(w.document()->records().rowCount(), 3);
+
+        onNextModal([&](QWidget* m) { QVERIFY(pressButton(m, "Yes")); });
+        w.runCommand(command_id::recordDelete);
+        w.document()->moveLast(errors);
+        QCOMPARE(w.document()->records().rowCount(), 2);
+        QVERIFY(!w.document()->moveToId(6, errors));
+        tellura_control_record gone;
+        errors.clear();
+        QVERIFY(!readControlRecord(w.document()->db(), 6, false, gone, errors));
+    }
+
+    void copyThenPasteUnderANewId() {
+        const QString path = dir_.filePath("paste.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        std::string errors;
+        w.document()->moveToId(2, errors);
+        w.runCommand(command_id::editCopy);
+        const QMimeData* data = QApplication::clipboard()->mimeData();
+        QVERIFY(data->hasFormat(record_clipboard::kMimeType));
+        QCOMPARE(data->data(record_clipboard::kMimeType), QByteArray("\x02\x00\x00\x00", 4));
+
+        QString prompt;
+        onNextModal([&](QWidget* m) {
+            auto* d = qobject_cast<QInputDialog*>(m);
+            prompt = d->labelText();
+            QCOMPARE(d->intValue(), 2);
+            d->setIntValue(77);
+            d->accept();
+        });
+        w.runCommand(command_id::editPaste);
+        QCOMPARE(prompt, QStringLiteral("Enter new ID #:"));
+        QCOMPARE(w.document()->currentId(), 77);
+        tellura_control_record pasted;
+        QVERIFY(readControlRecord(w.document()->db(), 77, false, pasted, errors));
+        QCOMPARE(QString::fromStdString(pasted.description()), QStringLiteral("Record 2"));
+    }
+
+    void pasteOfABadClipboardItemReportsAndChangesNothing() {
+        const QString path = dir_.filePath("badpaste.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        auto* data = new QMimeData;
+        data->setData(record_clipboard::kMimeType, QByteArray(8, '\1'));
+        QApplication::clipboard()->setMimeData(data);
+        QString title, text;
+        onNextModal([&](QWidget* m) {
+            title = m->windowTitle();
+            text = qobject_cast<dialog_errors*>(m)->text();
+            m->close();
+        });
+        w.runCommand(command_id::editPaste);
+        QCOMPARE(title, QStringLiteral("Errors"));
+        QCOMPARE(text, QStringLiteral("Binary item size is invalid.\n"));
+        QCOMPARE(w.document()->records().rowCount(), 1);
+    }
+
+    void errorsDialogShowsAndCopiesTheText() {
+        dialog_errors d(QStringLiteral("Errors"), QStringLiteral("ERROR, one.\r\nWARNING, two.\r\n"));
+        QCOMPARE(d.text(), QStringLiteral("ERROR, one.\nWARNING, two.\n"));
+        QStringList buttons;
+        for (auto* b : d.findChildren<QAbstractButton*>()) buttons << b->text();
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{"Cancel", "Copy Text", "OK"}));
+        QVERIFY(pressButton(&d, "Copy Text"));
+        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("ERROR, one.\nWARNING, two.\n"));
+    }
+
+    void largeProjectOpensWithoutReadingEveryRecord() {
+        // With the prebuilt list off, opening reads one record and the table
+        // holds a page at most: the rest is read as the user scrolls.
+        const QString path = dir_.filePath("large.sbproj");
+        std::vector<int32_t> ids;
+        for (int i = 1; i <= 1500; ++i) ids.push_back(i * 2);
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, ids)), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        auto& model = w.document()->records();
+        QVERIFY(model.rowCount() <= control_record_table_model::kPageSize + 1);
+        QVERIFY(model.canFetchMore({}));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(2000, errors));  // pages on until the ID turns up
+        QCOMPARE(w.document()->recordNumber(), 1000);
+        QVERIFY(w.document()->moveLast(errors));
+        QCOMPARE(w.document()->currentId(), 3000);
+        QCOMPARE(model.rowCount(), 1500);
+    }
+};
+
+QTEST_MAIN(test_ui_frame)
+#include "test_ui_frame.moc"

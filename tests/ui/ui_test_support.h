@@ -1,0 +1,58 @@
+#pragma once
+// Helpers shared by the widget tests (header only: every .cpp here is a test program).
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QMessageBox>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <functional>
+#include <string>
+
+#include "db/database.h"
+#include "records/tellura_control_record.h"
+
+namespace sbtest_ui {
+
+// Runs `handler` on the next modal dialog that opens (polled, because the
+// dialog is opened by exec() inside the code under test).
+inline void onNextModal(std::function<void(QWidget*)> handler, int triesLeft = 200) {
+    QTimer::singleShot(10, [handler, triesLeft] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal) {
+            handler(modal);
+        } else if (triesLeft > 0) {
+            onNextModal(handler, triesLeft - 1);
+        }
+    });
+}
+
+// Presses the button with this text in a dialog or message box.
+inline bool pressButton(QWidget* dialog, const QString& text) {
+    for (auto* b : dialog->findChildren<QAbstractButton*>())
+        if (b->text().remove('&') == QString(text).remove('&')) {
+            b->click();
+            return true;
+        }
+    return false;
+}
+
+// A project file with control records of the given IDs (each a default record
+// with its description "Record <id>").
+inline std::string makeProject(const QString& path, const std::vector<int32_t>& ids) {
+    std::string errors;
+    sb::database::create(path.toStdString(), errors);
+    auto db = sb::database::open(path.toStdString(), errors);
+    if (!db) return errors;
+    sb::database_maker maker(*db);
+    maker.createAllTables(errors);
+    for (int32_t id : ids) {
+        sb::tellura_control_record r;
+        r.setId(id);
+        r.row.setText("Description", "Record " + std::to_string(id));
+        sb::writeControlRecord(r, *db, errors);
+    }
+    return errors;
+}
+
+}  // namespace sbtest_ui
