@@ -416,4 +416,18 @@ TEST(SoilStorage, AFailedLayerInsertDoesNotStopTheOthers) {
     EXPECT_EQ(list.soils[0].layers[2].depth(), 45);  // the layer after the failure is saved
 }
 
+TEST(SoilStorage, ARefusedSoilRowIsReportedAndTheLayersStillWritten) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    TelluraSoils soil = soilWithDepths(std::string(51, 'N').c_str(), {15});  // Name is TEXT(50)
+    std::string errors;
+    EXPECT_FALSE(writeSoil(soil, project.db(), errors));
+    EXPECT_EQ(errors.rfind("ERROR, unable to insert soil record.\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.find("soil layer"), std::string::npos) << errors;
+    tellura_soil_list list;
+    std::string loadErrors;
+    list.load(project.db(), loadErrors);
+    EXPECT_EQ(loadErrors, "ERROR, layer found but no soil, ID = 7.\n");
+}
+
 }  // namespace
