@@ -1,0 +1,233 @@
+// The schedule: header options, event line forms per release, weather
+// gathering, and reading schedules back (ours and the model's own).
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "golden_setup.h"
+#include "modelinput/schedule_file.h"
+#include "modelinput/text_file.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+bool hasLine(const std::string& text, const std::string& line) {
+    return ("\n" + text).find("\n" + line + "\n") != std::string::npos;
+}
+
+tellura_event event(int year, int month, int day, int type, std::string item = {}) {
+    tellura_event e;
+    e.year = static_cast<int16_t>(year);
+    e.month = static_cast<uint8_t>(month);
+    e.day = static_cast<uint8_t>(day);
+    e.type = static_cast<uint8_t>(type);
+    e.item = std::move(item);
+    return e;
+}
+
+tellura_event_block block(int first, int last, int choice = kWeatherMean, int32_t station = 0) {
+    tellura_event_block b;
+    b.firstYear = static_cast<int16_t>(first);
+    b.lastYear = static_cast<int16_t>(last);
+    b.outputStartingYear = static_cast<int16_t>(first);
+    b.weatherChoice = static_cast<uint8_t>(choice);
+    b.weatherId = station;
+    return b;
+}
+
+class ScheduleTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
+    std::string text(int version) {
+        return scheduleFileText(setup.record, setup.options.list(option_kind::crop),
+                                setup.options.list(option_kind::tree), version, errors);
+    }
+    sbtest::golden_setup setup;
+    sbtest::temp_dir dir;
+    std::string errors;
+};
+
+TEST_F(ScheduleTest, YearsSpanAllBlocksWhateverTheirOrder) {
+    setup.record.blocks = {block(1961, 2000), block(1950, 1960)};
+    std::string sch = text(2);
+    EXPECT_EQ(sch.rfind("1950          starting year\n2000          Last year\nsbsite.100    Site file name\n", 0), 0u);
+    EXPECT_EQ(text(3).rfind("#42 Golden record\n1950          starting year\n", 0), 0u);
+}
+
+TEST_F(ScheduleTest, HeaderOptionsOfTheMonthlyReleases) {
+    std::string v3 = text(3);
+    EXPECT_TRUE(hasLine(v3, "1              CO2 Systems\n1950      \n2000      "));
+    EXPECT_TRUE(hasLine(v3, "-1            Soil warming"));
+    EXPECT_TRUE(hasLine(v3, "1             Climate scalar option\n1980             N scalar year"));
+    EXPECT_TRUE(hasLine(v3, "0             OMAD input scalar option"));
+    EXPECT_EQ(text(2).find("pH Shift"), std::string::npos);
+    EXPECT_EQ(text(6).find("Climate scalar option"), std::string::npos);
+
+    setup.record.row.setNumber("CO2SYS", 0);
+    setup.record.row.setNumber("PHSYS", 0);
+    setup.record.row.setNumber("STSYS", 2);
+    setup.record.row.setNumber("STSTART", 1999);
+    setup.record.row.setNumber("STAMT", 2.5);
+    setup.record.row.setFlag(setup.record.row.column("Simulate Microcosm"), true);
+    std::string changed = text(4);
+    EXPECT_TRUE(hasLine(changed, "1             Microcosm"));
+    EXPECT_TRUE(hasLine(changed, "-1            CO2 Systems"));
+    EXPECT_TRUE(hasLine(changed, "-1            pH Shift"));
+    EXPECT_TRUE(hasLine(changed, "2              Soil warming\n1999          Soil Warming Year\n2.50000        Soil Warming"));
+}
+
+TEST_F(ScheduleTest, InitialCropAndTree) {
+    EXPECT_TRUE(hasLine(text(2), "C6            Initial Crop\nDECID         Initial Tree"));
+    setup.record.row.setText("Initial Crop", "");
+    setup.record.row.setText("Initial Tree", "");
+    EXPECT_TRUE(hasLine(text(2), "C6            Initial Crop\n              Initial Tree"));  // the first crop
+    EXPECT_EQ(errors, "");
+    setup.record.row.setText("Initial Crop", "NOPE");
+    setup.record.row.setText("Initial Tree", "GONE");
+    std::string sch = text(2);
+    EXPECT_TRUE(hasLine(sch, "C6            Initial Crop"));
+    EXPECT_EQ(errors,
+              "WARNING, initial crop \"NOPE\" not found in the crop list, \"C6\" written instead.\n"
+              "WARNING, initial tree \"GONE\" not found in the tree list, no initial tree written.\n");
+    setup.options.list(option_kind::crop).clear();
+    setup.options.list(option_kind::crop).addRecord("LONGCROPNAME");
+    setup.record.row.setText("Initial Crop", "");
+    EXPECT_TRUE(hasLine(text(2), "LONGCROP      Initial Crop"));  // cut to 8
+    setup.options.list(option_kind::crop).clear();
+    EXPECT_TRUE(hasLine(text(2), "G3            Initial crop"));
+}
+
+TEST_F(ScheduleTest, EventLineForms) {
+    tellura_event_block b = block(2000, 2001);
+    b.events = {event(1, 3, 1, kEventCrop, "C6"), event(1, 12, 31, kEventPltm), event(2, 2, 28, kEventErod)};
+    b.events[2].parameter1 = 1.5f;
+    b.events[2].parameter2 = 0.25f;
+    setup.record.blocks = {b};
+    EXPECT_NE(text(4).find("M             Weather choice\n0001 060 CROP C6\n0001 365 PLTM\n0002 059 EROD 1.500000\n-999 -999 X\n"),
+              std::string::npos);
+    EXPECT_NE(text(2).find("01  03 CROP\nC6\n01  12 PLTM\n02  02 EROD\n1.500000\n-999"), std::string::npos);
+    EXPECT_NE(text(6).find("02  02 EROD 1.500000 0.250000\n"), std::string::npos);
+    EXPECT_NE(text(1).find("02  02 EROD 1.500000\n"), std::string::npos);
+    // EXTR and unknown codes: the date alone, with no line end.
+    setup.record.blocks[0].events = {event(1, 5, 1, kEventExtr), event(1, 6, 1, 0)};
+    EXPECT_NE(text(2).find("Weather choice\n01  0501  06-999 -999 X\n"), std::string::npos);
+}
+
+TEST_F(ScheduleTest, OutputIntervalAndWeatherChoiceForms) {
+    tellura_event_block b = block(2000, 2001, kWeatherFile, 7);
+    b.outputInterval = 1;
+    setup.record.blocks = {b, block(2002, 2003, kWeatherContinue, 7), block(2004, 2004, 9)};
+    std::string v5 = text(5);
+    EXPECT_TRUE(hasLine(v5, "1             Output interval\nF             Weather choice\nsb000007.wth\n-999 -999 X"));
+    EXPECT_TRUE(hasLine(v5, "C             Weather choice\n-999 -999 X"));
+    EXPECT_TRUE(hasLine(v5, "12            Output interval\n-999 -999 X"));  // unknown choice: no weather line
+    EXPECT_TRUE(hasLine(text(1), "0.08333       Output interval"));
+}
+
+TEST_F(ScheduleTest, LongItemsAreCutAndReported) {
+    tellura_event_block b = block(2000, 2000);
+    b.events = {event(1, 1, 1, kEventOmad, "ABCDEFGHIJKLMNOPQRSTUVWXY")};
+    setup.record.blocks = {b};
+    EXPECT_NE(text(3).find("01  01 OMAD ABCDEFGHIJKLMNOPQRST\n"), std::string::npos);
+    EXPECT_EQ(errors, "WARNING, item \"ABCDEFGHIJKLMNOPQRSTUVWXY\" of a OMAD event in block 1 cut to "
+                      "\"ABCDEFGHIJKLMNOPQRST\".\n");
+}
+
+TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
+    setup.record.blocks = {block(1961, 1963, kWeatherFile, 7), block(1964, 1965, kWeatherMean),
+                           block(1966, 1970, kWeatherFile, 7), block(1971, 1971, kWeatherContinue, 99)};
+    std::vector<tellura_weather_recorded_for_block> gathered =
+        gatherBlockWeather(setup.record.blocks, setup.stations, errors);
+    ASSERT_EQ(gathered.size(), 1u);
+    EXPECT_EQ(gathered[0].stationId(), 7);
+    EXPECT_EQ(gathered[0].firstYear(), 1961);
+    EXPECT_EQ(gathered[0].lastYear(), 1970);
+    EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
+
+    errors.clear();
+    std::string runDir = dir.path() + "/";
+    ASSERT_TRUE(writeScheduleFile(setup.record, setup.options.list(option_kind::crop),
+                                  setup.options.list(option_kind::tree), 2, runDir + "sb.sch", runDir,
+                                  setup.stations, errors));
+    EXPECT_TRUE(std::filesystem::is_regular_file(runDir + "sb000007.wth"));
+    EXPECT_FALSE(std::filesystem::exists(runDir + "sb000099.wth"));
+    EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
+}
+
+TEST_F(ScheduleTest, DayOfYearInANonLeapYear) {
+    EXPECT_EQ(dayOfYear(1, 1), 1);
+    EXPECT_EQ(dayOfYear(3, 1), 60);
+    EXPECT_EQ(dayOfYear(12, 31), 365);
+    int month = 0, day = 0;
+    monthAndDay(60, month, day);
+    EXPECT_EQ(month, 3);
+    EXPECT_EQ(day, 1);
+    monthAndDay(365, month, day);
+    EXPECT_EQ(month, 12);
+    EXPECT_EQ(day, 31);
+}
+
+TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
+    tellura_control_record record;
+    schedule_references references;
+    EXPECT_FALSE(readScheduleText("1950 starting year\n", "a.sch", 2, record, references, errors));
+    EXPECT_EQ(errors, "ERROR, no \"Year Month Option\" line in schedule file \"a.sch\".\n");
+    errors.clear();
+    EXPECT_FALSE(readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
+                                  "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 CROP C6\n",
+                                  "b.sch", 3, record, references, errors));
+    EXPECT_EQ(errors, "ERROR, block 1 of schedule file \"b.sch\" has no \"-999 -999 X\" end.\n");
+    errors.clear();
+    EXPECT_TRUE(readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
+                                 "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 PLOW\n01 02 PLTM\n-999 -999 X\n",
+                                 "c.sch", 3, record, references, errors));
+    EXPECT_EQ(errors, "ERROR, unknown operation name: \"PLOW\" Year=1 Month=1.\n");
+    ASSERT_EQ(record.blocks.size(), 1u);
+    ASSERT_EQ(record.blocks[0].events.size(), 1u);
+    EXPECT_EQ(record.blocks[0].events[0].type, kEventPltm);
+    EXPECT_FALSE(readScheduleFile(dir.file("none.sch"), 2, record, references, errors));
+    EXPECT_NE(errors.find("ERROR, can't open file \"" + dir.file("none.sch") + "\".\n"), std::string::npos);
+}
+
+TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
+    SB_REQUIRE_SAMPLES();
+    tellura_control_record record;
+    schedule_references references;
+    std::string errors;
+    ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna-2012/inputs/example.sch", 4, record, references,
+                                 errors)) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(references.siteFile, "site2012.100");
+    ASSERT_EQ(record.blocks.size(), 4u);
+    EXPECT_EQ(record.blocks[0].description, "Initial grass");
+    EXPECT_EQ(record.blocks[0].firstYear, 1);
+    EXPECT_EQ(record.blocks[1].firstYear, 1920);
+    EXPECT_EQ(record.blocks[3].lastYear, 2006);
+    EXPECT_EQ(references.weatherFiles[0], "weather.wth");
+    ASSERT_EQ(record.blocks[0].events.size(), 13u);
+    EXPECT_EQ(record.blocks[0].events[0].item, "G3N");  // item on the next line
+    EXPECT_EQ(record.blocks[0].events[1].month, 1);
+    EXPECT_EQ(record.blocks[0].events[2].month, 2);   // day 46 = 15 February
+    EXPECT_EQ(record.blocks[0].events[2].day, 15);
+    ASSERT_EQ(record.blocks[1].events.size(), 11u);   // blank lines between events
+    EXPECT_EQ(record.blocks[1].events[1].item, "N30.0");
+    EXPECT_EQ(record.initialCrop(), "G3N");
+
+    tellura_control_record grass;
+    errors.clear();
+    ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna45-2008-inputs/sch_TESTgrass.sch", 4, grass,
+                                 references, errors)) << errors;
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(grass.row.number("Ninput"), 2);
+    EXPECT_EQ(grass.row.number("Nstart"), 1900);
+    EXPECT_EQ(grass.initialCrop(), "TMC3");
+    ASSERT_EQ(grass.blocks.size(), 1u);
+    EXPECT_EQ(grass.blocks[0].repeatingYears, 8);
+    EXPECT_EQ(references.weatherFiles[0], "TEST_Daily.wth");
+    EXPECT_EQ(grass.blocks[0].events.size(), 33u);  // eight years of four events, and a fire
+    EXPECT_EQ(grass.blocks[0].events[32].item, "M");
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// Weather files of F/C blocks and the coverage check before a run.
+#include <gtest/gtest.h>
+
+#include "modelinput/weather_file.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+TelluraWeatherStations monthlyStation(int firstYear, int lastYear) {
+    TelluraWeatherStations station;
+    station.id = 5;
+    for (int year = firstYear; year <= lastYear; ++year)
+        for (int month = 1; month <= 12; ++month) {
+            weather_month_record& m = station.monthlyYear(year).monthRecord(month);
+            m.precip = static_cast<float>(month);
+            m.tmn2m = -1.25f;
+            m.tmx2m = 20.5f;
+        }
+    return station;
+}
+
+weather_day_record day(int year, int month, int d, float precip) {
+    weather_day_record r;
+    r.year = static_cast<int16_t>(year);
+    r.month = static_cast<int16_t>(month);
+    r.day = static_cast<int16_t>(d);
+    r.precip = precip;
+    r.tmn2m = -2.5f;
+    r.tmx2m = 10.25f;
+    r.solrad = 300;
+    r.rhumid = 55.5f;
+    r.windsp = 3.125f;
+    return r;
+}
+
+TEST(WeatherFile, MonthlyLinesWithAMissingMonth) {
+    TelluraWeatherStations station = monthlyStation(1990, 1990);
+    station.monthly[0].months.pop_back();  // December missing
+    std::string text = weatherFileText(station, 2);
+    EXPECT_EQ(text,
+              "prec  1990   1.00   2.00   3.00   4.00   5.00   6.00   7.00   8.00   9.00  10.00  11.00   0.00\n"
+              "tmin  1990  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25  -1.25   0.00\n"
+              "tmax  1990  20.50  20.50  20.50  20.50  20.50  20.50  20.50  20.50  20.50  20.50  20.50   0.00\n");
+    EXPECT_EQ(weatherFileText(station, 1), text);
+    EXPECT_EQ(weatherFileText(station, 5), text);
+}
+
+TEST(WeatherFile, DailyLinesAndTheDayCounter) {
+    TelluraWeatherStations station;
+    station.dailyYear(2001).days = {day(2001, 1, 1, 0.5f), day(2001, 1, 3, 0)};  // 2 January missing
+    station.dailyYear(2002).days = {day(2002, 12, 31, 1)};
+    EXPECT_EQ(weatherFileText(station, 4),
+              "1 1 2001 1 10.250 -2.500 0.500 300.000 55.500 3.125\n"
+              "3 1 2001 2 10.250 -2.500 0.000 300.000 55.500 3.125\n"
+              "31 12 2002 1 10.250 -2.500 1.000 300.000 55.500 3.125\n");
+    EXPECT_EQ(weatherFileText(station, 6), weatherFileText(station, 4));
+    EXPECT_EQ(weatherFileText(station, 3), "");  // monthly releases: no monthly data, nothing
+}
+
+TEST(WeatherFile, WriteFailureIsReported) {
+    sbtest::temp_dir dir;
+    TelluraWeatherStations station = monthlyStation(1990, 1990);
+    tellura_weather_recorded_for_block recorded(station);
+    recorded.addBlockYears(1990, 1991);
+    recorded.addBlockYears(1985, 1988);
+    EXPECT_EQ(recorded.firstYear(), 1985);
+    EXPECT_EQ(recorded.lastYear(), 1991);
+    EXPECT_EQ(recorded.filePath("/run/"), "/run/sb000005.wth");
+    std::string errors;
+    EXPECT_TRUE(recorded.write(dir.file("sb000005.wth"), 2, errors));
+    EXPECT_EQ(sbtest::readFile(dir.file("sb000005.wth")), weatherFileText(station, 2));
+    EXPECT_FALSE(recorded.write(dir.file("none/sb000005.wth"), 2, errors));
+    EXPECT_EQ(errors, "ERROR, can't open file \"" + dir.file("none/sb000005.wth") + "\".\n");
+}
+
+TEST(WeatherCoverage, YearAfterTheBlockIsNeeded) {
+    TelluraWeatherStations station = monthlyStation(2000, 2005);
+    std::string messages;
+    EXPECT_TRUE(checkWeatherCoverage(station, 2000, 2005, 3, 2, messages));
+    EXPECT_EQ(messages,
+              "WARNING, no monthly historical weather data for year 2006 in block 2. Tellura will run with "
+              "existing daily weather data. Check if these reflect your modeling situation.\n"
+              "Data must exist through the year after event block.\n"
+              "Tellura will run with exisiting daily weather data. Check if these reflect your modeling "
+              "situation.\n");
+    messages.clear();
+    checkWeatherCoverage(station, 2000, 2004, 1, 1, messages);
+    EXPECT_EQ(messages, "");
+}
+
+TEST(WeatherCoverage, DailyReleaseChecksDailyDataOnly) {
+    TelluraWeatherStations station = monthlyStation(2000, 2001);
+    station.dailyYear(2000).days = {day(2000, 1, 1, 0)};
+    std::string messages;
+    checkWeatherCoverage(station, 2000, 2000, 4, 3, messages);
+    EXPECT_EQ(messages,
+              "WARNING, no daily historical weather data for year 2001 in block 3. Diurna will run with existing "
+              "daily weather data. Check if these reflect your modeling situation.\n"
+              "Data must exist through the year after event block.\n");
+    messages.clear();
+    checkWeatherCoverage(station, 2000, 2000, 6, 3, messages);  // release 6 checks the monthly data
+    EXPECT_EQ(messages, "");
+}
+
+TEST(WeatherCoverage, AtMostTenWarningsPerBlock) {
+    TelluraWeatherStations empty;
+    empty.monthlyYear(1995);  // a year record without months counts as missing
+    std::string messages;
+    checkWeatherCoverage(empty, 1990, 2010, 2, 1, messages);
+    size_t count = 0;
+    for (size_t at = 0; (at = messages.find("WARNING, ", at)) != std::string::npos; ++at) ++count;
+    EXPECT_EQ(count, 10u);
+    EXPECT_NE(messages.find("for year 1999 in block 1."), std::string::npos);
+    EXPECT_EQ(messages.find("for year 2000 in block 1."), std::string::npos);
+    EXPECT_EQ(messages.find("Data must exist"), std::string::npos);
+}
+
+}  // namespace
