@@ -102,7 +102,7 @@ void option_layout::addReadForm(const std::string& name, int column) {
     if (name.find('(') == std::string::npos) {
         addUnique(scalars_[toUpper(name)], column);
     } else if (splitSubscripted(name, base, subscripts)) {
-        pendingElements_.push_back({base, {subscripts, column}});
+        pendingElements_.push_back({base, subscripts, column});
     }
     // Other spellings (a column such as "prdx(1)4_5") are not names a file uses.
 }
@@ -114,8 +114,9 @@ void option_layout::addColumnNames() {
 }
 
 void option_layout::finishArrays() {
-    for (const auto& [base, element] : pendingElements_) {
-        const std::vector<int>& subscripts = element.first;
+    for (const pending_element& element : pendingElements_) {
+        const std::string& base = element.base;
+        const std::vector<int>& subscripts = element.subscripts;
         option_array_field& field = arrays_[base];
         if (field.subscripts == 0) {
             field.name = base;
@@ -133,14 +134,14 @@ void option_layout::finishArrays() {
         for (int d = 0; d < field.subscripts; ++d) count *= static_cast<size_t>(field.dims[d]);
         field.elements.assign(count, {});
     }
-    for (const auto& [base, element] : pendingElements_) {
-        option_array_field& field = arrays_[base];
-        const std::vector<int>& s = element.first;
+    for (const pending_element& element : pendingElements_) {
+        option_array_field& field = arrays_[element.base];
+        const std::vector<int>& s = element.subscripts;
         if (static_cast<int>(s.size()) != field.subscripts) continue;
         size_t index = 0;
         for (int d = 0; d < field.subscripts; ++d)
             index = index * static_cast<size_t>(field.dims[d]) + static_cast<size_t>(s[static_cast<size_t>(d)] - 1);
-        addUnique(field.elements[index], element.second);
+        addUnique(field.elements[index], element.column);
     }
     pendingElements_.clear();
     pendingElements_.shrink_to_fit();

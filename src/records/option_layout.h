@@ -56,8 +56,13 @@ private:
     std::array<std::vector<option_line>, kVersionCount + 1> lines_;
     std::map<std::string, std::vector<int>> scalars_;  // capitals -> columns
     std::map<std::string, option_array_field> arrays_;
-    // Array forms gathered before the sizes are known: base -> (subscripts, column).
-    std::vector<std::pair<std::string, std::pair<std::vector<int>, int>>> pendingElements_;
+    // Array forms gathered before the array sizes are known.
+    struct pending_element {
+        std::string base;
+        std::vector<int> subscripts;
+        int column;
+    };
+    std::vector<pending_element> pendingElements_;
     std::vector<std::string> problems_;
 };
 
