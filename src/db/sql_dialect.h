@@ -14,6 +14,8 @@
 //   without regard to case ("[Soil Id]" must find "Soil ID"): translate would map
 //   every identifier to its catalogue spelling, or the schema would be made in
 //   one case and every quoted name folded to it;
+// - quoteIdentifier with double quotes (the SQLite dialect uses grave accents
+//   because SQLite turns an unknown double-quoted name into a string);
 // - beginText "BEGIN" (readers never block writers there), the project mark kept in
 //   a COMMENT ON DATABASE, and classifyError keyed on SQLSTATE (23505 unique
 //   violation, 42P01 undefined table, 42703 undefined column, 25006 read-only).

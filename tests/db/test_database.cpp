@@ -516,3 +516,37 @@ TEST(Session, SavingWhileARowSetIsHalfReadOnTheSameConnection) {
     ASSERT_TRUE(check->moveNext().ok());
     EXPECT_EQ(stationId(*check), 9);
 }
+
+namespace {
+struct StationRecord : table_record {
+    StationRecord() : table_record(table_id::weather_stations) {}
+    std::string description() const { return text("Description"); }
+};
+}  // namespace
+
+TEST(RowSet, TypedRowSetAndRowsOfAnotherTable) {
+    temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("p.sbproj"));
+    db_status status;
+    rowset_of<StationRecord> stations(db->openTable(table_id::weather_stations, "", "", status));
+    ASSERT_TRUE(stations.isOpen());
+    StationRecord s;
+    s.setNumber("ID", 4);
+    s.setText("Description", "Four");
+    ASSERT_TRUE(stations.insert(s).ok());
+    // A row of another table carries over the columns of the same name only.
+    table_record block(table_id::event_blocks);
+    block.setNumber("ID", 5);
+    block.setText("Description", "Five");
+    block.setNumber("Weather ID", 9);
+    stations.base().setRow(block);
+    ASSERT_TRUE(stations.base().insert().ok());
+    EXPECT_EQ(stations.base().insert(block).code, kStatusCantConvert);
+
+    rowset_of<StationRecord> read(db->openTable(table_id::weather_stations, "", "[ID] DESC", status));
+    ASSERT_TRUE(read.moveFirst().ok());
+    EXPECT_EQ(read.record().description(), "Five");
+    ASSERT_TRUE(read.moveNext().ok());
+    EXPECT_EQ(read.record().description(), "Four");
+    EXPECT_TRUE(read.moveNext().endOfRowset());
+}
