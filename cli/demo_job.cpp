@@ -132,19 +132,27 @@ struct record_summary {
     double finalSoilC = 0, meanProduction = 0;
 };
 
+// Annual figures from the annual records, or, for releases whose list file
+// gives monthly rows (the daily-step release), from each year's last month.
 record_summary summarize(sb::database& db, int id, std::string& errors) {
     record_summary s;
     sb::tellura_control_record record;
     sb::readControlRecord(db, id, true, record, errors);
     s.id = id;
     s.description = record.description();
-    const auto& annual = record.outputs.annual;
-    s.years = static_cast<int>(annual.size());
-    if (!annual.empty()) {
-        s.finalSoilC = annual.back().number("somsc");
+    std::vector<const sb::table_record*> yearEnds;
+    for (const auto& year : record.outputs.annual) yearEnds.push_back(&year);
+    if (yearEnds.empty()) {
+        auto months = record.outputs.monthlyInOrder();
+        for (size_t i = 0; i < months.size(); ++i)
+            if (i + 1 == months.size() || months[i + 1]->year() != months[i]->year()) yearEnds.push_back(months[i]);
+    }
+    s.years = static_cast<int>(yearEnds.size());
+    if (!yearEnds.empty()) {
+        s.finalSoilC = yearEnds.back()->number("somsc");
         double sum = 0;
-        for (const auto& year : annual) sum += year.number("cprodc");
-        s.meanProduction = sum / static_cast<double>(annual.size());
+        for (const auto* year : yearEnds) sum += year->number("cprodc");
+        s.meanProduction = sum / static_cast<double>(yearEnds.size());
     }
     return s;
 }
@@ -206,7 +214,7 @@ int cmdDemo(const demo_options& opt) {
     sb::readOutputs(*db, 1, outputs, errors);
     chart_request chart;
     chart.title = "Demo record 1: soil organic C and crop production (stand-in model)";
-    chart.table = "annual";
+    chart.table = outputs.annual.empty() ? "monthly" : "annual";
     chart.variables = {"somsc", "cprodc"};
     const std::string png = (dir / "demo-chart.png").string();
     bool charted = renderOutputChart(outputs, chart, png, errors);

@@ -2,6 +2,8 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/output_tables.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 
@@ -30,8 +32,9 @@ const control_columns& columns() {
     return c;
 }
 
+// The output tables store and read a record's outputs; a test may put another store in their place.
 control_record_output_store& outputStore() {
-    static control_record_output_store store;
+    static control_record_output_store store{storeOutputs, readOutputs};
     return store;
 }
 
@@ -94,7 +97,11 @@ int32_t tellura_control_record::weatherId() const { return row.integer(columns()
 std::string tellura_control_record::initialCrop() const { return row.text(columns().initialCrop); }
 std::string tellura_control_record::initialTree() const { return row.text(columns().initialTree); }
 
-void setControlRecordOutputStore(control_record_output_store store) { outputStore() = std::move(store); }
+void setControlRecordOutputStore(control_record_output_store store) {
+    if (!store.store) store.store = storeOutputs;
+    if (!store.read) store.read = readOutputs;
+    outputStore() = std::move(store);
+}
 
 // --- Site data -----------------------------------------------------------------
 
@@ -155,12 +162,7 @@ bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_contr
     record.site.setNumber(std::string_view("ID"), id);
     ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
     record.outputs.clear();
-    if (withOutputs) {
-        if (outputStore().read)
-            ok = outputStore().read(db, id, record.outputs, errors) && ok;
-        else
-            errors += "WARNING, outputs cannot be read: no output store is available.\n";
-    }
+    if (withOutputs) ok = outputStore().read(db, id, record.outputs, errors) && ok;
     record.modified = false;
     return ok;
 }
@@ -178,12 +180,7 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
-    if (withOutputs) {
-        if (outputStore().store)
-            ok = outputStore().store(db, id, record.outputs, errors) && ok;
-        else
-            errors += "WARNING, outputs not written: no output store is available.\n";
-    }
+    if (withOutputs) ok = outputStore().store(db, id, record.outputs, errors) && ok;
     return ok;
 }
 
@@ -203,8 +200,7 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
 
 // --- Text form -----------------------------------------------------------------
 
-std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations,
-                              const output_text_writer& outputText) {
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations) {
     std::string text;
     const TelluraWeatherStations* station = stations.find(record.weatherId());
     if (!station) return text;  // the text form needs the station's means
@@ -217,7 +213,7 @@ std::string controlRecordText(const tellura_control_record& record, const tellur
             s.number("EPNFS(1)"), s.number("EPNFS(2)"));
     appendClimateMeansText(*station, text);
     for (const tellura_event_block& block : record.blocks) appendEventBlockText(block, text);
-    if (outputText) outputText(record.outputs, text);
+    if (!record.outputs.annual.empty()) text += annualOutputCsv(record.outputs);
     return text;
 }
 
