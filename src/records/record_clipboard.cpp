@@ -5,9 +5,8 @@
 namespace sb {
 
 record_clipboard::items record_clipboard::makeItems(const tellura_control_record& record,
-                                                    const tellura_weather_station_list& stations,
-                                                    const output_text_writer& outputText) {
-    return {encodeId(record.id()), controlRecordText(record, stations, outputText)};
+                                                    const tellura_weather_station_list& stations) {
+    return {encodeId(record.id()), controlRecordText(record, stations)};
 }
 
 // Byte order fixed (little-endian) so that an item means the same ID on every machine.

@@ -34,8 +34,7 @@ public:
         std::string text;    // the record text; empty when its station is not in the list
     };
 
-    static items makeItems(const tellura_control_record& record, const tellura_weather_station_list& stations,
-                           const output_text_writer& outputText = {});
+    static items makeItems(const tellura_control_record& record, const tellura_weather_station_list& stations);
     static std::string encodeId(int32_t id);
     // The ID of the private-format item; `idItem` is empty when the clipboard has
     // no item in that format.

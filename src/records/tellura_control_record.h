@@ -71,19 +71,17 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors);
 bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors);
 bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors);
 
-// Where a record's outputs are stored and read back. The output tables register
-// themselves here; until they do, records are written and read without outputs
-// and a request for them is reported.
+// Where a record's outputs are stored and read back: the output tables, unless
+// another store is put in their place (tests inject failures this way).
 struct control_record_output_store {
     std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> store;
     std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> read;
 };
 void setControlRecordOutputStore(control_record_output_store store);
 
-// The text form of a record (the clipboard's plain text). Empty when the record's
-// weather station is not in the list. `outputText` appends the outputs' text.
-using output_text_writer = std::function<void(const tellura_outputs&, std::string&)>;
-std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations,
-                              const output_text_writer& outputText = {});
+// The text form of a record (the clipboard's plain text), ending with its annual
+// outputs as comma-separated lines when it holds any. Empty when the record's
+// weather station is not in the list.
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations);
 
 }  // namespace sb

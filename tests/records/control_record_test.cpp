@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "app/text_format.h"
+#include "modeloutput/output_table_text.h"
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -224,7 +225,6 @@ TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
     stations.stations.resize(1);
     stations.stations[0].id = 4;
     stations.stations[0].description = "Mead";
-    std::string text = controlRecordText(r, stations, [](const tellura_outputs&, std::string& out) { out += "OUT\n"; });
     std::string expected =
         "Soilbench Record\t\n"
         "42\n"
@@ -232,8 +232,11 @@ TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
         "ivauto\t3\tnelem\t1\tsite.EPNFA\t0.05\t0.125\tsite.EPNFS\t30\t0.009\n";
     appendClimateMeansText(stations.stations[0], expected);
     for (const tellura_event_block& b : r.blocks) appendEventBlockText(b, expected);
-    expected += "OUT\n";
-    EXPECT_EQ(text, expected);
+    EXPECT_EQ(controlRecordText(r, stations), expected);
+    // With annual outputs the text ends with them, one comma-separated line per year.
+    r.outputs.annualFor(1990).setNumber("somsc", 4321.5);
+    r.outputs.annualFor(1991);
+    EXPECT_EQ(controlRecordText(r, stations), expected + annualOutputCsv(r.outputs));
 }
 
 TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
@@ -258,25 +261,24 @@ TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
     EXPECT_STREQ(record_clipboard::kFormatName, "SoilbenchControl");
 }
 
-TEST(RecordClipboard, PasteCopiesUnderTheNewId) {
+TEST(RecordClipboard, PasteCopiesUnderTheNewIdWithOutputs) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
     std::string errors;
     tellura_control_record r = sampleRecord(42);
-    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
-    tellura_outputs seen;
-    int stores = 0;
-    setControlRecordOutputStore({[&](database&, int32_t id, tellura_outputs&, std::string&) { return ++stores && id == 43; },
-                                 [&](database&, int32_t id, tellura_outputs&, std::string&) { return id == 42; }});
+    r.outputs.annualFor(1990).setNumber("somsc", 4321.5);
+    ASSERT_TRUE(writeControlRecord(r, project.db(), errors, nullptr, true)) << errors;
     ASSERT_TRUE(pasteRecord(project.db(), record_clipboard::encodeId(42), 43, errors)) << errors;
-    setControlRecordOutputStore({});
-    EXPECT_EQ(stores, 1);
     tellura_control_record copy;
-    ASSERT_TRUE(readControlRecord(project.db(), 43, false, copy, errors)) << errors;
+    ASSERT_TRUE(readControlRecord(project.db(), 43, true, copy, errors)) << errors;
     EXPECT_EQ(copy.id(), 43);
     EXPECT_EQ(copy.site.integer(0), 43);
     EXPECT_EQ(copy.description(), "Plot 42");
     EXPECT_EQ(copy.blocks, r.blocks);
+    ASSERT_EQ(copy.outputs.annual.size(), 1u);
+    EXPECT_EQ(copy.outputs.annual[0].id(), 43);
+    EXPECT_EQ(copy.outputs.annual[0].year(), 1990);
+    EXPECT_FLOAT_EQ(static_cast<float>(copy.outputs.annual[0].number("somsc")), 4321.5f);
 
     // An 8-byte item changes nothing; an ID the project lacks gives the read error.
     EXPECT_FALSE(pasteRecord(project.db(), std::string(8, '\0'), 44, errors));
@@ -285,6 +287,24 @@ TEST(RecordClipboard, PasteCopiesUnderTheNewId) {
     EXPECT_FALSE(pasteRecord(project.db(), record_clipboard::encodeId(99), 44, errors));
     EXPECT_EQ(errors, "ERROR, can't find record, ID=99, in [Control Records].\n");
     EXPECT_FALSE(readControlRecord(project.db(), 44, false, copy, errors));
+}
+
+TEST(RecordClipboard, PasteStopsWhenTheOutputsCannotBeRead) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    tellura_control_record r = sampleRecord(42);
+    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
+    setControlRecordOutputStore({nullptr, [](database&, int32_t, tellura_outputs&, std::string& e) {
+                                     e += "READ FAILED\n";
+                                     return false;
+                                 }});
+    bool pasted = pasteRecord(project.db(), record_clipboard::encodeId(42), 43, errors);
+    setControlRecordOutputStore({});  // back to the output tables
+    EXPECT_FALSE(pasted);
+    EXPECT_EQ(errors, "READ FAILED\n");
+    tellura_control_record copy;
+    EXPECT_FALSE(readControlRecord(project.db(), 43, false, copy, errors));
 }
 
 }  // namespace
