@@ -227,7 +227,7 @@ TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     EXPECT_EQ(grass.blocks[0].repeatingYears, 8);
     EXPECT_EQ(references.weatherFiles[0], "TEST_Daily.wth");
     EXPECT_EQ(grass.blocks[0].events.size(), 33u);  // eight years of four events, and a fire
-    EXPECT_EQ(grass.blocks[0].events[32].item, "M");
+    EXPECT_EQ(grass.blocks[0].events[31].item, "M");  // "FIRE" with its item on the next line
 }
 
 }  // namespace
