@@ -1,9 +1,9 @@
 #include "ui/doc_soilbench.h"
 
 #include "db/database.h"
-#include "db/database_maker.h"
 #include "modeloutput/output_tables.h"
 #include "records/list_control_record_proxies.h"
+#include "records/new_project.h"
 #include "records/tellura_control_record.h"
 #include "ui/control_record_table_model.h"
 
@@ -43,13 +43,8 @@ bool doc_soilbench::attach(std::string& errors) {
 std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {
     const std::string file = path.toStdString();
     useOutputTables();
-    database::create(file, errors);
-    auto db = database::open(file, errors);
+    auto db = createNewProject(file, errors);
     if (!db) return nullptr;
-    database_maker maker(*db);
-    maker.createAllTables(errors);
-    tellura_control_record defaults;
-    writeControlRecord(defaults, *db, errors);
     std::unique_ptr<doc_soilbench> doc(new doc_soilbench(std::move(db), path, prebuildList));
     doc->attach(errors);
     doc->moveFirst(errors);

@@ -31,6 +31,7 @@
 #include "records/tellura_weather_station.h"
 #include "ui/control_record_table_model.h"
 #include "ui/dialog_configuration.h"
+#include "modelinput/run_files_import.h"
 #include "ui/dialog_errors.h"
 #include "ui/output_table_model.h"
 #include "ui/doc_soilbench.h"
@@ -50,7 +51,6 @@ QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label)
 // They stay in the menus with their labels and say so when chosen.
 bool pendingInCore(command_id id) {
     switch (id) {
-        case command_id::importRunFiles:       // TODO(core): run-directory importer
         case command_id::importEsa:            // TODO(core): site archive import
         case command_id::importWeatherDaily:   // TODO(core): daily weather import
         case command_id::importMonthlyAverages:// TODO(core): site-file import into a station
@@ -295,6 +295,7 @@ void main_window::runCommand(command_id id) {
     if (pendingInCore(id)) return notYetAvailable(id);
     switch (id) {
         case command_id::fileNew: return fileNew();
+        case command_id::importRunFiles: return importRunFiles();
         case command_id::fileOpen: return fileOpen();
         case command_id::fileClose: return closeProject();
         case command_id::configuration: return configure();
@@ -356,6 +357,25 @@ void main_window::fileNew() {
     const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("New"), QStringLiteral("Soilbench.sbproj"),
                                                       projectFileFilter());
     if (!path.isEmpty()) newProject(path);
+}
+
+void main_window::importRunFiles() {
+    if (!doc_) return;
+    // The schedule names the site and weather files; the run directory is its folder.
+    const QString schedule = QFileDialog::getOpenFileName(this, QStringLiteral("Run Files"), QString(),
+                                                          QStringLiteral("Schedule (*.sch *.evt);;All Files (*)"));
+    if (schedule.isEmpty()) return;
+    bool ok = false;
+    const int newId = QInputDialog::getInt(this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
+                                           1, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
+    if (!ok) return;
+    const QFileInfo info(schedule);
+    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+        sb::importRunFiles(doc_->db(), info.absolutePath().toStdString() + "/", info.fileName().toStdString(),
+                           settings_.version, newId, errors);
+    });
+    std::string ignored;
+    doc_->moveToId(newId, ignored);
 }
 
 void main_window::fileOpen() {

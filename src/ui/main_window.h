@@ -24,6 +24,7 @@ class app_soilbench;
 class doc_soilbench;
 class view_control_records;
 class view_output;
+class run_feedback;
 
 class main_window : public QMainWindow {
     Q_OBJECT
@@ -73,6 +74,7 @@ private:
 
     void fileNew();
     void fileOpen();
+    void importRunFiles();
     void configure();
     void diurnaOutputFiles();
     void printActive(bool preview);
@@ -91,6 +93,8 @@ private:
     void readBinFile();
     void about();
     void notYetAvailable(command_id id);
+    // Runs the work on a worker thread with the progress dialog up until it ends.
+    void runInBackground(const std::function<void(run_feedback&)>& work);
 
     app_soilbench& settings_;
     std::unique_ptr<doc_soilbench> doc_;

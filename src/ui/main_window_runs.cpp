@@ -2,10 +2,15 @@
 // with the progress dialog live; the worker opens its own connection to the
 // project, since a database connection belongs to the thread that made it.
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFileDialog>
+#include <QMessageBox>
 
 #include "app/app_soilbench.h"
+#include "app/text_format.h"
+#include "db/database.h"
 #include "records/tellura_control_record.h"
+#include "run/run_controller.h"
 #include "ui/background_run.h"
 #include "ui/dialog_diurna_output_files.h"
 #include "ui/dialog_errors.h"
@@ -14,41 +19,93 @@
 #include "ui/dialog_run_set.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
+#include "ui/progress_observer.h"
 
 namespace sb {
+namespace {
+
+run_choices choicesFrom(const dialog_run& dialog, const app_soilbench& settings) {
+    run_choices choices;
+    for (const tellura_event_block& b : dialog.chosenBlocks()) choices.blockOrder.push_back(b.blockNumber);
+    choices.saveDailyFirstYear = settings.saveDailyFirstYear;
+    choices.saveDailyLastYear = settings.saveDailyLastYear;
+    choices.readBinaryOutput = settings.readBinaryOutput;
+    return choices;
+}
+
+}  // namespace
 
 void main_window::diurnaOutputFiles() {
     dialog_diurna_output_files dialog(settings_, this);
     dialog.exec();
 }
 
+void main_window::runInBackground(const std::function<void(run_feedback&)>& work) {
+    background_run run;
+    dialog_progress progress(run, this);
+    run.start(work);
+    progress.exec();
+    run.wait();
+}
+
 void main_window::runOneRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    std::string errors;
+    QElapsedTimer clock;
+    clock.start();
+    std::string errors, runLog;
     tellura_control_record record;
-    if (!readControlRecord(doc_->db(), doc_->currentId(), false, record, errors)) {
-        showErrorsIfAny(this, errors);
-        return;
+    bool runnable = false;
+    {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        run_controller checker(doc_->db(), settings_);
+        runnable = checker.loadProjectData(errors) && checker.loadAndCheck(doc_->currentId(), record, errors);
+        QApplication::restoreOverrideCursor();
     }
-    dialog_run dialog(record.id(), QString::fromStdString(record.description()), record.blocks, settings_, this);
-    if (dialog.exec() != QDialog::Accepted) {
-        showErrorsIfAny(this, errors);
-        return;
+    if (runnable) {
+        dialog_run dialog(record.id(), QString::fromStdString(record.description()), record.blocks, settings_, this);
+        if (dialog.exec() == QDialog::Accepted) {
+            const run_choices choices = choicesFrom(dialog, settings_);
+            const std::string path = doc_->path().toStdString();
+            const app_soilbench settings = settings_;
+            runInBackground([&, path, settings, choices](run_feedback& feedback) {
+                feedback.setText(strprintf("Running TELLURA, ID=%ld", static_cast<long>(record.id())));
+                auto db = database::open(path, errors);
+                if (!db) return;
+                run_controller controller(*db, settings);
+                if (controller.loadProjectData(errors)) controller.runLoadedRecord(record, choices, runLog, errors);
+            });
+        }
     }
-    // TODO(run controller): hand the record, the chosen blocks and the settings to
-    // the core's run controller on a background_run with dialog_progress, then
-    // show its run log in the "Errors" dialog and refresh the output views.
-    errors += "ERROR, the run controller is not in this build yet; nothing was run.\n";
-    showErrorsIfAny(this, errors);
+    appendf(runLog, "Total Elapsed: %.3f seconds\n", static_cast<double>(clock.elapsed()) / 1000.0);
+    showErrorsIfAny(this, runReport(errors, runLog));
+    doc_->refreshAll();
 }
 
 void main_window::runMultipleRecords() {
     if (!doc_) return;
     dialog_run_set dialog(this);
     if (dialog.exec() != QDialog::Accepted) return;
-    // TODO(run controller): run the set (dialog.whereClause(), dialog.stopOnPrecheckError())
-    // through the core's run controller on a background_run with dialog_progress.
-    showErrorsIfAny(this, "ERROR, the run controller is not in this build yet; nothing was run.\n");
+    run_set_options options;
+    options.filter = dialog.whereClause().toStdString();
+    options.stopOnPrecheckErrors = dialog.stopOnPrecheckError();
+    options.jobs = std::max(1, settings_.jobs);
+    const std::string path = doc_->path().toStdString();
+    const app_soilbench settings = settings_;
+    std::string errors, runLog, precheckMessages;
+    runInBackground([&, path, settings, options](run_feedback& feedback) {
+        auto db = database::open(path, errors);
+        if (!db) return;
+        run_controller controller(*db, settings);
+        progress_observer observer(feedback);
+        if (controller.loadProjectData(errors)) controller.runMultipleRecords(options, observer, runLog, errors);
+        precheckMessages = observer.precheckMessages();
+    });
+    if (!precheckMessages.empty()) {
+        dialog_errors stop(QStringLiteral("Don't run TELLURA til this is fixed"), QString::fromStdString(precheckMessages), this);
+        stop.exec();
+    }
+    showErrorsIfAny(this, runReport(errors, runLog));
+    doc_->refreshAll();
 }
 
 void main_window::readBinFile() {
@@ -56,7 +113,8 @@ void main_window::readBinFile() {
     const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
                                                       QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
     if (path.isEmpty()) return;
-    // TODO(core): list what the binary reader reads from the file.
+    // TODO(core): list what the binary reader reads from the file (a reader entry
+    // point that lists a file's records is not in the core yet).
     showErrorsIfAny(this, "ERROR, reading a binary file on its own is not in this build yet.\n");
 }
 
