@@ -24,6 +24,24 @@
 
 namespace sb {
 
+// The dialog's labels, in tab order.
+inline constexpr const char* kConfigurationLabels[] = {
+    "Prebuild Control Record List",
+    "Run TELLURA in visible console",
+    "Run timeout, milliseconds:",
+    "Help file location:",
+    "Edit",
+    "Save Diurna output files to:",
+    "Save output path:",
+    "Save output prefix:",
+    "TELLURA executable version:",
+    "TELLURA executable locations:",
+    "Edit",
+    "Read binary output (doesn't work for Daily runs)",
+    "OK",
+    "Cancel",
+};
+
 class configuration_form {
 public:
     static constexpr int kOfferedVersions = 5;

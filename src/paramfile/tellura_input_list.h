@@ -68,7 +68,8 @@ private:
     std::vector<std::unique_ptr<tellura_input>> records_;
 };
 
-// The list of one record kind: makeRecord() makes a Record.
+// The list of one record kind: makeRecord() makes a Record, and every record
+// added to it must be a Record (the typed accessors rely on that).
 template <class Record>
 class tellura_input_list_of : public tellura_input_list {
 public:
