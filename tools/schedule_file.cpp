@@ -110,18 +110,17 @@ bool readWeather(line_reader& in, schedule_block& block) {
 
 // The item (or EROD amount) is on the command's line, or on the next line
 // for release 2.
-bool takeArgument(line_reader& in, std::vector<std::string>& tokens, schedule_file& schedule,
-                  std::string& argument) {
-    if (tokens.size() > 3) {
-        argument = tokens[3];
-        return true;
+std::optional<std::string> takeArgument(line_reader& in, const std::vector<std::string>& tokens,
+                                        schedule_file& schedule) {
+    if (tokens.size() > 3) return tokens[3];
+    std::vector<std::string> next;
+    if (!in.atEnd()) next = splitBlanks(in.take());
+    if (next.empty()) {
+        in.fail("missing item of " + tokens[2]);
+        return std::nullopt;
     }
-    if (in.atEnd()) return in.fail("missing item of " + tokens[2]);
-    std::vector<std::string> next = splitBlanks(in.take());
-    if (next.empty()) return in.fail("missing item of " + tokens[2]);
     schedule.itemsOnOwnLine = true;
-    argument = next[0];
-    return true;
+    return next.front();
 }
 
 bool readEvent(line_reader& in, const std::string& line, schedule_file& schedule,
@@ -139,7 +138,9 @@ bool readEvent(line_reader& in, const std::string& line, schedule_file& schedule
     event.command = tokens[2];
     std::string argument;
     if (command->takesItem || event.command == "EROD") {
-        if (!takeArgument(in, tokens, schedule, argument)) return false;
+        std::optional<std::string> taken = takeArgument(in, tokens, schedule);
+        if (!taken) return false;
+        argument = *taken;
     }
     if (event.command == "EROD") {
         std::optional<double> amount = parseNumber(argument);

@@ -105,11 +105,12 @@ void standin_run_dir::writeInputs(const standin_setup& setup) const {
     if (setup.release == 6) writeFile(file("sb.ini"), "UserName=Soilbench\r\n");
 }
 
-std::string standin_run_dir::runModel() const {
+std::string standin_run_dir::runModel(bool inferRelease) const {
     const char* arguments = release_ == 1   ? " -s sb -n sb.bin -W sbNew.100"
                             : release_ == 6 ? " -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp ."
                                             : " -s sb -n sb";
-    return runInDirectory(path(), "'" + model() + "' --release " + std::to_string(release_) + arguments);
+    std::string release = inferRelease ? "" : " --release " + std::to_string(release_);
+    return runInDirectory(path(), "'" + model() + "'" + release + arguments);
 }
 
 std::string standin_run_dir::runList100(const std::string& variables) const {

@@ -22,7 +22,8 @@ public:
     std::string model() const { return dir_.file("tellx"); }         // link to the stand-in
     std::string list100() const { return dir_.file("list100"); }     // same program, list role
     // Runs the model's command line for the release in the directory; returns the console text.
-    std::string runModel() const;
+    // With `inferRelease` the stand-in is not told the release and works it out.
+    std::string runModel(bool inferRelease = false) const;
     std::string runList100(const std::string& variables) const;
     void writeInputs(const standin_setup& setup) const;
 

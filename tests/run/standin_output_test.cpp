@@ -377,6 +377,19 @@ TEST(StandinText, ReleaseSixWritesSixCommaSeparatedFiles) {
     EXPECT_FALSE(std::filesystem::exists(dir.file("sb.bin")));
 }
 
+TEST(StandinLabel, ReleaseIsWorkedOutFromCommandLineAndSchedule) {
+    // Releases 3 and 5 write the same schedule and the same outputs: 3 stands for both.
+    for (int release : {1, 2, 3, 4, 6}) {
+        standin_setup setup;
+        setup.release = release;
+        standin_run_dir dir(setup);
+        std::string console = dir.runModel(true);
+        EXPECT_EQ(console.rfind("Stand-in model (not the model), imitating release " + std::to_string(release) + "\n", 0),
+                  0u) << console;
+        EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    }
+}
+
 TEST(StandinLabel, HelpSaysItIsAStandIn) {
     std::string help = sbtest::runInDirectory("/", "'" + sbtest::standinPath() + "' --help");
     EXPECT_NE(help.find("STAND-IN for the Tellura model"), std::string::npos);
