@@ -1,0 +1,88 @@
+// File | Import | Run Files on a run directory we wrote ourselves: the
+// project then holds a record that writes the same run directory again.
+#include <gtest/gtest.h>
+
+#include "db/database.h"
+#include "golden_setup.h"
+#include "modelinput/run_directory.h"
+#include "modelinput/run_files_import.h"
+#include "modelinput/weather_file.h"
+#include "records/new_project.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+std::string withoutFirstLine(const std::string& text) { return text.substr(text.find('\n') + 1); }
+
+std::string weatherFileNameOf(const tellura_control_record& record) {
+    return weatherFileName(record.blocks.at(1).weatherId);  // the golden record's first file block
+}
+
+TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
+    sbtest::golden_setup setup;
+    ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
+    for (tellura_event_block& block : setup.record.blocks)
+        if (block.weatherId == 12) block.weatherId = 7;  // one station: one weather file
+    sbtest::temp_dir first, second, project;
+    std::string errors;
+    ASSERT_TRUE(prepareRunDirectory(setup.record, 4, first.file("model"), setup.outfiles, setup.options, setup.soils,
+                                    setup.stations, errors)) << errors;
+
+    std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
+    ASSERT_TRUE(db) << errors;
+    errors.clear();
+    ASSERT_TRUE(importRunFiles(*db, first.path(), "sb.sch", 4, 77, errors));
+    EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("Imported fixed data from \""), std::string::npos);
+    EXPECT_NE(errors.find("Imported site data from \""), std::string::npos);
+    EXPECT_NE(errors.find("Imported site parameters from \""), std::string::npos);
+
+    tellura_control_record record;
+    tellura_soil_list soils;
+    tellura_weather_station_list stations;
+    option_lists options;
+    std::string readErrors;
+    ASSERT_TRUE(readControlRecord(*db, 77, false, record, readErrors)) << readErrors;
+    soils.load(*db, readErrors);
+    loadWeatherStations(*db, stations, readErrors);
+    for (TelluraWeatherStations& station : stations.stations) loadDailyHistory(*db, station, readErrors);
+    options.loadAll(*db, readErrors);
+    EXPECT_EQ(readErrors, "");
+    EXPECT_EQ(record.description(), "Golden record");
+    ASSERT_EQ(record.blocks.size(), setup.record.blocks.size());
+    EXPECT_EQ(options.list(option_kind::crop).size(), 3u);
+
+    ASSERT_TRUE(prepareRunDirectory(record, 4, second.file("model"), setup.outfiles, options, soils, stations,
+                                    errors)) << errors;
+    for (const char* file : {"fix.100", "sitepar.in", "outfiles.in", "soils.in", "crop.100", "tree.100"})
+        EXPECT_EQ(sbtest::readFile(second.file(file)), sbtest::readFile(first.file(file))) << file;
+    // The record and its station have new IDs; everything else is the same.
+    EXPECT_EQ(withoutFirstLine(sbtest::readFile(second.file("sbsite.100"))),
+              withoutFirstLine(sbtest::readFile(first.file("sbsite.100"))));
+    std::string schedule = sbtest::readFile(second.file("sb.sch"));
+    std::string stationFile = weatherFileNameOf(record);
+    EXPECT_EQ(sbtest::readFile(second.file(stationFile)), sbtest::readFile(first.file("sb000007.wth")));
+    std::string expected = withoutFirstLine(sbtest::readFile(first.file("sb.sch")));
+    for (size_t at; (at = expected.find("sb000007.wth")) != std::string::npos;) expected.replace(at, 12, stationFile);
+    EXPECT_EQ(withoutFirstLine(schedule), expected);
+}
+
+TEST(RunFilesImport, MissingScheduleStopsTheImport) {
+    sbtest::temp_dir folder, project;
+    std::string errors;
+    std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
+    ASSERT_TRUE(db);
+    errors.clear();
+    EXPECT_FALSE(importRunFiles(*db, folder.path(), "sb.sch", 2, 5, errors));
+    EXPECT_NE(errors.find("ERROR, can't open file " + folder.path() + "/fix.100.\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("ERROR, can't open file \"" + folder.path() + "/sb.sch\".\n"), std::string::npos);
+    tellura_control_record record;
+    std::string readErrors;
+    readControlRecord(*db, 5, false, record, readErrors);
+    EXPECT_NE(readErrors.find("ERROR, can't find record, ID=5, in [Control Records].\n"), std::string::npos)
+        << readErrors;
+}
+
+}  // namespace
