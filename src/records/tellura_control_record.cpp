@@ -4,6 +4,7 @@
 #include "db/database.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
+#include "records/store_session.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 
@@ -59,12 +60,15 @@ bool deleteById(database& db, const char* form, table_id table, int32_t id, std:
 constexpr const char* kDeleteRecordRows = "DELETE FROM `%s` WHERE ID = %ld";
 constexpr const char* kDeleteDependentRows = "DELETE * FROM `%s` WHERE ID = %ld";
 
-bool writeControlRow(database& db, const TelluraControlRecords& row, int32_t id, std::string& errors) {
+// The row alone; false with `stop` set when the table cannot be opened, which
+// ends the whole write.
+bool writeControlRow(database& db, const TelluraControlRecords& row, int32_t id, std::string& errors, bool& stop) {
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
     if (!rows) {
         appendf(errors, "ERROR, cannot open table [%s].\n", tableName(table_id::control_records));
+        stop = true;
         return false;
     }
     db_status inserted = rows->insert(row);
@@ -116,11 +120,8 @@ bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& 
 }
 
 bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors) {
-    session s(db);
-    if (!s.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteDependentRows, table_id::site_data, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::site_data, "", "", status);
@@ -137,7 +138,7 @@ bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::s
         appendStatusText(inserted, errors);
         return false;
     }
-    return ok;
+    return s.finish() && ok;
 }
 
 // --- Whole record --------------------------------------------------------------
@@ -169,33 +170,32 @@ bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_contr
 
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
                         const tellura_soil_list* soils, bool withOutputs) {
-    session s(db);
-    if (!s.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    const int32_t id = record.id();
+    bool stop = false;
+    bool ok = writeControlRow(db, record.row, id, errors, stop);
+    if (stop) {
+        s.abandon();  // the old record stays as it was
         return false;
     }
-    const int32_t id = record.id();
-    bool ok = writeControlRow(db, record.row, id, errors);
     record.modified = false;
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
     if (withOutputs) ok = outputStore().store(db, id, record.outputs, errors) && ok;
-    return ok;
+    return s.finish() && ok;
 }
 
 bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
-    session s(db);
-    if (!s.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
     for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output,
                            table_id::output_annual, table_id::output_monthly, table_id::output_daily,
                            table_id::output_soil_layers})
         ok = deleteById(db, kDeleteDependentRows, table, id, errors) && ok;
-    return ok;
+    return s.finish() && ok;
 }
 
 // --- Text form -----------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "records/option_lists.h"
+#include "records/store_session.h"
 #include "records/tellura_weather_station.h"
 
 namespace sb {
@@ -177,12 +178,6 @@ bool insertBlocks(database& db, int32_t recordId, const std::vector<const tellur
     return ok;
 }
 
-bool sessionFailed(session& s, std::string& errors) {
-    if (s.ok()) return false;
-    errors += "ERROR, unable to create session on database.\n";
-    return true;
-}
-
 }  // namespace
 
 const char* eventTypeName(int type) {
@@ -263,24 +258,26 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
 
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
                      std::string& errors) {
-    session s(db);
-    if (sessionFailed(s, errors)) return false;
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     std::string where = strprintf("ID = %ld", static_cast<long>(recordId));
     bool ok = deleteRows(db, table_id::event_blocks, where, errors);
     ok = deleteRows(db, table_id::events, where, errors) && ok;
     std::vector<const tellura_event_block*> all;
     for (const tellura_event_block& b : blocks) all.push_back(&b);
-    return insertBlocks(db, recordId, all, errors) && ok;
+    ok = insertBlocks(db, recordId, all, errors) && ok;
+    return s.finish() && ok;
 }
 
 bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors) {
-    session s(db);
-    if (sessionFailed(s, errors)) return false;
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     std::string where = strprintf("ID = %ld AND [Block Number] = %d", static_cast<long>(recordId),
                                   static_cast<int>(block.blockNumber));
     bool ok = deleteRows(db, table_id::event_blocks, where, errors);
     ok = deleteRows(db, table_id::events, where, errors) && ok;
-    return insertBlocks(db, recordId, {&block}, errors) && ok;
+    ok = insertBlocks(db, recordId, {&block}, errors) && ok;
+    return s.finish() && ok;
 }
 
 // --- Validation ------------------------------------------------------------

@@ -11,6 +11,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "paramfile/field_setter.h"
+#include "records/store_session.h"
 
 namespace sb {
 
@@ -82,12 +83,6 @@ const daily_columns& dailyColumns() {
 
 long asLong(int32_t id) { return static_cast<long>(id); }
 
-bool openSession(session& s, std::string& errors) {
-    if (s.ok()) return true;
-    errors += "ERROR, unable to create session on database.\n";
-    return false;
-}
-
 bool deleteStationRows(database& db, table_id table, int32_t stationId, std::string& errors) {
     if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(table), asLong(stationId))).ok())
         return true;
@@ -130,14 +125,15 @@ bool insertRows(database& db, table_id table, size_t count, Fill fill, std::stri
 template <class Fill>
 bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill,
                     std::string& errors) {
-    session s(db);
-    if (!openSession(s, errors)) return false;
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     if (!stationExists(db, stationId)) {
         appendf(errors, "ERROR, weather station %ld not found.\n", asLong(stationId));
         return false;
     }
     bool ok = deleteStationRows(db, table, stationId, errors);
-    return insertRows(db, table, count, fill, errors) && ok;
+    ok = insertRows(db, table, count, fill, errors) && ok;
+    return s.finish() && ok;
 }
 
 std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t stationId, const char* order,
@@ -310,8 +306,8 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
 }
 
 bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors) {
-    session s(db);
-    if (!openSession(s, errors)) return false;
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
     ok = deleteStationRows(db, table_id::weather_averages, station.id, errors) && ok;
     ok = insertRows(db, table_id::weather_stations, 1,
@@ -320,9 +316,9 @@ bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std
                         row.setText(1, station.description);
                     },
                     errors) && ok;
-    if (!station.hasMeans) return ok;  // no means yet: the site file import fills them later
+    if (!station.hasMeans) return s.finish() && ok;  // no means yet: a site file import fills them later
     const means_columns& c = meansColumns();
-    return insertRows(db, table_id::weather_averages, 12,
+    ok = insertRows(db, table_id::weather_averages, 12,
                       [&](size_t i, table_record& row) {
                           const weather_month_means& m = station.means[i];
                           row.setNumber(c.id, station.id);
@@ -334,16 +330,17 @@ bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std
                           row.setNumber(c.tmx2m, m.tmx2m);
                       },
                       errors) && ok;
+    return s.finish() && ok;
 }
 
 bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) {
-    session s(db);
-    if (!openSession(s, errors)) return false;
+    store_session s(db, errors);
+    if (!s.ok()) return false;
     bool ok = true;
     for (table_id table : {table_id::weather_stations, table_id::weather_averages,
                            table_id::weather_historical_monthly, table_id::weather_historical_daily})
         ok = deleteStationRows(db, table, stationId, errors) && ok;
-    return ok;
+    return s.finish() && ok;
 }
 
 bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {

@@ -145,6 +145,27 @@ TEST(ControlRecordStorage, AFailingPartDoesNotStopTheOthers) {
     EXPECT_EQ(read.blocks, r.blocks);
 }
 
+TEST(ControlRecordStorage, UnopenableTableStopsTheWriteAndKeepsNothingOfIt) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    tellura_control_record r = sampleRecord(9);
+    ASSERT_TRUE(writeSiteData(project.db(), 9, r.site, errors));  // an earlier site row
+    project.dropTable(table_id::control_records);
+    r.site.setNumber("SIRRI", 4);
+    EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
+    EXPECT_EQ(errors,
+              "ERROR, unable to delete from [Control Records]\n"
+              "ERROR, cannot open table [Control Records].\n");
+    TelluraSiteData site;
+    errors.clear();
+    ASSERT_TRUE(readSiteData(project.db(), 9, site, errors)) << errors;
+    EXPECT_EQ(site.number("SIRRI"), 0);  // the site row was not replaced
+    std::vector<tellura_event_block> blocks;
+    ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
+    EXPECT_TRUE(blocks.empty());
+}
+
 TEST(ControlRecordStorage, RecordWithoutSiteRowIsReported) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
