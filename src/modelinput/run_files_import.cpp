@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 
 #include "app/text_format.h"
 #include "modelinput/fixed_file.h"
@@ -19,24 +20,39 @@ std::string joinPath(const std::string& directory, const std::string& name) {
     return (std::filesystem::path(directory) / name).string();
 }
 
-// The first block's weather file: the station is filled from it.
-std::string weatherFileOf(const schedule_references& references) {
-    for (const std::string& file : references.weatherFiles)
-        if (!file.empty()) return file;
-    return {};
+bool readWeatherFile(const std::string& path, int version, TelluraWeatherStations& station, std::string& messages) {
+    return usesDailyWeather(version) ? importDailyWeatherFile(path, station, messages)
+                                     : importMonthlyWeatherFile(path, station, messages);
 }
 
+// Each weather file the blocks name becomes a station: the first one the
+// record's own, the others new ones. A C block continues the file before it.
 void readWeather(const std::string& directory, const schedule_references& references, int version,
                  imported_run& run, std::string& messages) {
-    std::string file = weatherFileOf(references);
-    if (file.empty()) return;
-    std::string path = joinPath(directory, file);
-    run.hasWeather = usesDailyWeather(version) ? importDailyWeatherFile(path, run.station, messages)
-                                               : importMonthlyWeatherFile(path, run.station, messages);
-    // Blocks that read a weather file now read it from the imported station.
-    for (tellura_event_block& block : run.record.blocks)
-        if (block.weatherChoice == kWeatherFile || block.weatherChoice == kWeatherContinue)
-            block.weatherId = run.station.id;
+    std::map<std::string, int32_t> stationOfFile;
+    int32_t current = run.station.id;
+    for (size_t b = 0; b < run.record.blocks.size(); ++b) {
+        tellura_event_block& block = run.record.blocks[b];
+        const std::string file = b < references.weatherFiles.size() ? references.weatherFiles[b] : std::string();
+        if (block.weatherChoice == kWeatherFile && !file.empty()) {
+            auto found = stationOfFile.find(file);
+            if (found == stationOfFile.end()) {
+                const std::string path = joinPath(directory, file);
+                if (stationOfFile.empty()) {
+                    run.hasWeather = readWeatherFile(path, version, run.station, messages);
+                    found = stationOfFile.emplace(file, run.station.id).first;
+                } else {
+                    TelluraWeatherStations& station = run.otherStations.emplace_back();
+                    station.id = run.station.id + static_cast<int32_t>(run.otherStations.size());
+                    station.description = "Imported from " + file;
+                    readWeatherFile(path, version, station, messages);
+                    found = stationOfFile.emplace(file, station.id).first;
+                }
+            }
+            current = found->second;
+        }
+        if (block.weatherChoice == kWeatherFile || block.weatherChoice == kWeatherContinue) block.weatherId = current;
+    }
 }
 
 void readDailyFiles(const std::string& directory, imported_run& run, std::string& messages) {
@@ -56,12 +72,18 @@ int32_t nextStationId(const tellura_weather_station_list& stations) {
     return last + 1;
 }
 
+bool saveHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+    bool ok = saveMonthlyHistory(db, station, errors);
+    return saveDailyHistory(db, station, errors) && ok;
+}
+
 bool saveRun(database& db, imported_run& run, std::string& errors) {
     bool ok = writeSoil(run.soil, db, errors);
     ok = saveWeatherStation(db, run.station, errors) && ok;
-    if (run.hasWeather) {
-        ok = saveMonthlyHistory(db, run.station, errors) && ok;
-        ok = saveDailyHistory(db, run.station, errors) && ok;
+    if (run.hasWeather) ok = saveHistory(db, run.station, errors) && ok;
+    for (const TelluraWeatherStations& station : run.otherStations) {
+        ok = saveWeatherStation(db, station, errors) && ok;
+        ok = saveHistory(db, station, errors) && ok;
     }
     for (int kind = 0; kind < kOptionKindCount; ++kind)
         ok = run.options.list(static_cast<option_kind>(kind)).saveToDatabase(db, errors) && ok;

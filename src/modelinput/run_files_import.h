@@ -5,6 +5,7 @@
 // control record with its own soil and weather station.
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
@@ -19,14 +20,17 @@ class database;
 struct imported_run {
     tellura_control_record record;
     TelluraSoils soil;
-    TelluraWeatherStations station;
-    bool hasWeather = false;  // a weather file was found and read into the station
+    TelluraWeatherStations station;  // the record's: climate means and the first weather file
+    bool hasWeather = false;         // a weather file was read into `station`
+    // One more station per further weather file the blocks name (IDs following `station`'s).
+    std::vector<TelluraWeatherStations> otherStations;
     option_lists options;
 };
 
 // Reads the run directory's files for `version` into `run`: the record gets
 // ID `recordId`, the soil `soilId`, the station `stationId`; blocks that read
-// a weather file refer to that station. The option lists are read over what
+// a weather file refer to the station made from that file (a C block to the
+// station of the file read before it). The option lists are read over what
 // `run.options` already holds. Messages (and the importers' "Imported ..."
 // lines) go to `messages`; false when the schedule could not be read.
 bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,

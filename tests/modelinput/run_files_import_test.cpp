@@ -16,15 +16,10 @@ namespace {
 
 std::string withoutFirstLine(const std::string& text) { return text.substr(text.find('\n') + 1); }
 
-std::string weatherFileNameOf(const tellura_control_record& record) {
-    return weatherFileName(record.blocks.at(1).weatherId);  // the golden record's first file block
-}
 
 TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     sbtest::golden_setup setup;
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
-    for (tellura_event_block& block : setup.record.blocks)
-        if (block.weatherId == 12) block.weatherId = 7;  // one station: one weather file
     sbtest::temp_dir first, second, project;
     std::string errors;
     ASSERT_TRUE(prepareRunDirectory(setup.record, 4, first.file("model"), setup.outfiles, setup.options, setup.soils,
@@ -61,12 +56,17 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     // The record and its station have new IDs; everything else is the same.
     EXPECT_EQ(withoutFirstLine(sbtest::readFile(second.file("sbsite.100"))),
               withoutFirstLine(sbtest::readFile(first.file("sbsite.100"))));
-    std::string schedule = sbtest::readFile(second.file("sb.sch"));
-    std::string stationFile = weatherFileNameOf(record);
-    EXPECT_EQ(sbtest::readFile(second.file(stationFile)), sbtest::readFile(first.file("sb000007.wth")));
+    // Each weather file became a station of its own, under new IDs.
     std::string expected = withoutFirstLine(sbtest::readFile(first.file("sb.sch")));
-    for (size_t at; (at = expected.find("sb000007.wth")) != std::string::npos;) expected.replace(at, 12, stationFile);
-    EXPECT_EQ(withoutFirstLine(schedule), expected);
+    for (auto [block, oldFile] : {std::pair<size_t, const char*>{1, "sb000007.wth"}, {3, "sb000012.wth"}}) {
+        std::string newFile = weatherFileName(record.blocks.at(block).weatherId);
+        EXPECT_NE(newFile, oldFile);
+        EXPECT_EQ(sbtest::readFile(second.file(newFile)), sbtest::readFile(first.file(oldFile))) << oldFile;
+        for (size_t at; (at = expected.find(oldFile)) != std::string::npos;) expected.replace(at, 12, newFile);
+    }
+    EXPECT_EQ(record.blocks.at(2).weatherId, record.blocks.at(1).weatherId);  // the C block continues it
+    EXPECT_EQ(stations.stations.size(), 2u);
+    EXPECT_EQ(withoutFirstLine(sbtest::readFile(second.file("sb.sch"))), expected);
 }
 
 TEST(RunFilesImport, MissingScheduleStopsTheImport) {
