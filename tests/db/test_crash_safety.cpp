@@ -50,12 +50,29 @@ bool saveRecord(database& db, int id, int generation) {
     return ok;
 }
 
-[[noreturn]] void saveForever(const std::string& path, int firstGeneration) {
+// Saves until killed, writing one byte to `progress` after each committed save.
+[[noreturn]] void saveForever(const std::string& path, int firstGeneration, int progress) {
+    signal(SIGPIPE, SIG_IGN);  // the parent stops listening before it kills
     std::string errors;
     auto db = database::open(path, errors);
     if (!db) _exit(2);
-    for (int generation = firstGeneration;; ++generation)
+    for (int generation = firstGeneration;; ++generation) {
         if (!saveRecord(*db, 1 + generation % kRecords, generation)) _exit(3);
+        [[maybe_unused]] ssize_t told = write(progress, "s", 1);
+    }
+}
+
+// Waits for `saves` committed saves; gives the time the last one took.
+bool awaitSaves(int progress, int saves, std::chrono::microseconds& lastSave) {
+    auto previous = std::chrono::steady_clock::now();
+    for (int i = 0; i < saves; ++i) {
+        char byte;
+        if (read(progress, &byte, 1) != 1) return false;
+        auto now = std::chrono::steady_clock::now();
+        lastSave = std::chrono::duration_cast<std::chrono::microseconds>(now - previous);
+        previous = now;
+    }
+    return true;
 }
 
 // Every record's rows belong to one save; returns the highest generation seen.
@@ -99,10 +116,23 @@ TEST(CrashSafety, KilledSavesLeaveOldOrNewRecords) {
     std::set<int> generationsSeen;
     int generation = 0;
     for (int kill = 0; kill < 120; ++kill) {
+        int progress[2];
+        ASSERT_EQ(pipe(progress), 0);
         pid_t child = fork();
         ASSERT_GE(child, 0);
-        if (child == 0) saveForever(path, generation + 1);
-        std::this_thread::sleep_for(std::chrono::microseconds(std::uniform_int_distribution<int>(1000, 80000)(rng)));
+        if (child == 0) {
+            close(progress[0]);
+            saveForever(path, generation + 1, progress[1]);
+        }
+        close(progress[1]);
+        // Kill somewhere inside the save after a few committed ones, however fast
+        // saves run on this machine (or under a sanitizer).
+        std::chrono::microseconds lastSave{0};
+        bool saving = awaitSaves(progress[0], 2 + static_cast<int>(rng() % 2), lastSave);
+        close(progress[0]);
+        if (saving)
+            std::this_thread::sleep_for(std::chrono::microseconds(
+                std::uniform_int_distribution<long>(0, lastSave.count() * 6 / 5)(rng)));
         ::kill(child, SIGKILL);
         int status = 0;
         waitpid(child, &status, 0);
