@@ -305,24 +305,33 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
     return ok;
 }
 
-bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors) {
-    store_session s(db, errors);
-    if (!s.ok()) return false;
-    bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
-    ok = deleteStationRows(db, table_id::weather_averages, station.id, errors) && ok;
-    ok = insertRows(db, table_id::weather_stations, 1,
-                    [&](size_t, table_record& row) {
-                        row.setNumber(0, station.id);
-                        row.setText(1, station.description);
-                    },
-                    errors) && ok;
-    if (!station.hasMeans) return s.finish() && ok;  // no means yet: a site file import fills them later
+namespace {
+
+bool emptyTable(database& db, table_id table, std::string& errors) {
+    if (db.execute(strprintf("DELETE FROM `%s`", tableName(table))).ok()) return true;
+    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    return false;
+}
+
+// Inserts the station rows and the means of the stations that have them; the
+// caller has deleted what they replace.
+bool insertStations(database& db, const std::vector<const TelluraWeatherStations*>& stations, std::string& errors) {
+    bool ok = insertRows(db, table_id::weather_stations, stations.size(),
+                         [&](size_t i, table_record& row) {
+                             row.setNumber(0, stations[i]->id);
+                             row.setText(1, stations[i]->description);
+                         },
+                         errors);
+    std::vector<std::pair<const TelluraWeatherStations*, size_t>> means;  // (station, month index)
+    for (const TelluraWeatherStations* s : stations)
+        if (s->hasMeans)  // no means yet: a site file import fills them later
+            for (size_t m = 0; m < 12; ++m) means.emplace_back(s, m);
     const means_columns& c = meansColumns();
-    ok = insertRows(db, table_id::weather_averages, 12,
+    return insertRows(db, table_id::weather_averages, means.size(),
                       [&](size_t i, table_record& row) {
-                          const weather_month_means& m = station.means[i];
-                          row.setNumber(c.id, station.id);
-                          row.setNumber(c.month, static_cast<double>(i + 1));
+                          const weather_month_means& m = means[i].first->means[means[i].second];
+                          row.setNumber(c.id, means[i].first->id);
+                          row.setNumber(c.month, static_cast<double>(means[i].second + 1));
                           row.setNumber(c.precip, m.precip);
                           row.setNumber(c.prcstd, m.prcstd);
                           row.setNumber(c.prcskw, m.prcskw);
@@ -330,6 +339,27 @@ bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std
                           row.setNumber(c.tmx2m, m.tmx2m);
                       },
                       errors) && ok;
+}
+
+}  // namespace
+
+bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors) {
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
+    ok = deleteStationRows(db, table_id::weather_averages, station.id, errors) && ok;
+    ok = insertStations(db, {&station}, errors) && ok;
+    return s.finish() && ok;
+}
+
+bool saveWeatherStations(database& db, const tellura_weather_station_list& list, std::string& errors) {
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    bool ok = emptyTable(db, table_id::weather_stations, errors);
+    ok = emptyTable(db, table_id::weather_averages, errors) && ok;
+    std::vector<const TelluraWeatherStations*> all;
+    for (const TelluraWeatherStations& station : list.stations) all.push_back(&station);
+    ok = insertStations(db, all, errors) && ok;
     return s.finish() && ok;
 }
 

@@ -71,6 +71,9 @@ public:
 bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::string& errors);
 // The station row and its twelve `Weather Averages` rows, replacing the stored ones.
 bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors);
+// Replaces every station and all climate means with the list (the station editor's
+// save); history rows are kept, also of stations no longer in the list.
+bool saveWeatherStations(database& db, const tellura_weather_station_list& list, std::string& errors);
 // The station and everything stored under its ID.
 bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors);
 

@@ -226,6 +226,30 @@ TEST(WeatherStorage, StationsMeansAndHistoryReadBack) {
     EXPECT_TRUE(s.daily.empty());
 }
 
+TEST(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    TelluraWeatherStations old = station(1, "Old");
+    old.hasMeans = true;
+    old.dailyYear(2000).days.push_back({2000, 1, 1, 1, 2, 3, 4, 5, 6});
+    ASSERT_TRUE(saveWeatherStation(project.db(), old, errors));
+    ASSERT_TRUE(saveDailyHistory(project.db(), old, errors));
+    tellura_weather_station_list list;
+    list.stations = {station(3, "Three"), station(2, "Two")};
+    list.stations[1].setClimateMean("TMX2M(7)", 31.5, errors);
+    ASSERT_TRUE(saveWeatherStations(project.db(), list, errors)) << errors;
+    tellura_weather_station_list read;
+    ASSERT_TRUE(loadWeatherStations(project.db(), read, errors)) << errors;
+    ASSERT_EQ(read.stations.size(), 2u);
+    EXPECT_EQ(read.stations[0].description, "Two");
+    EXPECT_TRUE(read.stations[0].hasMeans);
+    EXPECT_FLOAT_EQ(read.stations[0].means[6].tmx2m, 31.5f);
+    EXPECT_FALSE(read.stations[1].hasMeans);
+    ASSERT_TRUE(loadDailyHistory(project.db(), old, errors));
+    EXPECT_EQ(old.daily.size(), 1u);
+}
+
 TEST(WeatherStorage, HistoryOfAnUnknownStationIsRefused) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
