@@ -54,7 +54,7 @@ class binary_block_reader {
 public:
     binary_block_reader(binary_record_reader& reader, const binary_layout* layout, long recordBytes,
                         tellura_outputs& outputs)
-        : reader_(reader), layout_(layout), bytes_(recordBytes), outputs_(outputs) {
+        : reader_(reader), bytes_(recordBytes), outputs_(outputs) {
         if (layout) {
             annual_ = placementsFor(*layout, false);
             monthly_ = placementsFor(*layout, true);
@@ -121,7 +121,6 @@ private:
     }
 
     binary_record_reader& reader_;
-    const binary_layout* layout_;
     long bytes_;
     tellura_outputs& outputs_;
     std::vector<placement> annual_, monthly_;
