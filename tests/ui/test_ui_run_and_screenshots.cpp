@@ -1,0 +1,133 @@
+// A whole run from the Run dialog to the chart, through the stand-in model
+// (a small program of ours that writes outputs in the model's formats; it is
+// not the model), and screenshots of the main windows and dialogs written
+// into the build tree for the README and for looking at.
+#include <QChartView>
+#include <QDir>
+#include <QLineSeries>
+#include <QMdiArea>
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QtTest>
+
+#include "app/app_soilbench.h"
+#include "modelinput/run_files_import.h"
+#include "records/new_project.h"
+#include "ui/command_table.h"
+#include "ui/dialog_configuration.h"
+#include "ui/dialog_errors.h"
+#include "ui/dialog_run.h"
+#include "ui/doc_soilbench.h"
+#include "ui/main_window.h"
+#include "ui/output_table_model.h"
+#include "ui/propsheet_control_record.h"
+#include "ui/view_output.h"
+#include "ui_test_support.h"
+
+using namespace sb;
+using sbtest_ui::onNextModal;
+
+namespace {
+
+const QString kShotDir = QStringLiteral(SB_BIN_DIR "/../screenshots");
+
+bool saveShot(QWidget& w, const QString& name) {
+    QDir().mkpath(kShotDir);
+    const QPixmap pixmap = w.grab();
+    return !pixmap.isNull() && pixmap.width() > 100 && pixmap.save(kShotDir + "/" + name, "PNG");
+}
+
+}  // namespace
+
+class test_ui_run_and_screenshots : public QObject {
+    Q_OBJECT
+    QTemporaryDir dir_;
+    QString project_;
+
+private slots:
+    void initTestCase() {
+        // The demo set-up shipped with the program, read in as record 1.
+        project_ = dir_.filePath("run.sbproj");
+        std::string errors;
+        auto db = createNewProject(project_.toStdString(), errors);
+        QVERIFY(db);
+        QVERIFY2(importRunFiles(*db, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, 5, errors), errors.c_str());
+    }
+
+    void runOneRecordFromTheRunDialogToTheChart() {
+        app_soilbench settings(dir_.filePath("profile.ini").toStdString());
+        settings.recordList = false;
+        settings.version = kDiurna45;
+        settings.modelExecutables[kDiurna45 - 1] = SB_BIN_DIR "/tellura-standin";
+        settings.list100Executables[kDiurna45 - 1] = SB_BIN_DIR "/list100-standin";
+        settings.runVisible = false;
+        settings.runTimeout = 60000;
+        settings.outputPath = dir_.filePath("daily").toStdString() + "/";
+        main_window w(settings);
+        w.resize(1200, 800);
+        w.show();
+        QVERIFY(w.openProject(project_));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(5, errors));
+
+        QString heading, report;
+        // After the Run dialog: the progress dialog while the worker runs, then the report.
+        std::function<void(QWidget*)> waitForReport = [&](QWidget* next) {
+            if (auto* e = qobject_cast<dialog_errors*>(next)) {
+                report = e->text();
+                e->accept();
+            } else {
+                onNextModal(waitForReport);
+            }
+        };
+        onNextModal([&](QWidget* m) {
+            auto* run = qobject_cast<dialog_run*>(m);
+            QVERIFY(run);
+            heading = run->heading();
+            QVERIFY(run->firstYear()->isEnabled());
+            run->accept();
+            onNextModal(waitForReport);
+        });
+        w.runCommand(command_id::runOne);
+        QVERIFY(heading.startsWith("5 \""));
+        QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));
+        QVERIFY2(!report.contains("ERROR"), qPrintable(report));
+
+        // The outputs are stored and reach the chart.
+        view_output* monthly = w.showOutputView(static_cast<int>(table_id::output_monthly));
+        QVERIFY(monthly->model().rowCount() > 0);
+        monthly->chooseVariables({"somtc", "aglivc"});
+        QCOMPARE(monthly->seriesCount(), 2);
+        auto* series = qobject_cast<QLineSeries*>(monthly->chartView()->chart()->series().first());
+        QCOMPARE(series->count(), monthly->model().rowCount());
+        const QString csv = dir_.filePath("monthly.csv");
+        QVERIFY(monthly->exportTable(csv));
+        QFile file(csv);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readLine().startsWith("Year,Month,crpval,"));
+        QVERIFY(monthly->exportChart(dir_.filePath("chart.png")));
+        QVERIFY(QImage(dir_.filePath("chart.png")).width() > 100);
+        QVERIFY(saveShot(*monthly, "output-chart.png"));
+        w.mdiArea()->tileSubWindows();
+        QVERIFY(saveShot(w, "main-window.png"));
+    }
+
+    void screenshotsOfTheDialogs() {
+        app_soilbench settings(dir_.filePath("profile2.ini").toStdString());
+        dialog_configuration configuration(settings);
+        configuration.resize(600, 600);
+        QVERIFY(saveShot(configuration, "configuration.png"));
+
+        std::string errors;
+        auto db = database::open(project_.toStdString(), errors);
+        tellura_control_record record;
+        QVERIFY(readControlRecord(*db, 5, false, record, errors));
+        propsheet_control_record sheet(record, {}, {});
+        sheet.tabs()->setCurrentIndex(1);
+        QVERIFY(saveShot(sheet, "record-property-sheet.png"));
+    }
+};
+
+QTEST_MAIN(test_ui_run_and_screenshots)
+#include "test_ui_run_and_screenshots.moc"
