@@ -101,7 +101,7 @@ void BM_SaveAndReadRecordsWithEvents(benchmark::State& state) {
         std::filesystem::remove(path);
     }
 }
-BENCHMARK(BM_SaveAndReadRecordsWithEvents)->Arg(10000)->Iterations(1)->Unit(benchmark::kSecond);
+BENCHMARK(BM_SaveAndReadRecordsWithEvents)->Arg(10000)->Arg(1000)->Iterations(1)->Unit(benchmark::kSecond);
 
 // One big project shared by the look-up benchmarks below.
 database& bigProject() {
