@@ -239,7 +239,8 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         appendStatusText(status, errors);
         return false;
     }
-    bool ok = true;
+    // Events whose block is gone (a file edited by hand) are left out with a warning;
+    // the record itself reads well.
     const int blockColumn = eventColumns().blockNumber;
     for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         int number = rows->row().integer(blockColumn);
@@ -248,12 +249,11 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
             appendf(errors, "WARNING, events of block %d have no event block, ID=%ld; they are left out.\n",
                     number, static_cast<long>(recordId));
             byNumber[number] = nullptr;  // one warning per missing block
-            ok = false;
             continue;
         }
         if (found->second) found->second->events.push_back(eventFromRow(rows->row()));
     }
-    return ok;
+    return true;
 }
 
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,

@@ -351,6 +351,19 @@ TEST(EventStorage, EventsAreNumberedInListOrderWhenSaved) {
     EXPECT_EQ(read[0].events[2].type, kEventFrst);
 }
 
+TEST(EventStorage, EventsWithoutTheirBlockAreLeftOutWithAWarning) {
+    records_project project;
+    SB_REQUIRE_PROJECT(project);
+    std::string errors;
+    ASSERT_TRUE(saveEventBlocks(project.db(), 5, sampleBlocks(), errors));
+    ASSERT_TRUE(project.db().execute("DELETE * FROM `Event Blocks` WHERE ID = 5 AND [Block Number] = 2").ok());
+    std::vector<tellura_event_block> read;
+    EXPECT_TRUE(loadEventBlocks(project.db(), 5, read, errors));
+    EXPECT_EQ(errors, "WARNING, events of block 2 have no event block, ID=5; they are left out.\n");
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(read[0], sampleBlocks()[0]);
+}
+
 TEST(EventStorage, FailuresAreReported) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
