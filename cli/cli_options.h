@@ -18,7 +18,11 @@ struct record_selection {
 };
 
 struct new_options { std::string project; };
-struct import_run_files_options { std::string project, dir, schedule; std::optional<int> id; };
+struct import_run_files_options {
+    std::string project, dir, schedule;
+    std::optional<int> id;
+    int version = 0;  // 0 = the configured version
+};
 struct import_weather_options {
     std::string project, file, description;
     int station = 0;
@@ -39,6 +43,7 @@ struct run_options {
     std::string blocks;      // "1,3": blocks to run, in this order
     std::string dailyYears;  // "A-B"
     bool binary = false;
+    bool visible = false;
 };
 struct export_options { std::string project, table, csv; int id = 0; };
 struct plot_options { std::string project, table, vars, png; int id = 0; };

@@ -80,7 +80,8 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
     if (schedule.empty() && !findSchedule(opt.dir, schedule, errors)) return finish(false, errors);
     sb::app_soilbench settings = loadUserSettings();
     int32_t id = opt.id ? *opt.id : nextFreeRecordId(*db);
-    bool ok = sb::importRunFiles(*db, opt.dir, schedule, settings.version, id, errors);
+    int version = opt.version ? opt.version : settings.version;
+    bool ok = sb::importRunFiles(*db, opt.dir, schedule, version, id, errors);
     if (ok) std::cout << "Imported " << opt.dir << " as record " << id << ".\n";
     return finish(ok, errors);
 }

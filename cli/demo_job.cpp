@@ -65,11 +65,23 @@ std::string besideProgram(const char* name) {
 
 // The demo's own settings: the stand-in model as release 4, run quietly, one
 // record per core. The user's profile is not touched.
-sb::app_soilbench demoSettings(const fs::path& dir) {
+// The model's input files are written beside its executable, so the demo
+// gets a model folder of its own with links to the installed stand-in.
+std::string linkInto(const fs::path& folder, const char* program, std::string& errors) {
+    std::error_code ec;
+    fs::create_directories(folder, ec);
+    fs::path link = folder / program;
+    fs::remove(link, ec);
+    fs::create_symlink(besideProgram(program), link, ec);
+    if (ec) sb::appendf(errors, "ERROR, unable to link \"%s\": %s.\n", link.c_str(), ec.message().c_str());
+    return link.string();
+}
+
+sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
     sb::app_soilbench settings(std::string((dir / "demo-profile.ini").string()));
     settings.version = kDemoVersion;
-    settings.modelExecutables[kDemoVersion - 1] = besideProgram("tellura-standin");
-    settings.list100Executables[kDemoVersion - 1] = besideProgram("list100-standin");
+    settings.modelExecutables[kDemoVersion - 1] = linkInto(dir / "model", "tellura-standin", errors);
+    settings.list100Executables[kDemoVersion - 1] = linkInto(dir / "model", "list100-standin", errors);
     settings.runVisible = false;
     settings.runTimeout = 120000;
     settings.outputPath = (dir / "daily-output").string() + "/";
@@ -183,7 +195,7 @@ int cmdDemo(const demo_options& opt) {
     if (!addVariants(*db, errors, records)) return finish(false, errors);
     std::cout << "Project with " << records << " records: " << project << "\n";
 
-    sb::app_soilbench settings = demoSettings(dir);
+    sb::app_soilbench settings = demoSettings(dir, errors);
     sb::run_controller controller(*db, settings);
     sb::run_set_options runSet;
     runSet.jobs = settings.jobs;

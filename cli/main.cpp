@@ -72,6 +72,8 @@ int main(int argc, char** argv) {
     cRunFiles->add_option("DIR", runFiles.dir, "the run directory")->required();
     cRunFiles->add_option("--schedule", runFiles.schedule, "schedule file (default: the only .sch in DIR)");
     cRunFiles->add_option("--id", runFiles.id, "ID of the new record (default: one past the highest)");
+    cRunFiles->add_option("--version", runFiles.version, "model version the files are written for (default: the configured one)")
+        ->check(CLI::Range(1, 6));
     on(cRunFiles, [&] { return cmdImportRunFiles(runFiles); });
 
     import_weather_options daily, monthly, averages;
@@ -170,6 +172,7 @@ int main(int argc, char** argv) {
     cRun->add_option("--blocks", runOpt.blocks, "event blocks to run, in this order, like \"1,3\"");
     cRun->add_option("--daily-years", runOpt.dailyYears, "daily output years to save, like 1990-2000");
     cRun->add_flag("--binary", runOpt.binary, "read the binary output instead of the list file");
+    cRun->add_flag("--visible", runOpt.visible, "let the model print to this terminal instead of capturing it");
     on(cRun, [&] { return cmdRun(runOpt); });
 
     plot_options plotOpt;

@@ -1,0 +1,208 @@
+// Every subcommand of the soilbench program, run as a user would run it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+#include "cli_runner.h"
+#include "test_support.h"
+
+namespace fs = std::filesystem;
+using sbtest::runSoilbench;
+
+namespace {
+
+class CliTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        project = dir.file("p.sbproj");
+        env["SOILBENCH_PROFILE"] = dir.file("profile.ini");
+        env["QT_QPA_PLATFORM"] = "offscreen";
+        fs::create_directories(dir.file("model"));
+        fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/tellura-standin"));
+        fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/list100-standin"));
+    }
+
+    sbtest::cli_result run(std::vector<std::string> args) { return runSoilbench(args, env); }
+
+    // A project with the shipped demo set-up imported as record 2 and the
+    // stand-in configured as the daily-step release.
+    void makeRunnableProject() {
+        ASSERT_EQ(run({"new", project}).exitCode, 0);
+        for (const std::string& setting : std::vector<std::string>{
+                 "Settings/TELLURAVersion=4", "Settings/RunTimeout=60000",
+                 "Files/Diurna 4.5=" + dir.file("model/tellura-standin"),
+                 "Files/Diurna 4.5 LIST100=" + dir.file("model/list100-standin"), "Settings/SaveDailyLastYear=0"})
+            ASSERT_EQ(run({"config", "--set", setting}).exitCode, 0) << setting;
+        auto imported = run({"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"});
+        ASSERT_EQ(imported.exitCode, 0) << imported.err;
+    }
+
+    static std::string demoSetup() { return std::string(SB_SHARE_DIR) + "/demo"; }
+
+    sbtest::temp_dir dir;
+    std::string project;
+    std::map<std::string, std::string> env;
+};
+
+TEST_F(CliTest, NewListCopyDeleteAndShow) {
+    auto created = run({"new", project});
+    EXPECT_EQ(created.exitCode, 0) << created.err;
+    auto listed = run({"list", project});
+    EXPECT_EQ(listed.exitCode, 0);
+    EXPECT_NE(listed.out.find("    1     1      1       1  Default record\n"), std::string::npos) << listed.out;
+
+    EXPECT_EQ(run({"copy", project, "--id", "1", "--to", "7"}).exitCode, 0);
+    listed = run({"list", project, "--ids", "5-9"});
+    EXPECT_NE(listed.out.find("    1     7 "), std::string::npos) << listed.out;
+    EXPECT_EQ(listed.out.find("    1     1 "), std::string::npos) << "the ID list must filter";
+
+    EXPECT_EQ(run({"delete", project, "--id", "7"}).exitCode, 0);
+    listed = run({"list", project, "--where", "ID = 7"});
+    EXPECT_EQ(listed.out.find("     7 "), std::string::npos) << listed.out;
+
+    // The record text needs the record's weather station in the project.
+    auto shown = run({"show", project, "--id", "1"});
+    EXPECT_EQ(shown.exitCode, 0);
+    EXPECT_TRUE(shown.out.empty());
+    EXPECT_NE(shown.err.find("WARNING, weather station 1 of record 1 is not in the project"), std::string::npos);
+    fs::copy_file(demoSetup() + "/demo.wth", dir.file("w.wth"));
+    EXPECT_EQ(run({"import", "weather-daily", project, dir.file("w.wth"), "--station", "1"}).exitCode, 0);
+    shown = run({"show", project, "--id", "1"});
+    EXPECT_EQ(shown.out.rfind("Soilbench Record\t\n1\nSoil ID\t1\n", 0), 0u) << shown.out;
+    EXPECT_NE(shown.out.find("Weather ID\t1\t"), std::string::npos);
+}
+
+TEST_F(CliTest, ExitStatusTellsUsageErrorsFromFailedOperations) {
+    EXPECT_EQ(run({}).exitCode, 2);
+    EXPECT_EQ(run({"list"}).exitCode, 2);
+    EXPECT_EQ(run({"run", project, "--jobs", "0"}).exitCode, 2);
+    auto missing = run({"list", dir.file("none.sbproj")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.err.rfind("ERROR, unable to open database: " + dir.file("none.sbproj") + "\n", 0), 0u)
+        << missing.err;
+    ASSERT_EQ(run({"new", project}).exitCode, 0);
+    auto noIds = run({"list", project, "--ids", "9-5"});
+    EXPECT_EQ(noIds.exitCode, 2);
+    EXPECT_NE(noIds.err.find("names no record"), std::string::npos);
+    for (const char* sub : {"new", "import", "export", "list", "show", "copy", "delete", "prepare", "run", "plot",
+                            "read-bin", "config", "demo"}) {
+        auto help = run({sub, "--help"});
+        EXPECT_EQ(help.exitCode, 0) << sub;
+        EXPECT_NE(help.out.find("Usage"), std::string::npos) << sub;
+    }
+}
+
+TEST_F(CliTest, ImportsAndOptionListExport) {
+    ASSERT_EQ(run({"new", project}).exitCode, 0);
+    auto crops = run({"import", "option-list", project, "crop", demoSetup() + "/crop.100"});
+    EXPECT_EQ(crops.exitCode, 0) << crops.err;
+    EXPECT_NE(crops.out.find("Imported 3 records and updated 0 records from"), std::string::npos) << crops.out;
+    auto exported = run({"export", "option-list", project, "crop", dir.file("crop4.100"), "--version", "4"});
+    EXPECT_EQ(exported.exitCode, 0) << exported.err;
+    std::string text = sbtest::readFile(dir.file("crop4.100"));
+    EXPECT_EQ(text.rfind("WWHT  Winter wheat (demo values)\n0.55000        PRDX(1)\n", 0), 0u) << text.substr(0, 80);
+    EXPECT_EQ(run({"import", "option-list", project, "grass", dir.file("crop4.100")}).exitCode, 2);
+
+    auto soil = run({"import", "soil-layers", project, demoSetup() + "/soils.in", "--soil", "3"});
+    EXPECT_EQ(soil.exitCode, 0) << soil.err;
+    EXPECT_NE(soil.out.find("Imported 6 layers into soil 3."), std::string::npos);
+
+    sbtest::writeFile(dir.file("m.wth"),
+                      "prec  1990   1.00   2.00   3.00   4.00   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00\n"
+                      "tmin  1990  -5.00  -4.00  -3.00  -2.00  -1.00   0.00   1.00   2.00   3.00   4.00   5.00   6.00\n"
+                      "tmax  1990   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00  13.00  14.00  15.00  16.00\n"
+                      "wind  1990   5.00\n");
+    auto monthly = run({"import", "weather-monthly", project, dir.file("m.wth"), "--station", "4"});
+    EXPECT_NE(monthly.err.find("ERROR, unknown text in weather file: \"wind  1990   5.00\"\nFile: \""),
+              std::string::npos)
+        << monthly.err;
+    auto averages = run({"import", "weather-averages", project, demoSetup() + "/demo-site.100", "--station", "4"});
+    EXPECT_EQ(averages.exitCode, 0) << averages.err;
+
+    auto runFiles = run({"import", "run-files", project, demoSetup(), "--id", "9", "--version", "4"});
+    EXPECT_EQ(runFiles.exitCode, 0) << runFiles.err;
+    EXPECT_NE(run({"list", project}).out.find("    2     9 "), std::string::npos);
+}
+
+TEST_F(CliTest, PrepareWritesExactlyTheRunDirectoryFiles) {
+    makeRunnableProject();
+    auto prepared = run({"prepare", project, "--id", "2", "--version", "4", "--dir", dir.file("rd")});
+    EXPECT_EQ(prepared.exitCode, 0) << prepared.err;
+    std::set<std::string> files;
+    for (const auto& entry : fs::directory_iterator(dir.file("rd"))) files.insert(entry.path().filename());
+    std::set<std::string> expected{"fix.100",  "sbsite.100", "sb.sch",    "crop.100",  "cult.100",
+                                   "harv.100", "graz.100",   "irri.100",  "fert.100",  "omad.100",
+                                   "tree.100", "trem.100",   "fire.100",  "soils.in",  "sitepar.in",
+                                   "outfiles.in", "sb000001.wth"};
+    EXPECT_EQ(files, expected);
+
+    prepared = run({"prepare", project, "--id", "2", "--version", "1", "--dir", dir.file("rd1")});
+    files.clear();
+    for (const auto& entry : fs::directory_iterator(dir.file("rd1"))) files.insert(entry.path().filename());
+    EXPECT_TRUE(files.count("sb.evt") && !files.count("sb.sch") && !files.count("soils.in")) << prepared.err;
+}
+
+TEST_F(CliTest, RunExportPlotAndReadBin) {
+    makeRunnableProject();
+    auto ran = run({"run", project, "--ids", "2", "--jobs", "1"});
+    EXPECT_EQ(ran.exitCode, 0) << ran.err;
+    EXPECT_NE(ran.out.find("1 records run: 1 good, 0 failed."), std::string::npos) << ran.out;
+    EXPECT_NE(ran.out.find("2:"), std::string::npos);
+    EXPECT_NE(ran.out.find("Elapsed: "), std::string::npos);
+
+    auto exported = run({"export", project, "--id", "2", "--table", "monthly", "--csv", dir.file("m.csv")});
+    EXPECT_EQ(exported.exitCode, 0) << exported.err;
+    std::string csv = sbtest::readFile(dir.file("m.csv"));
+    EXPECT_EQ(csv.rfind("ID,Year,Month,crpval,agcacc,agcmth,", 0), 0u) << csv.substr(0, 60);
+    EXPECT_GT(std::count(csv.begin(), csv.end(), '\n'), 100);
+
+    auto plotted = run({"plot", project, "--id", "2", "--table", "monthly", "--var", "somsc,clittr(1,1)",
+                        "--png", dir.file("c.png")});
+    EXPECT_EQ(plotted.exitCode, 0) << plotted.err;
+    EXPECT_EQ(sbtest::readFile(dir.file("c.png")).substr(1, 3), "PNG");
+    auto badVar = run({"plot", project, "--id", "2", "--table", "monthly", "--var", "nosuch", "--png",
+                       dir.file("d.png")});
+    EXPECT_EQ(badVar.exitCode, 1);
+    EXPECT_NE(badVar.err.find("\"nosuch\" is not a variable of the monthly output"), std::string::npos);
+
+    auto bin = run({"read-bin", dir.file("model/sb.bin"), "--version", "4", "--monthly"});
+    EXPECT_EQ(bin.exitCode, 0) << bin.err;
+    EXPECT_EQ(bin.out.rfind("ID,Year,Month,", 0), 0u);
+    EXPECT_NE(bin.err.find("records read, from years"), std::string::npos);
+}
+
+TEST_F(CliTest, RunReportsPrecheckFailuresAndStops) {
+    // A new project's default record names soil 1 and station 1, which it does not hold.
+    ASSERT_EQ(run({"new", project}).exitCode, 0);
+    auto ran = run({"run", project, "--stop-on-precheck"});
+    EXPECT_EQ(ran.exitCode, 1);
+    EXPECT_NE(ran.err.find("ERROR, No soil record to run.\n"), std::string::npos) << ran.err;
+    EXPECT_NE(ran.err.find("Stop due to precheck error at 1\n"), std::string::npos) << ran.err;
+    EXPECT_NE(ran.out.find("1 records run: 0 good, 1 failed."), std::string::npos) << ran.out;
+}
+
+TEST_F(CliTest, ConfigReadsAndChecksSettings) {
+    EXPECT_EQ(run({"config", "--get", "Settings/RunTimeout"}).out, "250000\n");
+    EXPECT_EQ(run({"config", "--set", "Settings/RunTimeout=1000"}).exitCode, 0);
+    EXPECT_EQ(run({"config", "--get", "Settings/RunTimeout"}).out, "1000\n");
+    EXPECT_EQ(run({"config", "--set", "Settings/RunTimeout=abc"}).exitCode, 1);
+    EXPECT_EQ(run({"config", "--set", "Settings/RunTimeout=5000001"}).exitCode, 1);
+    EXPECT_EQ(run({"config", "--get", "Settings/RunTimeout"}).out, "1000\n");
+    EXPECT_EQ(run({"config", "--get", "Settings/NoSuchKey"}).exitCode, 1);
+    auto listed = run({"config", "--list"});
+    EXPECT_NE(listed.out.find("Files/Diurna 4.5 LIST100="), std::string::npos);
+    EXPECT_NE(listed.out.find("Settings/Outfile28=1\n"), std::string::npos);
+}
+
+TEST_F(CliTest, DemoRunsEveryVariantAndDrawsItsChart) {
+    auto demo = run({"demo", dir.file("demo")});
+    EXPECT_EQ(demo.exitCode, 0) << demo.err.substr(0, 2000);
+    EXPECT_NE(demo.out.find("24 records run: 24 good, 0 failed"), std::string::npos) << demo.out;
+    EXPECT_NE(demo.out.find("Project:  " + dir.file("demo/demo.sbproj")), std::string::npos);
+    EXPECT_EQ(sbtest::readFile(dir.file("demo/demo-chart.png")).substr(1, 3), "PNG");
+    auto listed = run({"list", dir.file("demo/demo.sbproj")});
+    EXPECT_NE(listed.out.find("clay loam, maize, N135"), std::string::npos);
+}
+
+}  // namespace
