@@ -258,6 +258,55 @@ TEST(EventParsing, ScheduleWithItemsOnTheirOwnLinesReadsBack) {
     EXPECT_EQ(read, written);
 }
 
+// Walks the blocks of a real schedule: eight header lines per block (the weather
+// file line after choice F), then event lines up to "-999 -999 X".
+std::vector<tellura_event> readScheduleEvents(const std::string& text, std::string& errors) {
+    text_line_source lines(text);
+    std::string line;
+    while (lines.nextLine(line) && line.rfind("Year Month Option", 0) != 0) {
+    }
+    std::vector<tellura_event> events;
+    while (lines.nextLine(line)) {
+        if (trim(line).empty()) continue;
+        for (int header = 1; header < 7; ++header) lines.nextLine(line);  // block # .. weather choice
+        if (line[0] == 'F') lines.nextLine(line);
+        while (lines.nextLine(line) && line.rfind("-999", 0) != 0) {
+            if (trim(line).empty()) continue;
+            char* rest = nullptr;
+            int year = static_cast<int>(std::strtol(line.c_str(), &rest, 10));
+            int month = static_cast<int>(std::strtol(rest, &rest, 10));
+            tellura_event e;
+            if (parseEvent(rest, lines, year, month, e, errors)) events.push_back(e);
+        }
+    }
+    return events;
+}
+
+TEST(EventParsing, RealDailyScheduleReadsEveryEvent) {
+    SB_REQUIRE_SAMPLES();
+    std::string errors;
+    std::vector<tellura_event> events =
+        readScheduleEvents(sbtest::readFile(sbtest::samplesDir() + "/diurna-2012/inputs/example.sch"), errors);
+    EXPECT_EQ(errors, "");
+    // 13 events in the grass block (items on their own lines), 11 in each of three crop blocks.
+    ASSERT_EQ(events.size(), 46u);
+    EXPECT_EQ(events[0].type, kEventCrop);
+    EXPECT_EQ(events[0].item, "G3N");
+    EXPECT_EQ(events[0].month, 15);  // the daily release gives the day of the year here
+    EXPECT_EQ(events[4].type, kEventFrst);
+    EXPECT_EQ(events[8].item, "GM");
+    EXPECT_EQ(events[12].type, kEventSenm);
+    EXPECT_EQ(events[13].type, kEventCult);
+    EXPECT_EQ(events[13].item, "FAL");
+    EXPECT_EQ(events[14].item, "N30.0");
+    EXPECT_EQ(events[16].type, kEventPltm);
+    EXPECT_EQ(events[16].item, "");
+    EXPECT_EQ(events[22].type, kEventHarv);
+    EXPECT_EQ(events[22].item, "GS");
+    EXPECT_EQ(events[22].month, 206);
+    EXPECT_EQ(events[45].item, "FAL");
+}
+
 TEST(EventText, BlockLinesAreTabSeparated) {
     tellura_event_block b = block(2, 1990, 1995, 1991);
     b.description = "Wheat";
