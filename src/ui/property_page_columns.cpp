@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <charconv>
 #include <map>
 
 #include "app/text_format.h"
@@ -17,7 +18,15 @@
 namespace sb {
 namespace {
 
-QString numberText(double v) { return QString::number(v, 'g', 9); }
+// The shortest text that reads back to the same value: a SINGLE column shows
+// "7.7", not the double "7.69999981", and re-reading an untouched field
+// stores exactly what was there.
+QString numberText(double v, int type) {
+    char buffer[64];
+    const auto end = type == kTypeSingle ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(v)).ptr
+                                         : std::to_chars(buffer, buffer + sizeof buffer, v).ptr;
+    return QString::fromLatin1(buffer, static_cast<int>(end - buffer));
+}
 constexpr int kFieldsPerRow = 3;  // label-field pairs side by side, so long pages stay short
 
 }  // namespace
@@ -43,7 +52,7 @@ property_page_columns::property_page_columns(const table_record& values, std::ve
             } else {
                 entry.edit = new QLineEdit(box);
                 entry.edit->setText(values.isText(column) ? QString::fromStdString(values.text(column))
-                                                          : numberText(values.number(column)));
+                                                          : numberText(values.number(column), f.type));
                 if (values.isText(column)) entry.edit->setMaxLength(f.size > 0 ? f.size : 255);
                 editor = entry.edit;
             }

@@ -151,7 +151,10 @@ void view_output::reload() {
 void view_output::rebuildChart() {
     QChart* chart = chartView_->chart();
     chart->removeAllSeries();
-    for (auto* axis : chart->axes()) chart->removeAxis(axis);
+    for (auto* axis : chart->axes()) {
+        chart->removeAxis(axis);
+        delete axis;  // the chart gives up ownership; a kept axis would still be drawn by a pending layout
+    }
     chart->setTitle(QStringLiteral("%1, record ID %2").arg(titleFor(table_)).arg(doc_.currentId()));
 
     auto* xAxis = new QValueAxis;

@@ -253,6 +253,14 @@ private slots:
         QStringList groups;
         for (auto* g : sheet.page(1)->findChildren<QGroupBox*>()) groups << g->title();
         QVERIFY(groups.contains("D") && groups.contains("V") && !groups.contains("Q"));
+        // Applying an untouched sheet changes nothing, to the last bit of every float.
+        {
+            tellura_control_record copy = record;
+            std::string none;
+            QVERIFY(sheet.applyTo(copy, none));
+            QVERIFY(copy.row == record.row);
+            QVERIFY(copy.site == record.site);
+        }
         auto* dec5 = qobject_cast<QLineEdit*>(sheet.page(1)->editorFor("DEC5(1)"));
         QVERIFY(dec5);
         QVERIFY(qobject_cast<QCheckBox*>(sheet.page(1)->editorFor("TEXEPP(1)")));  // a yes/no column
