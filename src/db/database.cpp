@@ -79,14 +79,19 @@ struct database_impl {
     }
 
     bool openConnection(bool readOnlyMode, db_status& status) {
-        db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
+        return openConnection(path, dialect->connectOptions(readOnlyMode), status);
+    }
+
+    bool openConnection(const std::string& name, const std::string& options, db_status& status) {
+        if (!db.isValid()) db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
         if (!db.isValid()) {
             status = statusOf(kStatusStoreError, strprintf("The database driver %s is not available.",
                                                            dialect->driverName()));
             return false;
         }
-        db.setDatabaseName(qs(path));
-        db.setConnectOptions(qs(dialect->connectOptions(readOnlyMode)));
+        db.close();
+        db.setDatabaseName(qs(name));
+        db.setConnectOptions(qs(options));
         if (db.open()) return true;
         status = statusFrom(db.lastError());
         status.descriptions.push_back(path);
@@ -213,6 +218,16 @@ bool database::create(const std::string& path, std::string& errors) {
     return ok;
 }
 
+namespace {
+// The first read of the file: a file that is no database fails here.
+db_status readMark(database_impl& impl, long long& mark) {
+    QSqlQuery query(impl.db);
+    if (!query.exec(qs(impl.dialect->readMarkText())) || !query.next()) return impl.statusFrom(query.lastError());
+    mark = query.value(0).toLongLong();
+    return {};
+}
+}  // namespace
+
 std::unique_ptr<database> database::open(const std::string& path, std::string& errors) {
     auto fail = [&](const db_status& status) -> std::unique_ptr<database> {
         errors += "ERROR, unable to open database: " + path + "\n";
@@ -231,11 +246,15 @@ std::unique_ptr<database> database::open(const std::string& path, std::string& e
     db_status status;
     if (!impl->openConnection(impl->readOnly, status)) return fail(status);
 
-    QSqlQuery mark(impl->db);
-    if (!mark.exec(qs(impl->dialect->readMarkText())) || !mark.next())
-        return fail(impl->statusFrom(mark.lastError()));
-    bool ours = mark.value(0).toLongLong() == impl->dialect->projectMark();
-    mark.finish();
+    long long mark = 0;
+    status = readMark(*impl, mark);
+    std::string fallbackName, fallbackOptions;
+    if (!status.ok() && impl->readOnly && impl->dialect->readOnlyFallback(path, fallbackName, fallbackOptions)) {
+        db_status again;
+        if (impl->openConnection(fallbackName, fallbackOptions, again)) status = readMark(*impl, mark);
+    }
+    if (!status.ok()) return fail(status);
+    bool ours = mark == impl->dialect->projectMark();
     if (!ours) {
         // A project made elsewhere (no mark) is still ours when it holds our tables.
         const QStringList tables = impl->db.tables();

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 
 #include "app/text_format.h"
 
@@ -100,6 +101,21 @@ public:
         std::string options = "QSQLITE_BUSY_TIMEOUT=8000";
         if (readOnly) options += ";QSQLITE_OPEN_READONLY";
         return options;
+    }
+
+    // A project in write-ahead-log mode needs its shared-memory file even to be read;
+    // in a folder we may not write to it cannot be made. Opened as immutable, the file
+    // is read as it stands (without any log left behind by a crashed writer).
+    bool readOnlyFallback(const std::string& path, std::string& databaseName,
+                          std::string& options) const override {
+        databaseName = "file:";
+        for (unsigned char c : path) {
+            if (std::isalnum(c) || std::strchr("/-_.~", c)) databaseName += static_cast<char>(c);
+            else databaseName += strprintf("%%%02X", c);
+        }
+        databaseName += "?immutable=1";
+        options = connectOptions(true) + ";QSQLITE_OPEN_URI";
+        return true;
     }
 
     std::vector<std::string> connectionSetup() const override {

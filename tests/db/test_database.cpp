@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
 #include <map>
 #include <random>
+#include <functional>
 #include <thread>
 
 #include "app/text_format.h"
@@ -549,4 +551,43 @@ TEST(RowSet, TypedRowSetAndRowsOfAnotherTable) {
     ASSERT_TRUE(read.moveNext().ok());
     EXPECT_EQ(read.record().description(), "Four");
     EXPECT_TRUE(read.moveNext().endOfRowset());
+}
+
+namespace {
+// Runs `check` in a child process as an ordinary user (root may write anywhere);
+// the child's exit code: 0 passed, 3 could not switch user, other failed.
+int runUnprivileged(const std::function<bool()>& check) {
+    pid_t child = fork();
+    if (child == 0) {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(3);
+        _exit(check() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 2;
+}
+}  // namespace
+
+TEST(Database, ReadOnlyProjectInAFolderNobodyMayWrite) {
+    temp_dir dir;
+    const std::string folder = dir.file("shelf");
+    std::filesystem::create_directories(folder);
+    const std::string path = folder + "/p.sbproj";
+    {
+        auto db = sbtest::makeProject(path);
+        addStations(*db, 2);
+    }
+    chmod(path.c_str(), 0444);
+    chmod(dir.path().c_str(), 0755);
+    chmod(folder.c_str(), 0555);
+    int result = runUnprivileged([&] {
+        std::string errors, storeError;
+        auto db = database::open(path, errors);
+        if (!db || !db->readOnly() || db->beginSession(storeError)) return false;
+        db_status status;
+        auto rs = db->openTable(table_id::weather_stations, "", "ID DESC", status);
+        return rs && rs->moveFirst().ok() && rs->row().text("Description") == "Station 2";
+    });
+    if (result == 3) GTEST_SKIP() << "cannot switch to an unprivileged user here";
+    EXPECT_EQ(result, 0);
 }
