@@ -280,12 +280,17 @@ namespace {
 // One record of a site file: every value line is routed by its name.
 class site_file_target : public tellura_input {
 public:
-    site_file_target(tellura_control_record& record, TelluraSoils* soil, TelluraWeatherStations* station)
-        : record_(record), soil_(soil), station_(station) {}
+    site_file_target(tellura_control_record& record, TelluraSoils* soil, TelluraWeatherStations* station,
+                     bool& climateRead)
+        : record_(record), soil_(soil), station_(station), climateRead_(climateRead) {}
 
     bool setField(std::string_view fieldName, double value, std::string& errors) override {
         std::string name = canonicalParameterName(fieldName);
-        if (isClimateName(name)) return station_ && station_->setClimateMean(name, value, errors);
+        if (isClimateName(name)) {
+            if (!station_ || !station_->setClimateMean(name, value, errors)) return false;
+            climateRead_ = true;
+            return true;
+        }
         if (isSoilSiteName(name)) return soil_ && setSoilBySiteName(*soil_, name, value, errors);
         if (name == "SITLAT") return record_.row.setNumber("Latitude", value);
         if (name == "SITLNG") return record_.row.setNumber("Longitude", value);
@@ -298,6 +303,7 @@ private:
     tellura_control_record& record_;
     TelluraSoils* soil_;
     TelluraWeatherStations* station_;
+    bool& climateRead_;
 };
 
 class site_file_reader : public tellura_input_list {
@@ -305,8 +311,10 @@ public:
     site_file_reader(tellura_control_record& record, TelluraSoils* soil, TelluraWeatherStations* station)
         : record_(record), soil_(soil), station_(station) {}
     std::unique_ptr<tellura_input> makeRecord() const override {
-        return std::make_unique<site_file_target>(record_, soil_, station_);
+        return std::make_unique<site_file_target>(record_, soil_, station_, climateRead);
     }
+    // Set when a climate mean went to the station.
+    mutable bool climateRead = false;
 
 private:
     tellura_control_record& record_;
@@ -326,7 +334,7 @@ bool importSiteFile(const std::string& path, tellura_control_record& record, Tel
     site_file_reader reader(record, soil, station);
     std::string status;
     reader.importText(text, path, messages, status);
-    if (station) station->hasMeans = true;
+    if (reader.climateRead) station->hasMeans = true;
     appendf(messages, "Imported site data from \"%s\"\n", path.c_str());
     return true;
 }

@@ -116,4 +116,9 @@ bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, 
     return true;
 }
 
+void checkBlockWeatherCoverage(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+                               std::string& messages) {
+    checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, messages);
+}
+
 }  // namespace sb

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "records/tellura_event_block.h"
 #include "records/tellura_weather_station.h"
 
 namespace sb {
@@ -52,5 +53,8 @@ std::string weatherFileText(const TelluraWeatherStations& station, int version);
 // (monthly data, or daily data for version 4), at most 10 per block. Always true.
 bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear,
                           int version, int blockNumber, std::string& messages);
+// The same for one block, in the form block validation takes (weather_coverage_check).
+void checkBlockWeatherCoverage(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+                               std::string& messages);
 
 }  // namespace sb

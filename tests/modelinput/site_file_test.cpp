@@ -174,6 +174,12 @@ TEST_F(SiteFileTest, SiteImportRoutesNamesByOwner) {
     EXPECT_FLOAT_EQ(station.means[11].tmx2m, 22.25f);
     EXPECT_TRUE(station.hasMeans);
 
+    // A file without climate lines leaves a station without means.
+    sbtest::writeFile(dir.file("noclimate.100"), "X  no climate\n1.0    SAND\n");
+    TelluraWeatherStations none;
+    importSiteFile(dir.file("noclimate.100"), back, &soil, &none, messages);
+    EXPECT_FALSE(none.hasMeans);
+
     std::string missing;
     EXPECT_FALSE(importSiteFile(dir.file("none.100"), back, nullptr, nullptr, missing));
     EXPECT_EQ(missing, "ERROR, cannot open site file \"" + dir.file("none.100") + "\"\n");

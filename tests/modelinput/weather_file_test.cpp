@@ -118,3 +118,28 @@ TEST(WeatherCoverage, AtMostTenWarningsPerBlock) {
 }
 
 }  // namespace
+
+namespace {
+
+class no_options : public option_name_lookup {
+public:
+    bool hasOption(option_kind, std::string_view) const override { return true; }
+};
+
+TEST(WeatherCoverage, BlockValidationUsesTheCheck) {
+    tellura_weather_station_list stations;
+    stations.stations.push_back(monthlyStation(1990, 1991));
+    tellura_event_block block;
+    block.blockNumber = 4;
+    block.firstYear = 1990;
+    block.lastYear = 1991;
+    block.outputStartingYear = 1990;
+    block.weatherChoice = kWeatherFile;
+    block.weatherId = 5;
+    std::string errors;
+    validateEventBlocks({block}, 2, no_options(), stations, errors, checkBlockWeatherCoverage);
+    EXPECT_NE(errors.find("WARNING, no monthly historical weather data for year 1992 in block 4."), std::string::npos)
+        << errors;
+}
+
+}  // namespace
