@@ -6,6 +6,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <cstdio>
 
 namespace sb {
 
@@ -38,8 +39,18 @@ QString dialog_errors::text() const { return text_->toPlainText(); }
 
 void dialog_errors::copyText() { QApplication::clipboard()->setText(text_->toPlainText()); }
 
+namespace {
+bool errorsToStandardError = false;
+}
+
+void setErrorsToStandardError(bool on) { errorsToStandardError = on; }
+
 void showErrorsIfAny(QWidget* parent, const std::string& text, const QString& title) {
     if (text.empty()) return;
+    if (errorsToStandardError) {
+        std::fprintf(stderr, "%s:\n%s", title.toLocal8Bit().constData(), text.c_str());
+        return;
+    }
     dialog_errors dialog(title, QString::fromStdString(text), parent);
     dialog.exec();
 }

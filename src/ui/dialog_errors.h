@@ -25,4 +25,8 @@ private:
 // message text may carry "\r\n" line ends (clipboard messages); shown as lines.
 void showErrorsIfAny(QWidget* parent, const std::string& text, const QString& title = QStringLiteral("Errors"));
 
+// For runs without a user (--screenshot): messages go to standard error
+// instead of a dialog nobody can close.
+void setErrorsToStandardError(bool on);
+
 }  // namespace sb

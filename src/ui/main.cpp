@@ -9,6 +9,7 @@
 
 #include "app/app_soilbench.h"
 #include "db/table_catalogue.h"
+#include "ui/dialog_errors.h"
 #include "ui/main_window.h"
 #include "ui/view_output.h"
 
@@ -26,6 +27,8 @@ int main(int argc, char* argv[]) {
     parser.addOption(screenshot);
     parser.addPositionalArgument(QStringLiteral("PROJECT"), QStringLiteral("Project file to open."));
     parser.process(app);
+
+    if (parser.isSet(screenshot)) sb::setErrorsToStandardError(true);
 
     sb::app_soilbench settings;
     sb::main_window window(settings);

@@ -59,8 +59,14 @@ private slots:
         app_soilbench settings(dir_.filePath("profile.ini").toStdString());
         settings.recordList = false;
         settings.version = kDiurna45;
-        settings.modelExecutables[kDiurna45 - 1] = SB_BIN_DIR "/tellura-standin";
-        settings.list100Executables[kDiurna45 - 1] = SB_BIN_DIR "/list100-standin";
+        // The run directory is the model's folder: links to the stand-in in a
+        // folder of the test's own, with the shared data beside it as installed.
+        QVERIFY(QDir(dir_.path()).mkpath("model"));
+        QVERIFY(QFile::link(SB_BIN_DIR "/tellura-standin", dir_.filePath("model/tellura-standin")));
+        QVERIFY(QFile::link(SB_BIN_DIR "/list100-standin", dir_.filePath("model/list100-standin")));
+        QVERIFY(QFile::link(SB_SHARE_DIR, dir_.filePath("share")));
+        settings.modelExecutables[kDiurna45 - 1] = dir_.filePath("model/tellura-standin").toStdString();
+        settings.list100Executables[kDiurna45 - 1] = dir_.filePath("model/list100-standin").toStdString();
         settings.runVisible = false;
         settings.runTimeout = 60000;
         settings.outputPath = dir_.filePath("daily").toStdString() + "/";
