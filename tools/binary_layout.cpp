@@ -36,6 +36,21 @@ int arrayOfBlock(const std::string& block) {
     return 0;
 }
 
+// The index of shipped layouts: "file<TAB>version<TAB>description" lines;
+// the first file listed for the release is taken.
+std::string layoutFromIndex(const std::string& dir, int release) {
+    std::vector<std::string> lines;
+    if (!readLines(dir + "layouts.tsv", lines)) return "";
+    for (const std::string& line : lines) {
+        if (line.empty() || line[0] == '#') continue;
+        size_t tab = line.find('\t');
+        if (tab == std::string::npos) continue;
+        std::optional<long> version = parseInteger(line.substr(tab + 1, line.find('\t', tab + 1) - tab - 1));
+        if (version && *version == release && fileExists(dir + line.substr(0, tab))) return line.substr(0, tab);
+    }
+    return "";
+}
+
 }  // namespace
 
 array_counts arrayCounts(int release) {
@@ -101,6 +116,8 @@ bool binary_layout::load(int release, const std::string& exeDir, std::string& er
     if (const char* path = std::getenv("SB_STANDIN_LAYOUT"); path && *path)
         return readFile(path, counts, errors);
     std::string dir = exeDir + "/../share/binary-layouts/";
+    std::string indexed = layoutFromIndex(dir, release);
+    if (!indexed.empty()) return readFile(dir + indexed, counts, errors);
     for (const char* pattern : {"version", "release"}) {
         std::string path = dir + pattern + std::to_string(release) + ".tsv";
         if (fileExists(path)) return readFile(path, counts, errors);

@@ -26,8 +26,9 @@ struct layout_entry {
 
 class binary_layout {
 public:
-    // Looks for SB_STANDIN_LAYOUT, then <exe dir>/../share/binary-layouts/
-    // version<N>.tsv or release<N>.tsv; falls back to the built-in placement.
+    // Looks for SB_STANDIN_LAYOUT, then in <exe dir>/../share/binary-layouts/
+    // the release's first file in layouts.tsv, version<N>.tsv or release<N>.tsv;
+    // falls back to the built-in placement.
     bool load(int release, const std::string& exeDir, std::string& errors);
     bool readFile(const std::string& path, const array_counts& counts, std::string& errors);
     void useDefault(const array_counts& counts);

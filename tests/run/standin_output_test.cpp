@@ -327,6 +327,32 @@ TEST(StandinInputs, MissingOrMalformedFilesStopWithAnError) {
     }
 }
 
+TEST(StandinInputs, AcceptsTheRealDailyReleasesOwnInputSet) {
+    SB_REQUIRE_SAMPLES();
+    sbtest::temp_dir dir;
+    std::string inputs = sbtest::samplesDir() + "/diurna-2012/inputs";
+    for (const auto& entry : std::filesystem::directory_iterator(inputs))
+        sbtest::writeFile(dir.file(entry.path().filename().string()), sbtest::readFile(entry.path().string()));
+    sbtest::writeFile(dir.file("sb.sch"), sbtest::readFile(inputs + "/example.sch"));
+    sbtest::writeFile(dir.file("sbsite.100"), sbtest::readFile(inputs + "/site2012.100"));
+    std::string console =
+        sbtest::runInDirectory(dir.path(), "'" + sbtest::standinPath() + "' --release 4 -s sb -n sb");
+    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    ASSERT_GE(console.size(), 19u);
+    EXPECT_EQ(console.substr(console.size() - 19), "Execution success.\n");
+    std::vector<std::string> records;
+    ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(dir.file("sb.bin")), records));
+    // Blocks: annual 1900-1919; monthly to 1992.00 from 1990; from 1993; from 1995 to 2006.00.
+    ASSERT_EQ(records.size(), 20u + 24 + 12 + 132);
+    std::vector<float> t = times(records);
+    EXPECT_EQ(t[0], 1900.0f);
+    EXPECT_EQ(t[19], 1919.0f);
+    EXPECT_FLOAT_EQ(t[20], 1990.08f);
+    EXPECT_FLOAT_EQ(t[43], 1992.0f);
+    EXPECT_FLOAT_EQ(t[44], 1993.08f);
+    EXPECT_FLOAT_EQ(t.back(), 2006.0f);
+}
+
 TEST(StandinText, DailyReleaseFilesHaveTheCheckedHeaders) {
     standin_setup setup;
     setup.release = 4;
