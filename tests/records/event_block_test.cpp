@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/text_format.h"
+#include "records/option_lists.h"
 #include "records/tellura_event_block.h"
 #include "records/tellura_weather_station.h"
 #include "records_test_project.h"
@@ -128,6 +129,18 @@ TEST(EventValidation, DrainageOnlyForTheAgriculturalReleaseOthersAlwaysValid) {
     // The schedule cannot carry these, so they are kept out of a run.
     EXPECT_FALSE(validateEvent(event(kEventExtr, ""), 4, none, errors));
     EXPECT_FALSE(validateEvent(event(0, ""), 4, none, errors));
+}
+
+TEST(EventValidation, ProjectOptionListsAnswerByKind) {
+    option_lists lists;
+    lists.list(option_kind::crop).addRecord("C6");
+    lists.list(option_kind::tree_removal).addRecord("CLEAR");
+    project_option_names names(lists);
+    std::string errors;
+    EXPECT_TRUE(validateEvent(event(kEventCrop, "c6"), 3, names, errors));
+    EXPECT_TRUE(validateEvent(event(kEventTrem, "Clear"), 3, names, errors));
+    EXPECT_FALSE(validateEvent(event(kEventHarv, "C6", 1, 8), 3, names, errors));  // a crop, not a harvest
+    EXPECT_EQ(errors, "ERROR, unknown harvest \"C6\" selected in event for year 1, month 8.\n");
 }
 
 TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
