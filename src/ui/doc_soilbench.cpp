@@ -1,5 +1,8 @@
 #include "ui/doc_soilbench.h"
 
+#include <QTimer>
+
+#include "app/text_format.h"
 #include "db/database.h"
 #include "modeloutput/output_tables.h"
 #include "records/list_control_record_proxies.h"
@@ -30,14 +33,47 @@ doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool pr
 
 doc_soilbench::~doc_soilbench() = default;
 
+// The list is always attached step by step, so the first record shows at
+// once even in a project of a hundred thousand records. With "Prebuild Control
+// Record List" on, the rest of the list is then read in slices while the
+// window is idle (the status bar counts "Scanning Records %ld"), instead of
+// holding the window until every record has been read. Records are therefore
+// numbered in ascending ID order either way.
 bool doc_soilbench::attach(std::string& errors) {
-    const bool ok = list_->attach(db_.get(), prebuildList_, errors);
-    if (ok && !prebuildList_) list_->first(errors);
+    const bool ok = list_->attach(db_.get(), false, errors);
+    if (ok) list_->first(errors);
     if (!records_)
         records_ = std::make_unique<control_record_table_model>(*list_);
     else
         records_->reset();
+    scanned_ = 0;
+    if (ok && prebuildList_ && !prebuilding_) {
+        prebuilding_ = true;  // one chain of slices at a time; a re-attach lets it run on
+        QTimer::singleShot(0, this, &doc_soilbench::prebuildSlice);
+    }
     return ok;
+}
+
+void doc_soilbench::prebuildSlice() {
+    constexpr int kPagesPerSlice = 5;  // about a thousand records between window events
+    constexpr long kStep = list_control_record_proxies::kProgressStep;
+    std::string errors;
+    for (int i = 0; i < kPagesPerSlice && !records_->complete(); ++i) {
+        if (!records_->fetchPage(errors)) {
+            prebuilding_ = false;  // the table shows as far as it could be read
+            return;
+        }
+        const long rows = records_->rowCount();
+        if (rows / kStep != scanned_ / kStep)
+            emit scanning(QString::fromStdString(strprintf("Scanning Records %ld", rows / kStep * kStep)));
+        scanned_ = rows;
+    }
+    if (records_->complete()) {
+        prebuilding_ = false;
+        emit scanning(QString());
+        return;
+    }
+    QTimer::singleShot(0, this, &doc_soilbench::prebuildSlice);
 }
 
 std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {

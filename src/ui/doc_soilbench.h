@@ -51,10 +51,14 @@ public:
 signals:
     void currentChanged(int row);
     void refreshed();
+    // "Scanning Records %ld" while the prebuilt list is read; empty when it is done.
+    void scanning(const QString& text);
 
 private:
     doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList);
     bool attach(std::string& errors);
+    // One slice of building the whole list in advance; re-armed until the list is complete.
+    void prebuildSlice();
     bool setCurrent(int row);
 
     std::unique_ptr<database> db_;
@@ -63,6 +67,8 @@ private:
     std::unique_ptr<list_control_record_proxies> list_;
     std::unique_ptr<control_record_table_model> records_;
     int current_ = -1;
+    long scanned_ = 0;
+    bool prebuilding_ = false;
 };
 
 }  // namespace sb

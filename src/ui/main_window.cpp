@@ -212,6 +212,12 @@ bool main_window::openProject(const QString& path) {
     closeProject();
     doc_ = std::move(doc);
     connect(doc_.get(), &doc_soilbench::currentChanged, this, &main_window::updateStatus);
+    connect(doc_.get(), &doc_soilbench::scanning, this, [this](const QString& text) {
+        if (text.isEmpty())
+            statusBar()->showMessage(QStringLiteral("Ready"));
+        else
+            statusBar()->showMessage(text);
+    });
     settings_.addRecentFile(path.toStdString());
     rebuildMenus();
     addSubWindow(new view_control_records(*doc_));

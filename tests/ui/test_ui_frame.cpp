@@ -286,6 +286,25 @@ private slots:
         QCOMPARE(w.document()->currentId(), 3000);
         QCOMPARE(model.rowCount(), 1500);
     }
+
+    void prebuiltListIsReadAfterTheFirstRecordShows() {
+        const QString path = dir_.filePath("prebuilt.sbproj");
+        std::vector<int32_t> ids;
+        for (int i = 1; i <= 1234; ++i) ids.push_back(i);
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, ids)), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = true;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        QStringList scans;
+        connect(w.document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
+        auto& model = w.document()->records();
+        QCOMPARE(w.document()->currentId(), 1);
+        QVERIFY(model.rowCount() < 1234);  // the window is back before the list is read
+        QTRY_COMPARE(model.rowCount(), 1234);
+        QTRY_COMPARE(scans, (QStringList{"Scanning Records 500", "Scanning Records 1000", ""}));
+        QVERIFY(model.complete());
+    }
 };
 
 QTEST_MAIN(test_ui_frame)
