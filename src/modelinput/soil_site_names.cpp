@@ -70,10 +70,6 @@ double soilMineralValue(const TelluraSoils& soil, int layer, int element) {
     return soil.layers[static_cast<size_t>(layer - 1)].number(kMineralColumns[static_cast<size_t>(element - 1)]);
 }
 
-int soilLayerDepth(const TelluraSoils& soil, int layer) {
-    return static_cast<int>(soilLayerValue(soil, "ADEP", layer));
-}
-
 bool setSoilBySiteName(TelluraSoils& soil, std::string_view name, double value, std::string& errors) {
     if (soil.setFieldBySiteName(name, value, errors)) return true;
     // ROCK and PH are site-file soil values too.

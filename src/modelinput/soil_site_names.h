@@ -21,7 +21,6 @@ double soilSiteValue(const TelluraSoils& soil, std::string_view siteName);
 double soilLayerValue(const TelluraSoils& soil, std::string_view layerName, int layer);
 // MINERL(layer, element), element 1 N, 2 P, 3 S.
 double soilMineralValue(const TelluraSoils& soil, int layer, int element);
-int soilLayerDepth(const TelluraSoils& soil, int layer);
 
 // Sets a soil field by its site-file name (the soil's own setter, plus ROCK
 // and PH, which the site file carries too). False when it is no soil name.

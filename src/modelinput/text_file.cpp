@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace sb {
+namespace sb::input_text {
 
 bool writeTextFile(const std::string& path, std::string_view text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -61,11 +61,4 @@ long toInteger(std::string_view text) {
     return std::strtol(copy.c_str(), nullptr, 10);
 }
 
-bool isNumber(std::string_view text) {
-    std::string copy(text);
-    char* end = nullptr;
-    std::strtod(copy.c_str(), &end);
-    return end != copy.c_str();
-}
-
-}  // namespace sb
+}  // namespace sb::input_text

@@ -7,6 +7,8 @@
 #include <vector>
 
 namespace sb {
+// Kept apart from other text helpers of the program.
+namespace input_text {
 
 // Creates (replaces) the file with exactly these bytes; false when it cannot be
 // created or written.
@@ -21,7 +23,7 @@ std::vector<std::string> splitTokens(std::string_view text);
 double toReal(std::string_view text);
 // Integer conversion: leading integer of the text, 0 when there is none.
 long toInteger(std::string_view text);
-// True when the text starts (after blanks) with something strtod would read.
-bool isNumber(std::string_view text);
 
+}  // namespace input_text
+using namespace input_text;
 }  // namespace sb
