@@ -34,15 +34,15 @@ output_variable_set::output_variable_set() {
     main_[5 - 1] = main_[3 - 1];  // version 4.6 asks for the same variables as 4.5
 }
 
+// A version index outside 1..6 has no lists: it gets an empty one of its own
+// that nothing else shares.
 std::vector<output_column_definition>& output_variable_set::mainList(int versionIndex) {
-    static std::vector<output_column_definition> scratch;
-    if (!validSlot(versionIndex)) return scratch = {};
+    if (!validSlot(versionIndex)) return none_ = {};
     return main_[static_cast<size_t>(versionIndex - 1)];
 }
 
 std::vector<output_column_definition>& output_variable_set::extraList(int versionIndex) {
-    static std::vector<output_column_definition> scratch;
-    if (!validSlot(versionIndex)) return scratch = {};
+    if (!validSlot(versionIndex)) return none_ = {};
     return extra_[static_cast<size_t>(versionIndex - 1)];
 }
 

@@ -54,6 +54,7 @@ private:
     int current_ = 4;
     std::array<definition_list, kVersionSlots> main_;
     std::array<definition_list, kVersionSlots> extra_;
+    definition_list none_;
 };
 
 // The variable names of each list, in the model's order (repeats kept).
