@@ -286,3 +286,20 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
               "4 records read, from years 1990 to 1993.\n");
     EXPECT_EQ(nan.record.outputs.annual[1].number("somsc"), 0.0);
 }
+
+TEST(BinaryOutput, UserLayoutsServeTheirOwnBuilds) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("mine.tsv"), sbtest::layoutText(kSmallLayout));
+    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({smallRecord(1990), smallRecord(1991)}));
+    tellura_control_record record = sbtest::recordWithBlocks({{1991, 12.0f}});
+    std::string errors;
+    // The shipped layouts (beside the program) know only 2432 and 3212 bytes.
+    EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), 4, std::vector<std::string>{}, record, errors));
+    EXPECT_EQ(errors, "ERROR, binary output file \"" + dir.file("sb.bin") +
+                          "\" has records of 36 bytes, but the layouts known for this model version have "
+                          "2432, 3212 bytes. Add the layout of this model build to the binary layout files.\n");
+    errors.clear();
+    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("mine.tsv")}, record, errors)) << errors;
+    EXPECT_EQ(errors, "2 records read, from years 1990 to 1991.\n");
+    EXPECT_FLOAT_EQ(record.outputs.annual.at(1).single(record.outputs.annual[1].column("somsc")), 1994.0f);
+}
