@@ -43,7 +43,7 @@ bool processEnds(pid_t pid) {
 
 pid_t helperPid(const std::string& runLog) {
     const std::string marker = "helper process ";
-    size_t at = runLog.find(marker);
+    size_t at = runLog.rfind(marker);
     return at == std::string::npos ? -1 : std::atoi(runLog.c_str() + at + marker.size());
 }
 
@@ -97,6 +97,18 @@ TEST(ProcessRunner, CancelHookEndsTheProcessGroup) {
     std::string runLog, errors;
     EXPECT_FALSE(sb::model_process_runner(runner).runModel(2, dir.model(), false, runLog, errors));
     EXPECT_EQ(errors, "Process Cancelled/Error\n");
+    pid_t helper = helperPid(runLog);
+    ASSERT_GT(helper, 0) << runLog;
+    EXPECT_TRUE(processEnds(helper));
+}
+
+TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
+    sbtest::temp_dir dir;
+    sb::process_runner runner(60000);
+    std::string runLog, errors;
+    EXPECT_TRUE(runner.runCaptured("\"/bin/sh\" -c \"sleep 30 & echo helper process $!\"", "Soilbench.con",
+                                   dir.path(), false, true, runLog, errors));
+    EXPECT_EQ(errors, "");
     pid_t helper = helperPid(runLog);
     ASSERT_GT(helper, 0) << runLog;
     EXPECT_TRUE(processEnds(helper));
