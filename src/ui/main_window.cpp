@@ -52,9 +52,6 @@ QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label)
 bool pendingInCore(command_id id) {
     switch (id) {
         case command_id::importEsa:            // TODO(core): site archive import
-        case command_id::importWeatherDaily:   // TODO(core): daily weather import
-        case command_id::importMonthlyAverages:// TODO(core): site-file import into a station
-        case command_id::copyOutputToInput:    // TODO(core): output tables' copy to inputs
             return true;
         default:
             return false;
@@ -302,6 +299,9 @@ void main_window::runCommand(command_id id) {
     switch (id) {
         case command_id::fileNew: return fileNew();
         case command_id::importRunFiles: return importRunFiles();
+        case command_id::importWeatherDaily: return importWeatherDaily();
+        case command_id::importMonthlyAverages: return importMonthlyAverages();
+        case command_id::copyOutputToInput: return copyOutputToInput();
         case command_id::fileOpen: return fileOpen();
         case command_id::fileClose: return closeProject();
         case command_id::configuration: return configure();

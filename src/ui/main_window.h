@@ -75,6 +75,9 @@ private:
     void fileNew();
     void fileOpen();
     void importRunFiles();
+    void importWeatherDaily();
+    void importMonthlyAverages();
+    void copyOutputToInput();
     void configure();
     void diurnaOutputFiles();
     void printActive(bool preview);

@@ -108,14 +108,4 @@ void main_window::runMultipleRecords() {
     doc_->refreshAll();
 }
 
-void main_window::readBinFile() {
-    if (!doc_) return;
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
-                                                      QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
-    if (path.isEmpty()) return;
-    // TODO(core): list what the binary reader reads from the file (a reader entry
-    // point that lists a file's records is not in the core yet).
-    showErrorsIfAny(this, "ERROR, reading a binary file on its own is not in this build yet.\n");
-}
-
 }  // namespace sb

@@ -117,6 +117,26 @@ private slots:
         QVERIFY(saveShot(*monthly, "output-chart.png"));
         w.mdiArea()->tileSubWindows();
         QVERIFY(saveShot(w, "main-window.png"));
+
+        // Edit | Copy output values to input: the last stored month's live and
+        // mineral values become the record's initial site values.
+        const table_record lastMonth = monthly->model().rows().back();
+        QString copied;
+        onNextModal([&](QWidget* m) {
+            if (auto* e = qobject_cast<dialog_errors*>(m)) copied = e->text();
+            m->close();
+        });
+        w.runCommand(command_id::copyOutputToInput);
+        tellura_control_record after;
+        QVERIFY(readControlRecord(w.document()->db(), 5, true, after, errors));
+        if (after.outputs.annual.empty()) {
+            QCOMPARE(copied, QStringLiteral("Monthly copied for record.\n"));
+            QCOMPARE(after.site.number("AGLIVE(1)"), lastMonth.number("aglive(1)"));
+            QCOMPARE(after.site.number("AMINRL(2)"), lastMonth.number("aminrl(2)"));
+        } else {
+            QCOMPARE(after.site.number("AGLIVE(1)"), after.outputs.annual.back().number("aglive(1)"));
+        }
+        QVERIFY(!after.outputs.empty());  // the outputs stay stored with the record
     }
 
     void screenshotsOfTheDialogs() {

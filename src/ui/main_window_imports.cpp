@@ -1,0 +1,97 @@
+// The frame's import commands and the two that take outputs back in: weather
+// history and climate means into a station, output values into the record's
+// inputs, and a binary output file read on its own.
+#include <QFileDialog>
+#include <QInputDialog>
+
+#include "app/app_soilbench.h"
+#include "app/text_format.h"
+#include "modelinput/site_file.h"
+#include "modeloutput/binary_output_reader.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/output_to_input.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_weather_station.h"
+#include "ui/dialog_errors.h"
+#include "ui/doc_soilbench.h"
+#include "ui/main_window.h"
+
+namespace sb {
+namespace {
+
+// The station of the current record, loaded with its climate means; null with
+// "ERROR, weather station %ld not found.\n" when the project has none of that ID.
+TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_station_list& stations,
+                                       std::string& errors) {
+    tellura_control_record record;
+    if (!readControlRecord(doc.db(), doc.currentId(), false, record, errors)) return nullptr;
+    loadWeatherStations(doc.db(), stations, errors);
+    TelluraWeatherStations* station = stations.find(record.weatherId());
+    if (!station) appendf(errors, "ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
+    return station;
+}
+
+}  // namespace
+
+void main_window::importWeatherDaily() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Weather Daily Records"), QStringLiteral("weather.wth"),
+                                                      QStringLiteral("Weather File (*.wth);;All Files (*)"));
+    if (path.isEmpty()) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+        tellura_weather_station_list stations;
+        TelluraWeatherStations* station = currentStation(*doc_, stations, errors);
+        if (!station) return;
+        // The file adds to the history already stored for the station.
+        loadDailyHistory(doc_->db(), *station, errors);
+        if (importDailyWeatherFile(path.toStdString(), *station, errors)) saveDailyHistory(doc_->db(), *station, errors);
+    });
+}
+
+void main_window::importMonthlyAverages() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Monthly Weather Averages"), QStringLiteral("sbsite.100"),
+                                                      QStringLiteral("Site File (*.100);;All Files (*)"));
+    if (path.isEmpty()) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+        tellura_weather_station_list stations;
+        TelluraWeatherStations* station = currentStation(*doc_, stations, errors);
+        if (!station) return;
+        // Only the climate names of the file go anywhere: the record read here is a scratch one.
+        tellura_control_record scratch;
+        if (importSiteFile(path.toStdString(), scratch, nullptr, station, errors))
+            saveWeatherStation(doc_->db(), *station, errors);
+    });
+}
+
+void main_window::copyOutputToInput() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+        tellura_control_record record;
+        if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) return;
+        std::string annualMessages;
+        // Annual values when the run stored them, else the last month's.
+        if (!copyAnnualOutputToInput(record, annualMessages) && !copyMonthlyOutputToInput(record, errors)) {
+            errors += annualMessages;
+            return;
+        }
+        writeControlRecord(record, doc_->db(), errors, nullptr, true);
+    });
+}
+
+void main_window::readBinFile() {
+    if (!doc_) return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
+                                                      QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
+    if (path.isEmpty()) return;
+    std::string errors;
+    tellura_control_record scratch;
+    readBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(), scratch, errors);
+    appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", scratch.outputs.annual.size(),
+            scratch.outputs.monthlyCount(), path.toStdString().c_str());
+    errors += annualOutputCsv(scratch.outputs);
+    errors += monthlyOutputCsv(scratch.outputs);
+    showErrorsIfAny(this, errors, QStringLiteral("Read .BIN file"));
+}
+
+}  // namespace sb
