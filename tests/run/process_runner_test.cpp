@@ -286,4 +286,36 @@ TEST(ProcessRunner, ConsoleRunWithoutDisplayIsAttachedAndTimed) {
     if (display) setenv("DISPLAY", saved.c_str(), 1);
 }
 
+// A display and a terminal program: the model runs inside the terminal,
+// titled with its command line and placed at 25, 25.
+TEST(ProcessRunner, ConsoleRunUsesATerminalWhenThereIsADisplay) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("xterm"),
+                      "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$(dirname \"$0\")/xterm-arguments\"\n"
+                      "while [ \"$1\" != -e ]; do shift; done\nshift\nexec \"$@\"\n");
+    chmod(dir.file("xterm").c_str(), 0755);
+    std::string savedPath = std::getenv("PATH") ? std::getenv("PATH") : "";
+    const char* display = std::getenv("DISPLAY");
+    std::string savedDisplay = display ? display : "";
+    setenv("PATH", (dir.path() + ":" + savedPath).c_str(), 1);
+    setenv("DISPLAY", ":99", 1);
+
+    sb::process_runner runner(60000);
+    std::string errors;
+    bool ok = runner.runInConsole("\"/bin/sh\" -c \"echo ran > ran.txt\"", dir.path(), errors);
+    std::string missingErrors;
+    bool missing = runner.runInConsole("\"/nonexistent/model\" -s sb", dir.path(), missingErrors);
+
+    setenv("PATH", savedPath.c_str(), 1);
+    if (display) setenv("DISPLAY", savedDisplay.c_str(), 1);
+    else unsetenv("DISPLAY");
+    EXPECT_TRUE(ok) << errors;
+    EXPECT_EQ(sbtest::readFile(dir.file("ran.txt")), "ran\n");
+    EXPECT_EQ(sbtest::readFile(dir.file("xterm-arguments")),
+              "-T\n\"/bin/sh\" -c \"echo ran > ran.txt\"\n-geometry\n80x24+25+25\n-e\n/bin/sh\n-c\necho ran > ran.txt\n");
+    // A program that cannot start is reported, not hidden inside a terminal.
+    EXPECT_FALSE(missing);
+    EXPECT_EQ(missingErrors, "Unable to create process, code=2.\n\"/nonexistent/model\" -s sb\n");
+}
+
 }  // namespace
