@@ -591,3 +591,46 @@ TEST(Database, ReadOnlyProjectInAFolderNobodyMayWrite) {
     if (result == 3) GTEST_SKIP() << "cannot switch to an unprivileged user here";
     EXPECT_EQ(result, 0);
 }
+
+TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
+    temp_dir dir;
+    const std::string path = dir.file("p.sbproj");
+    { auto db = sbtest::makeProject(path); }
+    std::string errors;
+    auto second = database::open(path, errors);
+    ASSERT_TRUE(second) << errors;
+    std::atomic<bool> holding{false};
+    std::thread saver([&] {
+        std::string e;
+        auto first = database::open(path, e);  // a database object stays on its own thread
+        if (!first) {
+            holding = true;
+            return;
+        }
+        session s(*first);
+        table_record r(table_id::weather_stations);
+        r.setNumber("ID", 1);
+        db_status st;
+        first->openTable(table_id::weather_stations, "", "", st)->insert(r);
+        holding = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    });
+    while (!holding) std::this_thread::yield();
+    // Readers are not blocked by the open save, and see the state before it.
+    auto before = open(*second, table_id::weather_stations);
+    EXPECT_TRUE(before->moveFirst().endOfRowset());
+    before.reset();
+    {
+        session s(*second);  // queues behind the first save instead of failing
+        EXPECT_TRUE(s.ok()) << s.storeError();
+        table_record r(table_id::weather_stations);
+        r.setNumber("ID", 2);
+        EXPECT_TRUE(open(*second, table_id::weather_stations)->insert(r).ok());
+    }
+    saver.join();
+    auto after = open(*second, table_id::weather_stations, "", "ID ASC");
+    ASSERT_TRUE(after->moveFirst().ok());
+    EXPECT_EQ(stationId(*after), 1);
+    ASSERT_TRUE(after->moveNext().ok());
+    EXPECT_EQ(stationId(*after), 2);
+}
