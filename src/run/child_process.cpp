@@ -1,6 +1,7 @@
 #include "run/child_process.h"
 
 #include <cerrno>
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>

@@ -5,11 +5,9 @@
 #include "run/command_line.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <unistd.h>
 #include <vector>
 
