@@ -5,7 +5,10 @@
 #include <QChartView>
 #include <QDir>
 #include <QLineSeries>
+#include <QElapsedTimer>
 #include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QTreeWidget>
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -17,11 +20,15 @@
 #include "ui/command_table.h"
 #include "ui/dialog_configuration.h"
 #include "ui/dialog_errors.h"
+#include "ui/dialog_progress.h"
 #include "ui/dialog_run.h"
+#include "ui/dialog_run_set.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
 #include "ui/output_table_model.h"
 #include "ui/propsheet_control_record.h"
+#include "ui/view_control_records.h"
+#include "ui/view_events.h"
 #include "ui/view_output.h"
 #include "ui_test_support.h"
 
@@ -53,18 +60,18 @@ private slots:
         auto db = createNewProject(project_.toStdString(), errors);
         QVERIFY(db);
         QVERIFY2(importRunFiles(*db, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, 5, errors), errors.c_str());
-    }
-
-    void runOneRecordFromTheRunDialogToTheChart() {
-        app_soilbench settings(dir_.filePath("profile.ini").toStdString());
-        settings.recordList = false;
-        settings.version = kDiurna45;
         // The run directory is the model's folder: links to the stand-in in a
         // folder of the test's own, with the shared data beside it as installed.
         QVERIFY(QDir(dir_.path()).mkpath("model"));
         QVERIFY(QFile::link(SB_BIN_DIR "/tellura-standin", dir_.filePath("model/tellura-standin")));
         QVERIFY(QFile::link(SB_BIN_DIR "/list100-standin", dir_.filePath("model/list100-standin")));
         QVERIFY(QFile::link(SB_SHARE_DIR, dir_.filePath("share")));
+    }
+
+    void runOneRecordFromTheRunDialogToTheChart() {
+        app_soilbench settings(dir_.filePath("profile.ini").toStdString());
+        settings.recordList = false;
+        settings.version = kDiurna45;
         settings.modelExecutables[kDiurna45 - 1] = dir_.filePath("model/tellura-standin").toStdString();
         settings.list100Executables[kDiurna45 - 1] = dir_.filePath("model/list100-standin").toStdString();
         settings.runVisible = false;
@@ -137,6 +144,79 @@ private slots:
             QCOMPARE(after.site.number("AGLIVE(1)"), after.outputs.annual.back().number("aglive(1)"));
         }
         QVERIFY(!after.outputs.empty());  // the outputs stay stored with the record
+    }
+
+    void runSetShowsProgressAndCancelEndsAHangingModel() {
+        app_soilbench settings(dir_.filePath("profile3.ini").toStdString());
+        settings.recordList = false;
+        settings.version = kDiurna45;
+        settings.modelExecutables[kDiurna45 - 1] = dir_.filePath("model/tellura-standin").toStdString();
+        settings.list100Executables[kDiurna45 - 1] = dir_.filePath("model/list100-standin").toStdString();
+        settings.runVisible = false;
+        settings.runTimeout = 120000;
+        settings.outputPath = dir_.filePath("daily").toStdString() + "/";
+        main_window w(settings);
+        QVERIFY(w.openProject(project_));
+
+        // The stand-in hangs until it is ended; only Cancel can stop the set.
+        qputenv("SB_STANDIN_MODE", "hang");
+        QString report, progressText;
+        QElapsedTimer sinceCancel;
+        std::function<void(QWidget*)> handle = [&](QWidget* m) {
+            if (auto* set = qobject_cast<dialog_run_set*>(m)) {
+                set->setIdList("1-9");
+                set->makeWhere();
+                set->accept();
+                onNextModal(handle);
+            } else if (auto* progress = qobject_cast<dialog_progress*>(m)) {
+                if (progress->text().isEmpty()) {
+                    onNextModal(handle);  // not started yet: look again
+                    return;
+                }
+                progressText = progress->text();
+                sinceCancel.start();
+                sbtest_ui::pressButton(progress, "Cancel");
+                onNextModal(handle);
+            } else if (auto* errors = qobject_cast<dialog_errors*>(m)) {
+                report = errors->text();
+                errors->accept();
+            } else {
+                onNextModal(handle);
+            }
+        };
+        onNextModal(handle);
+        w.runCommand(command_id::runMultiple);
+        qunsetenv("SB_STANDIN_MODE");
+        QVERIFY2(progressText.startsWith("Running TELLURA #1 Record="), qPrintable(progressText));
+        QVERIFY2(report.contains("Elapsed: "), qPrintable(report));
+        // Cancel ended the hanging model instead of waiting for its two-minute
+        // time limit, and no further record was started.
+        QVERIFY2(report.contains("Process Cancelled/Error"), qPrintable(report));
+        QVERIFY2(report.contains("Fail count=1"), qPrintable(report));
+        QVERIFY(sinceCancel.isValid());
+        QVERIFY2(sinceCancel.elapsed() < 10000, qPrintable(QString::number(sinceCancel.elapsed())));
+    }
+
+    void eventViewAndPrintedTableShowTheRecord() {
+        app_soilbench settings(dir_.filePath("profile4.ini").toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(project_));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(5, errors));
+        w.runCommand(command_id::viewEvents);
+        view_events* events = nullptr;
+        for (QMdiSubWindow* sub : w.mdiArea()->subWindowList())
+            if (auto* v = qobject_cast<view_events*>(sub->widget())) events = v;
+        QVERIFY(events);
+        tellura_control_record record;
+        QVERIFY(readControlRecord(w.document()->db(), 5, false, record, errors));
+        QVERIFY(!record.blocks.empty());
+        QCOMPARE(events->tree()->topLevelItemCount(), int(record.blocks.size()));
+        QCOMPARE(events->tree()->topLevelItem(0)->childCount(), int(record.blocks[0].events.size()));
+        QCOMPARE(events->tree()->topLevelItem(0)->child(0)->text(0), QString::fromLatin1(eventTypeName(record.blocks[0].events[0].type)));
+        const QString html = w.recordView()->printHtml();
+        QVERIFY(html.contains("<td>Demo cropland</td>") || html.contains("<td>" + QString::fromStdString(record.description()) + "</td>"));
     }
 
     void screenshotsOfTheDialogs() {
