@@ -52,6 +52,8 @@ bool binary_record_reader::measureByteMarked() {
 }
 
 bool binary_record_reader::detectFraming(std::string& errors) {
+    // No 4-byte-framed file can begin with 75: its first byte is the low byte of
+    // a record length, which is a multiple of 4 (floats only).
     if (firstByte_ == kFormatByte) {
         framing_ = binary_framing::byte_markers;
         return measureByteMarked();
