@@ -1,10 +1,12 @@
 #include "test_modes.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 
 namespace standin {
@@ -57,7 +59,7 @@ bool parseMode(const std::string& text, test_mode& mode) {
         }
     if (text.rfind("slow=", 0) == 0) {
         mode.kind = mode_kind::slow;
-        mode.slowSeconds = std::atoi(text.c_str() + 5);
+        mode.slowSeconds = std::strtod(text.c_str() + 5, nullptr);
         return mode.slowSeconds >= 0;
     }
     return false;
@@ -68,7 +70,7 @@ void runModeBeforeWork(const test_mode& mode) {
     case mode_kind::hang: hang();
     case mode_kind::crash: crash(SIGSEGV);
     case mode_kind::crashAbort: crash(SIGABRT);
-    case mode_kind::slow: sleep(static_cast<unsigned>(mode.slowSeconds)); break;
+    case mode_kind::slow: std::this_thread::sleep_for(std::chrono::duration<double>(mode.slowSeconds)); break;
     case mode_kind::huge: printHuge(); break;
     default: break;
     }

@@ -9,7 +9,7 @@ enum class mode_kind { normal, hang, crash, crashAbort, silent, error, garbage, 
 
 struct test_mode {
     mode_kind kind = mode_kind::normal;
-    int slowSeconds = 0;
+    double slowSeconds = 0;  // fractions allowed: slow=0.2
 };
 
 bool parseMode(const std::string& text, test_mode& mode);
