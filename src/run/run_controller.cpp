@@ -1,5 +1,6 @@
 #include "run/run_controller.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -53,6 +54,53 @@ bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::files
         fs::copy_file(entry.path(), scratch / entry.path().filename(), fs::copy_options::overwrite_existing, ec);
     }
     return true;
+}
+
+// IDs of the control records in table order, one query's worth.
+bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>& ids, std::string& errors) {
+    db_status status;
+    auto table = db.openTable(table_id::control_records, filter, "", status);
+    if (!table) {
+        errors += "ERROR, cannot open control record table.\n";
+        appendStatusText(status, errors);
+        return false;
+    }
+    for (db_status s = table->moveFirst(); s.ok(); s = table->moveNext()) ids.push_back(table->row().integer(0));
+    return true;
+}
+
+// The records of a run set as (position in the whole table, ID), in table
+// order. The position counts every row of the table, so that the progress
+// text names the row the user sees in the record list, not the row's place
+// in the run set.
+void readRunSet(database& db, const std::string& filter, std::vector<std::pair<long, int32_t>>& rows,
+                std::string& errors) {
+    std::vector<int32_t> all;
+    if (!readRecordIds(db, "", all, errors)) return;
+    std::vector<int32_t> chosen;
+    if (!filter.empty() && !readRecordIds(db, filter, chosen, errors)) return;
+    std::sort(chosen.begin(), chosen.end());
+    long position = 0;
+    for (int32_t id : all) {
+        ++position;
+        if (filter.empty() || std::binary_search(chosen.begin(), chosen.end(), id)) rows.emplace_back(position, id);
+    }
+}
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+    if (from.empty()) return;
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+// A record run in a scratch copy reports its files as if it had run in the
+// run directory: the scratch copy is gone when the command ends, and the
+// messages must not depend on how many records ran at once.
+void nameRunDirectory(std::string& text, const std::string& scratch, const std::string& runDirectory) {
+    std::string shown = runDirectory;
+    if (!shown.empty() && shown.back() == '/') shown.pop_back();
+    replaceAll(text, scratch + "/", shown + "/");
+    replaceAll(text, scratch, shown);
 }
 
 }  // namespace
@@ -161,6 +209,7 @@ struct run_controller::pending_record {
     std::string runLog;
     std::string errors;
     bool ok = false;
+    std::string scratch;     // the scratch copy it ran in, when it ran beside others
     std::future<void> done;  // valid while it runs on a worker
 };
 
@@ -170,28 +219,17 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     run_set_result result;
 
     std::vector<std::pair<long, int32_t>> rows;  // (position in the table, ID)
-    {
-        db_status status;
-        auto table = db_.openTable(table_id::control_records, options.filter, "", status);
-        if (!table) {
-            errors += "ERROR, cannot open control record table.\n";
-            appendStatusText(status, errors);
-        } else {
-            long position = 0;
-            for (db_status s = table->moveFirst(); s.ok(); s = table->moveNext())
-                rows.emplace_back(++position, table->row().integer(0));
-        }
-    }
+    readRunSet(db_, options.filter, rows, errors);
     if (!rows.empty() && !loaded_) loadProjectData(errors);
 
     const int jobs = std::max(1, options.jobs);
     std::atomic<bool> endNow{false};
     std::vector<std::filesystem::path> slots;
     std::filesystem::path scratchRoot;
+    const std::string runDirectory = directoryOf(localPath(settings_.modelExecutable(settings_.version)));
     if (jobs > 1 && rows.size() > 1) {
         scratchRoot = std::filesystem::temp_directory_path() /
                       strprintf("soilbench-run-%ld-%p", static_cast<long>(getpid()), static_cast<void*>(&result));
-        std::string runDirectory = directoryOf(localPath(settings_.modelExecutable(settings_.version)));
         for (int k = 0; k < jobs; ++k) {
             slots.push_back(scratchRoot / strprintf("job-%d", k + 1));
             makeScratchCopy(runDirectory, slots.back(), errors);
@@ -228,6 +266,10 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                 result.stoppedOnPrecheck = true;
             }
         } else {
+            if (!p.scratch.empty()) {
+                nameRunDirectory(p.runLog, p.scratch, runDirectory);
+                nameRunDirectory(p.errors, p.scratch, runDirectory);
+            }
             appendf(runLog, "%ld:", static_cast<long>(p.id));
             runLog += p.runLog;
             errors += p.errors;
@@ -271,6 +313,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                 if (slot >= 0) {
                     slotBusy[static_cast<size_t>(slot)] = true;
                     std::string dir = slots[static_cast<size_t>(slot)].string();
+                    raw->scratch = dir;
                     raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow] {
                         raw->ok = runner.run(raw->record, dir, raw->runLog, raw->errors, cancelNow);
                     });

@@ -1,0 +1,160 @@
+#include "run_controller_fixture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+
+#include "app/text_format.h"
+#include "modelinput/run_files_import.h"
+#include "records/new_project.h"
+#include "records/record_clipboard.h"
+#include "records/tellura_control_record.h"
+
+namespace sbtest {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kVersion = 4;  // the demo set-up is a daily-step set-up
+
+std::string linkStandin(const std::string& folder, const char* name) {
+    std::string link = folder + "/" + name;
+    fs::create_symlink(binDir() + "/tellura-standin", link);
+    return link;
+}
+
+// Every record the same set-up but for the fertiliser, the crop and the last
+// year, so that each record's outputs are its own and a record stored under
+// another's ID shows.
+void makeDistinct(sb::tellura_control_record& record, int id, int years) {
+    static const char* const kFertilizers[] = {"N45", "N90", "N135"};
+    static const char* const kCrops[] = {"WWHT", "MAIZ"};
+    const int index = id - 1;
+    const char* crop = kCrops[(index / 3) % 2];
+    record.row.setText("Description", sb::strprintf("Run controller test record %d", id));
+    record.row.setText("Initial Crop", crop);
+    for (auto& block : record.blocks) {
+        if (years > 0) block.lastYear = static_cast<int16_t>(std::min<int>(block.lastYear, block.firstYear + years - 1));
+        block.lastYear = static_cast<int16_t>(block.lastYear - (index / 6) % 9);
+        for (auto& event : block.events) {
+            if (event.type == sb::kEventCrop) event.item = crop;
+            if (event.type == sb::kEventFert) {
+                event.item = kFertilizers[index % 3];
+            }
+        }
+    }
+}
+
+std::string rowText(const sb::table_record& row) {
+    std::string text = sb::tableName(row.table());
+    for (int c = 0; c < row.columnCount(); ++c)
+        text += row.isText(c) ? "|" + row.text(c) : sb::strprintf("|%.17g", row.number(c));
+    return text;
+}
+
+constexpr sb::table_id kOutputTables[] = {sb::table_id::output, sb::table_id::output_annual,
+                                          sb::table_id::output_monthly, sb::table_id::output_daily,
+                                          sb::table_id::output_soil_layers};
+
+}  // namespace
+
+run_project::run_project(int records, int years) : settings_(dir_.file("profile.ini")) {
+    std::string errors;
+    db_ = sb::createNewProject(dir_.file("runs.sbproj"), errors);
+    if (!db_) {
+        ADD_FAILURE() << errors;
+        std::abort();
+    }
+    // The import replaces the new project's default record 1.
+    EXPECT_TRUE(sb::importRunFiles(*db_, std::string(SB_SHARE_DIR) + "/demo/", "demo.sch", kVersion, 1, errors))
+        << errors;
+    sb::tellura_control_record base;
+    EXPECT_TRUE(sb::readControlRecord(*db_, 1, false, base, errors)) << errors;
+    for (int id = 1; id <= records; ++id) {
+        sb::tellura_control_record record = base;
+        record.setId(id);
+        makeDistinct(record, id, years);
+        EXPECT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+    }
+
+    modelFolder_ = dir_.file("model");
+    fs::create_directories(modelFolder_);
+    settings_.version = kVersion;
+    settings_.modelExecutables[kVersion - 1] = linkStandin(modelFolder_, "tellura-standin");
+    settings_.list100Executables[kVersion - 1] = linkStandin(modelFolder_, "list100-standin");
+    settings_.runVisible = false;
+    settings_.runTimeout = 60000;
+    settings_.outputPath = dir_.file("daily-output") + "/";
+    settings_.saveDailyFirstYear = 1;
+    settings_.saveDailyLastYear = 0;  // keep no daily files
+}
+
+std::vector<std::string> run_project::storedOutputs() {
+    std::vector<std::string> rows;
+    for (sb::table_id table : kOutputTables) {
+        sb::db_status status;
+        auto set = db_->openTable(table, "", "", status);
+        if (!set) {
+            ADD_FAILURE() << "cannot open " << sb::tableName(table);
+            continue;
+        }
+        for (sb::db_status s = set->moveFirst(); s.ok(); s = set->moveNext()) rows.push_back(rowText(set->row()));
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+long run_project::storedOutputRows(int32_t id) {
+    long count = 0;
+    for (sb::table_id table : kOutputTables) {
+        sb::db_status status;
+        auto set = db_->openTable(table, sb::strprintf("ID = %ld", static_cast<long>(id)), "", status);
+        if (!set) continue;
+        for (sb::db_status s = set->moveFirst(); s.ok(); s = set->moveNext()) ++count;
+    }
+    return count;
+}
+
+void run_project::setText(int32_t id, const char* column, const std::string& value) {
+    std::string errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+    ASSERT_TRUE(record.row.setText(column, value)) << column;
+    ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+}
+
+void run_project::setNumber(int32_t id, const char* column, double value) {
+    std::string errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+    ASSERT_TRUE(record.row.setNumber(column, value)) << column;
+    ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+}
+
+standin_mode::standin_mode(const std::string& mode) { setenv("SB_STANDIN_MODE", mode.c_str(), 1); }
+standin_mode::~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
+
+void recording_observer::progressText(const std::string& text) {
+    if (startedAt_ < 0) startedAt_ = monotonicSeconds();
+    progress.push_back(text);
+}
+
+sb::cancel_request recording_observer::cancelRequested() {
+    if (cancelAfter >= 0 && lastDone >= cancelAfter) return request;
+    if (requestAfterSeconds >= 0 && startedAt_ >= 0 && monotonicSeconds() - startedAt_ >= requestAfterSeconds)
+        return timedRequest;
+    return sb::cancel_request::none;
+}
+
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+std::string maskTimes(const std::string& text) {
+    static const std::regex kTime("(Elapsed: |ave=)-?[0-9]+\\.[0-9]{3}");
+    return std::regex_replace(text, kTime, "$1#.###");
+}
+
+}  // namespace sbtest

@@ -1,0 +1,91 @@
+#pragma once
+// A project with runnable records for the run controller's tests: the shipped
+// demo set-up (daily-step release) imported as record 1 and copied to as many
+// records as asked, and settings that run the stand-in model from a model
+// folder of the test's own.
+#include "test_support.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/app_soilbench.h"
+#include "db/database.h"
+#include "run/run_observer.h"
+
+namespace sbtest {
+
+class run_project {
+public:
+    // Records 1..records, each the demo record with its own fertiliser, crop
+    // and length (at most `years` years when given, at least 10 keeps every
+    // record's outputs distinct); version 4 with the stand-in.
+    explicit run_project(int records = 1, int years = 0);
+
+    sb::database& db() { return *db_; }
+    sb::app_soilbench& settings() { return settings_; }
+    const sb::app_soilbench& settings() const { return settings_; }
+    // The stand-in's links in the model folder.
+    std::string model() const { return settings_.modelExecutables[3]; }
+    std::string list100() const { return settings_.list100Executables[3]; }
+    const std::string& modelFolder() const { return modelFolder_; }
+    std::string file(const std::string& name) const { return dir_.file(name); }
+
+    // Every row of the five output tables, one text line per row, sorted.
+    std::vector<std::string> storedOutputs();
+    // The rows of one record's outputs, counted over the five tables.
+    long storedOutputRows(int32_t id);
+
+    // Changes one record's row (a text or number column by name) and saves it.
+    void setText(int32_t id, const char* column, const std::string& value);
+    void setNumber(int32_t id, const char* column, double value);
+
+private:
+    temp_dir dir_;
+    std::unique_ptr<sb::database> db_;
+    sb::app_soilbench settings_;
+    std::string modelFolder_;
+};
+
+// Sets a stand-in test mode for the processes started until it goes.
+class standin_mode {
+public:
+    explicit standin_mode(const std::string& mode);
+    ~standin_mode();
+    standin_mode(const standin_mode&) = delete;
+    standin_mode& operator=(const standin_mode&) = delete;
+};
+
+// Records what a run of many records shows and answers cancel requests as told.
+class recording_observer : public sb::run_observer {
+public:
+    std::vector<std::string> progress;   // "Running TELLURA #..."
+    std::vector<std::string> status;     // "Run ..., Good=... "
+    std::vector<std::string> precheckStops;
+    long lastDone = 0, lastTotal = 0;
+    // Once this many records are reported, cancelRequested() answers `request`.
+    long cancelAfter = -1;
+    sb::cancel_request request = sb::cancel_request::finish_running;
+    // Seconds after the first progress text before `timedRequest` is answered (< 0: never).
+    double requestAfterSeconds = -1;
+    sb::cancel_request timedRequest = sb::cancel_request::end_running;
+
+    void progressText(const std::string& text) override;
+    void statusText(const std::string& text) override { status.push_back(text); }
+    void recordsDone(long done, long, long, long total) override {
+        lastDone = done;
+        lastTotal = total;
+    }
+    sb::cancel_request cancelRequested() override;
+    void precheckStopped(const std::string& messages) override { precheckStops.push_back(messages); }
+
+private:
+    double startedAt_ = -1;
+};
+
+// Seconds on a monotonic clock.
+double monotonicSeconds();
+// The text with every number of the form 12.345 (the times) replaced by "#.###".
+std::string maskTimes(const std::string& text);
+
+}  // namespace sbtest
