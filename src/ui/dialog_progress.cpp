@@ -47,7 +47,13 @@ void dialog_progress::setPercent(int percent) {
     bar_->setValue(percent);
 }
 
+void dialog_progress::setCancellable(bool on) {
+    cancel_->setEnabled(on);
+    if (!on) cancel_->setToolTip(QStringLiteral("The model run ends on its own or at the run timeout."));
+}
+
 void dialog_progress::requestCancel() {
+    if (!cancel_->isEnabled()) return;
     run_.cancel();
     cancel_->setEnabled(false);
     status_->setText(QStringLiteral("Stopping after the record in hand..."));

@@ -21,6 +21,9 @@ public:
     QString text() const;
     QString status() const;
 
+    // A single model run cannot be stopped part-way: it ends at its time limit.
+    void setCancellable(bool on);
+
 public slots:
     void setPercent(int percent);
     void requestCancel();

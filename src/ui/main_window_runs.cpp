@@ -40,9 +40,10 @@ void main_window::diurnaOutputFiles() {
     dialog.exec();
 }
 
-void main_window::runInBackground(const std::function<void(run_feedback&)>& work) {
+void main_window::runInBackground(const std::function<void(run_feedback&)>& work, bool cancellable) {
     background_run run;
     dialog_progress progress(run, this);
+    progress.setCancellable(cancellable);
     run.start(work);
     progress.exec();
     run.wait();
@@ -73,7 +74,7 @@ void main_window::runOneRecord() {
                 if (!db) return;
                 run_controller controller(*db, settings);
                 if (controller.loadProjectData(errors)) controller.runLoadedRecord(record, choices, runLog, errors);
-            });
+            }, false);  // TODO(run controller): a cancel hook for one record's run
         }
     }
     appendf(runLog, "Total Elapsed: %.3f seconds\n", static_cast<double>(clock.elapsed()) / 1000.0);
@@ -99,7 +100,7 @@ void main_window::runMultipleRecords() {
         progress_observer observer(feedback);
         if (controller.loadProjectData(errors)) controller.runMultipleRecords(options, observer, runLog, errors);
         precheckMessages = observer.precheckMessages();
-    });
+    }, true);
     if (!precheckMessages.empty()) {
         dialog_errors stop(QStringLiteral("Don't run TELLURA til this is fixed"), QString::fromStdString(precheckMessages), this);
         stop.exec();

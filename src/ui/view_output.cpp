@@ -182,6 +182,9 @@ void view_output::rebuildChart() {
         series->attachAxis(xAxis);
         series->attachAxis(yAxis);
     }
+    // An empty chart shows its frame and legend but no made-up scale.
+    xAxis->setLabelsVisible(any);
+    yAxis->setLabelsVisible(any);
     if (maxX == minX) maxX = minX + 1;
     if (maxY == minY) maxY = minY + 1;
     xAxis->setRange(minX, maxX);
