@@ -60,7 +60,7 @@ constexpr sb::table_id kOutputTables[] = {sb::table_id::output, sb::table_id::ou
 
 }  // namespace
 
-run_project::run_project(int records, int years) : settings_(dir_.file("profile.ini")) {
+run_project::run_project(int records, int years) : records_(records), settings_(dir_.file("profile.ini")) {
     std::string errors;
     db_ = sb::createNewProject(dir_.file("runs.sbproj"), errors);
     if (!db_) {
@@ -131,6 +131,15 @@ void run_project::setNumber(int32_t id, const char* column, double value) {
     ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
     ASSERT_TRUE(record.row.setNumber(column, value)) << column;
     ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+}
+
+void run_project::saveInIdOrder() {
+    std::string errors;
+    for (int32_t id = 1; id <= records_; ++id) {
+        sb::tellura_control_record record;
+        ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+        ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+    }
 }
 
 standin_mode::standin_mode(const std::string& mode) { setenv("SB_STANDIN_MODE", mode.c_str(), 1); }

@@ -37,11 +37,15 @@ public:
     long storedOutputRows(int32_t id);
 
     // Changes one record's row (a text or number column by name) and saves it.
+    // A saved record's row goes to the end of the table.
     void setText(int32_t id, const char* column, const std::string& value);
     void setNumber(int32_t id, const char* column, double value);
+    // Saves every record again in ID order, so that table order is ID order.
+    void saveInIdOrder();
 
 private:
     temp_dir dir_;
+    int records_;
     std::unique_ptr<sb::database> db_;
     sb::app_soilbench settings_;
     std::string modelFolder_;

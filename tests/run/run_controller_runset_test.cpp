@@ -1,0 +1,273 @@
+// Run Multiple Records: progress texts, counting, prechecks that warn or stop,
+// cancelling between records and ending running models, failed runs.
+#include "run/run_controller.h"
+#include "run_controller_fixture.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <unistd.h>
+
+#include "records/id_list_filter.h"
+#include "records/tellura_control_record.h"
+
+namespace {
+
+using namespace sbtest;
+
+const std::string kReadTwentyYears = "228 records read, from years 1990 to 2008.\n";
+const std::string kReadTenYears = "108 records read, from years 1990 to 1998.\n";
+
+struct run_set {
+    sb::run_set_result result;
+    std::string runLog, errors;
+};
+
+run_set runRecords(run_project& project, sb::run_observer& observer, sb::run_set_options options = {}) {
+    sb::run_controller controller(project.db(), project.settings());
+    run_set run;
+    run.result = controller.runMultipleRecords(options, observer, run.runLog, run.errors);
+    return run;
+}
+
+sb::run_set_options withJobs(int jobs, const std::string& ids = "") {
+    sb::run_set_options options;
+    options.jobs = jobs;
+    if (!ids.empty()) options.filter = sb::id_list_filter::whereClause(ids);
+    return options;
+}
+
+// The last line of a run set's log, with its three numbers.
+void expectElapsedLine(const std::string& runLog, long failCount) {
+    std::smatch m;
+    static const std::regex kLast("(?:^|\n)Elapsed: ([0-9]+\\.[0-9]{3}) seconds, ave=([0-9]+\\.[0-9]{3}) Fail count=([0-9]+)\n$");
+    ASSERT_TRUE(std::regex_search(runLog, m, kLast)) << runLog;
+    EXPECT_EQ(std::atol(m[3].str().c_str()), failCount);
+}
+
+std::string runLogOf(const run_project& project, int32_t id) {
+    return std::to_string(id) + ":\"" + project.model() + "\" -s sb -n sb\nProcess Finished\n";
+}
+
+// Gone, or a zombie waiting for its new parent to reap it.
+bool processGone(pid_t pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string pidText, name, state;
+    if (!(stat >> pidText >> name >> state)) return true;
+    return state == "Z" || state == "X";
+}
+
+bool processEnds(pid_t pid) {
+    for (int i = 0; i < 200 && !processGone(pid); ++i) usleep(10000);
+    return processGone(pid);
+}
+
+std::vector<pid_t> helperPids(const std::string& runLog) {
+    std::vector<pid_t> pids;
+    static const std::regex kHelper("helper process ([0-9]+)");
+    for (std::sregex_iterator it(runLog.begin(), runLog.end(), kHelper), end; it != end; ++it)
+        pids.push_back(static_cast<pid_t>(std::atol((*it)[1].str().c_str())));
+    return pids;
+}
+
+TEST(RunSet, ShowsProgressRunNumbersAndTheLogOfEachRecord) {
+    run_project project(3);
+    recording_observer observer;
+    run_set run = runRecords(project, observer);
+    EXPECT_EQ(observer.progress, (std::vector<std::string>{"Running TELLURA #1 Record=1 ID=1",
+                                                           "Running TELLURA #2 Record=2 ID=2",
+                                                           "Running TELLURA #3 Record=3 ID=3"}));
+    EXPECT_EQ(observer.status,
+              (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     2 ", "Run      3, Good=     3 "}));
+    EXPECT_EQ(observer.lastDone, 3);
+    EXPECT_EQ(observer.lastTotal, 3);
+    EXPECT_EQ(run.errors, kReadTwentyYears + kReadTwentyYears + kReadTwentyYears);
+    EXPECT_EQ(run.result.runNumber, 3);
+    EXPECT_EQ(run.result.good, 3);
+    EXPECT_EQ(run.result.failed, 0);
+    EXPECT_FALSE(run.result.cancelled);
+    // Each record's log follows its ID and a colon, in run order.
+    size_t at1 = run.runLog.find(runLogOf(project, 1)), at2 = run.runLog.find(runLogOf(project, 2)),
+           at3 = run.runLog.find(runLogOf(project, 3));
+    EXPECT_EQ(at1, 0u) << run.runLog;
+    EXPECT_TRUE(at1 < at2 && at2 < at3 && at3 != std::string::npos) << run.runLog;
+    expectElapsedLine(run.runLog, 0);
+    for (int32_t id = 1; id <= 3; ++id) EXPECT_EQ(project.storedOutputRows(id), 228) << id;
+}
+
+TEST(RunSet, RunsTheChosenRecordsInTableOrderNamingTheirRowInTheTable) {
+    run_project project(5, 10);
+    // Saving record 1 again puts its row at the end of the table: 2 3 4 5 1.
+    project.setText(1, "Description", "saved again");
+    for (int jobs : {1, 2}) {
+        SCOPED_TRACE(jobs);
+        recording_observer observer;
+        run_set run = runRecords(project, observer, withJobs(jobs, "1, 4"));
+        EXPECT_EQ(observer.progress,
+                  (std::vector<std::string>{"Running TELLURA #1 Record=3 ID=4", "Running TELLURA #2 Record=5 ID=1"}));
+        EXPECT_EQ(run.result.runNumber, 2);
+        EXPECT_EQ(run.result.good, 2);
+        EXPECT_LT(run.runLog.find(runLogOf(project, 4)), run.runLog.find(runLogOf(project, 1)));
+        for (int32_t id : {2, 3, 5}) EXPECT_EQ(project.storedOutputRows(id), 0) << id;
+        EXPECT_GT(project.storedOutputRows(1), 0);
+        EXPECT_GT(project.storedOutputRows(4), 0);
+    }
+}
+
+TEST(RunSet, PrecheckFailureIsCountedAndSkipped) {
+    run_project project(3, 10);
+    project.setNumber(2, "Soil ID", 999);
+    project.saveInIdOrder();
+    for (int jobs : {1, 3}) {
+        SCOPED_TRACE(jobs);
+        recording_observer observer;
+        run_set run = runRecords(project, observer, withJobs(jobs));
+        EXPECT_EQ(run.errors, kReadTenYears + "ERROR, No soil record to run.\nPrecheck warning, 2\n" + kReadTenYears);
+        EXPECT_EQ(run.result.runNumber, 3);
+        EXPECT_EQ(run.result.good, 2);
+        EXPECT_EQ(run.result.failed, 1);
+        EXPECT_FALSE(run.result.stoppedOnPrecheck);
+        EXPECT_EQ(observer.status,
+                  (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     1 ", "Run      3, Good=     2 "}));
+        EXPECT_TRUE(observer.precheckStops.empty());
+        // The skipped record's model never ran.
+        EXPECT_EQ(run.runLog.find("\n2:"), std::string::npos) << run.runLog;
+        EXPECT_EQ(project.storedOutputRows(2), 0);
+        EXPECT_EQ(project.storedOutputRows(3), 108);
+        expectElapsedLine(run.runLog, 1);
+    }
+}
+
+TEST(RunSet, StopIfAnyPrecheckErrorsStopsAfterThatRecord) {
+    run_project project(4, 10);
+    project.setNumber(2, "Soil ID", 999);
+    project.saveInIdOrder();
+    for (int jobs : {1, 3}) {
+        SCOPED_TRACE(jobs);
+        recording_observer observer;
+        sb::run_set_options options = withJobs(jobs);
+        options.stopOnPrecheckErrors = true;
+        run_set run = runRecords(project, observer, options);
+        EXPECT_EQ(run.errors, kReadTenYears + "ERROR, No soil record to run.\nStop due to precheck error at 2\n");
+        EXPECT_EQ(observer.precheckStops, std::vector<std::string>{"ERROR, No soil record to run.\n"});
+        EXPECT_EQ(observer.progress.size(), 2u);
+        EXPECT_EQ(run.result.runNumber, 2);
+        EXPECT_EQ(run.result.good, 1);
+        EXPECT_EQ(run.result.failed, 1);
+        EXPECT_TRUE(run.result.stoppedOnPrecheck);
+        EXPECT_EQ(project.storedOutputRows(3), 0);
+        EXPECT_EQ(project.storedOutputRows(4), 0);
+        expectElapsedLine(run.runLog, 1);
+    }
+}
+
+TEST(RunSet, RunSetMatchingNoRecordShowsOnlyTheElapsedLine) {
+    run_project project(2, 10);
+    for (int jobs : {1, 4}) {
+        SCOPED_TRACE(jobs);
+        recording_observer observer;
+        run_set run = runRecords(project, observer, withJobs(jobs, "7-9"));
+        EXPECT_TRUE(std::regex_match(run.runLog, std::regex("Elapsed: [0-9]+\\.[0-9]{3} seconds, ave=0\\.000 Fail count=0\n")))
+            << run.runLog;
+        EXPECT_EQ(run.errors, "");
+        EXPECT_TRUE(observer.progress.empty());
+        EXPECT_EQ(run.result.runNumber, 0);
+    }
+    EXPECT_FALSE(std::ifstream(project.modelFolder() + "/sb.sch").good());
+}
+
+TEST(RunSet, CancelStopsBetweenRecordsKeepingWhatRan) {
+    run_project project(5, 10);
+    recording_observer observer;
+    observer.cancelAfter = 2;
+    run_set run = runRecords(project, observer, withJobs(1));
+    EXPECT_TRUE(run.result.cancelled);
+    EXPECT_EQ(run.result.runNumber, 2);
+    EXPECT_EQ(run.result.good, 2);
+    EXPECT_EQ(observer.progress.size(), 2u);
+    for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(project.storedOutputRows(id), id <= 2 ? 108 : 0) << id;
+    expectElapsedLine(run.runLog, 0);
+}
+
+TEST(RunSet, CancelWithSeveralAtOnceLetsTheRunningRecordsFinishAndStoresThem) {
+    run_project project(6, 10);
+    recording_observer observer;
+    observer.cancelAfter = 2;
+    run_set run = runRecords(project, observer, withJobs(3));
+    EXPECT_TRUE(run.result.cancelled);
+    // Records 1-3 start at once; at most one more starts before record 2 is reported.
+    EXPECT_GE(run.result.runNumber, 3);
+    EXPECT_LE(run.result.runNumber, 4);
+    EXPECT_EQ(run.result.good, run.result.runNumber);
+    EXPECT_EQ(static_cast<long>(observer.progress.size()), run.result.runNumber);
+    for (int32_t id = 1; id <= 6; ++id)
+        EXPECT_EQ(project.storedOutputRows(id), id <= run.result.runNumber ? 108 : 0) << id;
+    expectElapsedLine(run.runLog, 0);
+}
+
+TEST(RunSet, EndRunningEndsHangingModelsAndTheirHelpersAtOnce) {
+    for (int jobs : {1, 2}) {
+        SCOPED_TRACE(jobs);
+        run_project project(3, 10);
+        project.settings().runTimeout = 60000;
+        recording_observer observer;
+        observer.requestAfterSeconds = 0.5;
+        observer.timedRequest = sb::cancel_request::end_running;
+        standin_mode mode("hang");
+        double started = monotonicSeconds();
+        run_set run = runRecords(project, observer, withJobs(jobs));
+        double seconds = monotonicSeconds() - started;
+        EXPECT_LT(seconds, 3.0);
+        EXPECT_TRUE(run.result.cancelled);
+        EXPECT_EQ(run.result.runNumber, jobs);
+        EXPECT_EQ(run.result.failed, jobs);
+        EXPECT_EQ(run.result.good, 0);
+        EXPECT_NE(run.errors.find("Process Cancelled/Error\n"), std::string::npos) << run.errors;
+        // The console of each ended model was still read: it names its helper.
+        std::vector<pid_t> helpers = helperPids(run.runLog);
+        EXPECT_EQ(static_cast<int>(helpers.size()), jobs) << run.runLog;
+        for (pid_t helper : helpers) EXPECT_TRUE(processEnds(helper)) << helper;
+        expectElapsedLine(run.runLog, jobs);
+    }
+}
+
+// Sets the stand-in's mode for each record as it starts (one record at a time only).
+class mode_per_record : public recording_observer {
+public:
+    std::map<std::string, std::string> modeById;
+    void progressText(const std::string& text) override {
+        recording_observer::progressText(text);
+        std::string id = text.substr(text.rfind('=') + 1);
+        auto it = modeById.find(id);
+        setenv("SB_STANDIN_MODE", it == modeById.end() ? "normal" : it->second.c_str(), 1);
+    }
+    ~mode_per_record() override { unsetenv("SB_STANDIN_MODE"); }
+};
+
+TEST(RunSet, FailedRunsAreCountedAndWhatTheyReadIsStored) {
+    run_project project(5, 10);
+    project.settings().outfileSelected[12] = true;  // year_summary.out
+    mode_per_record observer;
+    observer.modeById = {{"2", "error"}, {"3", "silent"}, {"4", "garbage"}};
+    run_set run = runRecords(project, observer, withJobs(1));
+    EXPECT_EQ(run.result.runNumber, 5);
+    EXPECT_EQ(run.result.good, 2);
+    EXPECT_EQ(run.result.failed, 3);
+    EXPECT_EQ(observer.status.back(), "Run      5, Good=     2 ");
+    const std::string summary = "Year Summary: 10 years read, from 1990 to 1999.\n";
+    EXPECT_EQ(run.errors, kReadTenYears + summary +                                   // 1
+                              "ERROR, Tellura error detected.\n" +                     // 2
+                              "ERROR in read_console - console file is empty.\n" +     // 3
+                              "ERROR, Tellura error detected.\n" +                     // 4: the list utility
+                              "ERROR, unable to open LIS file: " + project.modelFolder() + "/sb.lis\n" + summary +
+                              kReadTenYears + summary);                                // 5
+    EXPECT_EQ(project.storedOutputRows(1), 118);
+    EXPECT_EQ(project.storedOutputRows(2), 0);
+    EXPECT_EQ(project.storedOutputRows(3), 0);
+    EXPECT_EQ(project.storedOutputRows(4), 10);  // the year summary, read after the list utility failed
+    EXPECT_EQ(project.storedOutputRows(5), 118);
+    expectElapsedLine(run.runLog, 3);
+}
+
+}  // namespace
