@@ -1,5 +1,6 @@
 #include "ui/view_control_records.h"
 
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QPrinter>
@@ -14,7 +15,7 @@ namespace sb {
 
 view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) : QWidget(parent), doc_(doc) {
     setObjectName(QStringLiteral("view_control_records"));
-    setWindowTitle(QStringLiteral("Control Records - %1").arg(doc.path()));
+    setWindowTitle(QStringLiteral("Control Records - %1").arg(QFileInfo(doc.path()).fileName()));
     table_ = new QTableView(this);
     table_->setModel(&doc.records());
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
