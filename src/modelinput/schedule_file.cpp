@@ -369,10 +369,13 @@ private:
         std::string line;
         nextNonBlank(line);
         double interval = toReal(splitLabelled(line).value);
-        // The older releases' interval is in years, written with five decimals:
-        // months are rounded to a thousandth so that 1/12 reads back as 1.
-        block.outputInterval = static_cast<float>(hasScalarOptions(version_) ? interval
-                                                                             : std::round(interval * 12000.0) / 1000.0);
+        // The older releases' interval is in years, written with five decimals.
+        // Releases 3 to 5 take whole months, but their own schedules often
+        // carry the year fraction (0.0833 for monthly output): a value below
+        // one month is read as years too, so the output interval survives.
+        bool inYears = !hasScalarOptions(version_) || (interval > 0.0 && interval < 1.0);
+        block.outputInterval =
+            static_cast<float>(inYears ? std::round(interval * 12000.0) / 1000.0 : interval);
         readWeatherChoice(block);
         return readEvents(block);
     }
