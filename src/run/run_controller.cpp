@@ -327,7 +327,9 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                     raw->ok = runner.run(raw->record, "", raw->runLog, raw->errors, endRequested);
                 }
             }
-            slotOf.push_back(slot);
+            // A record that failed its precheck never took its slot: when it is
+            // reported it must not free the slot a later record runs in.
+            slotOf.push_back(p->prechecked ? slot : -1);
             pending.push_back(std::move(p));
             if (slots.empty()) break;  // report before starting the next
             pollCancel();

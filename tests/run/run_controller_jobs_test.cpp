@@ -1,0 +1,209 @@
+// Several records at once must give what one after another gives: the same
+// stored outputs, run log and messages. And the blocks a run set runs.
+#include "run/run_controller.h"
+#include "run_controller_fixture.h"
+
+#include <set>
+
+#include "modeloutput/output_tables.h"
+#include "modeloutput/tellura_output.h"
+#include "records/tellura_control_record.h"
+
+namespace {
+
+using namespace sbtest;
+
+struct run_set {
+    sb::run_set_result result;
+    std::string runLog, errors;
+    recording_observer observer;
+};
+
+void runRecords(run_project& project, run_set& run, sb::run_set_options options) {
+    sb::run_controller controller(project.db(), project.settings());
+    run.result = controller.runMultipleRecords(options, run.observer, run.runLog, run.errors);
+}
+
+sb::run_set_options withJobs(int jobs) {
+    sb::run_set_options options;
+    options.jobs = jobs;
+    return options;
+}
+
+// A text as it would read from any project folder and at any speed.
+std::string comparable(const std::string& text, const run_project& project) {
+    std::string result = text;
+    const std::string folder = project.modelFolder();
+    for (size_t at = result.find(folder); at != std::string::npos; at = result.find(folder, at))
+        result.replace(at, folder.size(), "<model>");
+    return maskTimes(result);
+}
+
+// The record's single block split in two at `splitYear`; the earlier part
+// gets number `firstNumber` (1 keeps them in time order, 2 puts the later
+// part first in the schedule, which the model refuses).
+void splitBlock(run_project& project, int32_t id, int splitYear, int firstNumber, const char* laterCrop) {
+    std::string errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), id, false, record, errors)) << errors;
+    ASSERT_EQ(record.blocks.size(), 1u);
+    sb::tellura_event_block later = record.blocks[0];
+    record.blocks[0].lastYear = static_cast<int16_t>(splitYear - 1);
+    record.blocks[0].blockNumber = static_cast<int16_t>(firstNumber);
+    later.blockNumber = static_cast<int16_t>(3 - firstNumber);
+    later.firstYear = later.outputStartingYear = static_cast<int16_t>(splitYear);
+    for (auto& event : later.events)
+        if (event.type == sb::kEventCrop) event.item = laterCrop;
+    record.blocks.push_back(later);
+    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
+}
+
+// 50 records, among them a model that refuses its schedule (10) and two
+// records that fail their precheck (17, 33), with the year summary read too.
+void makeManyRecords(run_project& project) {
+    splitBlock(project, 10, 1994, 2, "MAIZ");
+    project.setNumber(17, "Soil ID", 999);
+    project.setText(33, "Initial Crop", "BARLY");
+    project.saveInIdOrder();
+    project.settings().outfileSelected[12] = true;  // year_summary.out
+}
+
+// Each record's monthly soil and live carbon, as one text.
+std::string carbonOf(run_project& project, int32_t id) {
+    sb::tellura_outputs outputs;
+    std::string errors;
+    sb::readOutputs(project.db(), id, outputs, errors);
+    std::string text;
+    for (const auto* month : outputs.monthlyInOrder()) 
+        text += std::to_string(month->number("somsc")) + "," + std::to_string(month->number("aglivc")) + " ";
+    return text;
+}
+
+void expectSameStoredOutputs(run_project& one, run_project& other) {
+    std::vector<std::string> a = one.storedOutputs(), b = other.storedOutputs();
+    ASSERT_EQ(a.size(), b.size());
+    for (size_t i = 0; i < a.size(); ++i) ASSERT_EQ(a[i], b[i]) << "stored row " << i;
+}
+
+TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
+    constexpr int kRecords = 50;
+    run_project oneByOne(kRecords, 10), fourAtOnce(kRecords, 10);
+    makeManyRecords(oneByOne);
+    makeManyRecords(fourAtOnce);
+    run_set one, four;
+    runRecords(oneByOne, one, withJobs(1));
+    runRecords(fourAtOnce, four, withJobs(4));
+
+    // What one after another gives is what it should be.
+    EXPECT_EQ(one.result.runNumber, kRecords);
+    EXPECT_EQ(one.result.good, kRecords - 3);
+    EXPECT_EQ(one.result.failed, 3);
+    EXPECT_NE(one.errors.find("ERROR, Tellura error detected.\n"), std::string::npos);
+    EXPECT_NE(one.errors.find("ERROR, No soil record to run.\nPrecheck warning, 17\n"), std::string::npos);
+    EXPECT_NE(one.errors.find("ERROR, Initial Crop is not in crop list.\nPrecheck warning, 33\n"), std::string::npos);
+    std::set<std::string> distinct;
+    for (int32_t id = 1; id <= kRecords; ++id) {
+        if (id == 10 || id == 17 || id == 33) {
+            EXPECT_EQ(oneByOne.storedOutputRows(id), 0) << id;
+            continue;
+        }
+        EXPECT_GT(oneByOne.storedOutputRows(id), 0) << id;
+        EXPECT_TRUE(distinct.insert(carbonOf(oneByOne, id)).second) << "record " << id << " is like another";
+    }
+
+    // And four at once give the same, row for row and line for line.
+    EXPECT_EQ(four.result.runNumber, one.result.runNumber);
+    EXPECT_EQ(four.result.good, one.result.good);
+    EXPECT_EQ(four.result.failed, one.result.failed);
+    EXPECT_EQ(four.observer.progress, one.observer.progress);
+    EXPECT_EQ(four.observer.status, one.observer.status);
+    EXPECT_EQ(comparable(four.errors, fourAtOnce), comparable(one.errors, oneByOne));
+    EXPECT_EQ(comparable(four.runLog, fourAtOnce), comparable(one.runLog, oneByOne));
+    expectSameStoredOutputs(oneByOne, fourAtOnce);
+}
+
+TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
+    // Every list utility run fails on a spoiled binary file; its message names
+    // the run directory, and the year summaries read before it are stored.
+    run_project oneByOne(4, 10), threeAtOnce(4, 10);
+    oneByOne.settings().outfileSelected[12] = threeAtOnce.settings().outfileSelected[12] = true;
+    run_set one, three;
+    {
+        standin_mode mode("garbage");
+        runRecords(oneByOne, one, withJobs(1));
+        runRecords(threeAtOnce, three, withJobs(3));
+    }
+    EXPECT_EQ(one.result.failed, 4);
+    EXPECT_EQ(three.result.failed, 4);
+    std::string errors = comparable(three.errors, threeAtOnce);
+    EXPECT_EQ(errors, comparable(one.errors, oneByOne));
+    EXPECT_NE(errors.find("ERROR, unable to open LIS file: <model>/sb.lis\n"), std::string::npos) << errors;
+    EXPECT_EQ(comparable(three.runLog, threeAtOnce), comparable(one.runLog, oneByOne));
+    for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(threeAtOnce.storedOutputRows(id), 10) << id;
+    expectSameStoredOutputs(oneByOne, threeAtOnce);
+}
+
+// --- Blocks to run -------------------------------------------------------------
+
+class RunSetBlocks : public ::testing::Test {
+protected:
+    RunSetBlocks() { splitBlock(project, 1, 1995, 1, "MAIZ"); }
+
+    run_set runBlocks(std::vector<int> blockOrder) {
+        run_set run;
+        sb::run_set_options options;
+        options.blockOrder = std::move(blockOrder);
+        runRecords(project, run, options);
+        return run;
+    }
+    std::string schedule() const { return readFile(project.modelFolder() + "/sb.sch"); }
+    std::vector<int> storedYears() {
+        sb::tellura_outputs outputs;
+        std::string errors;
+        sb::readOutputs(project.db(), 1, outputs, errors);
+        std::set<int> years;
+        for (const auto* month : outputs.monthlyInOrder()) years.insert(month->year());
+        return {years.begin(), years.end()};
+    }
+
+    run_project project{1, 10};
+};
+
+TEST_F(RunSetBlocks, AllBlocksRunWhenNoneAreChosen) {
+    run_set run = runBlocks({});
+    EXPECT_EQ(run.result.good, 1) << run.errors;
+    EXPECT_EQ(storedYears(), (std::vector<int>{1990, 1991, 1992, 1993, 1995, 1996, 1997, 1998}));
+    EXPECT_NE(schedule().find("1994          Last year"), std::string::npos);
+    EXPECT_NE(schedule().find("1999          Last year"), std::string::npos);
+}
+
+TEST_F(RunSetBlocks, ChosenBlocksAloneRun) {
+    run_set run = runBlocks({2});
+    EXPECT_EQ(run.result.good, 1) << run.errors;
+    EXPECT_EQ(storedYears(), (std::vector<int>{1995, 1996, 1997, 1998}));
+    std::string text = schedule();
+    EXPECT_NE(text.find("1995          starting year"), std::string::npos) << text;
+    EXPECT_EQ(text.find("1994          Last year"), std::string::npos) << text;
+    EXPECT_NE(text.find("CROP MAIZ"), std::string::npos) << text;
+    EXPECT_EQ(text.find("CROP WWHT"), std::string::npos) << text;
+}
+
+TEST_F(RunSetBlocks, ChosenOrderIsTheScheduleOrder) {
+    // The later block first: the schedule is written so (the model then refuses it).
+    run_set run = runBlocks({2, 1});
+    std::string text = schedule();
+    size_t later = text.find("1999          Last year"), earlier = text.find("1994          Last year");
+    ASSERT_NE(later, std::string::npos) << text;
+    ASSERT_NE(earlier, std::string::npos) << text;
+    EXPECT_LT(later, earlier) << text;
+    EXPECT_LT(text.find("CROP MAIZ"), text.find("CROP WWHT")) << text;
+    EXPECT_EQ(run.result.failed, 1);
+    // The stored record keeps its blocks as they were.
+    sb::tellura_control_record record;
+    std::string errors;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, false, record, errors)) << errors;
+    ASSERT_EQ(record.blocks.size(), 2u);
+    EXPECT_EQ(record.blocks[0].lastYear, 1994);
+}
+
+}  // namespace
