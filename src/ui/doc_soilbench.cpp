@@ -28,6 +28,7 @@ void useOutputTables() {
 doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList)
     : db_(std::move(db)), path_(std::move(path)), prebuildList_(prebuildList),
       list_(std::make_unique<list_control_record_proxies>()) {
+    setObjectName(QString::fromLatin1(kTypeName));
     useOutputTables();
 }
 

@@ -17,6 +17,13 @@ class list_control_record_proxies;
 class doc_soilbench : public QObject {
     Q_OBJECT
 public:
+    // How the document kind is known to the user: the name in window titles,
+    // the type name (also the object name of every document) and the text the
+    // file dialogs use for it.
+    static constexpr const char* kDocumentName = "Sbench";
+    static constexpr const char* kTypeName = "Soilbench.Document";
+    static constexpr const char* kTypeDescription = "Sbench Document";
+
     ~doc_soilbench() override;
 
     // Makes a new project with every table and the default control record.

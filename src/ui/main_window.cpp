@@ -360,7 +360,8 @@ void main_window::notYetAvailable(command_id id) {
 }
 
 void main_window::fileNew() {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("New"), QStringLiteral("Soilbench.sbproj"),
+    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("New %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)),
+                                                      QStringLiteral("Soilbench.sbproj"),
                                                       projectFileFilter());
     if (!path.isEmpty()) newProject(path);
 }
@@ -385,7 +386,8 @@ void main_window::importRunFiles() {
 }
 
 void main_window::fileOpen() {
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Open"), QString(), projectFileFilter());
+    const QString path = QFileDialog::getOpenFileName(
+        this, QStringLiteral("Open %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)), QString(), projectFileFilter());
     if (!path.isEmpty()) openProject(path);
 }
 

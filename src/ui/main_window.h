@@ -85,6 +85,7 @@ private:
     void copyRecord();
     void pasteRecord();
     void editRecord();
+    void noteHelpProblems();
     void editOptionList(int kind);
     void editSoils();
     void editWeatherStations();

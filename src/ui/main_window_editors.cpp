@@ -1,6 +1,7 @@
 // The frame's editing commands: the record's property sheet, the option
 // lists, soils and weather stations.
 #include <QApplication>
+#include <QStatusBar>
 
 #include "app/app_soilbench.h"
 #include "help/help_tables.h"
@@ -19,6 +20,14 @@
 
 namespace sb {
 
+// A help file that could not be read leaves every field with "Not Found: ";
+// the status bar says why, so the user is not left guessing.
+void main_window::noteHelpProblems() {
+    const std::string& messages = fieldHelpLoadMessages(settings_);
+    if (!messages.empty())
+        statusBar()->showMessage(QString::fromStdString(messages).section('\n', 0, 0).trimmed());
+}
+
 void main_window::editRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     std::string errors;
@@ -27,6 +36,7 @@ void main_window::editRecord() {
         showErrorsIfAny(this, errors);
         return;
     }
+    noteHelpProblems();
     propsheet_control_record sheet(record, makeFieldHelpLookup(settings_, kHelpFixed), makeFieldHelpLookup(settings_, kHelpSite), this);
     if (sheet.exec() != QDialog::Accepted) {
         showErrorsIfAny(this, errors);
@@ -46,6 +56,7 @@ void main_window::editOptionList(int kind) {
     std::string errors;
     list->loadFromDatabase(doc_->db(), errors);
     showErrorsIfAny(this, errors);
+    noteHelpProblems();
     // Help tables number the option files in member order, from 1.
     dialog_option_list dialog(*list, settings_.version, makeFieldHelpLookup(settings_, kHelpCrop + kind), this);
     if (dialog.exec() != QDialog::Accepted) return;

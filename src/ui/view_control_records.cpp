@@ -15,7 +15,8 @@ namespace sb {
 
 view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) : QWidget(parent), doc_(doc) {
     setObjectName(QStringLiteral("view_control_records"));
-    setWindowTitle(QStringLiteral("Control Records - %1").arg(QFileInfo(doc.path()).fileName()));
+    setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromLatin1(doc_soilbench::kDocumentName),
+                                                   QFileInfo(doc.path()).fileName()));
     table_ = new QTableView(this);
     table_->setModel(&doc.records());
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);

@@ -28,6 +28,8 @@
 #include "ui/dialog_run.h"
 #include "ui/dialog_run_set.h"
 #include "ui/dialog_soil_editor.h"
+#include "ui/field_help_source.h"
+#include "help/help_tables.h"
 #include "ui/propsheet_control_record.h"
 #include "ui_test_support.h"
 
@@ -281,6 +283,17 @@ private slots:
         QVERIFY(!sheet.applyTo(record, errors));
         QCOMPARE(QString::fromStdString(errors), QStringLiteral("ERROR, DEC5(1) is not a number: \"abc\".\n"));
         QCOMPARE(record.value("DEC5(1)"), 0.125);
+    }
+
+    void fieldHelpComesFromTheShippedHelpFileForTheVersion() {
+        // The help file beside the program (share/SoilbenchHelp.csv of the build tree).
+        app_soilbench settings(dir_.filePath("help.ini").toStdString());
+        settings.version = kDiurna45;
+        const field_help_lookup fixed = makeFieldHelpLookup(settings, kHelpFixed);
+        QCOMPARE(fixed("DEC5(1)"), QStringLiteral("[Diurna 4.5] Top yearly turnover of the surface slow organic pool."));
+        QCOMPARE(fixed("NOSUCH"), QStringLiteral("Not Found: NOSUCH"));
+        // Help is per parameter file: the crop file's prdx(1) is not the tree file's.
+        QVERIFY(makeFieldHelpLookup(settings, kHelpCrop)("prdx(1)").endsWith("of the crop or grass."));
     }
 
     void optionListEditorAddsEditsExportsAndDeletes() {

@@ -116,6 +116,8 @@ private slots:
         main_window w(settings);
         QVERIFY(w.openProject(path));
         doc_soilbench& doc = *w.document();
+        QCOMPARE(doc.objectName(), QStringLiteral("Soilbench.Document"));
+        QCOMPARE(w.recordView()->windowTitle(), QStringLiteral("Sbench - nav.sbproj"));
         QCOMPARE(doc.currentId(), 10);
         w.runCommand(command_id::recordNext);
         QCOMPARE(doc.currentId(), 20);
