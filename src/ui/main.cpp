@@ -4,6 +4,7 @@
 // to FILE as PNG, and the program ends (exit status 0 when the file was written).
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QEventLoop>
 #include <QMdiArea>
 #include <QTimer>
 
@@ -44,7 +45,10 @@ int main(int argc, char* argv[]) {
             window.showOutputView(static_cast<int>(sb::table_id::output_annual));
             window.mdiArea()->tileSubWindows();
         }
-        QApplication::processEvents();
+        // Let pending layouts (the chart after tiling) settle before drawing.
+        QEventLoop settle;
+        QTimer::singleShot(150, &settle, &QEventLoop::quit);
+        settle.exec();
         const bool written = window.grab().save(parser.value(screenshot), "PNG");
         return written ? 0 : 1;
     }

@@ -41,6 +41,7 @@ const QString kShotDir = QStringLiteral(SB_BIN_DIR "/../screenshots");
 
 bool saveShot(QWidget& w, const QString& name) {
     QDir().mkpath(kShotDir);
+    QTest::qWait(100);  // let pending layouts (charts after a resize) settle before drawing
     const QPixmap pixmap = w.grab();
     return !pixmap.isNull() && pixmap.width() > 100 && pixmap.save(kShotDir + "/" + name, "PNG");
 }
