@@ -82,9 +82,10 @@ bool control_record_table_model::fetchPage(std::string& errors) {
 
 void control_record_table_model::syncRows() {
     // Handles are numbered 1..n without gaps: navigation and paging only ever
-    // step from a handle the list holds.
+    // step from a handle the list holds. The document reads the first record
+    // before the model is made, so no unread placeholder handle is shown.
     int held = rows_;
-    while (list_.at(held + 1) && (held > 0 || list_.at(1)->id != 0 || list_.complete())) ++held;
+    while (list_.at(held + 1)) ++held;
     if (held == rows_) return;
     beginInsertRows({}, rows_, held - 1);
     rows_ = held;

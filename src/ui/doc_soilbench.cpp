@@ -42,6 +42,7 @@ doc_soilbench::~doc_soilbench() = default;
 // numbered in ascending ID order either way.
 bool doc_soilbench::attach(std::string& errors) {
     const bool ok = list_->attach(db_.get(), false, errors);
+    // Fills the placeholder handle of record 1, or empties the list of an empty table.
     if (ok) list_->first(errors);
     if (!records_)
         records_ = std::make_unique<control_record_table_model>(*list_);

@@ -175,6 +175,28 @@ private slots:
         QCOMPARE(doc.currentId(), 20);
     }
 
+    void recordZeroAndAnEmptyProjectAreShownAsTheyAre() {
+        const QString path = dir_.filePath("zero.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {0, 3})), QString());
+        app_soilbench settings(profile().toStdString());
+        settings.recordList = false;
+        main_window w(settings);
+        QVERIFY(w.openProject(path));
+        QCOMPARE(w.document()->records().rowCount(), 1);
+        QCOMPARE(w.document()->currentId(), 0);
+        w.runCommand(command_id::recordNext);
+        QCOMPARE(w.document()->currentId(), 3);
+
+        const QString empty = dir_.filePath("empty.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(empty, {})), QString());
+        QVERIFY(w.openProject(empty));
+        QCOMPARE(w.document()->records().rowCount(), 0);
+        QCOMPARE(w.document()->currentRow(), -1);
+        w.runCommand(command_id::recordNext);  // nothing to move to, nothing to report
+        w.runCommand(command_id::recordDelete);
+        QVERIFY(!QApplication::activeModalWidget());
+    }
+
     void deleteAsksWithTheIdAndRemovesOnYes() {
         const QString path = dir_.filePath("delete.sbproj");
         QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {5, 6, 7})), QString());
