@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <future>
+#include <mutex>
 #include <unistd.h>
 
 #include "app/text_format.h"
@@ -55,6 +57,32 @@ bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::files
     }
     return true;
 }
+
+// Records held finished but not yet reported, per job.
+constexpr size_t kLookaheadPerJob = 4;
+
+// Wakes the run set's loop as soon as any worker has finished a record.
+class finish_signal {
+public:
+    void signal() {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            ++count_;
+        }
+        changed_.notify_one();
+    }
+    // Returns when a record finished since the last call, or after `limit`.
+    void waitForNext(std::chrono::milliseconds limit) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, limit, [this] { return count_ != seen_; });
+        seen_ = count_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    long count_ = 0, seen_ = 0;
+};
 
 // IDs of the control records in table order, one query's worth.
 bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>& ids, std::string& errors) {
@@ -236,6 +264,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
         }
     }
     std::vector<bool> slotBusy(slots.size(), false);
+    finish_signal finished;
     std::vector<int> slotOf;  // per pending record, -1 when none
 
     record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
@@ -287,6 +316,9 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
         while (!stopDispatch && nextRow < rows.size()) {
             int slot = -1;
             if (!slots.empty()) {
+                // Finished records wait in memory for those before them to be
+                // reported; a slow record must not make that queue grow without end.
+                if (pending.size() - nextCommit >= kLookaheadPerJob * slots.size()) break;
                 for (size_t k = 0; k < slots.size(); ++k)
                     if (!slotBusy[k]) { slot = static_cast<int>(k); break; }
                 if (slot < 0) break;
@@ -314,8 +346,9 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                     slotBusy[static_cast<size_t>(slot)] = true;
                     std::string dir = slots[static_cast<size_t>(slot)].string();
                     raw->scratch = dir;
-                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow] {
+                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow, &finished] {
                         raw->ok = runner.run(raw->record, dir, raw->runLog, raw->errors, cancelNow);
+                        finished.signal();
                     });
                 } else {
                     // One at a time the model runs on this thread: a request to end
@@ -334,6 +367,14 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             if (slots.empty()) break;  // report before starting the next
             pollCancel();
         }
+        // A finished record's scratch copy is free for the next record at once,
+        // even while records before it still run.
+        for (size_t k = nextCommit; k < pending.size(); ++k) {
+            if (slotOf[k] < 0 || !pending[k]->done.valid()) continue;
+            if (pending[k]->done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) continue;
+            slotBusy[static_cast<size_t>(slotOf[k])] = false;
+            slotOf[k] = -1;
+        }
         // Report and store finished records in table order.
         while (nextCommit < pending.size()) {
             pending_record& p = *pending[nextCommit];
@@ -350,13 +391,8 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
         bool allReported = nextCommit == pending.size();
         if (allReported && (stopDispatch || nextRow >= rows.size())) break;
         if (!slots.empty()) {
-            // Wait a little for a running record, watching for a cancel meanwhile.
-            for (size_t k = nextCommit; k < pending.size(); ++k) {
-                if (pending[k]->done.valid()) {
-                    pending[k]->done.wait_for(std::chrono::milliseconds(50));
-                    break;
-                }
-            }
+            // Wait for any running record to finish, watching for a cancel meanwhile.
+            finished.waitForNext(std::chrono::milliseconds(50));
             pollCancel();
         }
     }
