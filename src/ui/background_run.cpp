@@ -19,6 +19,7 @@ background_run::background_run(QObject* parent) : QObject(parent) {}
 background_run::~background_run() {
     cancel();
     wait();
+    delete thread_;
 }
 
 bool background_run::start(job work) {
