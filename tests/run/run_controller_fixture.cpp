@@ -148,6 +148,7 @@ standin_mode::~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
 void recording_observer::progressText(const std::string& text) {
     if (startedAt_ < 0) startedAt_ = monotonicSeconds();
     progress.push_back(text);
+    reportedAtStart.push_back(lastDone);
 }
 
 sb::cancel_request recording_observer::cancelRequested() {

@@ -64,6 +64,7 @@ public:
 class recording_observer : public sb::run_observer {
 public:
     std::vector<std::string> progress;   // "Running TELLURA #..."
+    std::vector<long> reportedAtStart;   // records reported when each progress text came
     std::vector<std::string> status;     // "Run ..., Good=... "
     std::vector<std::string> precheckStops;
     long lastDone = 0, lastTotal = 0;
