@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <future>
 #include <mutex>
+#include <set>
 #include <unistd.h>
 
 #include "app/text_format.h"
@@ -37,9 +38,10 @@ void coverageCheck(const TelluraWeatherStations& station, const tellura_event_bl
 
 // A scratch copy of the run directory for one of several records running at
 // once: the data files the model reads beside its inputs come along, the
-// executables stay where they are.
+// executables stay where they are. `copied` receives the names of the files
+// copied.
 bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::filesystem::path& scratch,
-                     std::string& errors) {
+                     std::set<std::string>& copied, std::string& errors) {
     namespace fs = std::filesystem;
     std::error_code ec;
     fs::create_directories(scratch, ec);
@@ -54,8 +56,23 @@ bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::files
         auto perms = entry.status(ec).permissions();
         if ((perms & fs::perms::owner_exec) != fs::perms::none) continue;
         fs::copy_file(entry.path(), scratch / entry.path().filename(), fs::copy_options::overwrite_existing, ec);
+        if (!ec) copied.insert(entry.path().filename().string());
     }
     return true;
+}
+
+// Removes what the previous record left in a scratch copy (its inputs and
+// outputs), keeping the copied data files. No output of another record can
+// then be read as this one's, and the new inputs are written as new files,
+// which the file system does much faster than truncating and rewriting the
+// old ones.
+void clearScratchCopy(const std::filesystem::path& scratch, const std::set<std::string>& keep) {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    std::vector<fs::path> stale;
+    for (const auto& entry : fs::directory_iterator(scratch, ec))
+        if (!keep.count(entry.path().filename().string())) stale.push_back(entry.path());
+    for (const auto& path : stale) fs::remove_all(path, ec);
 }
 
 // Records held finished but not yet reported, per job.
@@ -204,13 +221,13 @@ bool run_controller::storeRun(tellura_control_record& record, std::string& error
 }
 
 bool run_controller::runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
-                                     std::string& errors) {
+                                     std::string& errors, const std::function<bool()>& cancelNow) {
     settings_.saveDailyFirstYear = choices.saveDailyFirstYear;
     settings_.saveDailyLastYear = choices.saveDailyLastYear;
     settings_.readBinaryOutput = choices.readBinaryOutput;
     record_runner::applyBlockChoice(record, choices);
     record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
-    bool ok = runner.run(record, "", runLog, errors);
+    bool ok = runner.run(record, "", runLog, errors, cancelNow);
     ok = storeRun(record, errors) && ok;
     return ok;
 }
@@ -253,6 +270,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     const int jobs = std::max(1, options.jobs);
     std::atomic<bool> endNow{false};
     std::vector<std::filesystem::path> slots;
+    std::set<std::string> dataFiles;  // copied into every scratch copy
     std::filesystem::path scratchRoot;
     const std::string runDirectory = directoryOf(localPath(settings_.modelExecutable(settings_.version)));
     if (jobs > 1 && rows.size() > 1) {
@@ -260,7 +278,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                       strprintf("soilbench-run-%ld-%p", static_cast<long>(getpid()), static_cast<void*>(&result));
         for (int k = 0; k < jobs; ++k) {
             slots.push_back(scratchRoot / strprintf("job-%d", k + 1));
-            makeScratchCopy(runDirectory, slots.back(), errors);
+            makeScratchCopy(runDirectory, slots.back(), dataFiles, errors);
         }
     }
     std::vector<bool> slotBusy(slots.size(), false);
@@ -346,7 +364,8 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                     slotBusy[static_cast<size_t>(slot)] = true;
                     std::string dir = slots[static_cast<size_t>(slot)].string();
                     raw->scratch = dir;
-                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow, &finished] {
+                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow, &finished, &dataFiles] {
+                        clearScratchCopy(dir, dataFiles);
                         raw->ok = runner.run(raw->record, dir, raw->runLog, raw->errors, cancelNow);
                         finished.signal();
                     });

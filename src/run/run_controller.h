@@ -10,6 +10,7 @@
 // run log, messages) is stored and reported in table order, so the result is
 // the same as one after another.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -60,9 +61,10 @@ public:
     bool loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors);
     // Second half, after the Run dialog: write the run directory, run the model,
     // store the outputs under the record's ID (also after a failed run, with
-    // whatever was read).
+    // whatever was read). `cancelNow`, asked while the model runs, ends it early
+    // (the run then fails with "Process Cancelled/Error").
     bool runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
-                         std::string& errors);
+                         std::string& errors, const std::function<bool()>& cancelNow = {});
     // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
     // in the run log.
     bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);
