@@ -1,5 +1,7 @@
 #include "help/list_field_help_tellura.h"
 
+#include "app/text_file.h"
+
 #include <cctype>
 #include <climits>
 #include <filesystem>
@@ -75,31 +77,12 @@ bool parseInteger(const std::string& field, long long low, long long high, long 
     return value >= low && value <= high;
 }
 
-bool readWholeFile(const std::string& path, std::string& text) {
-    std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) return false;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return !in.bad();
-}
-
 // Lines of the file: LF or CR LF ends, each cut to the longest line allowed.
-std::vector<std::string_view> splitLines(std::string_view text) {
+std::vector<std::string_view> helpLines(std::string_view text) {
     std::vector<std::string_view> lines;
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t end = text.find('\n', pos);
-        if (end == std::string_view::npos) end = text.size();
-        std::string_view line = text.substr(pos, end - pos);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        if (line.size() > list_field_help_tellura::kMaxLineLength)
-            line = line.substr(0, list_field_help_tellura::kMaxLineLength);
-        lines.push_back(line);
-        pos = end + 1;
-    }
+    forEachLine(text, [&](std::string_view line) {
+        lines.push_back(line.substr(0, list_field_help_tellura::kMaxLineLength));
+    });
     return lines;
 }
 
@@ -117,7 +100,7 @@ std::string versionLabels(const field_help_version_tellura& entry) {
 
 bool list_field_help_tellura::load(const std::string& path, std::string& messages) {
     std::string text;
-    if (!readWholeFile(path, text)) {
+    if (!readTextFile(path, text)) {
         messages += "ERROR, unable to open help file \"" + path + "\"\r\n";
         return false;
     }
@@ -130,7 +113,7 @@ bool list_field_help_tellura::loadText(std::string_view text, const std::string&
     // Spreadsheet programs often save a UTF-8 byte order mark first.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
-    std::vector<std::string_view> lines = splitLines(text);
+    std::vector<std::string_view> lines = helpLines(text);
     if (lines.empty() || lines[0] != kHeader) {
         appendf(messages, "ERROR in format of \"%s\".  Old version?\r\n", path.c_str());
         return false;

@@ -6,7 +6,7 @@
 #include "modelinput/fixed_file.h"
 #include "modelinput/schedule_file.h"
 #include "modelinput/site_file.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "records/soil_layer_file.h"
 
 namespace sb {

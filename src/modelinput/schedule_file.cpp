@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "app/text_format.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "paramfile/value_line_writer.h"
 
 namespace sb {

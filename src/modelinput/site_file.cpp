@@ -6,7 +6,7 @@
 #include "app/text_format.h"
 #include "modelinput/parameter_names.h"
 #include "modelinput/soil_site_names.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "paramfile/tellura_input_list.h"
 #include "paramfile/value_line_writer.h"
 

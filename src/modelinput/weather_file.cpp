@@ -4,7 +4,7 @@
 #include <array>
 
 #include "app/text_format.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 
 namespace sb {
 

@@ -1,5 +1,7 @@
 #include "modeloutput/binary_layout.h"
 
+#include "app/text_file.h"
+
 #include <charconv>
 #include <filesystem>
 #include <set>
@@ -13,18 +15,6 @@ namespace sb {
 namespace {
 
 constexpr int kMaxArrayLength = 100000;  // far beyond any model build; guards a broken file
-
-std::vector<std::string_view> splitBlanks(std::string_view line) {
-    std::vector<std::string_view> fields;
-    size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && (line[i] == ' ' || line[i] == '\t')) ++i;
-        size_t start = i;
-        while (i < line.size() && line[i] != ' ' && line[i] != '\t') ++i;
-        if (i > start) fields.push_back(line.substr(start, i - start));
-    }
-    return fields;
-}
 
 int arrayOfBlock(std::string_view block) {
     if (iequals(block, "plot1")) return 0;
@@ -40,7 +30,7 @@ bool parseInt(std::string_view text, int& value) {
 
 // "# version 4" (also "#version<TAB>4").
 void readComment(std::string_view line, binary_layout& layout) {
-    std::vector<std::string_view> words = splitBlanks(line.substr(1));
+    std::vector<std::string_view> words = splitTokenViews(line.substr(1));
     int version = 0;
     if (words.size() == 2 && iequals(words[0], "version") && parseInt(words[1], version))
         layout.version = version;
@@ -82,7 +72,7 @@ bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::strin
             readComment(line, layout);
             continue;
         }
-        std::vector<std::string_view> fields = splitBlanks(line);
+        std::vector<std::string_view> fields = splitTokenViews(line);
         bool columnHeader = !entrySeen && fields.size() == 3 && iequals(fields[0], "block");
         entrySeen = true;
         if (columnHeader) continue;

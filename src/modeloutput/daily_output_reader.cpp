@@ -1,6 +1,8 @@
 #include <filesystem>
 
 #include "app/text_format.h"
+
+#include "app/text_file.h"
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
@@ -14,18 +16,6 @@ namespace {
 // The columns that must stand in this order, and those that may stand between them.
 const char* const kRequiredDaily[] = {"time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp"};
 const char* const kOptionalDaily[] = {"ppt", "CH4", "NIT"};
-
-std::vector<std::string_view> splitBlanks(std::string_view line) {
-    std::vector<std::string_view> fields;
-    size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && (line[i] == ' ' || line[i] == '\t')) ++i;
-        size_t start = i;
-        while (i < line.size() && line[i] != ' ' && line[i] != '\t') ++i;
-        if (i > start) fields.push_back(line.substr(start, i - start));
-    }
-    return fields;
-}
 
 bool isOptional(std::string_view name) {
     for (const char* optional : kOptionalDaily)
@@ -43,7 +33,7 @@ struct daily_column {
 bool mapHeader(std::string_view header, const std::string& path, std::vector<daily_column>& columns,
                std::string& errors) {
     const auto& table = tableDef(table_id::output_daily);
-    std::vector<std::string_view> names = splitBlanks(header);
+    std::vector<std::string_view> names = splitTokenViews(header);
     size_t next = 0;  // the next required name
     for (std::string_view name : names) {
         if (next < std::size(kRequiredDaily) && name == kRequiredDaily[next]) {
@@ -79,7 +69,7 @@ bool readDailyOutput(const std::string& path, tellura_control_record& record, st
     output_year_span span;
     auto& daily = record.outputs.daily;
     while (reader.next()) {
-        std::vector<std::string_view> fields = splitBlanks(reader.line());
+        std::vector<std::string_view> fields = splitTokenViews(reader.line());
         if (fields.empty()) continue;
         double time = 0;
         unsigned day = 0;

@@ -1,5 +1,7 @@
 #include "paramfile/tellura_input_list.h"
 
+#include "app/text_file.h"
+
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -62,22 +64,6 @@ std::string_view trimBlanks(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
-// The standard real conversion: leading number of the token, 0 when none.
-double toReal(std::string_view token) {
-    std::string copy(token);
-    return std::strtod(copy.c_str(), nullptr);
-}
-
-bool readWholeFile(const std::string& path, std::string& text) {
-    std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) return false;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return !in.bad();
-}
 
 // One import in progress: the list, the record the value lines go to, the counts.
 class import_pass {
@@ -162,7 +148,7 @@ const tellura_input* tellura_input_list::find(std::string_view name) const {
 import_counts tellura_input_list::importFile(const std::string& path, std::string& errors,
                                              std::string& status) {
     std::string text;
-    if (!readWholeFile(path, text)) {
+    if (!readTextFile(path, text)) {
         appendf(errors, "ERROR, unable to open file \"%s\"\n", path.c_str());
         return {};
     }

@@ -1,5 +1,7 @@
 #include "records/soil_layer_file.h"
 
+#include "app/text_file.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -20,20 +22,6 @@ constexpr soil_layer_column kLineColumns[] = {
     kLayerTcoeff,      kLayerSand,          kLayerClay,         kLayerOrganicMatter,
     kLayerDeltamin,    kLayerSaturatedConductivity, kLayerPh,
 };
-
-std::vector<std::string> splitBlanks(std::string_view line) {
-    std::vector<std::string> tokens;
-    size_t pos = 0;
-    while (true) {
-        pos = line.find_first_not_of(" \t\r\n", pos);
-        if (pos == std::string_view::npos) break;
-        size_t end = line.find_first_of(" \t\r\n", pos);
-        if (end == std::string_view::npos) end = line.size();
-        tokens.emplace_back(line.substr(pos, end - pos));
-        pos = end;
-    }
-    return tokens;
-}
 
 double toReal(const std::string& token) { return std::strtod(token.c_str(), nullptr); }
 
@@ -58,7 +46,7 @@ bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std:
     while (std::getline(in, line)) {
         // A longer line is cut; the model's own reader takes no more either.
         if (line.size() > static_cast<size_t>(kSoilLayerLineLimit)) line.resize(kSoilLayerLineLimit);
-        std::vector<std::string> tokens = splitBlanks(line);
+        std::vector<std::string> tokens = splitTokens(line);
         if (tokens.empty()) continue;
         if (soil.layerCount >= kMaxSoilLayers) {
             appendf(errors, "ERROR, too many soil layers in soil file \"%s\".\n", path.c_str());

@@ -1,5 +1,7 @@
 #include "records/tellura_weather_station.h"
 
+#include "app/text_file.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -146,30 +148,6 @@ std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t st
         appendStatusText(status, errors);
     }
     return rows;
-}
-
-bool readFileText(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::ostringstream content;
-    content << in.rdbuf();
-    text = content.str();
-    return true;
-}
-
-// Splits text into lines without their line ends (LF or CR LF); a last line without
-// a line end counts.
-template <class Visit>
-void forEachLine(std::string_view text, Visit visit) {
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t end = text.find('\n', pos);
-        if (end == std::string_view::npos) end = text.size();
-        std::string_view line = text.substr(pos, end - pos);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        visit(line);
-        pos = end + 1;
-    }
 }
 
 // Whole numbers and reals of a line, split at blanks and tabs; false when a token is not a number.
@@ -497,7 +475,7 @@ float weather_month_record::*monthlySeries(std::string_view keyword) {
 
 bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
     std::string text;
-    if (!readFileText(path, text)) {
+    if (!readTextFile(path, text)) {
         appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
         return false;
     }
@@ -539,7 +517,7 @@ bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& s
 
 bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
     std::string text;
-    if (!readFileText(path, text)) {
+    if (!readTextFile(path, text)) {
         appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
         return false;
     }

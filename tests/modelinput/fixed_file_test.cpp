@@ -4,7 +4,7 @@
 #include "app/text_format.h"
 #include "golden_setup.h"
 #include "modelinput/fixed_file.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "test_support.h"
 
 using namespace sb;

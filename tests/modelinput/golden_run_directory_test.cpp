@@ -7,7 +7,7 @@
 #include "golden_setup.h"
 #include "modelinput/run_directory.h"
 #include "modelinput/schedule_file.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "test_support.h"
 
 using namespace sb;

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "test_support.h"
 
 namespace sbtest {

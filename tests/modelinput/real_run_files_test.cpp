@@ -15,7 +15,7 @@
 #include "modelinput/schedule_file.h"
 #include "modelinput/site_file.h"
 #include "app/text_format.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "modelinput/weather_file.h"
 #include "paramfile/generic_tellura_input.h"
 #include "records/new_project.h"

@@ -8,7 +8,7 @@
 #include "modelinput/run_files_import.h"
 #include "modelinput/weather_file.h"
 #include "records/new_project.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "test_support.h"
 
 using namespace sb;

@@ -6,7 +6,7 @@
 
 #include "golden_setup.h"
 #include "modelinput/schedule_file.h"
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 #include "test_support.h"
 
 using namespace sb;

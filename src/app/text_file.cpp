@@ -1,11 +1,12 @@
-#include "modelinput/text_file.h"
+#include "app/text_file.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
-namespace sb::input_text {
+namespace sb::text_file {
 
 bool writeTextFile(const std::string& path, std::string_view text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -16,38 +17,38 @@ bool writeTextFile(const std::string& path, std::string_view text) {
 }
 
 bool readTextFile(const std::string& path, std::string& text) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) return false;
     std::ifstream file(path, std::ios::binary);
     if (!file) return false;
     std::ostringstream buffer;
     buffer << file.rdbuf();
     text = buffer.str();
-    return true;
+    return !file.bad();
 }
 
 std::vector<std::string> splitLines(std::string_view text) {
     std::vector<std::string> lines;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        if (end == std::string_view::npos) end = text.size();
-        std::string_view line = text.substr(start, end - start);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        lines.emplace_back(line);
-        start = end + 1;
-    }
+    forEachLine(text, [&](std::string_view line) { lines.emplace_back(line); });
     return lines;
 }
 
-std::vector<std::string> splitTokens(std::string_view text) {
-    std::vector<std::string> tokens;
+std::vector<std::string_view> splitTokenViews(std::string_view text) {
+    std::vector<std::string_view> tokens;
     size_t i = 0;
     auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
     while (i < text.size()) {
         while (i < text.size() && blank(text[i])) ++i;
         size_t start = i;
         while (i < text.size() && !blank(text[i])) ++i;
-        if (i > start) tokens.emplace_back(text.substr(start, i - start));
+        if (i > start) tokens.push_back(text.substr(start, i - start));
     }
+    return tokens;
+}
+
+std::vector<std::string> splitTokens(std::string_view text) {
+    std::vector<std::string> tokens;
+    for (std::string_view token : splitTokenViews(text)) tokens.emplace_back(token);
     return tokens;
 }
 
@@ -61,4 +62,4 @@ long toInteger(std::string_view text) {
     return std::strtol(copy.c_str(), nullptr, 10);
 }
 
-}  // namespace sb::input_text
+}  // namespace sb::text_file
