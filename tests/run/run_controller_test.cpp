@@ -242,6 +242,20 @@ TEST_F(RunOneRecord, FailedModelRunsAreReportedAndLeaveNoOldOutputsStanding) {
     }
 }
 
+TEST_F(RunOneRecord, HangingModelCanBeEndedWhileItRuns) {
+    sb::run_controller controller(project.db(), project.settings());
+    sb::tellura_control_record record;
+    std::string runLog, errors;
+    ASSERT_TRUE(controller.loadAndCheck(1, record, errors)) << errors;
+    standin_mode mode("hang");
+    const double started = monotonicSeconds();
+    auto endAfterHalfASecond = [started] { return monotonicSeconds() - started > 0.5; };
+    EXPECT_FALSE(controller.runLoadedRecord(record, {}, runLog, errors, endAfterHalfASecond));
+    EXPECT_LT(monotonicSeconds() - started, 3.0);
+    EXPECT_EQ(errors, "Process Cancelled/Error\n");
+    EXPECT_NE(runLog.find("stand-in model: hang mode"), std::string::npos) << runLog;
+}
+
 TEST_F(RunOneRecord, OutputsReadBeforeAFailureAreStored) {
     // The year summary and the daily file are read even though the list
     // utility fails on the spoiled binary file.
