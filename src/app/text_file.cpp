@@ -9,6 +9,10 @@
 namespace sb::text_file {
 
 bool writeTextFile(const std::string& path, std::string_view text) {
+    // A new file is much cheaper to write than an old one truncated in place,
+    // and run directories are rewritten before every run.
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ec))) std::filesystem::remove(path, ec);
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     if (!file) return false;
     file.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -25,6 +25,21 @@ bool fileExists(const std::string& path) {
     return std::filesystem::is_regular_file(path, ec);
 }
 
+// The daily-step release's text outputs that are read back, by their place
+// in the daily output file selection (from 1).
+struct read_text_output {
+    const char* file;
+    int outfileNumber;
+};
+const read_text_output kReadTextOutputs[] = {{"year_summary.out", 13}, {"daily.out", 26}};
+
+// A text output left by an earlier run must not be read as this run's.
+void removeStaleTextOutputs(const std::string& runDirectory, int version) {
+    if (version != kDiurna45) return;
+    std::error_code ec;
+    for (const auto& output : kReadTextOutputs) std::filesystem::remove(runDirectory + output.file, ec);
+}
+
 std::string withSlash(std::string dir) {
     if (!dir.empty() && dir.back() != '/') dir += '/';
     return dir;
@@ -69,6 +84,7 @@ bool record_runner::run(tellura_control_record& record, const std::string& workD
 
     record.outputs.clear();
     record.runDone = false;
+    removeStaleTextOutputs(runDirectory, version);
     if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return false;
 
     bool ok = true;
@@ -98,10 +114,15 @@ bool record_runner::readOutputs(tellura_control_record& record, const std::strin
         ok = readListFile(variables, runDirectory + "sb.lis", version, record, errors) && ok;
     }
     if (version == kDiurna45) {
-        if (fileExists(runDirectory + "year_summary.out"))
-            ok = readYearSummary(runDirectory + "year_summary.out", record, errors) && ok;
-        if (fileExists(runDirectory + "daily.out"))
-            ok = readDailyOutput(runDirectory + "daily.out", record, errors) && ok;
+        // Only the files the model was asked to write are read back.
+        auto selected = [&](const read_text_output& output) {
+            return settings_.outfileSelected[static_cast<size_t>(output.outfileNumber - 1)] &&
+                   fileExists(runDirectory + output.file);
+        };
+        if (selected(kReadTextOutputs[0]))
+            ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, record, errors) && ok;
+        if (selected(kReadTextOutputs[1]))
+            ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, record, errors) && ok;
         if (settings_.saveDailyFirstYear <= settings_.saveDailyLastYear && !settings_.outputPath.empty())
             ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix,
                                 settings_.saveDailyFirstYear, settings_.saveDailyLastYear, errors) && ok;
