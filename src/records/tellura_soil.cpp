@@ -251,21 +251,41 @@ bool tellura_soil_list::load(database& db, std::string& errors) {
     return ok;
 }
 
+namespace {
+
+// The soil's layer rows and its own row; each failure is reported and the
+// other table is still cleared.
+bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
+    bool ok = true;
+    for (table_id table : {table_id::soil_layers, table_id::soils}) {
+        db_status status =
+            db.execute(strprintf("DELETE * FROM `%s` WHERE [Soil ID] = %d", tableName(table), static_cast<int>(soilId)));
+        if (status.failed()) {
+            appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+            ok = false;
+        }
+    }
+    return ok;
+}
+
+}  // namespace
+
+bool deleteSoil(int32_t soilId, database& db, std::string& errors) {
+    session unit(db);
+    if (!unit.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
+    return deleteSoilRows(soilId, db, errors);
+}
+
 bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors) {
     session unit(db);
     if (!unit.ok()) {
         errors += "ERROR, unable to create session on database.\n";
         return false;
     }
-    bool ok = true;
-    for (table_id table : {table_id::soil_layers, table_id::soils}) {
-        db_status status = db.execute(
-            strprintf("DELETE * FROM `%s` WHERE [Soil ID] = %d", tableName(table), static_cast<int>(soil.soilId())));
-        if (status.failed()) {
-            appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
-            ok = false;
-        }
-    }
+    bool ok = deleteSoilRows(soil.soilId(), db, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::soils, "", "", status);
     if (!rows) {

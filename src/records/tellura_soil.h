@@ -132,5 +132,7 @@ public:
 
 // Replaces the soil's `Soils` row and its `Soil Layers` rows in one session.
 bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors);
+// Removes the soil's `Soils` row and its `Soil Layers` rows in one session.
+bool deleteSoil(int32_t soilId, database& db, std::string& errors);
 
 }  // namespace sb

@@ -21,7 +21,7 @@ public:
     QString text() const;
     QString status() const;
 
-    // A single model run cannot be stopped part-way: it ends at its time limit.
+    // Off for work that cannot be stopped part-way.
     void setCancellable(bool on);
 
 public slots:

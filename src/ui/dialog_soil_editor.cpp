@@ -5,10 +5,15 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QFileDialog>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/text_format.h"
+#include "db/database.h"
+#include "records/soil_layer_file.h"
 #include "records/tellura_soil.h"
 #include "ui/dialog_errors.h"
 
@@ -19,8 +24,11 @@ dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_look
     setObjectName(QStringLiteral("dialog_soil_editor"));
     setWindowTitle(QStringLiteral("Soils"));
     soilList_ = new QListWidget(this);
-    for (const TelluraSoils& s : soils_.soils)
-        soilList_->addItem(QStringLiteral("%1 %2").arg(s.soilId()).arg(QString::fromStdString(s.name())));
+    for (const TelluraSoils& s : soils_.soils) soilList_->addItem(soilListText(s));
+    auto* addButton = new QPushButton(QStringLiteral("Add Soil"), this);
+    auto* deleteButton = new QPushButton(QStringLiteral("Delete Soil"), this);
+    auto* importButton = new QPushButton(QStringLiteral("Import Layer File..."), this);
+    for (QPushButton* b : {addButton, deleteButton, importButton}) b->setAutoDefault(false);
 
     swflag_ = new QComboBox(this);
     swflag_->setObjectName(QStringLiteral("SWFlag"));
@@ -46,13 +54,19 @@ dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_look
     auto* layerButtons = new QHBoxLayout;
     layerButtons->addWidget(insert);
     layerButtons->addWidget(remove);
-    layerButtons->addStretch();
     layerLayout->addWidget(layers_, 1);
     layerLayout->addLayout(layerButtons);
     layerLayout->addLayout(layerHolder_, 2);
 
+    layerButtons->addWidget(importButton);
+    auto* listColumn = new QVBoxLayout;
+    listColumn->addWidget(soilList_, 1);
+    auto* soilButtons = new QHBoxLayout;
+    soilButtons->addWidget(addButton);
+    soilButtons->addWidget(deleteButton);
+    listColumn->addLayout(soilButtons);
     auto* body = new QHBoxLayout;
-    body->addWidget(soilList_, 1);
+    body->addLayout(listColumn, 1);
     body->addWidget(soilBox, 3);
     body->addWidget(layerBox, 3);
     auto* box = new QDialogButtonBox(this);
@@ -77,7 +91,96 @@ dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_look
         deleteLayer(layers_->currentRow(), errors);
         showErrorsIfAny(this, errors);
     });
+    connect(addButton, &QPushButton::clicked, this, &dialog_soil_editor::addSoilButton);
+    connect(deleteButton, &QPushButton::clicked, this, &dialog_soil_editor::deleteSoilButton);
+    connect(importButton, &QPushButton::clicked, this, &dialog_soil_editor::importLayerFileButton);
     soilList_->setCurrentRow(soils_.soils.empty() ? -1 : 0);
+}
+
+QString dialog_soil_editor::soilListText(const TelluraSoils& soil) {
+    return QStringLiteral("%1 %2").arg(soil.soilId()).arg(QString::fromStdString(soil.name()));
+}
+
+int32_t dialog_soil_editor::unusedSoilId() const {
+    int32_t highest = 0;
+    for (const TelluraSoils& s : soils_.soils) highest = std::max(highest, s.soilId());
+    return highest + 1;
+}
+
+bool dialog_soil_editor::addSoil(int32_t id, const QString& name, std::string& errors) {
+    if (soils_.find(id)) {
+        appendf(errors, "Soil ID %ld is already in the project.\n", static_cast<long>(id));
+        return false;
+    }
+    TelluraSoils soil;
+    soil.setSoilId(id);
+    soil.setName(name.toStdString());
+    soils_.soils.push_back(soil);
+    const int index = static_cast<int>(soils_.soils.size()) - 1;
+    changed_.insert(index);
+    soilList_->addItem(soilListText(soil));
+    soilList_->setCurrentRow(index);
+    return true;
+}
+
+bool dialog_soil_editor::deleteSoil(int index, std::string& errors) {
+    if (index < 0 || index >= static_cast<int>(soils_.soils.size())) {
+        errors += "Unable to delete soil.\n";
+        return false;
+    }
+    // The shown fields belong to the soil going away (or are taken in first).
+    if (index != soil_ && !applyShown(errors)) return false;
+    deleted_.insert(soils_.soils[static_cast<size_t>(index)].soilId());
+    soils_.soils.erase(soils_.soils.begin() + index);
+    std::set<int> moved;  // positions after the deleted one move up by one
+    for (int c : changed_)
+        if (c != index) moved.insert(c > index ? c - 1 : c);
+    changed_ = moved;
+    soil_ = -1;  // nothing shown is taken in when the list moves on
+    delete soilPage_;
+    soilPage_ = nullptr;
+    layer_ = -1;
+    {
+        QSignalBlocker block(soilList_);
+        delete soilList_->takeItem(index);
+    }
+    showSoil(soilList_->currentRow());
+    return true;
+}
+
+bool dialog_soil_editor::importLayerFile(const QString& path, std::string& errors) {
+    if (soil_ < 0 || !applyShown(errors)) return false;
+    layer_ = -1;  // the layers shown are replaced
+    const bool ok = importSoilLayerFile(soils_.soils[static_cast<size_t>(soil_)], path.toStdString(), errors);
+    changed_.insert(soil_);
+    fillLayers(0);  // also after an error: the layers read before it are kept
+    return ok;
+}
+
+void dialog_soil_editor::addSoilButton() {
+    std::string errors;
+    addSoil(unusedSoilId(), QStringLiteral("New soil"), errors);
+    showErrorsIfAny(this, errors);
+}
+
+void dialog_soil_editor::deleteSoilButton() {
+    const int index = soilList_->currentRow();
+    if (index < 0) return;
+    const QString question = QStringLiteral("Delete soil %1 ?").arg(soilList_->item(index)->text());
+    if (QMessageBox::question(this, windowTitle(), question) != QMessageBox::Yes) return;
+    std::string errors;
+    deleteSoil(index, errors);
+    showErrorsIfAny(this, errors);
+}
+
+void dialog_soil_editor::importLayerFileButton() {
+    if (soil_ < 0) return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Import Layer File"), QString(),
+                                                      QStringLiteral("Soil layer files (*.in);;All files (*)"));
+    if (path.isEmpty()) return;
+    std::string errors;
+    importLayerFile(path, errors);
+    showErrorsIfAny(this, errors);
 }
 
 bool dialog_soil_editor::applyShown(std::string& errors) {
@@ -176,7 +279,13 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
 }
 
 bool dialog_soil_editor::save(database& db, std::string& errors) {
+    session unit(db);
+    if (!unit.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
     bool ok = true;
+    for (int32_t id : deleted_) ok = sb::deleteSoil(id, db, errors) && ok;
     for (int index : changed_) ok = writeSoil(soils_.soils[static_cast<size_t>(index)], db, errors) && ok;
     return ok;
 }

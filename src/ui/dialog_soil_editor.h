@@ -1,9 +1,12 @@
 #pragma once
 // The soils of the project: the list of soils, the soil's own fields with
 // its water-holding option, and its layers ("%d: %d cm - ..." lines) with
-// insert and delete and one field per column of the selected layer.
+// insert and delete and one field per column of the selected layer. Soils
+// are added and deleted here, and a layer file replaces the shown soil's layers.
 #include <QDialog>
+#include <cstdint>
 #include <set>
+#include <string>
 
 #include "ui/property_page_columns.h"
 
@@ -14,6 +17,7 @@ class QVBoxLayout;
 namespace sb {
 
 class database;
+class TelluraSoils;
 class tellura_soil_list;
 
 class dialog_soil_editor : public QDialog {
@@ -29,9 +33,17 @@ public:
     // The layer buttons; messages (e.g. "Number of layers is already at maximum") to `errors`.
     bool insertLayer(int position, std::string& errors);
     bool deleteLayer(int position, std::string& errors);
+    // The soil buttons. A new soil takes an ID no other soil has ("Soil ID %ld
+    // is already in the project." otherwise) and is selected; a deleted soil
+    // leaves the project when the dialog is saved.
+    bool addSoil(int32_t id, const QString& name, std::string& errors);
+    bool deleteSoil(int index, std::string& errors);
+    int32_t unusedSoilId() const;
+    // Reads a layer file into the shown soil (the core's messages on a bad file).
+    bool importLayerFile(const QString& path, std::string& errors);
     // Takes the shown fields into the soil; false with messages on a bad field.
     bool applyShown(std::string& errors);
-    // Writes every soil the dialog changed.
+    // Deletes the deleted soils and writes every soil the dialog changed, in one session.
     bool save(database& db, std::string& errors);
 
 public slots:
@@ -41,6 +53,10 @@ private:
     void showSoil(int index);
     void showLayer(int position);
     void fillLayers(int select);
+    void addSoilButton();
+    void deleteSoilButton();
+    void importLayerFileButton();
+    static QString soilListText(const TelluraSoils& soil);
 
     tellura_soil_list& soils_;
     field_help_lookup help_;
@@ -53,7 +69,8 @@ private:
     property_page_columns* layerPage_ = nullptr;
     int soil_ = -1;
     int layer_ = -1;
-    std::set<int> changed_;
+    std::set<int> changed_;        // positions in the soil list
+    std::set<int32_t> deleted_;    // soil IDs to remove from the project
 };
 
 }  // namespace sb

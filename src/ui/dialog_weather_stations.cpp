@@ -7,11 +7,14 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 #include "app/text_format.h"
+#include "db/database.h"
 #include "records/tellura_weather_station.h"
 #include "ui/dialog_errors.h"
 
@@ -25,10 +28,50 @@ float weather_month_means::* const kSeriesField[] = {&weather_month_means::preci
                                                      &weather_month_means::prcskw, &weather_month_means::tmn2m,
                                                      &weather_month_means::tmx2m};
 
+// The history lists: the date columns, then one column per stored value.
+template <typename Record>
+struct history_column {
+    const char* heading;
+    float Record::* value;
+};
+const history_column<weather_month_record> kMonthlyColumns[] = {
+    {"Precip", &weather_month_record::precip}, {"PrcStd", &weather_month_record::prcstd},
+    {"PrcSkw", &weather_month_record::prcskw}, {"TMN2M", &weather_month_record::tmn2m},
+    {"TMX2M", &weather_month_record::tmx2m},   {"SolRad", &weather_month_record::solrad},
+    {"RHumid", &weather_month_record::rhumid}, {"WindSp", &weather_month_record::windsp}};
+const history_column<weather_day_record> kDailyColumns[] = {
+    {"Precip", &weather_day_record::precip}, {"TMN2M", &weather_day_record::tmn2m},
+    {"TMX2M", &weather_day_record::tmx2m},   {"SolRad", &weather_day_record::solrad},
+    {"RHumid", &weather_day_record::rhumid}, {"WindSp", &weather_day_record::windsp}};
+
+template <typename Record, size_t N>
+QTableWidget* makeHistoryTable(QStringList headings, const history_column<Record> (&columns)[N], QWidget* parent) {
+    for (const auto& c : columns) headings << QString::fromLatin1(c.heading);
+    auto* table = new QTableWidget(0, static_cast<int>(headings.size()), parent);
+    table->setHorizontalHeaderLabels(headings);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);  // history comes from weather files
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->verticalHeader()->setVisible(false);
+    table->verticalHeader()->setDefaultSectionSize(22);
+    table->horizontalHeader()->setDefaultSectionSize(70);
+    return table;
+}
+
+// One history row: the date numbers, then the values.
+template <typename Record, size_t N>
+void setHistoryRow(QTableWidget* table, int row, std::initializer_list<int> date, const Record& record,
+                   const history_column<Record> (&columns)[N]) {
+    int column = 0;
+    for (int part : date) table->setItem(row, column++, new QTableWidgetItem(QString::number(part)));
+    for (const auto& c : columns) table->setItem(row, column++, new QTableWidgetItem(QString::number(record.*c.value, 'g', 7)));
+}
+
 }  // namespace
 
-dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& stations, QWidget* parent)
-    : QDialog(parent), stations_(stations) {
+dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& stations, database& history,
+                                                 QWidget* parent)
+    : QDialog(parent), stations_(stations), history_(history) {
     setObjectName(QStringLiteral("dialog_weather_stations"));
     setWindowTitle(QStringLiteral("Weather Stations"));
     list_ = new QListWidget(this);
@@ -36,6 +79,14 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
         list_->addItem(QStringLiteral("%1 %2").arg(s.id).arg(QString::fromStdString(s.description)));
     auto* add = new QPushButton(QStringLiteral("Add"), this);
     add->setAutoDefault(false);
+    auto* remove = new QPushButton(QStringLiteral("Delete"), this);
+    remove->setAutoDefault(false);
+    monthly_ = makeHistoryTable({QStringLiteral("Year"), QStringLiteral("Month")}, kMonthlyColumns, this);
+    monthly_->setObjectName(QStringLiteral("monthlyHistory"));
+    daily_ = makeHistoryTable({QStringLiteral("Year"), QStringLiteral("Month"), QStringLiteral("Day")}, kDailyColumns, this);
+    daily_->setObjectName(QStringLiteral("dailyHistory"));
+    auto* deleteDay = new QPushButton(QStringLiteral("Delete Daily Record"), this);
+    deleteDay->setAutoDefault(false);
     description_ = new QLineEdit(this);
     description_->setMaxLength(80);
     means_ = new QTableWidget(5, 12, this);
@@ -51,10 +102,21 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     form->addRow(QStringLiteral("Description:"), description_);
     auto* right = new QVBoxLayout;
     right->addLayout(form);
-    right->addWidget(means_, 1);
+    auto* tabs = new QTabWidget(this);
+    tabs->addTab(means_, QStringLiteral("Climate Means"));
+    tabs->addTab(monthly_, QStringLiteral("Monthly History"));
+    auto* dailyPage = new QWidget(this);
+    auto* dailyLayout = new QVBoxLayout(dailyPage);
+    dailyLayout->addWidget(daily_, 1);
+    dailyLayout->addWidget(deleteDay, 0, Qt::AlignLeft);
+    tabs->addTab(dailyPage, QStringLiteral("Daily History"));
+    right->addWidget(tabs, 1);
     auto* left = new QVBoxLayout;
     left->addWidget(list_, 1);
-    left->addWidget(add);
+    auto* stationButtons = new QHBoxLayout;
+    stationButtons->addWidget(add);
+    stationButtons->addWidget(remove);
+    left->addLayout(stationButtons);
     auto* body = new QHBoxLayout;
     body->addLayout(left, 1);
     body->addLayout(right, 4);
@@ -64,7 +126,7 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(body, 1);
     layout->addWidget(box);
-    resize(1100, 420);
+    resize(1100, 520);
 
     connect(box, &QDialogButtonBox::accepted, this, &dialog_weather_stations::accept);
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -74,6 +136,18 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
         const int id = QInputDialog::getInt(this, QStringLiteral("Add"), QStringLiteral("Weather ID:"), 1, 0,
                                             std::numeric_limits<int32_t>::max(), 1, &ok);
         if (ok) addStation(id, QString());
+    });
+    connect(remove, &QPushButton::clicked, this, [this] {
+        if (shown_ < 0) return;
+        if (!askYesNo(QStringLiteral("Delete weather station %1 ?").arg(list_->item(shown_)->text()))) return;
+        std::string errors;
+        deleteStation(shown_, errors);
+        showErrorsIfAny(this, errors);
+    });
+    connect(deleteDay, &QPushButton::clicked, this, [this] {
+        std::string errors;
+        deleteDailyRecord(daily_->currentRow(), [this](const QString& q) { return askYesNo(q); }, errors);
+        showErrorsIfAny(this, errors);
     });
     list_->setCurrentRow(stations_.stations.empty() ? -1 : 0);
 }
@@ -111,6 +185,86 @@ void dialog_weather_stations::showStation(int index) {
     for (int r = 0; r < 5; ++r)
         for (int m = 0; m < 12; ++m)
             means_->setItem(r, m, new QTableWidgetItem(QString::number(s.means[static_cast<size_t>(m)].*kSeriesField[r], 'g', 7)));
+    loadHistory(index);
+    fillHistory();
+}
+
+// History is read the first time a station is shown: a project may hold
+// decades of daily weather for every station.
+void dialog_weather_stations::loadHistory(int index) {
+    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(index)];
+    if (!historyLoaded_.insert(s.id).second) return;
+    std::string errors;
+    loadMonthlyHistory(history_, s, errors);
+    loadDailyHistory(history_, s, errors);
+    showErrorsIfAny(this, errors);
+}
+
+void dialog_weather_stations::fillHistory() {
+    monthly_->setRowCount(0);
+    daily_->setRowCount(0);
+    if (shown_ < 0) return;
+    const TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    for (const weather_monthly_year& y : s.monthly)
+        for (const weather_month_record& m : y.months) {
+            const int row = monthly_->rowCount();
+            monthly_->insertRow(row);
+            setHistoryRow(monthly_, row, {y.year, m.month}, m, kMonthlyColumns);
+        }
+    for (const weather_daily_year& y : s.daily)
+        for (const weather_day_record& d : y.days) {
+            const int row = daily_->rowCount();
+            daily_->insertRow(row);
+            setHistoryRow(daily_, row, {d.year, d.month, d.day}, d, kDailyColumns);
+        }
+}
+
+bool dialog_weather_stations::deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm,
+                                                std::string& errors) {
+    if (shown_ < 0 || row < 0) {
+        errors += "Select a daily record to delete.\n";
+        return false;
+    }
+    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    for (weather_daily_year& y : s.daily) {
+        if (row >= static_cast<int>(y.days.size())) {
+            row -= static_cast<int>(y.days.size());
+            continue;
+        }
+        const auto day = y.days.begin() + row;
+        if (!confirm(QString::fromStdString(deleteDailyRecordQuestion(s.id, *day)))) return false;
+        y.days.erase(day);
+        dailyChanged_.insert(s.id);
+        fillHistory();
+        return true;
+    }
+    errors += "Select a daily record to delete.\n";
+    return false;
+}
+
+bool dialog_weather_stations::deleteStation(int index, std::string& errors) {
+    if (index < 0 || index >= static_cast<int>(stations_.stations.size())) {
+        errors += "Select a weather station to delete.\n";
+        return false;
+    }
+    const int32_t id = stations_.stations[static_cast<size_t>(index)].id;
+    deleted_.insert(id);
+    changed_.erase(id);
+    dailyChanged_.erase(id);
+    historyLoaded_.erase(id);
+    stations_.stations.erase(stations_.stations.begin() + index);
+    if (index == shown_) shown_ = -1;  // its fields go with it
+    else if (index < shown_) --shown_;
+    {
+        QSignalBlocker block(list_);
+        delete list_->takeItem(index);
+    }
+    showStation(list_->currentRow());
+    return true;
+}
+
+bool dialog_weather_stations::askYesNo(const QString& question) {
+    return QMessageBox::question(this, windowTitle(), question) == QMessageBox::Yes;
 }
 
 void dialog_weather_stations::addStation(int32_t id, const QString& description) {
@@ -126,9 +280,17 @@ void dialog_weather_stations::addStation(int32_t id, const QString& description)
 }
 
 bool dialog_weather_stations::save(database& db, std::string& errors) {
+    session unit(db);
+    if (!unit.ok()) {
+        errors += "ERROR, unable to create session on database.\n";
+        return false;
+    }
     bool ok = true;
+    for (int32_t id : deleted_) ok = deleteWeatherStation(db, id, errors) && ok;
     for (int32_t id : changed_)
         if (const auto* s = stations_.find(id)) ok = saveWeatherStation(db, *s, errors) && ok;
+    for (int32_t id : dailyChanged_)
+        if (const auto* s = stations_.find(id)) ok = saveDailyHistory(db, *s, errors) && ok;
     return ok;
 }
 

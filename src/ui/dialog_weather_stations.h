@@ -1,9 +1,14 @@
 #pragma once
 // The weather stations of the project: ID, description and the twelve
 // monthly climate means (precipitation, its deviation and skew, minimum and
-// maximum temperature) that the site file takes.
+// maximum temperature) that the site file takes, beside the station's
+// historical monthly and daily weather. Stations are added and deleted here,
+// and one daily record at a time can be deleted.
 #include <QDialog>
+#include <cstdint>
+#include <functional>
 #include <set>
+#include <string>
 
 class QLineEdit;
 class QListWidget;
@@ -17,12 +22,20 @@ class tellura_weather_station_list;
 class dialog_weather_stations : public QDialog {
     Q_OBJECT
 public:
-    dialog_weather_stations(tellura_weather_station_list& stations, QWidget* parent = nullptr);
+    // The history lists are read from `history` when a station is first shown.
+    dialog_weather_stations(tellura_weather_station_list& stations, database& history, QWidget* parent = nullptr);
 
     QListWidget* stationList() const { return list_; }
     QTableWidget* means() const { return means_; }
+    QTableWidget* monthlyHistory() const { return monthly_; }
+    QTableWidget* dailyHistory() const { return daily_; }
     bool applyShown(std::string& errors);
     void addStation(int32_t id, const QString& description);
+    // The shown station leaves the project when the dialog is saved.
+    bool deleteStation(int index, std::string& errors);
+    // The daily record in row `row` of the daily list, after the question
+    // ("Delete %ld %04d-%02d-%02d ?") is answered Yes by `confirm`.
+    bool deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm, std::string& errors);
     bool save(database& db, std::string& errors);
 
 public slots:
@@ -30,13 +43,22 @@ public slots:
 
 private:
     void showStation(int index);
+    void loadHistory(int index);
+    void fillHistory();
+    bool askYesNo(const QString& question);
 
     tellura_weather_station_list& stations_;
+    database& history_;
     QListWidget* list_;
     QLineEdit* description_;
     QTableWidget* means_;
+    QTableWidget* monthly_;
+    QTableWidget* daily_;
     int shown_ = -1;
     std::set<int32_t> changed_;
+    std::set<int32_t> historyLoaded_;
+    std::set<int32_t> dailyChanged_;
+    std::set<int32_t> deleted_;
 };
 
 }  // namespace sb

@@ -98,7 +98,7 @@ private:
     void about();
     void notYetAvailable(command_id id);
     // Runs the work on a worker thread with the progress dialog up until it ends.
-    void runInBackground(const std::function<void(run_feedback&)>& work, bool cancellable);
+    void runInBackground(const std::function<void(run_feedback&)>& work);
 
     app_soilbench& settings_;
     std::unique_ptr<doc_soilbench> doc_;

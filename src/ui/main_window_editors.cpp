@@ -81,7 +81,7 @@ void main_window::editWeatherStations() {
     std::string errors;
     loadWeatherStations(doc_->db(), stations, errors);
     showErrorsIfAny(this, errors);
-    dialog_weather_stations dialog(stations, this);
+    dialog_weather_stations dialog(stations, doc_->db(), this);
     if (dialog.exec() != QDialog::Accepted) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& e) { dialog.save(doc_->db(), e); });
 }

@@ -40,10 +40,9 @@ void main_window::diurnaOutputFiles() {
     dialog.exec();
 }
 
-void main_window::runInBackground(const std::function<void(run_feedback&)>& work, bool cancellable) {
+void main_window::runInBackground(const std::function<void(run_feedback&)>& work) {
     background_run run;
     dialog_progress progress(run, this);
-    progress.setCancellable(cancellable);
     run.start(work);
     progress.exec();
     run.wait();
@@ -73,8 +72,11 @@ void main_window::runOneRecord() {
                 auto db = database::open(path, errors);
                 if (!db) return;
                 run_controller controller(*db, settings);
-                if (controller.loadProjectData(errors)) controller.runLoadedRecord(record, choices, runLog, errors);
-            }, false);  // TODO(run controller): a cancel hook for one record's run
+                // Cancel ends the model at once; the run then fails with the core's message.
+                const auto cancelNow = [&feedback] { return feedback.cancelled(); };
+                if (controller.loadProjectData(errors))
+                    controller.runLoadedRecord(record, choices, runLog, errors, cancelNow);
+            });
         }
     }
     appendf(runLog, "Total Elapsed: %.3f seconds\n", static_cast<double>(clock.elapsed()) / 1000.0);
@@ -100,7 +102,7 @@ void main_window::runMultipleRecords() {
         progress_observer observer(feedback);
         if (controller.loadProjectData(errors)) controller.runMultipleRecords(options, observer, runLog, errors);
         precheckMessages = observer.precheckMessages();
-    }, true);
+    });
     if (!precheckMessages.empty()) {
         dialog_errors stop(QStringLiteral("Don't run TELLURA til this is fixed"), QString::fromStdString(precheckMessages), this);
         stop.exec();

@@ -127,6 +127,82 @@ private slots:
         QCOMPARE(s->means[0].tmx2m, -2.25f);
     }
 
+    void weatherHistoryIsListedAndDaysAndStationsDeleted() {
+        std::string errors;
+        TelluraWeatherStations valley;
+        valley.id = 7;
+        valley.description = "Valley";
+        QVERIFY(importDailyWeatherText("1 1 2001 1 5.5 -1.25 0.5\n2 1 2001 2 6 -2 3.75\n3 1 2001 3 4 -3 0\n",
+                                       "valley.wth", valley, errors));
+        errors.clear();  // the import's summary of days read
+        valley.monthlyYear(2001).monthRecord(1).precip = 30;
+        weather_month_record& february = valley.monthlyYear(2001).monthRecord(2);
+        february.precip = 42.5f;
+        february.tmx2m = 3.25f;
+        TelluraWeatherStations ridge;
+        ridge.id = 8;
+        ridge.description = "Ridge";
+        QVERIFY(saveWeatherStation(db(), valley, errors) && saveWeatherStation(db(), ridge, errors));
+        QVERIFY(saveDailyHistory(db(), valley, errors) && saveMonthlyHistory(db(), valley, errors));
+        QVERIFY2(errors.empty(), errors.c_str());
+
+        QStringList questions;
+        QStringList monthlyRow, dailyRow;
+        int dailyAfterNo = 0, dailyAfterYes = 0, stationsLeft = 0;
+        runEditor(command_id::editWeatherStations, [&](QWidget* m) {
+            auto* d = qobject_cast<dialog_weather_stations*>(m);
+            QVERIFY(d);
+            d->stationList()->setCurrentRow(d->stationList()->row(d->stationList()->findItems("7 Valley", Qt::MatchExactly).first()));
+            QCOMPARE(d->monthlyHistory()->rowCount(), 2);
+            for (int c = 0; c < 7; ++c) monthlyRow << d->monthlyHistory()->item(1, c)->text();
+            QCOMPARE(d->dailyHistory()->rowCount(), 3);
+            for (int c = 0; c < 6; ++c) dailyRow << d->dailyHistory()->item(1, c)->text();
+
+            // Answering No keeps the day.
+            std::string e;
+            QVERIFY(!d->deleteDailyRecord(1, [&](const QString& q) { questions << q; return false; }, e));
+            dailyAfterNo = d->dailyHistory()->rowCount();
+            // The button asks the same question; Yes deletes the day.
+            d->dailyHistory()->selectRow(1);
+            onNextModal([&](QWidget* box) {
+                questions << qobject_cast<QMessageBox*>(box)->text();
+                sbtest_ui::pressButton(box, "Yes");
+            });
+            sbtest_ui::pressButton(d, "Delete Daily Record");
+            dailyAfterYes = d->dailyHistory()->rowCount();
+
+            // The other station goes through its button.
+            d->stationList()->setCurrentRow(d->stationList()->row(d->stationList()->findItems("8 Ridge", Qt::MatchExactly).first()));
+            onNextModal([&](QWidget* box) {
+                questions << qobject_cast<QMessageBox*>(box)->text();
+                sbtest_ui::pressButton(box, "Yes");
+            });
+            sbtest_ui::pressButton(d, "Delete");
+            stationsLeft = d->stationList()->count();
+            d->accept();
+        });
+        QCOMPARE(monthlyRow, (QStringList{"2001", "2", "42.5", "0", "0", "0", "3.25"}));
+        QCOMPARE(dailyRow, (QStringList{"2001", "1", "2", "3.75", "-2", "6"}));
+        QCOMPARE(questions, (QStringList{"Delete 7 2001-01-02 ?", "Delete 7 2001-01-02 ?",
+                                         "Delete weather station 8 Ridge ?"}));
+        QCOMPARE(dailyAfterNo, 3);
+        QCOMPARE(dailyAfterYes, 2);
+        QCOMPARE(stationsLeft, 1);
+
+        tellura_weather_station_list stations;
+        QVERIFY(loadWeatherStations(db(), stations, errors));
+        QVERIFY(!stations.find(8));
+        TelluraWeatherStations* stored = stations.find(7);
+        QVERIFY(stored);
+        QVERIFY(loadDailyHistory(db(), *stored, errors));
+        QVERIFY(loadMonthlyHistory(db(), *stored, errors));
+        QCOMPARE(stored->daily.size(), size_t(1));
+        QCOMPARE(stored->daily[0].days.size(), size_t(2));
+        QCOMPARE(int(stored->daily[0].days[0].day), 1);
+        QCOMPARE(int(stored->daily[0].days[1].day), 3);
+        QCOMPARE(stored->monthly[0].months.size(), size_t(2));  // monthly history untouched
+    }
+
     void soilLayersAreWrittenBack() {
         TelluraSoils soil;
         soil.setNumber("Soil ID", 9);
@@ -146,6 +222,79 @@ private slots:
         QVERIFY(soils.load(db(), errors));
         QCOMPARE(soils.find(9)->layerCount, 2);
         QCOMPARE(soils.find(9)->number("SWFlag"), 2.0);
+    }
+
+    void soilsAreAddedDeletedAndTakeALayerFile() {
+        std::string errors;
+        for (auto [id, name] : {std::pair{9, "Loam"}, std::pair{12, "Clay"}}) {
+            TelluraSoils soil;
+            soil.setSoilId(id);
+            soil.setName(name);
+            QVERIFY(writeSoil(soil, db(), errors));
+        }
+        const QString layerFile = dir_.filePath("soils.in");
+        QFile file(layerFile);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("0 10 1.3 0.31 0.12 0.8 0.4 0.6 0.2 0.01 0 0.05 6.5\n"
+                   "10 25 1.4 0.28 0.11 0.2 0.3 0.5 0.25 0.01 0 0.04 6.8\n");
+        file.close();
+        const QString longFile = dir_.filePath("long.in");
+        QFile longOne(longFile);
+        QVERIFY(longOne.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 15; ++i) longOne.write(QStringLiteral("%1 %2 1.3 0.3 0.1\n").arg(i * 5).arg(i * 5 + 5).toLatin1());
+        longOne.close();
+
+        QString refused, question, tooLong;
+        QStringList layerTexts;
+        int longLayers = 0;
+        runEditor(command_id::editSoils, [&](QWidget* m) {
+            auto* d = qobject_cast<dialog_soil_editor*>(m);
+            QVERIFY(d);
+            std::string e;
+            QVERIFY(!d->addSoil(12, "Again", e));
+            refused = QString::fromStdString(e);
+            QCOMPARE(d->unusedSoilId(), 13);
+            e.clear();
+            QVERIFY(d->addSoil(13, "Sand", e));
+            QCOMPARE(d->soilList()->currentItem()->text(), QStringLiteral("13 Sand"));
+            QVERIFY2(d->importLayerFile(layerFile, e), e.c_str());
+            for (int i = 0; i < d->layerList()->count(); ++i) layerTexts << d->layerList()->item(i)->text();
+
+            // A file of 15 layers into Clay: the core's message, 14 layers kept.
+            d->soilList()->setCurrentRow(1);
+            QVERIFY(!d->importLayerFile(longFile, e));
+            tooLong = QString::fromStdString(e);
+            longLayers = d->layerList()->count();
+
+            // Delete Loam through its button, answering the question Yes.
+            d->soilList()->setCurrentRow(0);
+            onNextModal([&](QWidget* box) {
+                question = qobject_cast<QMessageBox*>(box)->text();
+                sbtest_ui::pressButton(box, "Yes");
+            });
+            sbtest_ui::pressButton(d, "Delete Soil");
+            QCOMPARE(d->soilList()->count(), 2);
+            QCOMPARE(d->soilList()->item(0)->text(), QStringLiteral("12 Clay"));
+            d->accept();
+        });
+        QCOMPARE(refused, QStringLiteral("Soil ID 12 is already in the project.\n"));
+        QCOMPARE(layerTexts, (QStringList{"1: 10 cm - afiel=0.31 awilt=0.12 N=0 P=0 S=0",
+                                          "2: 25 cm - afiel=0.28 awilt=0.11 N=0 P=0 S=0"}));
+        QCOMPARE(tooLong, QStringLiteral("ERROR, too many soil layers in soil file \"%1\".\n").arg(longFile));
+        QCOMPARE(longLayers, 14);
+        QCOMPARE(question, QStringLiteral("Delete soil 9 Loam ?"));
+
+        tellura_soil_list soils;
+        QVERIFY(soils.load(db(), errors));
+        QVERIFY(!soils.find(9));
+        QCOMPARE(soils.find(12)->layerCount, 14);
+        const TelluraSoils* sand = soils.find(13);
+        QVERIFY(sand);
+        QCOMPARE(sand->name(), std::string("Sand"));
+        QCOMPARE(sand->layerCount, 2);
+        QCOMPARE(sand->layers[1].depth(), 25);
+        QCOMPARE(static_cast<float>(sand->layers[1].value(kLayerPh)), 6.8f);
+        QCOMPARE(static_cast<float>(sand->layers[0].value(kLayerSand)), 0.6f);  // after the evaporation and root columns
     }
 
     void propertySheetSavesTheRecord() {

@@ -8,8 +8,10 @@
 #include <QElapsedTimer>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QListWidget>
 #include <QTreeWidget>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QtTest>
@@ -17,12 +19,16 @@
 #include "app/app_soilbench.h"
 #include "modelinput/run_files_import.h"
 #include "records/new_project.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
 #include "ui/command_table.h"
 #include "ui/dialog_configuration.h"
 #include "ui/dialog_errors.h"
 #include "ui/dialog_progress.h"
 #include "ui/dialog_run.h"
 #include "ui/dialog_run_set.h"
+#include "ui/dialog_soil_editor.h"
+#include "ui/dialog_weather_stations.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
 #include "ui/output_table_model.h"
@@ -198,6 +204,60 @@ private slots:
         QVERIFY2(sinceCancel.elapsed() < 10000, qPrintable(QString::number(sinceCancel.elapsed())));
     }
 
+    void cancelEndsAHangingSingleRun() {
+        app_soilbench settings(dir_.filePath("profile5.ini").toStdString());
+        settings.recordList = false;
+        settings.version = kDiurna45;
+        settings.modelExecutables[kDiurna45 - 1] = dir_.filePath("model/tellura-standin").toStdString();
+        settings.list100Executables[kDiurna45 - 1] = dir_.filePath("model/list100-standin").toStdString();
+        settings.runVisible = false;
+        settings.runTimeout = 120000;
+        settings.outputPath = dir_.filePath("daily").toStdString() + "/";
+        main_window w(settings);
+        QVERIFY(w.openProject(project_));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(5, errors));
+
+        // The stand-in hangs until it is ended: without Cancel the run would
+        // last until its two-minute time limit.
+        qputenv("SB_STANDIN_MODE", "hang");
+        QString report, progressText;
+        bool cancelEnabled = false;
+        QElapsedTimer sinceCancel;
+        std::function<void(QWidget*)> handle = [&](QWidget* m) {
+            if (auto* run = qobject_cast<dialog_run*>(m)) {
+                run->accept();
+                onNextModal(handle);
+            } else if (auto* progress = qobject_cast<dialog_progress*>(m)) {
+                if (progress->text().isEmpty() || sinceCancel.isValid()) {
+                    onNextModal(handle);  // not started yet, or cancelled and not yet closed: look again
+                    return;
+                }
+                progressText = progress->text();
+                QTest::qWait(300);  // let the model start and hang
+                for (QPushButton* b : progress->findChildren<QPushButton*>())
+                    if (b->text() == "Cancel") cancelEnabled = b->isEnabled();
+                sinceCancel.start();
+                sbtest_ui::pressButton(progress, "Cancel");
+                onNextModal(handle);
+            } else if (auto* e = qobject_cast<dialog_errors*>(m)) {
+                report = e->text();
+                e->accept();
+            } else {
+                onNextModal(handle);
+            }
+        };
+        onNextModal(handle);
+        w.runCommand(command_id::runOne);
+        qunsetenv("SB_STANDIN_MODE");
+        QCOMPARE(progressText, QStringLiteral("Running TELLURA, ID=5"));
+        QVERIFY(cancelEnabled);
+        QVERIFY2(report.contains("Process Cancelled/Error"), qPrintable(report));
+        QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));
+        QVERIFY(sinceCancel.isValid());
+        QVERIFY2(sinceCancel.elapsed() < 10000, qPrintable(QString::number(sinceCancel.elapsed())));
+    }
+
     void eventViewAndPrintedTableShowTheRecord() {
         app_soilbench settings(dir_.filePath("profile4.ini").toStdString());
         settings.recordList = false;
@@ -233,6 +293,20 @@ private slots:
         propsheet_control_record sheet(record, {}, {});
         sheet.tabs()->setCurrentIndex(1);
         QVERIFY(saveShot(sheet, "record-property-sheet.png"));
+
+        // The soil and weather station editors on the demo's soil and station.
+        tellura_soil_list soils;
+        QVERIFY(soils.load(*db, errors));
+        dialog_soil_editor soilEditor(soils, {});
+        QVERIFY(soilEditor.soilList()->count() > 0);
+        QVERIFY(saveShot(soilEditor, "soil-editor.png"));
+        tellura_weather_station_list stations;
+        QVERIFY(loadWeatherStations(*db, stations, errors));
+        dialog_weather_stations weather(stations, *db);
+        weather.findChild<QTabWidget*>()->setCurrentIndex(2);
+        QVERIFY(saveShot(weather, "weather-stations-daily.png"));
+        weather.findChild<QTabWidget*>()->setCurrentIndex(1);
+        QVERIFY(saveShot(weather, "weather-stations-monthly.png"));
     }
 };
 
