@@ -339,6 +339,12 @@ bool validateBlockFields(const tellura_event_block& block, int version,
 
 }  // namespace
 
+bool eventItemOptionKind(int type, option_kind& kind) {
+    const item_rule* rule = itemRule(type);
+    if (rule) kind = rule->kind;
+    return rule != nullptr;
+}
+
 bool project_option_names::hasOption(option_kind kind, std::string_view name) const {
     return lists_.contains(kind, name);
 }

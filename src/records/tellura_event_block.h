@@ -102,6 +102,9 @@ using weather_coverage_check = std::function<void(const TelluraWeatherStations& 
                                                   const tellura_event_block& block, int version,
                                                   std::string& errors)>;
 
+// The option list an operation's item must name; false when it names none.
+bool eventItemOptionKind(int type, option_kind& kind);
+
 // One event against the version and the option lists; every message is appended.
 bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options,
                    std::string& errors);

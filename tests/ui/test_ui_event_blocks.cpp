@@ -1,0 +1,169 @@
+// The event block editor on the demo set-up: an unknown crop keeps it open
+// with the core's message, a fixed one is saved and read back, blocks are
+// reordered and events deleted through the widgets.
+#include <QComboBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QSpinBox>
+#include <QtTest>
+
+#include "app/model_version.h"
+#include "modelinput/run_files_import.h"
+#include "records/new_project.h"
+#include "ui/dialog_errors.h"
+#include "ui/dialog_event_blocks.h"
+#include "ui_test_support.h"
+
+using namespace sb;
+using sbtest_ui::onNextModal;
+
+class test_ui_event_blocks : public QObject {
+    Q_OBJECT
+    QTemporaryDir dir_;
+    std::unique_ptr<database> db_;
+    static constexpr int32_t kRecord = 5;
+
+    std::vector<tellura_event_block> stored() {
+        std::vector<tellura_event_block> blocks;
+        std::string errors;
+        if (!loadEventBlocks(*db_, kRecord, blocks, errors)) qWarning("%s", errors.c_str());
+        return blocks;
+    }
+
+    // Presses OK; returns the text of the Errors dialog it showed (empty when none).
+    QString pressOk(dialog_event_blocks& d) {
+        QString shown;
+        onNextModal([&](QWidget* m) {
+            if (auto* e = qobject_cast<dialog_errors*>(m)) shown = e->text();
+            m->close();
+        }, 30);
+        d.accept();
+        QTest::qWait(400);  // let the look-out for a message end
+        return shown;
+    }
+
+    static void choose(QComboBox* combo, const char* text) {
+        const int index = combo->findText(QString::fromUtf8(text));
+        QVERIFY2(index >= 0, text);
+        combo->setCurrentIndex(index);
+    }
+
+private slots:
+    void initTestCase() {
+        std::string errors;
+        const std::string path = dir_.filePath("blocks.sbproj").toStdString();
+        db_ = createNewProject(path, errors);
+        QVERIFY(db_);
+        QVERIFY2(importRunFiles(*db_, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, kRecord, errors), errors.c_str());
+        QVERIFY(!stored().empty());
+    }
+
+    void unknownCropIsRefusedThenTheFixedBlockIsSavedAndReadBack() {
+        const std::vector<tellura_event_block> before = stored();
+        dialog_event_blocks d(*db_, kRecord, kDiurna45);
+        QCOMPARE(d.blockList()->count(), static_cast<int>(before.size()));
+        QCOMPARE(d.weatherChoice()->count(), 4);
+        QCOMPARE(d.weatherChoice()->itemText(2), QStringLiteral("F From the beginning of an actual weather file"));
+
+        d.addBlock();
+        QCOMPARE(d.blockList()->currentRow(), static_cast<int>(before.size()));
+        d.description()->setText("Added block");
+        d.blockField(dialog_event_blocks::kLastYear)->setValue(before.back().lastYear + 3);
+        choose(d.weatherChoice(), weatherChoiceText(kWeatherMean));
+        d.addEvent();
+        d.eventField(dialog_event_blocks::kYear)->setValue(2);
+        d.eventField(dialog_event_blocks::kMonth)->setValue(4);
+        choose(d.eventType(), "CROP");
+        // The item offers the project's crops and takes any typed name.
+        QVERIFY(d.eventItem()->count() > 0);
+        const QString crop = d.eventItem()->itemText(0);
+        d.eventItem()->setEditText("NOSUCH");
+        d.parameter(0)->setValue(1.5);
+
+        const QString refused = pressOk(d);
+        QVERIFY2(refused.contains("ERROR, unknown crop \"NOSUCH\" selected in event for year 2, month 4."),
+                 qPrintable(refused));
+        QCOMPARE(d.result(), int(QDialog::Rejected));
+        QCOMPARE(stored(), before);  // nothing was written
+
+        d.eventItem()->setEditText(crop);
+        const QString shown = pressOk(d);
+        QVERIFY2(!shown.contains("ERROR"), qPrintable(shown));
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        const std::vector<tellura_event_block> after = stored();
+        QCOMPARE(after.size(), before.size() + 1);
+        QVERIFY(after == d.blocks());
+        const tellura_event_block& added = after.back();
+        QCOMPARE(added.description, std::string("Added block"));
+        QCOMPARE(added.blockNumber, static_cast<int16_t>(after.size()));
+        QCOMPARE(added.weatherChoice, static_cast<uint8_t>(kWeatherMean));
+        QCOMPARE(added.events.size(), size_t(1));
+        QCOMPARE(added.events[0].item, crop.toStdString());
+        QCOMPARE(added.events[0].type, static_cast<uint8_t>(kEventCrop));
+        QCOMPARE(added.events[0].year, static_cast<int16_t>(2));
+        QCOMPARE(added.events[0].month, static_cast<uint8_t>(4));
+        QCOMPARE(added.events[0].parameter1, 1.5f);
+    }
+
+    void blocksAreReorderedAndAnEventIsDeleted() {
+        const std::vector<tellura_event_block> before = stored();
+        QVERIFY(before.size() >= 2);
+        dialog_event_blocks d(*db_, kRecord, kDiurna45);
+
+        // The first block with more than one event loses its second.
+        size_t first = 0;
+        while (first < before.size() && before[first].events.size() < 2) ++first;
+        QVERIFY(first < before.size());
+        d.blockList()->setCurrentRow(static_cast<int>(first));
+        d.eventList()->setCurrentRow(1);
+        d.deleteEvent();
+        QCOMPARE(d.eventList()->count(), static_cast<int>(before[first].events.size()) - 1);
+
+        // The last block moves up one place.
+        const int last = static_cast<int>(before.size()) - 1;
+        d.blockList()->setCurrentRow(last);
+        d.moveBlockUp();
+        QCOMPARE(d.blockList()->currentRow(), last - 1);
+        QCOMPARE(d.description()->text(), QString::fromStdString(before.back().description));
+        d.moveBlockUp();  // and on to the top when there is room
+        QCOMPARE(d.blockList()->currentRow(), std::max(last - 2, 0));
+
+        std::vector<tellura_event_block> expected = before;
+        expected[first].events.erase(expected[first].events.begin() + 1);
+        std::rotate(expected.begin() + std::max(last - 2, 0), expected.begin() + last, expected.end());
+        for (size_t i = 0; i < expected.size(); ++i) {
+            expected[i].blockNumber = static_cast<int16_t>(i + 1);  // numbered in the new order
+            for (size_t j = 0; j < expected[i].events.size(); ++j)
+                expected[i].events[j].order = static_cast<int16_t>(j + 1);
+        }
+
+        const QString shown = pressOk(d);
+        QVERIFY2(!shown.contains("ERROR"), qPrintable(shown));
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        const std::vector<tellura_event_block> after = stored();
+        QCOMPARE(after.size(), expected.size());
+        for (size_t i = 0; i < after.size(); ++i) {
+            QCOMPARE(after[i].description, expected[i].description);
+            QCOMPARE(after[i].events.size(), expected[i].events.size());
+            QVERIFY(after[i] == expected[i]);
+        }
+        QVERIFY(after.front().description != before.front().description);
+    }
+
+    void screenshot() {
+        dialog_event_blocks d(*db_, kRecord, kDiurna45);
+        d.resize(900, 560);
+        d.show();
+        d.blockList()->setCurrentRow(0);
+        const QString shotDir = QStringLiteral(SB_BIN_DIR "/../screenshots");
+        QDir().mkpath(shotDir);
+        QTest::qWait(100);
+        const QPixmap pixmap = d.grab();
+        QVERIFY(!pixmap.isNull());
+        QVERIFY(pixmap.save(shotDir + "/event_blocks.png", "PNG"));
+    }
+};
+
+QTEST_MAIN(test_ui_event_blocks)
+#include "test_ui_event_blocks.moc"
