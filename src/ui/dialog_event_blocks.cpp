@@ -15,6 +15,7 @@
 #include "app/text_format.h"
 #include "records/option_list.h"
 #include "ui/dialog_errors.h"
+#include "ui/doc_soilbench.h"
 
 namespace sb {
 
@@ -354,6 +355,14 @@ void dialog_event_blocks::accept() {
         return;
     }
     QDialog::accept();
+}
+
+bool editEventBlocks(doc_soilbench& doc, int version, QWidget* parent) {
+    if (doc.currentRow() < 0) return false;
+    dialog_event_blocks dialog(doc.db(), doc.currentId(), version, parent);
+    if (dialog.exec() != QDialog::Accepted) return false;
+    doc.refreshAll();
+    return true;
 }
 
 }  // namespace sb

@@ -21,6 +21,7 @@ class QSpinBox;
 namespace sb {
 
 class database;
+class doc_soilbench;
 
 class dialog_event_blocks : public QDialog {
     Q_OBJECT
@@ -99,5 +100,9 @@ private:
     QComboBox* eventItem_;
     std::vector<QDoubleSpinBox*> parameters_;
 };
+
+// Opens the editor on the document's current record; the views redraw after a save.
+// False when there is no record or the editor was cancelled.
+bool editEventBlocks(doc_soilbench& doc, int version, QWidget* parent);
 
 }  // namespace sb

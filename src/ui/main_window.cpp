@@ -31,6 +31,7 @@
 #include "records/tellura_weather_station.h"
 #include "ui/control_record_table_model.h"
 #include "ui/dialog_configuration.h"
+#include "ui/dialog_event_blocks.h"
 #include "modelinput/run_files_import.h"
 #include "ui/dialog_errors.h"
 #include "ui/output_table_model.h"
@@ -321,7 +322,12 @@ void main_window::runCommand(command_id id) {
         case command_id::editSoils: return editSoils();
         case command_id::editWeatherStations: return editWeatherStations();
         case command_id::viewEvents:
-            if (doc_) addSubWindow(new view_events(*doc_));
+            if (doc_) {
+                auto* events = new view_events(*doc_);
+                connect(events, &view_events::editRequested, this,
+                        [this] { if (doc_) editEventBlocks(*doc_, settings_.version, this); });
+                addSubWindow(events);
+            }
             return;
         case command_id::viewAnnual: showOutputView(static_cast<int>(table_id::output_annual)); return;
         case command_id::viewMonthly: showOutputView(static_cast<int>(table_id::output_monthly)); return;

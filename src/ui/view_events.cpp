@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPrinter>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -22,6 +23,9 @@ view_events::view_events(doc_soilbench& doc, QWidget* parent) : QWidget(parent),
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(tree_);
+    auto* edit = new QPushButton(QStringLiteral("Edit Event Blocks..."), this);
+    connect(edit, &QPushButton::clicked, this, &view_events::editRequested);
+    layout->addWidget(edit, 0, Qt::AlignLeft);
     connect(&doc_, &doc_soilbench::currentChanged, this, &view_events::reload);
     connect(&doc_, &doc_soilbench::refreshed, this, &view_events::reload);
     reload();

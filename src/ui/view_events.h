@@ -20,6 +20,10 @@ public:
 public slots:
     void reload();
 
+signals:
+    // "Edit Event Blocks..." was pressed: the frame opens the editor.
+    void editRequested();
+
 private:
     doc_soilbench& doc_;
     QTreeWidget* tree_;

@@ -5,14 +5,21 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
 #include <QSpinBox>
+#include <QTreeWidget>
 #include <QtTest>
 
 #include "app/model_version.h"
 #include "modelinput/run_files_import.h"
 #include "records/new_project.h"
+#include "app/app_soilbench.h"
+#include "ui/command_table.h"
 #include "ui/dialog_errors.h"
 #include "ui/dialog_event_blocks.h"
+#include "ui/doc_soilbench.h"
+#include "ui/main_window.h"
+#include "ui/view_events.h"
 #include "ui_test_support.h"
 
 using namespace sb;
@@ -149,6 +156,42 @@ private slots:
             QVERIFY(after[i] == expected[i]);
         }
         QVERIFY(after.front().description != before.front().description);
+    }
+
+    void theEventViewOpensTheEditorAndRedrawsAfterASave() {
+        const std::vector<tellura_event_block> before = stored();
+        app_soilbench settings(dir_.filePath("profile.ini").toStdString());
+        settings.recordList = false;
+        settings.version = kDiurna45;
+        main_window w(settings);
+        QVERIFY(w.openProject(dir_.filePath("blocks.sbproj")));
+        std::string errors;
+        QVERIFY(w.document()->moveToId(kRecord, errors));
+        w.runCommand(command_id::viewEvents);
+        auto* view = w.findChild<view_events*>();
+        QVERIFY(view);
+        QCOMPARE(view->tree()->topLevelItemCount(), static_cast<int>(before.size()));
+        QPushButton* edit = nullptr;
+        for (auto* b : view->findChildren<QPushButton*>())
+            if (b->text() == QStringLiteral("Edit Event Blocks...")) edit = b;
+        QVERIFY(edit);
+
+        int32_t editedId = 0;
+        onNextModal([&](QWidget* m) {
+            auto* d = qobject_cast<dialog_event_blocks*>(m);
+            if (!d) {
+                m->close();
+                return;
+            }
+            editedId = d->windowTitle().section(' ', -1).toInt();
+            d->blockList()->setCurrentRow(0);
+            d->deleteBlock();
+            d->accept();
+        });
+        edit->click();
+        QCOMPARE(editedId, kRecord);
+        QCOMPARE(stored().size(), before.size() - 1);
+        QCOMPARE(view->tree()->topLevelItemCount(), static_cast<int>(before.size()) - 1);
     }
 
     void screenshot() {
