@@ -1,5 +1,6 @@
 // Imports into a project and the option-list export.
 #include <filesystem>
+#include <functional>
 #include <iostream>
 
 #include "app/text_format.h"
@@ -86,39 +87,47 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
     return finish(ok, errors);
 }
 
-int cmdImportWeatherDaily(const import_weather_options& opt) {
+// The three weather imports differ only in how the file is read into the
+// station and which of its rows are then saved.
+using station_import = std::function<bool(sb::TelluraWeatherStations&, std::string&)>;
+using station_save = std::function<bool(sb::database&, const sb::TelluraWeatherStations&, std::string&)>;
+
+int importIntoStation(const import_weather_options& opt, const station_import& read, const station_save& save) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
     sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
-    bool ok = sb::importDailyWeatherFile(opt.file, station, errors);
-    if (ok) ok = sb::saveWeatherStation(*db, station, errors) && sb::saveDailyHistory(*db, station, errors);
+    bool ok = read(station, errors) && sb::saveWeatherStation(*db, station, errors) && save(*db, station, errors);
     return finish(ok, errors);
+}
+
+int cmdImportWeatherDaily(const import_weather_options& opt) {
+    return importIntoStation(
+        opt, [&](sb::TelluraWeatherStations& station, std::string& errors) {
+            return sb::importDailyWeatherFile(opt.file, station, errors);
+        },
+        sb::saveDailyHistory);
 }
 
 int cmdImportWeatherMonthly(const import_weather_options& opt) {
-    auto db = openProject(opt.project);
-    if (!db) return kExitFailed;
-    std::string errors;
-    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
-    bool ok = sb::importMonthlyWeatherFile(opt.file, station, errors);
-    if (ok) ok = sb::saveWeatherStation(*db, station, errors) && sb::saveMonthlyHistory(*db, station, errors);
-    return finish(ok, errors);
+    return importIntoStation(
+        opt, [&](sb::TelluraWeatherStations& station, std::string& errors) {
+            return sb::importMonthlyWeatherFile(opt.file, station, errors);
+        },
+        sb::saveMonthlyHistory);
 }
 
 int cmdImportWeatherAverages(const import_weather_options& opt) {
-    auto db = openProject(opt.project);
-    if (!db) return kExitFailed;
-    std::string errors;
-    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
     // Only the climate names of the site file are taken: the record read into is thrown away.
-    sb::tellura_control_record scratch;
-    bool ok = sb::importSiteFile(opt.file, scratch, nullptr, &station, errors);
-    if (ok) {
-        station.hasMeans = true;
-        ok = sb::saveWeatherStation(*db, station, errors);
-    }
-    return finish(ok, errors);
+    return importIntoStation(
+        opt,
+        [&](sb::TelluraWeatherStations& station, std::string& errors) {
+            sb::tellura_control_record scratch;
+            if (!sb::importSiteFile(opt.file, scratch, nullptr, &station, errors)) return false;
+            station.hasMeans = true;
+            return true;
+        },
+        [](sb::database&, const sb::TelluraWeatherStations&, std::string&) { return true; });
 }
 
 int cmdImportOptionList(const option_list_options& opt) {
