@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "app/text_format.h"
+#include "modelinput/weather_file.h"
 #include "records/option_list.h"
 #include "ui/dialog_errors.h"
 #include "ui/doc_soilbench.h"
@@ -341,10 +342,21 @@ std::vector<tellura_event_block> dialog_event_blocks::blocks() {
     return numbered;
 }
 
+void dialog_event_blocks::loadStationHistories(const std::vector<tellura_event_block>& blocks, std::string& errors) {
+    for (const tellura_event_block& b : blocks) {
+        TelluraWeatherStations* station = b.weatherChoice == kWeatherFile ? stations_.find(b.weatherId) : nullptr;
+        if (!station || !historyLoaded_.insert(b.weatherId).second) continue;
+        loadMonthlyHistory(db_, *station, errors);
+        loadDailyHistory(db_, *station, errors);
+    }
+}
+
 void dialog_event_blocks::accept() {
     const std::vector<tellura_event_block> edited = blocks();
     messages_.clear();
-    validateEventBlocks(edited, version_, project_option_names(options_), stations_, messages_);
+    loadStationHistories(edited, messages_);
+    validateEventBlocks(edited, version_, project_option_names(options_), stations_, messages_,
+                        checkBlockWeatherCoverage);
     showErrorsIfAny(this, messages_);
     // Warnings are shown and the blocks saved; any error keeps the editor open.
     for (const QString& line : QString::fromStdString(messages_).split('\n'))

@@ -5,6 +5,7 @@
 // and saves only when none of them is an error.
 #include <QDialog>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -72,6 +73,8 @@ private:
     void storeEvent();
     void fillItemChoices(int type);
     void refillBlockList();
+    // History of the stations that weather-file blocks name, read once for the coverage warnings.
+    void loadStationHistories(const std::vector<tellura_event_block>& blocks, std::string& errors);
     void refillEventList();
     tellura_event_block* shownBlock();
     static QString blockLabel(const tellura_event_block& block);
@@ -84,6 +87,7 @@ private:
     tellura_weather_station_list stations_;
     std::vector<tellura_event_block> blocks_;
     std::string messages_;
+    std::set<int32_t> historyLoaded_;
     int shownBlock_ = -1;
     int shownEvent_ = -1;
     bool showing_ = false;  // fields are being filled: their changes are not edits

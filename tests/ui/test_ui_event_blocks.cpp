@@ -89,7 +89,7 @@ private slots:
         d.parameter(0)->setValue(1.5);
 
         const QString refused = pressOk(d);
-        QVERIFY2(refused.contains("ERROR, unknown crop \"NOSUCH\" selected in event for year 2, month 4."),
+        QVERIFY2(refused.contains("ERROR, unknown crop \"NOSUCH\" selected in event for year 2, month 4.\n"),
                  qPrintable(refused));
         QCOMPARE(d.result(), int(QDialog::Rejected));
         QCOMPARE(stored(), before);  // nothing was written
@@ -192,6 +192,37 @@ private slots:
         QCOMPARE(editedId, kRecord);
         QCOMPARE(stored().size(), before.size() - 1);
         QCOMPARE(view->tree()->topLevelItemCount(), static_cast<int>(before.size()) - 1);
+    }
+
+    void missingWeatherYearsAreWarnedAboutAndTheBlocksStillSaved() {
+        const std::vector<tellura_event_block> before = stored();
+        QVERIFY(!before.empty());
+        QCOMPARE(before.back().weatherChoice, static_cast<uint8_t>(kWeatherFile));  // the demo's own station
+        dialog_event_blocks d(*db_, kRecord, kDiurna45);
+        d.blockList()->setCurrentRow(static_cast<int>(before.size()) - 1);
+        d.addBlock();
+        QCOMPARE(d.weatherId()->value(), before.back().weatherId);
+        choose(d.weatherChoice(), weatherChoiceText(kWeatherFile));
+        d.blockField(dialog_event_blocks::kFirstYear)->setValue(2100);
+        d.blockField(dialog_event_blocks::kLastYear)->setValue(2100);
+        d.blockField(dialog_event_blocks::kOutputStartingYear)->setValue(2100);
+        const QString shown = pressOk(d);
+        const QString block = QString::number(before.size() + 1);
+        QVERIFY2(shown.contains(QStringLiteral("historical weather data for year 2100 in block %1.").arg(block)),
+                 qPrintable(shown));
+        QVERIFY2(shown.contains(QStringLiteral("historical weather data for year 2101 in block %1.").arg(block)),
+                 qPrintable(shown));
+        QVERIFY2(!shown.contains("ERROR"), qPrintable(shown));
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(stored().size(), before.size() + 1);
+
+        // A weather file block without a station is an error and nothing is saved.
+        dialog_event_blocks again(*db_, kRecord, kDiurna45);
+        again.blockList()->setCurrentRow(static_cast<int>(before.size()));
+        again.weatherId()->setValue(0);
+        QCOMPARE(pressOk(again), QStringLiteral("ERROR, no weather data specified for event block weather choice.\n"));
+        QCOMPARE(again.result(), int(QDialog::Rejected));
+        QCOMPARE(stored().back().weatherId, before.back().weatherId);
     }
 
     void screenshot() {
