@@ -121,21 +121,21 @@ int blockOfYear(const schedule_file& schedule, int year) {
     return static_cast<int>(schedule.blocks.size()) - 1;
 }
 
-bool writeCsv(const csv_file& spec, const run_inputs& inputs, const standin_values& values,
+bool writeCsv(const csv_file& csv, const run_inputs& inputs, const standin_values& values,
               const std::string& prefix, std::string& errors) {
-    std::string path = prefix + spec.suffix;
+    std::string path = prefix + csv.suffix;
     file_ptr file = openOutput(path, errors);
     if (!file) return false;
-    for (int line = 1; line < spec.headerLines; ++line)
+    for (int line = 1; line < csv.headerLines; ++line)
         std::fprintf(file.get(), "# stand-in model output (not the model), header line %d of %d\n",
-                     line, spec.headerLines);
+                     line, csv.headerLines);
     std::fprintf(file.get(), "time");
-    for (const char* column : spec.columns) std::fprintf(file.get(), ",%s", column);
+    for (const char* column : csv.columns) std::fprintf(file.get(), ",%s", column);
     std::fprintf(file.get(), "\n");
     for (int year = inputs.schedule.startYear; year <= inputs.schedule.lastYear; ++year) {
         output_time when{static_cast<float>(year), blockOfYear(inputs.schedule, year), false};
         std::fprintf(file.get(), "%.4f", static_cast<double>(when.time));
-        for (const char* column : spec.columns)
+        for (const char* column : csv.columns)
             std::fprintf(file.get(), ",%.4f", values.value(column, when));
         std::fprintf(file.get(), "\n");
     }
@@ -154,7 +154,7 @@ bool writeDailyReleaseFiles(const run_inputs& inputs, const standin_values& valu
 bool writeRelease6Files(const run_inputs& inputs, const standin_values& values,
                         const std::string& prefix, std::string& errors) {
     bool ok = true;
-    for (const csv_file& spec : kCsvFiles) ok = writeCsv(spec, inputs, values, prefix, errors) && ok;
+    for (const csv_file& csv : kCsvFiles) ok = writeCsv(csv, inputs, values, prefix, errors) && ok;
     return ok;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 // printf-style text building. The model's files and the user's messages are
-// specified as printf formats, so we keep printf semantics (C locale) instead
+// laid out as printf formats, so we keep printf semantics (C locale) instead
 // of re-expressing every format with streams.
 #include <cstdarg>
 #include <string>

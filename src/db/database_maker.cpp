@@ -111,7 +111,7 @@ std::vector<std::string> expandColumnItem(std::string_view item) {
 
 database_maker_table::database_maker_table(std::string name) : name_(std::move(name)) {}
 
-database_maker_table database_maker_table::fromSpec(std::string name, std::string_view columns,
+database_maker_table database_maker_table::fromColumnList(std::string name, std::string_view columns,
                                                     std::vector<database_maker_index> indexes) {
     database_maker_table table(std::move(name));
     for (std::string_view run : splitOutsideParens(columns, ';')) {

@@ -55,7 +55,7 @@ public:
     // Builds a table from the compact column form "TYPE: a, b; TYPE(n): c", e.g.
     // "INTEGER: ID; TEXT(80): Description". Column names may hold blanks and
     // parenthesised subscripts with commas ("DAMR(1,1)").
-    static database_maker_table fromSpec(std::string name, std::string_view columns,
+    static database_maker_table fromColumnList(std::string name, std::string_view columns,
                                          std::vector<database_maker_index> indexes);
 
     void addField(std::string name, int type, int size = 0);

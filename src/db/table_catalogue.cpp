@@ -234,7 +234,7 @@ std::array<database_maker_table, kTableCount> buildCatalogue() {
             keys.push_back(std::move(key));
         }
         tables[static_cast<size_t>(i)] =
-            database_maker_table::fromSpec(entry.name, entry.columns, std::move(keys));
+            database_maker_table::fromColumnList(entry.name, entry.columns, std::move(keys));
     }
     return tables;
 }

@@ -244,7 +244,7 @@ TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
         << errors;
 
     // An index on a column that does not exist stops that table's indexes.
-    database_maker_table keyed = database_maker_table::fromSpec("Keyed", "INTEGER: a, b", {});
+    database_maker_table keyed = database_maker_table::fromColumnList("Keyed", "INTEGER: a, b", {});
     keyed.addIndex("Primary", true, true, {"zz"});
     keyed.addIndex("Second", false, false, {"b"});
     errors.clear();

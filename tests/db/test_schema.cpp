@@ -159,7 +159,7 @@ TEST(TableCatalogue, CropsTreesAndOutputsWrittenOutInFull) {
 }
 
 TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
-    auto table = database_maker_table::fromSpec("Demo", "INTEGER: ID; TEXT(80): Description, Soils 5 ID; "
+    auto table = database_maker_table::fromColumnList("Demo", "INTEGER: ID; TEXT(80): Description, Soils 5 ID; "
                                                         "SINGLE: DAMR(1,2), x(1) to x(2); BIT: flag; BYTE: b; "
                                                         "SMALLINT: s",
                                                 {});

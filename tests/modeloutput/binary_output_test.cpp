@@ -35,7 +35,7 @@ struct binary_run {
     tellura_control_record record;
 };
 
-binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_spec>& blocks, int version = 4) {
+binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_shape>& blocks, int version = 4) {
     sbtest::temp_dir dir;
     binary_layout_catalogue catalogue = smallCatalogue(dir);
     sbtest::writeFile(dir.file("sb.bin"), bytes);

@@ -11,8 +11,8 @@
 #include "test_support.h"
 
 using namespace sb;
-using sbtest::block_spec;
-using sbtest::list_file_spec;
+using sbtest::block_shape;
+using sbtest::list_file_content;
 
 namespace {
 
@@ -118,9 +118,9 @@ TEST(ListHeader, ColumnCountCountsAPartialLastColumn) {
 
 TEST(ListHeader, MatchesRequestedNamesAndWarnsOfOthers) {
     output_variable_set set;
-    list_file_spec spec;
-    spec.names = {"aglcn", "somsc", "mystery", "bgcjmth(3)"};
-    std::string header = sbtest::listHeader(spec);
+    list_file_content content;
+    content.names = {"aglcn", "somsc", "mystery", "bgcjmth(3)"};
+    std::string header = sbtest::listHeader(content);
     std::string errors;
     set.matchHeader(header, header.size() + 1, true, errors);
     EXPECT_EQ(errors, "WARNING, LIS file column 3 name not requested: \"mystery\".\n");
@@ -143,10 +143,10 @@ TEST(ListHeader, MatchesRequestedNamesAndWarnsOfOthers) {
 TEST(ListHeader, NarrowLayoutAndACutLastName) {
     output_variable_set set;
     set.setCurrentVersion(2);
-    list_file_spec spec;
-    spec.narrow = true;
-    spec.names = {"agcacc", "somsc"};
-    std::string header = sbtest::listHeader(spec);
+    list_file_content content;
+    content.narrow = true;
+    content.names = {"agcacc", "somsc"};
+    std::string header = sbtest::listHeader(content);
     std::string errors;
     set.matchHeader(header, header.size() + 1, false, errors);
     EXPECT_EQ(errors, "");
@@ -205,7 +205,7 @@ struct list_run {
     tellura_control_record record;
 };
 
-list_run readList(const std::string& text, int version, const std::vector<block_spec>& blocks) {
+list_run readList(const std::string& text, int version, const std::vector<block_shape>& blocks) {
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("sb.lis"), text);
     list_run run;
@@ -215,20 +215,20 @@ list_run readList(const std::string& text, int version, const std::vector<block_
     return run;
 }
 
-list_file_spec annualSpec() {
-    list_file_spec spec;
-    spec.names = {"agcacc", "somsc", "aglcn", "crpval"};
+list_file_content annualContent() {
+    list_file_content content;
+    content.names = {"agcacc", "somsc", "aglcn", "crpval"};
     for (int y = 1990; y <= 1995; ++y) {
-        spec.times.push_back(y);
-        spec.values.push_back({y * 0.5, y + 0.25, 12.5, 3});
+        content.times.push_back(y);
+        content.values.push_back({y * 0.5, y + 0.25, 12.5, 3});
     }
-    return spec;
+    return content;
 }
 
 }  // namespace
 
 TEST(ListFile, AnnualRowsFillRecordsBlockByBlock) {
-    list_run run = readList(sbtest::listFile(annualSpec()), 2 + 1, {{1992, 12.0f}, {1995, 12.0f}});
+    list_run run = readList(sbtest::listFile(annualContent()), 2 + 1, {{1992, 12.0f}, {1995, 12.0f}});
     ASSERT_TRUE(run.ok) << run.errors;
     EXPECT_EQ(run.errors,
               "3 records read, from years 1990 to 1992.\n"
@@ -245,13 +245,13 @@ TEST(ListFile, AnnualRowsFillRecordsBlockByBlock) {
 }
 
 TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
-    list_file_spec spec;
-    spec.names = {"agcacc", "bgcjmth(1)", "bgcjmth(2)", "bgcjmth(12)"};
+    list_file_content content;
+    content.names = {"agcacc", "bgcjmth(1)", "bgcjmth(2)", "bgcjmth(12)"};
     for (double t : {2000.00, 2000.08, 2000.17, 2000.50}) {
-        spec.times.push_back(t);
-        spec.values.push_back({t, 1.0, 2.0, 12.0});
+        content.times.push_back(t);
+        content.values.push_back({t, 1.0, 2.0, 12.0});
     }
-    list_run run = readList(sbtest::listFile(spec), 4, {{2001, 12.0f}});
+    list_run run = readList(sbtest::listFile(content), 4, {{2001, 12.0f}});
     ASSERT_TRUE(run.ok) << run.errors;
     EXPECT_EQ(run.errors, "4 records read, from years 1999 to 2000.\n");
     auto months = run.record.outputs.monthlyInOrder();
@@ -271,11 +271,11 @@ TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
 
 TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
     for (int version : {3, 5}) {
-        list_file_spec spec;
-        spec.names = {"strcis(1,1)", "metabe(2,3)", "agcacc"};
-        spec.times = {1990, 1991};
-        spec.values = {{1, 2, 3}, {4, 5, 6}};
-        list_run run = readList(sbtest::listFile(spec), version, {{1991, 12.0f}});
+        list_file_content content;
+        content.names = {"strcis(1,1)", "metabe(2,3)", "agcacc"};
+        content.times = {1990, 1991};
+        content.values = {{1, 2, 3}, {4, 5, 6}};
+        list_run run = readList(sbtest::listFile(content), version, {{1991, 12.0f}});
         ASSERT_TRUE(run.ok) << run.errors;
         const auto& out = run.record.outputs;
         ASSERT_TRUE(out.hasEndOfRun);
@@ -285,12 +285,12 @@ TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
         EXPECT_FLOAT_EQ(out.annual[1].single(out.annual[1].column("agcacc")), 6.0f);
     }
     // Version 2 has no such split: its list has no end-of-run names at all.
-    list_file_spec spec;
-    spec.narrow = true;
-    spec.names = {"agcacc", "somsc"};
-    spec.times = {1990};
-    spec.values = {{7, 8}};
-    list_run run = readList(sbtest::listFile(spec), 2, {{1990, 12.0f}});
+    list_file_content content;
+    content.narrow = true;
+    content.names = {"agcacc", "somsc"};
+    content.times = {1990};
+    content.values = {{7, 8}};
+    list_run run = readList(sbtest::listFile(content), 2, {{1990, 12.0f}});
     ASSERT_TRUE(run.ok) << run.errors;
     ASSERT_EQ(run.record.outputs.annual.size(), 1u);
     EXPECT_FLOAT_EQ(run.record.outputs.annual[0].single(run.record.outputs.annual[0].column("somsc")), 8.0f);
@@ -307,23 +307,23 @@ TEST(ListFile, OpenEmptyAndHeaderOnlyFilesFail) {
     EXPECT_FALSE(empty.ok);
     EXPECT_EQ(empty.errors, "ERROR, LIS file is empty.\n");
 
-    list_file_spec spec = annualSpec();
-    list_run headerOnly = readList(sbtest::listHeader(spec) + "\n", 4, {{1990, 12.0f}});
+    list_file_content content = annualContent();
+    list_run headerOnly = readList(sbtest::listHeader(content) + "\n", 4, {{1990, 12.0f}});
     EXPECT_FALSE(headerOnly.ok);
     // Version 4 asks for no crpval; the header is matched before the second line is missed.
     EXPECT_EQ(headerOnly.errors,
               "WARNING, LIS file column 4 name not requested: \"crpval\".\n"
               "ERROR, LIS file missing data.\n");
 
-    list_run noBlocks = readList(sbtest::listFile(spec), 3, {});
+    list_run noBlocks = readList(sbtest::listFile(content), 3, {});
     EXPECT_TRUE(noBlocks.ok);
     EXPECT_EQ(noBlocks.errors, "");
     EXPECT_TRUE(noBlocks.record.outputs.empty());
 }
 
 TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
-    list_file_spec spec = annualSpec();
-    std::string text = sbtest::listFile(spec);
+    list_file_content content = annualContent();
+    std::string text = sbtest::listFile(content);
 
     // Truncated in the middle of a row: the rows before stay, the cut value is
     // read as far as it goes, the block ends with what it has.
@@ -363,19 +363,19 @@ TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
 
 TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
     // 5,000 header columns: every unknown one is reported, the known ones match.
-    list_file_spec spec;
-    spec.names = {"agcacc"};
-    for (int i = 0; i < 4999; ++i) spec.names.push_back(sb::strprintf("v%d", i));
-    spec.times = {1990};
-    spec.values = {std::vector<double>(spec.names.size(), 2.0)};
-    list_run wide = readList(sbtest::listFile(spec), 3, {{1990, 12.0f}});
+    list_file_content content;
+    content.names = {"agcacc"};
+    for (int i = 0; i < 4999; ++i) content.names.push_back(sb::strprintf("v%d", i));
+    content.times = {1990};
+    content.values = {std::vector<double>(content.names.size(), 2.0)};
+    list_run wide = readList(sbtest::listFile(content), 3, {{1990, 12.0f}});
     ASSERT_TRUE(wide.ok);
     EXPECT_EQ(std::count(wide.errors.begin(), wide.errors.end(), '\n'), 5000);
     EXPECT_NE(wide.errors.find("WARNING, LIS file column 5000 name not requested: \"v4998\".\n"), std::string::npos);
     EXPECT_FLOAT_EQ(wide.record.outputs.annual.at(0).single(wide.record.outputs.annual[0].column("agcacc")), 2.0f);
 
     // A row of 100,000 characters is one row, not fifty.
-    list_file_spec shortSpec = annualSpec();
+    list_file_content shortSpec = annualContent();
     std::string text = sbtest::listHeader(shortSpec) + "\n\n" +
                        sbtest::listRow(shortSpec, 1990, {1, 2, 3, 4}) + std::string(100000, ' ') + "9\n" +
                        sbtest::listRow(shortSpec, 1991, {5, 6, 7, 8}) + "\n";
@@ -387,8 +387,8 @@ TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
 }
 
 TEST(ListFile, WindowsLineEndsAndBlankTrailingLines) {
-    list_file_spec spec = annualSpec();
-    std::string text = sbtest::listFile(spec);
+    list_file_content content = annualContent();
+    std::string text = sbtest::listFile(content);
     std::string crlf;
     for (char c : text) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
     list_run run = readList(crlf + "\r\n", 3, {{1995, 12.0f}});

@@ -6,39 +6,39 @@
 
 namespace sbtest {
 
-sb::tellura_control_record recordWithBlocks(const std::vector<block_spec>& blocks) {
+sb::tellura_control_record recordWithBlocks(const std::vector<block_shape>& blocks) {
     sb::tellura_control_record record;
     record.blocks.clear();
     int16_t number = 1;
-    for (const auto& spec : blocks) {
+    for (const auto& shape : blocks) {
         sb::tellura_event_block block;
         block.blockNumber = number++;
-        block.lastYear = static_cast<int16_t>(spec.lastYear);
-        block.outputInterval = spec.outputInterval;
+        block.lastYear = static_cast<int16_t>(shape.lastYear);
+        block.outputInterval = shape.outputInterval;
         record.blocks.push_back(block);
     }
     return record;
 }
 
-std::string listHeader(const list_file_spec& spec) {
+std::string listHeader(const list_file_content& file) {
     // Wide: names start 5 columns into fields 17-32, 33-48, ... (the rows' values
     // end 5 columns before their field does).
-    std::string out = spec.narrow ? sb::strprintf("%7s  ", "time") : sb::strprintf("%11s     ", "time");
-    for (const auto& name : spec.names)
-        out += spec.narrow ? sb::strprintf("%15s", name.c_str())
+    std::string out = file.narrow ? sb::strprintf("%7s  ", "time") : sb::strprintf("%11s     ", "time");
+    for (const auto& name : file.names)
+        out += file.narrow ? sb::strprintf("%15s", name.c_str())
                            : sb::strprintf("     %-11s", name.substr(0, 11).c_str());
     return out;
 }
 
-std::string listRow(const list_file_spec& spec, double time, const std::vector<double>& values) {
-    std::string out = spec.narrow ? sb::strprintf("%7.2f", time) : sb::strprintf("%11.2f", time);
-    for (double v : values) out += spec.narrow ? sb::strprintf("%15.4f", v) : sb::strprintf("     %11.4f", v);
+std::string listRow(const list_file_content& file, double time, const std::vector<double>& values) {
+    std::string out = file.narrow ? sb::strprintf("%7.2f", time) : sb::strprintf("%11.2f", time);
+    for (double v : values) out += file.narrow ? sb::strprintf("%15.4f", v) : sb::strprintf("     %11.4f", v);
     return out;
 }
 
-std::string listFile(const list_file_spec& spec) {
-    std::string out = listHeader(spec) + "\n\n";
-    for (size_t r = 0; r < spec.times.size(); ++r) out += listRow(spec, spec.times[r], spec.values[r]) + "\n";
+std::string listFile(const list_file_content& file) {
+    std::string out = listHeader(file) + "\n\n";
+    for (size_t r = 0; r < file.times.size(); ++r) out += listRow(file, file.times[r], file.values[r]) + "\n";
     return out;
 }
 

@@ -10,27 +10,27 @@
 
 namespace sbtest {
 
-struct block_spec {
+struct block_shape {
     int lastYear;
     float outputInterval;  // months
 };
 
 // A record whose event blocks are exactly these (no blocks for an empty list).
-sb::tellura_control_record recordWithBlocks(const std::vector<block_spec>& blocks);
+sb::tellura_control_record recordWithBlocks(const std::vector<block_shape>& blocks);
 
 // A list file as the utility writes it: "time" right-aligned in the time field,
 // names 5 columns into their field (wide) or right-aligned (narrow), a blank
 // second line, rows of the time and values.
-struct list_file_spec {
+struct list_file_content {
     bool narrow = false;  // version index 2's layout
     std::vector<std::string> names;
     std::vector<double> times;
     // values[row][column]
     std::vector<std::vector<double>> values;
 };
-std::string listHeader(const list_file_spec& spec);
-std::string listRow(const list_file_spec& spec, double time, const std::vector<double>& values);
-std::string listFile(const list_file_spec& spec);
+std::string listHeader(const list_file_content& file);
+std::string listRow(const list_file_content& file, double time, const std::vector<double>& values);
+std::string listFile(const list_file_content& file);
 
 // A logical record: time then the floats.
 std::vector<unsigned char> binaryRecord(float time, const std::vector<float>& values);
