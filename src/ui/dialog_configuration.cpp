@@ -1,4 +1,5 @@
 #include "ui/dialog_configuration.h"
+#include "ui/dialog_buttons.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -72,9 +73,7 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     form->addRow(locationRow);
     form->addRow(readBinary_);
 
-    auto* buttons = new QDialogButtonBox(this);
-    buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(buttons);
@@ -99,8 +98,6 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     connect(locationEdit, &QPushButton::clicked, this, &dialog_configuration::editSelectedLocation);
     connect(locations_, &QListWidget::itemDoubleClicked, this, &dialog_configuration::editSelectedLocation);
     connect(helpEdit, &QPushButton::clicked, this, &dialog_configuration::editHelpFile);
-    connect(buttons, &QDialogButtonBox::accepted, this, &dialog_configuration::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &dialog_configuration::reject);
 }
 
 dialog_configuration::~dialog_configuration() = default;

@@ -1,4 +1,5 @@
 #include "ui/dialog_diurna_output_files.h"
+#include "ui/dialog_buttons.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -25,11 +26,7 @@ dialog_diurna_output_files::dialog_diurna_output_files(app_soilbench& settings, 
         grid->addWidget(box, i % kRows, i / kRows);
         boxes_.push_back(box);
     }
-    auto* buttons = new QDialogButtonBox(this);
-    buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::accepted, this, &dialog_diurna_output_files::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);
     layout->addWidget(buttons);

@@ -1,4 +1,5 @@
 #include "ui/dialog_option_list.h"
+#include "ui/dialog_buttons.h"
 
 #include <QDialogButtonBox>
 #include <QFileDialog>
@@ -63,11 +64,7 @@ dialog_option_list::dialog_option_list(option_list& list, int version, field_hel
     body->addLayout(buttons);
     body->addLayout(pageHolder_, 4);
 
-    auto* box = new QDialogButtonBox(this);
-    box->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    box->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
-    connect(box, &QDialogButtonBox::accepted, this, &dialog_option_list::accept);
-    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* box = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(body, 1);
     layout->addWidget(box);

@@ -1,4 +1,5 @@
 #include "ui/dialog_run.h"
+#include "ui/dialog_buttons.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -73,9 +74,7 @@ dialog_run::dialog_run(int32_t id, const QString& name, const std::vector<tellur
     binary_ = new QCheckBox(QStringLiteral("Read binary output"), this);
     binary_->setChecked(settings_.readBinaryOutput);
 
-    auto* buttons = new QDialogButtonBox(this);
-    buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(heading_);
     layout->addWidget(blocksBox, 1);
@@ -86,8 +85,6 @@ dialog_run::dialog_run(int32_t id, const QString& name, const std::vector<tellur
 
     connect(add, &QPushButton::clicked, this, &dialog_run::addSelected);
     connect(del, &QPushButton::clicked, this, &dialog_run::deleteSelected);
-    connect(buttons, &QDialogButtonBox::accepted, this, &dialog_run::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
 QString dialog_run::heading() const { return heading_->text(); }

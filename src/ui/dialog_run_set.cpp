@@ -1,4 +1,5 @@
 #include "ui/dialog_run_set.h"
+#include "ui/dialog_buttons.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -29,9 +30,7 @@ dialog_run_set::dialog_run_set(QWidget* parent) : QDialog(parent) {
     whereLabel->setBuddy(where_);
     stopOnError_ = new QCheckBox(QStringLiteral("Stop if any precheck errors"), this);
 
-    auto* buttons = new QDialogButtonBox(this);
-    buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* buttons = okCancelButtons(this);
 
     auto* grid = new QGridLayout(this);
     grid->addWidget(idsLabel, 0, 0);
@@ -46,8 +45,6 @@ dialog_run_set::dialog_run_set(QWidget* parent) : QDialog(parent) {
 
     connect(ids_, &QLineEdit::textEdited, this, [this] { idListEdited_ = true; });
     connect(make, &QPushButton::clicked, this, &dialog_run_set::makeWhere);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
 QString dialog_run_set::idList() const { return ids_->text(); }

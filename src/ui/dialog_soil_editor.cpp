@@ -1,4 +1,5 @@
 #include "ui/dialog_soil_editor.h"
+#include "ui/dialog_buttons.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -59,26 +60,17 @@ dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_look
     layerLayout->addLayout(layerHolder_, 2);
 
     layerButtons->addWidget(importButton);
-    auto* listColumn = new QVBoxLayout;
-    listColumn->addWidget(soilList_, 1);
-    auto* soilButtons = new QHBoxLayout;
-    soilButtons->addWidget(addButton);
-    soilButtons->addWidget(deleteButton);
-    listColumn->addLayout(soilButtons);
+    auto* listColumn = listWithButtons(soilList_, {addButton, deleteButton});
     auto* body = new QHBoxLayout;
     body->addLayout(listColumn, 1);
     body->addWidget(soilBox, 3);
     body->addWidget(layerBox, 3);
-    auto* box = new QDialogButtonBox(this);
-    box->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    box->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* box = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(body, 1);
     layout->addWidget(box);
     resize(1200, 700);
 
-    connect(box, &QDialogButtonBox::accepted, this, &dialog_soil_editor::accept);
-    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(soilList_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showSoil);
     connect(layers_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showLayer);
     connect(insert, &QPushButton::clicked, this, [this] {

@@ -1,4 +1,5 @@
 #include "ui/dialog_weather_stations.h"
+#include "ui/dialog_buttons.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -111,25 +112,16 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     dailyLayout->addWidget(deleteDay, 0, Qt::AlignLeft);
     tabs->addTab(dailyPage, QStringLiteral("Daily History"));
     right->addWidget(tabs, 1);
-    auto* left = new QVBoxLayout;
-    left->addWidget(list_, 1);
-    auto* stationButtons = new QHBoxLayout;
-    stationButtons->addWidget(add);
-    stationButtons->addWidget(remove);
-    left->addLayout(stationButtons);
+    auto* left = listWithButtons(list_, {add, remove});
     auto* body = new QHBoxLayout;
     body->addLayout(left, 1);
     body->addLayout(right, 4);
-    auto* box = new QDialogButtonBox(this);
-    box->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    box->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto* box = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(body, 1);
     layout->addWidget(box);
     resize(1100, 520);
 
-    connect(box, &QDialogButtonBox::accepted, this, &dialog_weather_stations::accept);
-    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(list_, &QListWidget::currentRowChanged, this, &dialog_weather_stations::showStation);
     connect(add, &QPushButton::clicked, this, [this] {
         bool ok = false;

@@ -1,4 +1,5 @@
 #include "ui/propsheet_control_record.h"
+#include "ui/dialog_buttons.h"
 
 #include <QDialogButtonBox>
 #include <QMessageBox>
@@ -48,11 +49,7 @@ propsheet_control_record::propsheet_control_record(tellura_control_record& recor
         pages_.push_back(page);
         tabs_->addTab(page, titles[static_cast<int>(i)]);
     }
-    auto* buttons = new QDialogButtonBox(this);
-    buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::accepted, this, &propsheet_control_record::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs_);
     layout->addWidget(buttons);
