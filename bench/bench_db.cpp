@@ -10,24 +10,14 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "db/database_maker.h"
+#include "bench_support.h"
 
 using namespace sb;
 
 namespace {
 
-std::string benchPath(const char* name) {
-    auto dir = std::filesystem::temp_directory_path() / "soilbench-bench";
-    std::filesystem::create_directories(dir);
-    return (dir / name).string();
-}
-
-std::unique_ptr<database> newProject(const std::string& path) {
-    std::string errors;
-    if (!database::create(path, errors)) return nullptr;
-    auto db = database::open(path, errors);
-    if (db) database_maker(*db).createAllTables(errors);
-    return errors.empty() ? std::move(db) : nullptr;
-}
+std::string benchPath(const char* name) { return sbbench::benchPath("soilbench-bench", name); }
+std::unique_ptr<database> newProject(const std::string& path) { return sbbench::emptyProject(path); }
 
 std::unique_ptr<rowset> openTable(database& db, table_id t, std::string_view filter = {},
                                   std::string_view order = {}) {

@@ -10,6 +10,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "db/database_maker.h"
+#include "bench_support.h"
 #include "records/list_control_record_proxies.h"
 #include "records/tellura_control_record.h"
 
@@ -17,19 +18,8 @@ using namespace sb;
 
 namespace {
 
-std::string benchPath(const char* name) {
-    auto dir = std::filesystem::temp_directory_path() / "soilbench-bench-records";
-    std::filesystem::create_directories(dir);
-    return (dir / name).string();
-}
-
-std::unique_ptr<database> newProject(const std::string& path) {
-    std::string errors;
-    if (!database::create(path, errors)) return nullptr;
-    auto db = database::open(path, errors);
-    if (db) database_maker(*db).createAllTables(errors);
-    return errors.empty() ? std::move(db) : nullptr;
-}
+std::string benchPath(const char* name) { return sbbench::benchPath("soilbench-bench-records", name); }
+std::unique_ptr<database> newProject(const std::string& path) { return sbbench::emptyProject(path); }
 
 // The default record with 5 blocks of 40 events each.
 tellura_control_record recordWithEvents() {
