@@ -19,8 +19,7 @@ namespace {
 std::string benchPath(const char* name) { return sbbench::benchPath("soilbench-bench", name); }
 std::unique_ptr<database> newProject(const std::string& path) { return sbbench::emptyProject(path); }
 
-std::unique_ptr<rowset> openTable(database& db, table_id t, std::string_view filter = {},
-                                  std::string_view order = {}) {
+std::unique_ptr<rowset> openTable(database& db, table_id t, std::string_view filter = {}, std::string_view order = {}) {
     db_status status;
     return db.openTable(t, filter, order, status);
 }

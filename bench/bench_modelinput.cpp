@@ -44,7 +44,8 @@ void BM_PrepareRunDirectory(benchmark::State& state) {
         state.SkipWithError("sample run directory not found beside the project");
         return;
     }
-    std::string folder = (std::filesystem::temp_directory_path() / ("sb_bench_run_" + std::to_string(version))).string();
+    std::string folder =
+        (std::filesystem::temp_directory_path() / ("sb_bench_run_" + std::to_string(version))).string();
     std::filesystem::create_directories(folder);
     sb::outfile_flags flags{};
     for (auto _ : state) {

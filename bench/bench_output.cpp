@@ -97,7 +97,8 @@ const std::string& dailyFile() {
     static std::string path = [] {
         std::string p = (benchDir() / "daily.out").string();
         std::FILE* f = std::fopen(p.c_str(), "w");
-        std::fprintf(f, "%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp");
+        std::fprintf(f, "%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux",
+                     "CO2resp");
         for (int year = 1901; year <= 2000; ++year)
             for (int day = 1; day <= 365; ++day)
                 std::fprintf(f, "%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", static_cast<double>(year), day,
@@ -154,8 +155,7 @@ void BM_ListFileParseAndStore(benchmark::State& state) {
     for (auto _ : state) {
         tellura_control_record record = monthlyRun();
         std::string errors;
-        if (!readList(record) || !storeOutputs(*db, 1, record.outputs, errors))
-            state.SkipWithError(errors.c_str());
+        if (!readList(record) || !storeOutputs(*db, 1, record.outputs, errors)) state.SkipWithError(errors.c_str());
     }
     reportRate(state, kMonthlyRows, monthlyListFile());
 }

@@ -85,8 +85,10 @@ void BM_SaveAndReadRecords(benchmark::State& state) {
         }
         auto done = std::chrono::steady_clock::now();
         if (events != records * 200L) state.SkipWithError("events missing on read-back");
-        state.counters["save_ms_per_record"] = std::chrono::duration<double, std::milli>(saved - started).count() / records;
-        state.counters["read_ms_per_record"] = std::chrono::duration<double, std::milli>(done - saved).count() / records;
+        state.counters["save_ms_per_record"] =
+            std::chrono::duration<double, std::milli>(saved - started).count() / records;
+        state.counters["read_ms_per_record"] =
+            std::chrono::duration<double, std::milli>(done - saved).count() / records;
         db.reset();
         std::filesystem::remove(path);
     }

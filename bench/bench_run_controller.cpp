@@ -114,7 +114,8 @@ void BM_RunSet(benchmark::State& state) {
     const double runs = static_cast<double>(records) * static_cast<double>(state.iterations());
     state.counters["records"] = records;
     state.counters["records_per_s"] = benchmark::Counter(runs, benchmark::Counter::kIsRate);
-    state.counters["s_per_record"] = benchmark::Counter(runs, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["s_per_record"] =
+        benchmark::Counter(runs, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_RunSet)
     ->ArgNames({"model_ms", "jobs"})
@@ -167,8 +168,7 @@ BENCHMARK_F(phases, PrepareRunDirectory)(benchmark::State& state) {
     const std::string exe = runDirectory_ + "tellura-standin";
     for (auto _ : state) {
         if (!sb::prepareRunDirectory(record, kVersion, exe, controller_->settings().outfileSelected,
-                                     controller_->optionLists(), controller_->soils(), controller_->stations(),
-                                     errors))
+                                     controller_->optionLists(), controller_->soils(), controller_->stations(), errors))
             state.SkipWithError(errors.c_str());
     }
 }

@@ -17,7 +17,9 @@ struct record_selection {
     std::string filter() const;
 };
 
-struct new_options { std::string project; };
+struct new_options {
+    std::string project;
+};
 struct import_run_files_options {
     std::string project, dir, schedule;
     std::optional<int> id;
@@ -27,13 +29,35 @@ struct import_weather_options {
     std::string project, file, description;
     int station = 0;
 };
-struct option_list_options { std::string project, kind, file; int version = 0; };
-struct import_soil_layers_options { std::string project, file; int soil = 0; };
-struct list_options { std::string project; record_selection selection; };
-struct show_options { std::string project; int id = 0; };
-struct copy_options { std::string project; int id = 0, to = 0; };
-struct delete_options { std::string project; int id = 0; };
-struct prepare_options { std::string project, dir; int id = 0; int version = 0; };
+struct option_list_options {
+    std::string project, kind, file;
+    int version = 0;
+};
+struct import_soil_layers_options {
+    std::string project, file;
+    int soil = 0;
+};
+struct list_options {
+    std::string project;
+    record_selection selection;
+};
+struct show_options {
+    std::string project;
+    int id = 0;
+};
+struct copy_options {
+    std::string project;
+    int id = 0, to = 0;
+};
+struct delete_options {
+    std::string project;
+    int id = 0;
+};
+struct prepare_options {
+    std::string project, dir;
+    int id = 0;
+    int version = 0;
+};
 struct run_options {
     std::string project;
     record_selection selection;
@@ -45,11 +69,26 @@ struct run_options {
     bool binary = false;
     bool visible = false;
 };
-struct export_options { std::string project, table, csv; int id = 0; };
-struct plot_options { std::string project, table, vars, png; int id = 0; };
-struct read_bin_options { std::string file; int version = 0; bool monthly = false; };
-struct config_options { std::string get, set; bool list = false; };
-struct demo_options { std::string dir; };
+struct export_options {
+    std::string project, table, csv;
+    int id = 0;
+};
+struct plot_options {
+    std::string project, table, vars, png;
+    int id = 0;
+};
+struct read_bin_options {
+    std::string file;
+    int version = 0;
+    bool monthly = false;
+};
+struct config_options {
+    std::string get, set;
+    bool list = false;
+};
+struct demo_options {
+    std::string dir;
+};
 
 int cmdNew(const new_options&);
 int cmdImportRunFiles(const import_run_files_options&);

@@ -57,9 +57,7 @@ public:
     bool flush(std::string&) override { return true; }
 
 private:
-    static std::string join(std::string_view s, std::string_view k) {
-        return std::string(s) + "/" + std::string(k);
-    }
+    static std::string join(std::string_view s, std::string_view k) { return std::string(s) + "/" + std::string(k); }
     void put(std::string key, std::string value, bool isInt) {
         if (entry* e = findEntry(key)) {
             e->value = std::move(value);

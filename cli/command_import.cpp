@@ -103,7 +103,8 @@ int importIntoStation(const import_weather_options& opt, const station_import& r
 
 int cmdImportWeatherDaily(const import_weather_options& opt) {
     return importIntoStation(
-        opt, [&](sb::TelluraWeatherStations& station, std::string& errors) {
+        opt,
+        [&](sb::TelluraWeatherStations& station, std::string& errors) {
             return sb::importDailyWeatherFile(opt.file, station, errors);
         },
         sb::saveDailyHistory);
@@ -111,7 +112,8 @@ int cmdImportWeatherDaily(const import_weather_options& opt) {
 
 int cmdImportWeatherMonthly(const import_weather_options& opt) {
     return importIntoStation(
-        opt, [&](sb::TelluraWeatherStations& station, std::string& errors) {
+        opt,
+        [&](sb::TelluraWeatherStations& station, std::string& errors) {
             return sb::importMonthlyWeatherFile(opt.file, station, errors);
         },
         sb::saveMonthlyHistory);

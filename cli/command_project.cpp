@@ -40,8 +40,7 @@ int cmdList(const list_options& opt) {
         return finish(false, errors);
     }
     const auto& row = table->row();
-    const int description = row.column("Description"), soil = row.column("Soil ID"),
-              weather = row.column("Weather ID");
+    const int description = row.column("Description"), soil = row.column("Soil ID"), weather = row.column("Weather ID");
     long number = 0;
     std::cout << "  No.    ID   Soil Weather  Description\n";
     sb::db_status s = table->moveFirst();

@@ -57,8 +57,9 @@ int cmdPrepare(const prepare_options& opt) {
     // The run directory is the folder of the model executable: name one in the chosen folder.
     bool ok = sb::prepareRunDirectory(record, version, dir + "model", settings.outfileSelected,
                                       controller.optionLists(), controller.soils(), controller.stations(), errors);
-    if (ok) std::cout << "Wrote the run directory of record " << opt.id << " for "
-                      << sb::versionDisplayName(version) << " in " << opt.dir << ".\n";
+    if (ok)
+        std::cout << "Wrote the run directory of record " << opt.id << " for " << sb::versionDisplayName(version)
+                  << " in " << opt.dir << ".\n";
     return finish(ok, errors);
 }
 

@@ -120,7 +120,8 @@ bool addVariants(sb::database& db, std::string& errors, int& records) {
             for (const char* fert : kFertilizers) {
                 sb::tellura_control_record record = base;
                 record.setId(++id);
-                record.row.setText("Description", sb::strprintf("%s, %s, %s", soilVariant.name + 5, rotation.name, fert));
+                record.row.setText("Description",
+                                   sb::strprintf("%s, %s, %s", soilVariant.name + 5, rotation.name, fert));
                 record.row.setNumber("Soil ID", soilId);
                 record.row.setText("Initial Crop", rotation.crop);
                 for (auto& block : record.blocks)
@@ -234,8 +235,8 @@ int cmdDemo(const demo_options& opt) {
     std::cout << "\nProject:  " << project << "\n";
     if (charted) std::cout << "Chart:    " << png << "\n";
     std::cout << "Run log:  " << logPath << "\n";
-    std::cout << "Open the project in the desktop application with:\n  "
-              << besideProgram("soilbench-gui") << " " << project << "\n";
+    std::cout << "Open the project in the desktop application with:\n  " << besideProgram("soilbench-gui") << " "
+              << project << "\n";
     std::cout << "or look at it here: soilbench list " << project << "; soilbench export " << project
               << " --id 1 --table annual\n";
     return finish(result.failed == 0 && charted, errors);

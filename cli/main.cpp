@@ -55,9 +55,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "show help for every subcommand");
     static std::function<int()> action;
-    auto on = [&](CLI::App* cmd, std::function<int()> fn) {
-        cmd->callback([fn] { action = fn; });
-    };
+    auto on = [&](CLI::App* cmd, std::function<int()> fn) { cmd->callback([fn] { action = fn; }); };
 
     new_options newOpt;
     auto* cNew = app.add_subcommand("new", "create a project with every table and a default record");
@@ -72,7 +70,9 @@ int main(int argc, char** argv) {
     cRunFiles->add_option("DIR", runFiles.dir, "the run directory")->required();
     cRunFiles->add_option("--schedule", runFiles.schedule, "schedule file (default: the only .sch in DIR)");
     cRunFiles->add_option("--id", runFiles.id, "ID of the new record (default: one past the highest)");
-    cRunFiles->add_option("--version", runFiles.version, "model version the files are written for (default: the configured one)")
+    cRunFiles
+        ->add_option("--version", runFiles.version,
+                     "model version the files are written for (default: the configured one)")
         ->check(CLI::Range(1, 6));
     on(cRunFiles, [&] { return cmdImportRunFiles(runFiles); });
 
@@ -88,7 +88,8 @@ int main(int argc, char** argv) {
     cMonthly->add_option("FILE", monthly.file)->required();
     cMonthly->add_option("--station", monthly.station)->required();
     on(cMonthly, [&] { return cmdImportWeatherMonthly(monthly); });
-    auto* cAverages = cImport->add_subcommand("weather-averages", "import a station's climate means from a <site>.100 file");
+    auto* cAverages =
+        cImport->add_subcommand("weather-averages", "import a station's climate means from a <site>.100 file");
     cAverages->add_option("PROJECT", averages.project)->required();
     cAverages->add_option("SITEFILE", averages.file)->required();
     cAverages->add_option("--station", averages.station)->required();
@@ -120,7 +121,9 @@ int main(int argc, char** argv) {
     cOptExport->add_option("PROJECT", optExport.project)->required();
     cOptExport->add_option("KIND", optExport.kind, std::string("one of: ") + kinds)->required();
     cOptExport->add_option("FILE", optExport.file)->required();
-    cOptExport->add_option("--version", optExport.version, "model version code 1-6")->required()->check(CLI::Range(1, 6));
+    cOptExport->add_option("--version", optExport.version, "model version code 1-6")
+        ->required()
+        ->check(CLI::Range(1, 6));
     on(cOptExport, [&] { return cmdExportOptionList(optExport); });
     cExportGroup->callback([&] {
         if (cOptExport->parsed()) return;
@@ -207,9 +210,7 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
-    } catch (const CLI::CallForAllHelp& e) {
+    } catch (const CLI::CallForHelp& e) { return app.exit(e); } catch (const CLI::CallForAllHelp& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
         app.exit(e);

@@ -11,18 +11,17 @@
 #include "records/tellura_control_record.h"
 
 namespace {
-std::string scratch(const char* suffix) {
-    return "/tmp/sb_fuzz_binary_" + std::to_string(getpid()) + suffix;
-}
+std::string scratch(const char* suffix) { return "/tmp/sb_fuzz_binary_" + std::to_string(getpid()) + suffix; }
 
 const sb::binary_layout_catalogue& catalogue() {
     static sb::binary_layout_catalogue layouts = [] {
         sb::binary_layout_catalogue c;
         std::string path = scratch(".tsv");
         if (std::FILE* f = std::fopen(path.c_str(), "w")) {
-            std::fputs("block\tindex\tname\nplot1\t1\tagcacc\nplot1\t2\tstrcis(1,1)\nplot1\t3\tsomsc\n"
-                       "plot2\t1\taglcn\nplot2\t2\tbgcjmth(1)\nplot2\t3\tbgcjmth(2)\nplot3\t1\tfrstc\nplot3\t2\tcrpval\n",
-                       f);
+            std::fputs(
+                "block\tindex\tname\nplot1\t1\tagcacc\nplot1\t2\tstrcis(1,1)\nplot1\t3\tsomsc\n"
+                "plot2\t1\taglcn\nplot2\t2\tbgcjmth(1)\nplot2\t3\tbgcjmth(2)\nplot3\t1\tfrstc\nplot3\t2\tcrpval\n",
+                f);
             std::fclose(f);
         }
         std::string errors;

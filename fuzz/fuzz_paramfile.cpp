@@ -25,8 +25,8 @@ struct fuzz_record : sb::tellura_input {
     bool setField(std::string_view name, double value, std::string& errors) override {
         sb::field_setter set(name, value, errors);
         set.array1("A", one, 3) || set.array2("B", two, 4, 3) || set.array3("C", three, 2, 3, 4) ||
-            set.array3Reversed("D", reversed, 2, 3, 4, 5) || set.int8("S", small) ||
-            set.int32("L", large) || set.boolean("F", flag);
+            set.array3Reversed("D", reversed, 2, 3, 4, 5) || set.int8("S", small) || set.int32("L", large) ||
+            set.boolean("F", flag);
         return set.found();
     }
     void writeValues(std::string&, int) const override {}

@@ -55,8 +55,7 @@ void appendOneByteFramed(std::string& out, const std::string& data) {
     out += static_cast<char>(last);
 }
 
-bool decodeOneByte(const std::string& bytes, std::vector<std::vector<float>>& records,
-                   std::string& errors) {
+bool decodeOneByte(const std::string& bytes, std::vector<std::vector<float>>& records, std::string& errors) {
     size_t at = 1;
     std::string logical;
     while (at < bytes.size()) {
@@ -65,8 +64,7 @@ bool decodeOneByte(const std::string& bytes, std::vector<std::vector<float>>& re
         size_t length = marker == kContinued ? 128 : marker;
         if (marker > kContinued || at + length + 1 > bytes.size() ||
             static_cast<unsigned char>(bytes[at + length]) != marker) {
-            errors += "stand-in list100: error: broken physical record at byte " +
-                      std::to_string(at - 1) + "\n";
+            errors += "stand-in list100: error: broken physical record at byte " + std::to_string(at - 1) + "\n";
             return false;
         }
         logical.append(bytes, at, length);
@@ -79,14 +77,12 @@ bool decodeOneByte(const std::string& bytes, std::vector<std::vector<float>>& re
     return true;
 }
 
-bool decodeFourByte(const std::string& bytes, std::vector<std::vector<float>>& records,
-                    std::string& errors) {
+bool decodeFourByte(const std::string& bytes, std::vector<std::vector<float>>& records, std::string& errors) {
     size_t at = 0;
     while (at + 4 <= bytes.size()) {
         uint32_t length = readLittleEndian32(bytes, at);
         if (at + 8 + length > bytes.size() || readLittleEndian32(bytes, at + 4 + length) != length) {
-            errors += "stand-in list100: error: broken record marker at byte " +
-                      std::to_string(at) + "\n";
+            errors += "stand-in list100: error: broken record marker at byte " + std::to_string(at) + "\n";
             return false;
         }
         records.push_back(recordFloats(bytes.substr(at + 4, length)));
@@ -101,8 +97,7 @@ binary_framing framingOfRelease(int release) {
     return release == 1 ? binary_framing::fourByteMarkers : binary_framing::oneByteMarkers;
 }
 
-std::string encodeBinaryFile(const std::vector<std::vector<float>>& records,
-                             binary_framing framing) {
+std::string encodeBinaryFile(const std::vector<std::vector<float>>& records, binary_framing framing) {
     std::string out;
     if (framing == binary_framing::oneByteMarkers) out += static_cast<char>(kFormatByte);
     for (const std::vector<float>& record : records) {
@@ -119,8 +114,7 @@ std::string encodeBinaryFile(const std::vector<std::vector<float>>& records,
     return out;
 }
 
-bool decodeBinaryFile(const std::string& bytes, std::vector<std::vector<float>>& records,
-                      std::string& errors) {
+bool decodeBinaryFile(const std::string& bytes, std::vector<std::vector<float>>& records, std::string& errors) {
     if (bytes.empty()) {
         errors += "stand-in list100: error: binary file is empty\n";
         return false;

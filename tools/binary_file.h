@@ -16,11 +16,9 @@ enum class binary_framing { fourByteMarkers, oneByteMarkers };
 binary_framing framingOfRelease(int release);
 
 // Encodes logical records (each a run of little-endian float32) into file bytes.
-std::string encodeBinaryFile(const std::vector<std::vector<float>>& records,
-                             binary_framing framing);
+std::string encodeBinaryFile(const std::vector<std::vector<float>>& records, binary_framing framing);
 
 // Decodes a file written in either framing (told apart by the first byte).
-bool decodeBinaryFile(const std::string& bytes, std::vector<std::vector<float>>& records,
-                      std::string& errors);
+bool decodeBinaryFile(const std::string& bytes, std::vector<std::vector<float>>& records, std::string& errors);
 
 }  // namespace standin

@@ -12,22 +12,22 @@ namespace {
 // puts them into array 1 in this order (as the model keeps most of its
 // variables there), and the monthly root names after them.
 const char* const kDefaultNames[] = {
-    "agcacc", "agcprd", "aglcis(1)", "aglcis(2)", "aglcn", "aglivc", "aglive(1)", "aglive(2)",
-    "aglive(3)", "aminrl(1)", "aminrl(2)", "aminrl(3)", "avh2o(1)", "avh2o(2)", "avh2o(3)",
-    "bgcacc", "bgcjacc", "bgcmacc", "bgcprd", "bgcjprd", "bgcmprd", "bglcn", "bglcnj", "bglcnm",
-    "bglivc", "bglivcj", "bglivcm", "cgrain", "cinput", "clittr(1,1)", "clittr(2,1)",
-    "clittr(1,2)", "clittr(2,2)", "cprodc", "cproda", "cprodf", "creta", "crootc", "crpval",
-    "eupprd(1)", "eupprd(2)", "eupprd(3)", "fbrchc", "fcprd", "fertac(1)", "fertac(2)",
-    "fertac(3)", "frootc", "frstc", "metabc(1)", "metabc(2)", "metabe(1,1)", "metabe(1,2)",
-    "metabe(1,3)", "metabe(2,1)", "metabe(2,2)", "metabe(2,3)", "metcis(1,1)", "metcis(1,2)",
-    "metcis(2,1)", "metcis(2,2)", "petann", "prcann", "resp(1)", "resp(2)", "rleavc", "rlwodc",
-    "runoff", "sclosa", "scloss", "sdrema", "shrema", "som1c(1)", "som1c(2)", "som2c(1)",
-    "som2c(2)", "som3c", "somsc", "somtc", "stdedc", "strcis(1,1)", "strcis(1,2)", "strcis(2,1)",
-    "strcis(2,2)", "strmac(1)", "strmac(2)", "strmac(3)", "strmac(4)", "strmac(5)", "strmac(6)",
-    "strmac(7)", "strmac(8)", "strucc(1)", "strucc(2)", "struce(1,1)", "struce(1,2)",
-    "struce(1,3)", "struce(2,1)", "struce(2,2)", "struce(2,3)", "tcerat(1)", "tcrem", "totc",
-    "totsysc", "totsyse(1)", "totsyse(2)", "totsyse(3)", "wdfx", "woode(1)", "woode(2)",
-    "woode(3)"};
+    "agcacc",      "agcprd",      "aglcis(1)",   "aglcis(2)",   "aglcn",       "aglivc",      "aglive(1)",
+    "aglive(2)",   "aglive(3)",   "aminrl(1)",   "aminrl(2)",   "aminrl(3)",   "avh2o(1)",    "avh2o(2)",
+    "avh2o(3)",    "bgcacc",      "bgcjacc",     "bgcmacc",     "bgcprd",      "bgcjprd",     "bgcmprd",
+    "bglcn",       "bglcnj",      "bglcnm",      "bglivc",      "bglivcj",     "bglivcm",     "cgrain",
+    "cinput",      "clittr(1,1)", "clittr(2,1)", "clittr(1,2)", "clittr(2,2)", "cprodc",      "cproda",
+    "cprodf",      "creta",       "crootc",      "crpval",      "eupprd(1)",   "eupprd(2)",   "eupprd(3)",
+    "fbrchc",      "fcprd",       "fertac(1)",   "fertac(2)",   "fertac(3)",   "frootc",      "frstc",
+    "metabc(1)",   "metabc(2)",   "metabe(1,1)", "metabe(1,2)", "metabe(1,3)", "metabe(2,1)", "metabe(2,2)",
+    "metabe(2,3)", "metcis(1,1)", "metcis(1,2)", "metcis(2,1)", "metcis(2,2)", "petann",      "prcann",
+    "resp(1)",     "resp(2)",     "rleavc",      "rlwodc",      "runoff",      "sclosa",      "scloss",
+    "sdrema",      "shrema",      "som1c(1)",    "som1c(2)",    "som2c(1)",    "som2c(2)",    "som3c",
+    "somsc",       "somtc",       "stdedc",      "strcis(1,1)", "strcis(1,2)", "strcis(2,1)", "strcis(2,2)",
+    "strmac(1)",   "strmac(2)",   "strmac(3)",   "strmac(4)",   "strmac(5)",   "strmac(6)",   "strmac(7)",
+    "strmac(8)",   "strucc(1)",   "strucc(2)",   "struce(1,1)", "struce(1,2)", "struce(1,3)", "struce(2,1)",
+    "struce(2,2)", "struce(2,3)", "tcerat(1)",   "tcrem",       "totc",        "totsysc",     "totsyse(1)",
+    "totsyse(2)",  "totsyse(3)",  "wdfx",        "woode(1)",    "woode(2)",    "woode(3)"};
 
 int arrayOfBlock(const std::string& block) {
     if (block == "plot1") return 1;
@@ -55,11 +55,15 @@ std::string layoutFromIndex(const std::string& dir, int release) {
 
 array_counts arrayCounts(int release) {
     switch (release) {
-    case 1: return {280, 109, 129};
-    case 3:
-    case 5: return {340, 120, 129};
-    case 4: return {445, 218, 139};
-    default: return {279, 105, 111};
+        case 1:
+            return {280, 109, 129};
+        case 3:
+        case 5:
+            return {340, 120, 129};
+        case 4:
+            return {445, 218, 139};
+        default:
+            return {279, 105, 111};
     }
 }
 
@@ -74,8 +78,7 @@ int layout_entry::offset(const array_counts& counts) const {
     return start + index - 1;
 }
 
-bool binary_layout::readFile(const std::string& path, const array_counts& counts,
-                             std::string& errors) {
+bool binary_layout::readFile(const std::string& path, const array_counts& counts, std::string& errors) {
     std::vector<std::string> lines;
     if (!readLines(path, lines)) {
         errors += "stand-in model: error: cannot read layout file " + path + "\n";
@@ -89,8 +92,7 @@ bool binary_layout::readFile(const std::string& path, const array_counts& counts
         int array = fields.size() == 3 ? arrayOfBlock(fields[0]) : 0;
         std::optional<long> index = array ? parseInteger(fields[1]) : std::nullopt;
         if (!index || *index < 1 || *index > limits[array]) {
-            errors += "stand-in model: error: malformed layout line " + path + " line " +
-                      std::to_string(i + 1) + "\n";
+            errors += "stand-in model: error: malformed layout line " + path + " line " + std::to_string(i + 1) + "\n";
             return false;
         }
         entries_.push_back({array, static_cast<int>(*index), fields[2]});
@@ -113,8 +115,7 @@ void binary_layout::useDefault(const array_counts& counts) {
 
 bool binary_layout::load(int release, const std::string& exeDir, std::string& errors) {
     array_counts counts = arrayCounts(release);
-    if (const char* path = std::getenv("SB_STANDIN_LAYOUT"); path && *path)
-        return readFile(path, counts, errors);
+    if (const char* path = std::getenv("SB_STANDIN_LAYOUT"); path && *path) return readFile(path, counts, errors);
     std::string dir = exeDir + "/../share/binary-layouts/";
     std::string indexed = layoutFromIndex(dir, release);
     if (!indexed.empty()) return readFile(dir + indexed, counts, errors);

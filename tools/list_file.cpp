@@ -47,8 +47,7 @@ std::string formatListFile(int release, const std::vector<std::string>& names,
     return text;
 }
 
-bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console,
-                   std::string& errors) {
+bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console, std::string& errors) {
     std::string binaryPath = withExtension(request.binaryFile, ".bin");
     std::ifstream binary(binaryPath, std::ios::binary);
     if (!binary) {

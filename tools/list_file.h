@@ -22,8 +22,7 @@ struct list_request {
 };
 
 // Console text goes to `console`; problems (containing "error") to `errors`.
-bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console,
-                   std::string& errors);
+bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console, std::string& errors);
 
 // The text of a list file, for records already decoded.
 std::string formatListFile(int release, const std::vector<std::string>& names,

@@ -20,11 +20,9 @@ bool checkScheduledItems(const run_inputs& inputs, std::string& errors) {
     bool ok = true;
     auto check = [&](const char* file, const std::string& item, const std::string& where) {
         const parameter_file& options = inputs.options.at(file);
-        if (!options.find(item))
-            ok = fail(errors, where + ": option \"" + item + "\" not found in " + file);
+        if (!options.find(item)) ok = fail(errors, where + ": option \"" + item + "\" not found in " + file);
     };
-    if (!inputs.schedule.initialCrop.empty())
-        check("crop.100", inputs.schedule.initialCrop, "initial crop");
+    if (!inputs.schedule.initialCrop.empty()) check("crop.100", inputs.schedule.initialCrop, "initial crop");
     for (const schedule_block& block : inputs.schedule.blocks)
         for (const schedule_event& event : block.events)
             if (const char* file = optionFileOfCommand(event.command))
@@ -62,12 +60,35 @@ bool readOutfiles(run_inputs& inputs, std::string& errors) {
     if (!readLines("outfiles.in", lines)) return fail(errors, "cannot read outfiles.in");
     if (lines.empty() || lines[0].rfind("Output (0/1)", 0) != 0)
         return fail(errors, "outfiles.in has no \"Output (0/1)\" header");
-    static const char* const kNames[] = {
-        "", "bio.out", "soiln.out", "soiltavg.out", "soiltmax.out", "soiltmin.out", "stemp_dx.out",
-        "vswc.out", "watrbal.out", "wfps.out", "co2.out", "wflux.out", "resp.out",
-        "year_summary.out", "livec.out", "deadc.out", "soilc.out", "sysc.out", "tgmonth.out",
-        "dN2lyr.out", "dN2Olyr.out", "dels.out", "dc_sip.csv", "harvest.csv", "cflows.out",
-        "year_cflows.out", "daily.out", "nflux.out", "summary.out"};
+    static const char* const kNames[] = {"",
+                                         "bio.out",
+                                         "soiln.out",
+                                         "soiltavg.out",
+                                         "soiltmax.out",
+                                         "soiltmin.out",
+                                         "stemp_dx.out",
+                                         "vswc.out",
+                                         "watrbal.out",
+                                         "wfps.out",
+                                         "co2.out",
+                                         "wflux.out",
+                                         "resp.out",
+                                         "year_summary.out",
+                                         "livec.out",
+                                         "deadc.out",
+                                         "soilc.out",
+                                         "sysc.out",
+                                         "tgmonth.out",
+                                         "dN2lyr.out",
+                                         "dN2Olyr.out",
+                                         "dels.out",
+                                         "dc_sip.csv",
+                                         "harvest.csv",
+                                         "cflows.out",
+                                         "year_cflows.out",
+                                         "daily.out",
+                                         "nflux.out",
+                                         "summary.out"};
     for (size_t i = 1; i < lines.size() && i <= 28; ++i) {
         std::vector<std::string> tokens = splitBlanks(lines[i]);
         std::optional<long> flag = tokens.empty() ? std::nullopt : parseInteger(tokens[0]);
@@ -102,8 +123,7 @@ bool readSitepar(std::string& errors) {
     for (size_t i = 0; i < lines.size(); ++i) {
         std::vector<std::string> tokens = splitBlanks(lines[i]);
         if (tokens.empty()) continue;
-        if (!parseNumber(tokens[0]))
-            return fail(errors, "malformed sitepar.in line " + std::to_string(i + 1));
+        if (!parseNumber(tokens[0])) return fail(errors, "malformed sitepar.in line " + std::to_string(i + 1));
         ++values;
     }
     if (values == 0) return fail(errors, "sitepar.in is empty");
@@ -135,8 +155,7 @@ bool run_inputs::read(int releaseCode, const run_file_names& names, std::string&
     ok = checkScheduledItems(*this, errors);
     bool dailyWeather = release == 4 || release == 6;
     for (const schedule_block& block : schedule.blocks)
-        if (!block.weatherFile.empty())
-            ok = readWeather(block.weatherFile, dailyWeather, *this, errors) && ok;
+        if (!block.weatherFile.empty()) ok = readWeather(block.weatherFile, dailyWeather, *this, errors) && ok;
     return ok;
 }
 
@@ -151,8 +170,7 @@ double run_inputs::siteValue(const char* name, double fallback) const {
     return site.records().front().value(name).value_or(fallback);
 }
 
-double run_inputs::optionValue(const char* file, const std::string& item, const char* field,
-                               double fallback) const {
+double run_inputs::optionValue(const char* file, const std::string& item, const char* field, double fallback) const {
     auto list = options.find(file);
     const parameter_record* record = list == options.end() ? nullptr : list->second.find(item);
     return record ? record->value(field).value_or(fallback) : fallback;

@@ -22,15 +22,14 @@ struct run_inputs {
     parameter_file fixed;
     std::map<std::string, parameter_file> options;  // by file name, e.g. "crop.100"
     std::map<int, double> precipitationByYear;      // from the weather files, cm
-    bool outfileSelected[29] = {};                   // daily-step release, numbered from 1
+    bool outfileSelected[29] = {};                  // daily-step release, numbered from 1
     int soilLayers = 0;
 
     // Reads every file the release needs from the current directory.
     bool read(int release, const run_file_names& names, std::string& errors);
     bool outfileWanted(const std::string& fileName) const;
     double siteValue(const char* name, double fallback) const;
-    double optionValue(const char* file, const std::string& item, const char* field,
-                       double fallback) const;
+    double optionValue(const char* file, const std::string& item, const char* field, double fallback) const;
 };
 
 // Works out the release from the schedule when the caller did not name it:

@@ -15,12 +15,11 @@ struct command_info {
 };
 
 const command_info kCommands[] = {
-    {"CROP", "crop.100", true}, {"PLTM", nullptr, false},  {"HARV", "harv.100", true},
-    {"FRST", nullptr, false},   {"LAST", nullptr, false},  {"SENM", nullptr, false},
-    {"FERT", "fert.100", true}, {"CULT", "cult.100", true}, {"OMAD", "omad.100", true},
-    {"IRRI", "irri.100", true}, {"GRAZ", "graz.100", true}, {"EROD", nullptr, false},
-    {"FIRE", "fire.100", true}, {"TREE", "tree.100", true}, {"TREM", "trem.100", true},
-    {"TFST", nullptr, false},   {"TLST", nullptr, false},  {"DRAN", nullptr, true},
+    {"CROP", "crop.100", true}, {"PLTM", nullptr, false},   {"HARV", "harv.100", true}, {"FRST", nullptr, false},
+    {"LAST", nullptr, false},   {"SENM", nullptr, false},   {"FERT", "fert.100", true}, {"CULT", "cult.100", true},
+    {"OMAD", "omad.100", true}, {"IRRI", "irri.100", true}, {"GRAZ", "graz.100", true}, {"EROD", nullptr, false},
+    {"FIRE", "fire.100", true}, {"TREE", "tree.100", true}, {"TREM", "trem.100", true}, {"TFST", nullptr, false},
+    {"TLST", nullptr, false},   {"DRAN", nullptr, true},
 };
 
 const command_info* findCommand(const std::string& name) {
@@ -38,8 +37,7 @@ public:
     const std::string& take() { return lines_[next_++]; }
     const std::string& peek() const { return lines_[next_]; }
     bool fail(const std::string& what) {
-        errors_ += "stand-in model: error: " + path_ + " line " + std::to_string(next_) + ": " +
-                   what + "\n";
+        errors_ += "stand-in model: error: " + path_ + " line " + std::to_string(next_) + ": " + what + "\n";
         return false;
     }
     // The leading integer of the next line (the value before its label).
@@ -123,8 +121,7 @@ std::optional<std::string> takeArgument(line_reader& in, const std::vector<std::
     return next.front();
 }
 
-bool readEvent(line_reader& in, const std::string& line, schedule_file& schedule,
-               schedule_block& block) {
+bool readEvent(line_reader& in, const std::string& line, schedule_file& schedule, schedule_block& block) {
     std::vector<std::string> tokens = splitBlanks(line);
     std::optional<long> year = tokens.size() > 2 ? parseInteger(tokens[0]) : std::nullopt;
     std::optional<long> when = tokens.size() > 2 ? parseInteger(tokens[1]) : std::nullopt;

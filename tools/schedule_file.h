@@ -22,7 +22,7 @@ struct schedule_block {
     int outputStartYear = 0;
     double intervalMonths = 12;  // output interval converted to months
     char weatherChoice = 'M';
-    std::string weatherFile;     // for choice F
+    std::string weatherFile;  // for choice F
     std::vector<schedule_event> events;
 
     bool monthlyOutput() const { return intervalMonths < 11.5; }
@@ -35,10 +35,10 @@ struct schedule_file {
     std::string initialCrop;
     std::vector<schedule_block> blocks;
     // What the file's shape says about the release that it was written for.
-    bool hasIdLine = false;        // "#ID name" first line: releases 3 to 6
-    bool hasPhShift = false;       // releases 3 to 5
-    bool dayOfYearDates = false;   // "%04d %03d" dates: the daily-step release
-    bool itemsOnOwnLine = false;   // release 2
+    bool hasIdLine = false;       // "#ID name" first line: releases 3 to 6
+    bool hasPhShift = false;      // releases 3 to 5
+    bool dayOfYearDates = false;  // "%04d %03d" dates: the daily-step release
+    bool itemsOnOwnLine = false;  // release 2
 
     bool read(const std::string& path, std::string& errors);
 };

@@ -97,9 +97,8 @@ std::string binaryFileName(const standin_options& options) {
     return name.find('.') == std::string::npos ? name + ".bin" : name;
 }
 
-bool writeOutputs(const standin_options& options, const run_inputs& inputs,
-                  const std::string& exeDir, const test_mode& mode, std::string& console,
-                  std::string& errors) {
+bool writeOutputs(const standin_options& options, const run_inputs& inputs, const std::string& exeDir,
+                  const test_mode& mode, std::string& console, std::string& errors) {
     standin_values values(inputs);
     if (inputs.release == 6) {
         std::string prefix = options.arg("-o");
@@ -124,8 +123,8 @@ bool writeOutputs(const standin_options& options, const run_inputs& inputs,
     return ok;
 }
 
-int runModel(const standin_options& options, const std::string& exeDir, const test_mode& mode,
-             std::string& console, std::string& errors) {
+int runModel(const standin_options& options, const std::string& exeDir, const test_mode& mode, std::string& console,
+             std::string& errors) {
     int release = workOutRelease(options);
     if (release < 1 || release > 6) {
         errors += "stand-in model: error: cannot tell which release to imitate (use --release)\n";
@@ -136,23 +135,22 @@ int runModel(const standin_options& options, const std::string& exeDir, const te
     run_inputs inputs;
     if (!inputs.read(release, fileNames(options, release), errors)) return 1;
     console += "Simulating years " + std::to_string(inputs.schedule.startYear) + " to " +
-               std::to_string(inputs.schedule.lastYear) + " in " +
-               std::to_string(inputs.schedule.blocks.size()) + " block(s)\n";
+               std::to_string(inputs.schedule.lastYear) + " in " + std::to_string(inputs.schedule.blocks.size()) +
+               " block(s)\n";
     if (!writeOutputs(options, inputs, exeDir, mode, console, errors)) return 1;
     return 0;
 }
 
-int runList100(const standin_options& options, const std::string& exeDir, const test_mode& mode,
-               std::string& console, std::string& errors) {
+int runList100(const standin_options& options, const std::string& exeDir, const test_mode& mode, std::string& console,
+               std::string& errors) {
     if (options.positional.size() < 3) {
         errors += "stand-in list100: error: expected BINARY LIST VARIABLES file names\n";
         return 1;
     }
     list_request request{options.positional[0], options.positional[1], options.positional[2]};
     if (!writeListFile(request, exeDir, console, errors)) return 1;
-    if (mode.kind == mode_kind::garbage) spoilFile(request.listFile.find('.') == std::string::npos
-                                                       ? request.listFile + ".lis"
-                                                       : request.listFile);
+    if (mode.kind == mode_kind::garbage)
+        spoilFile(request.listFile.find('.') == std::string::npos ? request.listFile + ".lis" : request.listFile);
     return 0;
 }
 
@@ -180,8 +178,7 @@ int main(int argc, char** argv) {
     std::string exeDir = exeDirectory(argv[0]);
     int status = options.list100 ? runList100(options, exeDir, mode, console, errors)
                                  : runModel(options, exeDir, mode, console, errors);
-    if (mode.kind == mode_kind::error)
-        errors += "stand-in model: error: printed on request (test mode \"error\")\n";
+    if (mode.kind == mode_kind::error) errors += "stand-in model: error: printed on request (test mode \"error\")\n";
     if (mode.kind == mode_kind::silent) return status;
     std::fputs(console.c_str(), stdout);
     std::fputs(errors.c_str(), stdout);

@@ -7,26 +7,25 @@
 namespace standin {
 
 const char* helpText() {
-    return
-        "tellura-standin: a STAND-IN for the Tellura model, for Soilbench's tests and demo.\n"
-        "It is not the model: it reads and checks the input files Soilbench writes and writes\n"
-        "outputs in the model's formats with simple numbers computed from the inputs.\n"
-        "\n"
-        "Model command lines (in the run directory):\n"
-        "  release 1:    -s sb -n sb.bin -W sbNew.100\n"
-        "  releases 2-5: -s sb -n sb   (or -n sb.bin)\n"
-        "  release 6:    -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .\n"
-        "List utility: sb sb sb_outvars.txt  (also when started under a name containing\n"
-        "\"list100\", e.g. the list100-standin link)\n"
-        "\n"
-        "Options of the stand-in:\n"
-        "  --release N     imitate release N (also SB_STANDIN_RELEASE); otherwise taken from\n"
-        "                  the command line (1, 6) or the schedule's shape (2 to 5)\n"
-        "  --mode M        test mode (also SB_STANDIN_MODE): normal, hang, crash, crash=abort,\n"
-        "                  silent, error, garbage, huge, slow=SECONDS\n"
-        "  --help          this text\n"
-        "Layout of variables in the binary file: SB_STANDIN_LAYOUT, or\n"
-        "<exe dir>/../share/binary-layouts/version<N>.tsv, or a built-in placement.\n";
+    return "tellura-standin: a STAND-IN for the Tellura model, for Soilbench's tests and demo.\n"
+           "It is not the model: it reads and checks the input files Soilbench writes and writes\n"
+           "outputs in the model's formats with simple numbers computed from the inputs.\n"
+           "\n"
+           "Model command lines (in the run directory):\n"
+           "  release 1:    -s sb -n sb.bin -W sbNew.100\n"
+           "  releases 2-5: -s sb -n sb   (or -n sb.bin)\n"
+           "  release 6:    -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .\n"
+           "List utility: sb sb sb_outvars.txt  (also when started under a name containing\n"
+           "\"list100\", e.g. the list100-standin link)\n"
+           "\n"
+           "Options of the stand-in:\n"
+           "  --release N     imitate release N (also SB_STANDIN_RELEASE); otherwise taken from\n"
+           "                  the command line (1, 6) or the schedule's shape (2 to 5)\n"
+           "  --mode M        test mode (also SB_STANDIN_MODE): normal, hang, crash, crash=abort,\n"
+           "                  silent, error, garbage, huge, slow=SECONDS\n"
+           "  --help          this text\n"
+           "Layout of variables in the binary file: SB_STANDIN_LAYOUT, or\n"
+           "<exe dir>/../share/binary-layouts/version<N>.tsv, or a built-in placement.\n";
 }
 
 int standin_options::releaseFromArguments() const {

@@ -9,12 +9,12 @@ namespace standin {
 
 struct standin_options {
     bool help = false;
-    bool list100 = false;                  // act as the list utility
-    int release = 0;                       // 0: work it out from the arguments and files
-    std::string mode = "normal";           // test mode, see --help
+    bool list100 = false;                      // act as the list utility
+    int release = 0;                           // 0: work it out from the arguments and files
+    std::string mode = "normal";               // test mode, see --help
     std::map<std::string, std::string> model;  // "-s" -> "sb", ...
-    std::vector<std::string> positional;   // list utility: binary, list, variables files
-    std::string problem;                   // a bad argument
+    std::vector<std::string> positional;       // list utility: binary, list, variables files
+    std::string problem;                       // a bad argument
 
     // The release that the model arguments alone decide (1 and 6), or 0.
     int releaseFromArguments() const;

@@ -17,8 +17,7 @@ float modelTime(int year, int monthsAfter) {
 void addBlockTimes(const schedule_block& block, int index, std::vector<output_time>& times) {
     int first = std::min(std::max(block.outputStartYear, block.firstYear), block.lastYear);
     if (!block.monthlyOutput()) {
-        for (int year = first; year <= block.lastYear; ++year)
-            times.push_back({modelTime(year, 0), index, false});
+        for (int year = first; year <= block.lastYear; ++year) times.push_back({modelTime(year, 0), index, false});
         return;
     }
     int step = std::max(1, static_cast<int>(std::lround(block.intervalMonths)));
@@ -33,13 +32,11 @@ void addBlockTimes(const schedule_block& block, int index, std::vector<output_ti
 
 std::vector<output_time> outputTimes(const schedule_file& schedule) {
     std::vector<output_time> times;
-    for (size_t i = 0; i < schedule.blocks.size(); ++i)
-        addBlockTimes(schedule.blocks[i], static_cast<int>(i), times);
+    for (size_t i = 0; i < schedule.blocks.size(); ++i) addBlockTimes(schedule.blocks[i], static_cast<int>(i), times);
     return times;
 }
 
-standin_values::standin_values(const run_inputs& inputs)
-    : inputs_(inputs), clay_(inputs.siteValue("clay", 0.2)) {}
+standin_values::standin_values(const run_inputs& inputs) : inputs_(inputs), clay_(inputs.siteValue("clay", 0.2)) {}
 
 double standin_values::precipitation(int year) const {
     auto it = inputs_.precipitationByYear.find(year);
@@ -55,8 +52,7 @@ double standin_values::fertilizerUpTo(int year) const {
     for (const schedule_block& block : inputs_.schedule.blocks) {
         double perYear = 0;
         for (const schedule_event& event : block.events)
-            if (event.command == "FERT")
-                perYear += inputs_.optionValue("fert.100", event.item, "feramt(1)", 0.0);
+            if (event.command == "FERT") perYear += inputs_.optionValue("fert.100", event.item, "feramt(1)", 0.0);
         perYear /= std::max(1, block.repeats);
         int years = std::min(year, block.lastYear) - block.firstYear + 1;
         if (years > 0) total += perYear * years;
@@ -92,8 +88,7 @@ double standin_values::value(const std::string& name, const output_time& when) c
     if (key == "prcann") return precipitation(year);
     // Every other variable: its own fixed mix of the two, from its name.
     unsigned hash = nameHash(key);
-    return (hash % 1000) / 10.0 + somsc * ((hash >> 10) % 50) / 1000.0 +
-           aglivc * ((hash >> 16) % 10) / 10.0;
+    return (hash % 1000) / 10.0 + somsc * ((hash >> 10) % 50) / 1000.0 + aglivc * ((hash >> 16) % 10) / 10.0;
 }
 
 }  // namespace standin

@@ -26,7 +26,7 @@ public:
     explicit standin_values(const run_inputs& inputs);
     // The value of one output variable (names as the model spells them).
     double value(const std::string& name, const output_time& when) const;
-    double precipitation(int year) const;  // cm per year
+    double precipitation(int year) const;   // cm per year
     double fertilizerUpTo(int year) const;  // cumulative N, g/m2
 
 private:

@@ -48,10 +48,9 @@ bool parseMode(const std::string& text, test_mode& mode) {
     static const struct {
         const char* name;
         mode_kind kind;
-    } kModes[] = {{"normal", mode_kind::normal}, {"hang", mode_kind::hang},
-                  {"crash", mode_kind::crash},   {"crash=abort", mode_kind::crashAbort},
-                  {"silent", mode_kind::silent}, {"error", mode_kind::error},
-                  {"garbage", mode_kind::garbage}, {"huge", mode_kind::huge}};
+    } kModes[] = {{"normal", mode_kind::normal},          {"hang", mode_kind::hang},     {"crash", mode_kind::crash},
+                  {"crash=abort", mode_kind::crashAbort}, {"silent", mode_kind::silent}, {"error", mode_kind::error},
+                  {"garbage", mode_kind::garbage},        {"huge", mode_kind::huge}};
     for (const auto& entry : kModes)
         if (text == entry.name) {
             mode.kind = entry.kind;
@@ -67,12 +66,20 @@ bool parseMode(const std::string& text, test_mode& mode) {
 
 void runModeBeforeWork(const test_mode& mode) {
     switch (mode.kind) {
-    case mode_kind::hang: hang();
-    case mode_kind::crash: crash(SIGSEGV);
-    case mode_kind::crashAbort: crash(SIGABRT);
-    case mode_kind::slow: std::this_thread::sleep_for(std::chrono::duration<double>(mode.slowSeconds)); break;
-    case mode_kind::huge: printHuge(); break;
-    default: break;
+        case mode_kind::hang:
+            hang();
+        case mode_kind::crash:
+            crash(SIGSEGV);
+        case mode_kind::crashAbort:
+            crash(SIGABRT);
+        case mode_kind::slow:
+            std::this_thread::sleep_for(std::chrono::duration<double>(mode.slowSeconds));
+            break;
+        case mode_kind::huge:
+            printHuge();
+            break;
+        default:
+            break;
     }
 }
 

@@ -23,9 +23,7 @@ int daysInYear(int year) {
 
 // The day's time with two decimals, cut (not rounded) so that the last days
 // of a year do not read as the next year.
-double dayTime(int year, int day) {
-    return year + std::floor(100.0 * (day - 1) / daysInYear(year)) / 100.0;
-}
+double dayTime(int year, int day) { return year + std::floor(100.0 * (day - 1) / daysInYear(year)) / 100.0; }
 
 // Trace-gas numbers of one day: nitrogen fluxes follow the fertilizer given so
 // far and the soil's clay, respiration the soil carbon and the season.
@@ -65,20 +63,19 @@ bool writeDailyFiles(const run_inputs& inputs, const standin_values& values, std
     if (wantDaily && !(daily = openOutput("daily.out", errors))) return false;
     if (wantSummary && !(summary = openOutput("summary.out", errors))) return false;
     if (daily)
-        std::fprintf(daily.get(), "%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin",
-                     "N2Oflux", "NOflux", "CO2resp");
+        std::fprintf(daily.get(), "%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux",
+                     "CO2resp");
     if (summary) writeSummaryHeader(summary.get());
     for (int year = inputs.schedule.startYear; year <= inputs.schedule.lastYear; ++year) {
         double ppt = values.precipitation(year);
         for (int day = 1; day <= daysInYear(year); ++day) {
             day_values v = dayValues(inputs, values, year, day);
             if (daily)
-                std::fprintf(daily.get(), "%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n",
-                             static_cast<double>(year), day, v.tmax, v.tmin, v.n2oflux, v.noflux,
-                             v.co2resp);
+                std::fprintf(daily.get(), "%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", static_cast<double>(year), day,
+                             v.tmax, v.tmin, v.n2oflux, v.noflux, v.co2resp);
             if (summary)
-                std::fprintf(summary.get(), kSummaryRow, dayTime(year, day), v.n2oflux,
-                             v.noflux, v.n2flux, v.ch4, v.nit, ppt * day / daysInYear(year));
+                std::fprintf(summary.get(), kSummaryRow, dayTime(year, day), v.n2oflux, v.noflux, v.n2flux, v.ch4,
+                             v.nit, ppt * day / daysInYear(year));
         }
     }
     return true;
@@ -90,8 +87,8 @@ bool writeYearSummary(const run_inputs& inputs, const standin_values& values, st
     writeSummaryHeader(file.get());
     for (int year = inputs.schedule.startYear; year <= inputs.schedule.lastYear; ++year) {
         day_values v = dayValues(inputs, values, year, 180);
-        std::fprintf(file.get(), kSummaryRow, year + 0.92, 365 * v.n2oflux, 365 * v.noflux,
-                     365 * v.n2flux, 365 * v.ch4, 365 * v.nit, values.precipitation(year));
+        std::fprintf(file.get(), kSummaryRow, year + 0.92, 365 * v.n2oflux, 365 * v.noflux, 365 * v.n2flux, 365 * v.ch4,
+                     365 * v.nit, values.precipitation(year));
     }
     return true;
 }
@@ -105,9 +102,10 @@ struct csv_file {
 };
 
 const csv_file kCsvFiles[] = {
-    {".cropC.csv", 1,
-     {"agcacc", "aglcis(1)", "aglcis(2)", "bgcacc", "bglivc", "cgrain", "cinput", "cprodc", "creta",
-      "sdrema", "shrema", "stdedc"}},
+    {".cropC.csv",
+     1,
+     {"agcacc", "aglcis(1)", "aglcis(2)", "bgcacc", "bglivc", "cgrain", "cinput", "cprodc", "creta", "sdrema", "shrema",
+      "stdedc"}},
     {".soilC.csv", 1, {"somsc", "somtc", "som1c(1)", "som1c(2)", "som2c(1)", "som2c(2)", "som3c", "totc"}},
     {".CO2.csv", 13, {"resp(1)", "resp(2)", "totsysc"}},
     {".ForestC.csv", 13, {"rleavc", "frootc", "fbrchc", "rlwodc", "crootc", "frstc", "woode(1)"}},
@@ -121,22 +119,21 @@ int blockOfYear(const schedule_file& schedule, int year) {
     return static_cast<int>(schedule.blocks.size()) - 1;
 }
 
-bool writeCsv(const csv_file& csv, const run_inputs& inputs, const standin_values& values,
-              const std::string& prefix, std::string& errors) {
+bool writeCsv(const csv_file& csv, const run_inputs& inputs, const standin_values& values, const std::string& prefix,
+              std::string& errors) {
     std::string path = prefix + csv.suffix;
     file_ptr file = openOutput(path, errors);
     if (!file) return false;
     for (int line = 1; line < csv.headerLines; ++line)
-        std::fprintf(file.get(), "# stand-in model output (not the model), header line %d of %d\n",
-                     line, csv.headerLines);
+        std::fprintf(file.get(), "# stand-in model output (not the model), header line %d of %d\n", line,
+                     csv.headerLines);
     std::fprintf(file.get(), "time");
     for (const char* column : csv.columns) std::fprintf(file.get(), ",%s", column);
     std::fprintf(file.get(), "\n");
     for (int year = inputs.schedule.startYear; year <= inputs.schedule.lastYear; ++year) {
         output_time when{static_cast<float>(year), blockOfYear(inputs.schedule, year), false};
         std::fprintf(file.get(), "%.4f", static_cast<double>(when.time));
-        for (const char* column : csv.columns)
-            std::fprintf(file.get(), ",%.4f", values.value(column, when));
+        for (const char* column : csv.columns) std::fprintf(file.get(), ",%.4f", values.value(column, when));
         std::fprintf(file.get(), "\n");
     }
     return true;
@@ -144,15 +141,14 @@ bool writeCsv(const csv_file& csv, const run_inputs& inputs, const standin_value
 
 }  // namespace
 
-bool writeDailyReleaseFiles(const run_inputs& inputs, const standin_values& values,
-                            std::string& errors) {
+bool writeDailyReleaseFiles(const run_inputs& inputs, const standin_values& values, std::string& errors) {
     bool ok = writeDailyFiles(inputs, values, errors);
     if (inputs.outfileWanted("year_summary.out")) ok = writeYearSummary(inputs, values, errors) && ok;
     return ok;
 }
 
-bool writeRelease6Files(const run_inputs& inputs, const standin_values& values,
-                        const std::string& prefix, std::string& errors) {
+bool writeRelease6Files(const run_inputs& inputs, const standin_values& values, const std::string& prefix,
+                        std::string& errors) {
     bool ok = true;
     for (const csv_file& csv : kCsvFiles) ok = writeCsv(csv, inputs, values, prefix, errors) && ok;
     return ok;

@@ -58,12 +58,9 @@ void write(settings_store& store, const binding& b) {
     std::visit(
         [&](auto* field) {
             using T = std::remove_pointer_t<decltype(field)>;
-            if constexpr (std::is_same_v<T, bool>)
-                store.writeInt(b.section, b.key, *field ? 1 : 0);
-            else if constexpr (std::is_same_v<T, std::string>)
-                store.writeString(b.section, b.key, *field);
-            else
-                store.writeInt(b.section, b.key, static_cast<long long>(*field));
+            if constexpr (std::is_same_v<T, bool>) store.writeInt(b.section, b.key, *field ? 1 : 0);
+            else if constexpr (std::is_same_v<T, std::string>) store.writeString(b.section, b.key, *field);
+            else store.writeInt(b.section, b.key, static_cast<long long>(*field));
         },
         b.field);
 }
@@ -197,8 +194,7 @@ void app_soilbench::saveRecentFiles(settings_store& store) const {
         std::string key = strprintf("File%d", number);
         if (number <= static_cast<int>(recentFiles.size()))
             store.writeString(kRecentFiles, key, recentFiles[number - 1]);
-        else
-            store.remove(kRecentFiles, key);
+        else store.remove(kRecentFiles, key);
     }
 }
 
@@ -220,9 +216,7 @@ std::string app_soilbench::list100Executable(int code) const {
 
 std::string app_soilbench::modelExecutablePath(int code) const { return localPath(modelExecutable(code)); }
 
-std::string app_soilbench::list100ExecutablePath(int code) const {
-    return localPath(list100Executable(code));
-}
+std::string app_soilbench::list100ExecutablePath(int code) const { return localPath(list100Executable(code)); }
 
 std::string app_soilbench::runDirectory(int code) const { return directoryOf(modelExecutablePath(code)); }
 
@@ -243,8 +237,7 @@ std::string localPath(const std::string& configured) {
     if (configured.empty()) return {};
     std::string path = configured;
     std::replace(path.begin(), path.end(), '\\', '/');
-    if (path.size() >= 2 && std::isalpha(static_cast<unsigned char>(path[0])) && path[1] == ':')
-        path.erase(0, 2);
+    if (path.size() >= 2 && std::isalpha(static_cast<unsigned char>(path[0])) && path[1] == ':') path.erase(0, 2);
     if (path.empty()) return {};
     std::filesystem::path result(path);
     if (result.is_relative()) {

@@ -18,8 +18,8 @@ QString fullKey(std::string_view section, std::string_view key) {
 }  // namespace
 
 ini_settings_store::ini_settings_store()
-    : settings_(std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
-                                            QStringLiteral("Varnak"), QStringLiteral("Soilbench"))) {}
+    : settings_(std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Varnak"),
+                                            QStringLiteral("Soilbench"))) {}
 
 ini_settings_store::ini_settings_store(const std::string& path)
     : settings_(std::make_unique<QSettings>(QString::fromStdString(path), QSettings::IniFormat)) {}
@@ -41,10 +41,8 @@ bool ini_settings_store::readString(std::string_view section, std::string_view k
     QVariant stored = settings_->value(fullKey(section, key));
     if (!stored.isValid()) return false;
     // A value holding a comma reads back as a list; join it again.
-    if (stored.typeId() == QMetaType::QStringList)
-        value = stored.toStringList().join(QLatin1Char(',')).toStdString();
-    else
-        value = stored.toString().toStdString();
+    if (stored.typeId() == QMetaType::QStringList) value = stored.toStringList().join(QLatin1Char(',')).toStdString();
+    else value = stored.toString().toStdString();
     return true;
 }
 

@@ -13,9 +13,7 @@ static const model_version_info kVersions[kVersionCount] = {
 
 bool isValidVersion(int code) { return code >= 1 && code <= kVersionCount; }
 
-const model_version_info* findModelVersion(int code) {
-    return isValidVersion(code) ? &kVersions[code - 1] : nullptr;
-}
+const model_version_info* findModelVersion(int code) { return isValidVersion(code) ? &kVersions[code - 1] : nullptr; }
 
 const char* versionDisplayName(int code) {
     const model_version_info* info = findModelVersion(code);

@@ -85,8 +85,8 @@ struct database_impl {
     bool openConnection(const std::string& name, const std::string& options, db_status& status) {
         if (!db.isValid()) db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
         if (!db.isValid()) {
-            status = statusOf(kStatusStoreError, strprintf("The database driver %s is not available.",
-                                                           dialect->driverName()));
+            status = statusOf(kStatusStoreError,
+                              strprintf("The database driver %s is not available.", dialect->driverName()));
             return false;
         }
         db.close();
@@ -237,9 +237,8 @@ std::unique_ptr<database> database::open(const std::string& path, std::string& e
     std::error_code ec;
     // The store would quietly make a new empty file for a wrong path; refuse instead.
     if (!std::filesystem::is_regular_file(path, ec))
-        return fail(statusOf(kStatusStoreError, std::filesystem::exists(path, ec)
-                                                    ? "The path is not a file."
-                                                    : "The file does not exist."));
+        return fail(statusOf(kStatusStoreError, std::filesystem::exists(path, ec) ? "The path is not a file."
+                                                                                  : "The file does not exist."));
     auto impl = std::make_unique<database_impl>();
     impl->path = path;
     impl->readOnly = isWriteProtected(path);
@@ -333,9 +332,7 @@ void database::abandonSession() {
     endSession();
 }
 
-session::session(database& db) : db_(db) {
-    ok_ = open_ = db_.beginSession(storeError_);
-}
+session::session(database& db) : db_(db) { ok_ = open_ = db_.beginSession(storeError_); }
 
 session::~session() { close(); }
 
@@ -363,8 +360,8 @@ struct rowset_impl {
     std::vector<int> columns;  // catalogue column -> result column (a copy: DDL may drop the cache)
     bool executed = false;
     bool exhausted = false;
-    long fetched = 0;     // rows taken from the cursor so far
-    long position = -1;   // -1 before the first row; == count after the last
+    long fetched = 0;                 // rows taken from the cursor so far
+    long position = -1;               // -1 before the first row; == count after the last
     std::deque<table_record> window;  // the rows fetched last, ending at fetched - 1
     long windowStart = 0;
 };
@@ -373,7 +370,10 @@ rowset::rowset(database& db, table_id table, std::string selectText)
     : rowset(db, table, std::move(selectText), std::make_unique<table_record>(table)) {}
 
 rowset::rowset(database& db, table_id table, std::string selectText, std::unique_ptr<table_record> bound)
-    : db_(db), table_(table), select_(std::move(selectText)), row_(std::move(bound)),
+    : db_(db),
+      table_(table),
+      select_(std::move(selectText)),
+      row_(std::move(bound)),
       impl_(std::make_unique<rowset_impl>()) {}
 
 rowset::~rowset() { close(); }
@@ -481,8 +481,7 @@ db_status rowset::moveLast() {
         status = restart();
         if (!status.ok()) return status;
     }
-    while (fetchOne(status)) {
-    }
+    while (fetchOne(status)) {}
     if (status.failed()) return status;
     if (impl_->fetched == 0) {
         impl_->position = 0;
@@ -527,10 +526,17 @@ db_status checkValue(const table_record& record, int col) {
     double low = -HUGE_VAL, high = HUGE_VAL;
     switch (field.type) {
         case kTypeByte:
-        case kTypeByteSigned: low = 0, high = 255; break;
-        case kTypeSmallint: low = -32768, high = 32767; break;
-        case kTypeInteger: low = -2147483648.0, high = 2147483647.0; break;
-        default: break;
+        case kTypeByteSigned:
+            low = 0, high = 255;
+            break;
+        case kTypeSmallint:
+            low = -32768, high = 32767;
+            break;
+        case kTypeInteger:
+            low = -2147483648.0, high = 2147483647.0;
+            break;
+        default:
+            break;
     }
     if (!std::isfinite(value))
         return statusOf(kStatusValueOutOfRange,
@@ -548,9 +554,12 @@ QVariant storeValue(const table_record& record, int col) {
     if (record.isText(col)) return QVariant(qs(record.text(col)));
     switch (record.def().fields()[static_cast<size_t>(col)].type) {
         case kTypeSingle:
-        case kTypeDouble: return QVariant(record.number(col));
-        case kTypeBit: return QVariant(static_cast<qlonglong>(record.number(col) != 0.0 ? 1 : 0));
-        default: return QVariant(static_cast<qlonglong>(record.number(col)));
+        case kTypeDouble:
+            return QVariant(record.number(col));
+        case kTypeBit:
+            return QVariant(static_cast<qlonglong>(record.number(col) != 0.0 ? 1 : 0));
+        default:
+            return QVariant(static_cast<qlonglong>(record.number(col)));
     }
 }
 

@@ -45,12 +45,11 @@ public:
     db_status execute(std::string_view sql);
 
     // "SELECT * FROM `name`" + " WHERE " filter + " ORDER BY " order; empty parts are left out.
-    static std::string selectText(std::string_view table, std::string_view filter,
-                                  std::string_view order);
+    static std::string selectText(std::string_view table, std::string_view filter, std::string_view order);
     // Opens a table as a scrollable row set positioned before its first row.
     // On failure returns null and fills the status.
-    std::unique_ptr<rowset> openTable(table_id table, std::string_view filter,
-                                      std::string_view order, db_status& status);
+    std::unique_ptr<rowset> openTable(table_id table, std::string_view filter, std::string_view order,
+                                      db_status& status);
 
     // Sessions nest: only the outermost one begins and commits the transaction,
     // so a whole record save (row, site data, blocks, soil) is one unit.
@@ -121,13 +120,12 @@ public:
     void close();
 
 protected:
-    explicit rowset(database& db, table_id table, std::string selectText,
-                    std::unique_ptr<table_record> bound);
+    explicit rowset(database& db, table_id table, std::string selectText, std::unique_ptr<table_record> bound);
 
 private:
     friend class database;
-    db_status prepare();        // compiles the SELECT; reports a missing table or column
-    db_status restart();        // runs the SELECT from its start
+    db_status prepare();  // compiles the SELECT; reports a missing table or column
+    db_status restart();  // runs the SELECT from its start
     bool fetchOne(db_status& status);
     db_status moveTo(long target);
 

@@ -10,21 +10,35 @@ namespace sb {
 
 const char* sqlTypeText(int typeCode) {
     switch (typeCode) {
-        case kTypeSmallint: return "SMALLINT";
-        case kTypeInteger: return "INTEGER";
-        case kTypeSingle: return "SINGLE";
-        case kTypeDouble: return "DOUBLE";
-        case kTypeCurrency: return "CURRENCY";
-        case kTypeDatetime: return "datetime";
-        case kTypeBit: return "BIT";
+        case kTypeSmallint:
+            return "SMALLINT";
+        case kTypeInteger:
+            return "INTEGER";
+        case kTypeSingle:
+            return "SINGLE";
+        case kTypeDouble:
+            return "DOUBLE";
+        case kTypeCurrency:
+            return "CURRENCY";
+        case kTypeDatetime:
+            return "datetime";
+        case kTypeBit:
+            return "BIT";
         case kTypeByteSigned:
-        case kTypeByte: return "BYTE";
-        case kTypeBlob: return "BLOB(2G)";
-        case kTypeText: return "TEXT";
-        case kTypeWideText: return "WIDETEXT";
-        case kTypeNumeric: return "NUMERIC";
-        case kTypeMemo: return "MEMO";
-        default: return "ERROR, Unknown field type";
+        case kTypeByte:
+            return "BYTE";
+        case kTypeBlob:
+            return "BLOB(2G)";
+        case kTypeText:
+            return "TEXT";
+        case kTypeWideText:
+            return "WIDETEXT";
+        case kTypeNumeric:
+            return "NUMERIC";
+        case kTypeMemo:
+            return "MEMO";
+        default:
+            return "ERROR, Unknown field type";
     }
 }
 
@@ -51,7 +65,10 @@ std::vector<std::string_view> splitOutsideParens(std::string_view text, char sep
 
 // "SINGLE" or "TEXT(80)" -> type code and size; false for a word we do not know.
 bool parseTypeWord(std::string_view word, int& type, int& size) {
-    static const struct { const char* text; int code; } kWords[] = {
+    static const struct {
+        const char* text;
+        int code;
+    } kWords[] = {
         {"SMALLINT", kTypeSmallint}, {"INTEGER", kTypeInteger}, {"SINGLE", kTypeSingle},
         {"DOUBLE", kTypeDouble},     {"BIT", kTypeBit},         {"BYTE", kTypeByte},
     };
@@ -112,7 +129,7 @@ std::vector<std::string> expandColumnItem(std::string_view item) {
 database_maker_table::database_maker_table(std::string name) : name_(std::move(name)) {}
 
 database_maker_table database_maker_table::fromColumnList(std::string name, std::string_view columns,
-                                                    std::vector<database_maker_index> indexes) {
+                                                          std::vector<database_maker_index> indexes) {
     database_maker_table table(std::move(name));
     for (std::string_view run : splitOutsideParens(columns, ';')) {
         run = trim(run);
@@ -140,8 +157,7 @@ void database_maker_table::addField(std::string name, int type, int size) {
     fields_.push_back(std::move(field));
 }
 
-void database_maker_table::addIndex(std::string name, bool primary, bool unique,
-                                    std::vector<std::string> columns) {
+void database_maker_table::addIndex(std::string name, bool primary, bool unique, std::vector<std::string> columns) {
     database_maker_index index;
     index.name = std::move(name);
     index.primary = primary;
@@ -162,8 +178,7 @@ std::string database_maker_table::createTableText() const {
         if (i > 0) sql += ", ";
         if (field.type == kTypeText)
             appendf(sql, "[%s] %s(%d)", field.name.c_str(), sqlTypeText(field.type), field.size);
-        else
-            appendf(sql, "[%s] %s", field.name.c_str(), sqlTypeText(field.type));
+        else appendf(sql, "[%s] %s", field.name.c_str(), sqlTypeText(field.type));
     }
     return sql + ")";
 }
@@ -172,8 +187,7 @@ std::vector<std::string> database_maker_table::createIndexTexts() const {
     std::vector<std::string> texts;
     for (const auto& index : indexes_) {
         std::string sql = strprintf("Create Index [%s] on [%s](", index.name.c_str(), name_.c_str());
-        for (size_t i = 0; i < index.columns.size(); ++i)
-            sql += (i == 0 ? "[" : ", [") + index.columns[i] + "]";
+        for (size_t i = 0; i < index.columns.size(); ++i) sql += (i == 0 ? "[" : ", [") + index.columns[i] + "]";
         sql += ")";
         if (index.primary) sql += " with primary";
         texts.push_back(std::move(sql));

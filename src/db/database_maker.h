@@ -56,7 +56,7 @@ public:
     // "INTEGER: ID; TEXT(80): Description". Column names may hold blanks and
     // parenthesised subscripts with commas ("DAMR(1,1)").
     static database_maker_table fromColumnList(std::string name, std::string_view columns,
-                                         std::vector<database_maker_index> indexes);
+                                               std::vector<database_maker_index> indexes);
 
     void addField(std::string name, int type, int size = 0);
     void addIndex(std::string name, bool primary, bool unique, std::vector<std::string> columns);

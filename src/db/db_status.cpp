@@ -14,8 +14,7 @@ struct status_message {
 const status_message kMessages[] = {
     {0x80004005, "Unspecified error: %lX\n"},
     {0x80004002, "No such interface supported.\n"},
-    {0x8000FFFF,
-     "ITransaction::Commit or ITransaction::Abort was called and the object is in a zombie state.\n"},
+    {0x8000FFFF, "ITransaction::Commit or ITransaction::Abort was called and the object is in a zombie state.\n"},
     {0x800401F0, "CoInitialize has not been called.\n"},
     {0x800401F3, "ERROR %lX Invalid class string (driver for x64?)\n"},
     {0x80040E00, "hAccessor was invalid.\n"},
@@ -43,8 +42,7 @@ const status_message kMessages[] = {
     {0x80040E4D, "Authentication failed.\n"},
     {0x80040E4E, "The change was canceled during notification; no columns are changed.\n"},
     {0x80040E55, "The specified column did not exist.\n"},
-    {0x8007000E,
-     "The provider was unable to allocate sufficient memory in which to instantiate the row.\n"},
+    {0x8007000E, "The provider was unable to allocate sufficient memory in which to instantiate the row.\n"},
     {0x80070057, "pData was a null pointer and hAccessor was not a null accessor.\n"},
     {0x00040EC6, "Reached start or end of rowset or chapter.\n"},
     {0x00040EDA,
@@ -66,14 +64,10 @@ void appendStatusText(const db_status& status, std::string& errors) {
     const status_message* found = nullptr;
     for (const auto& message : kMessages)
         if (message.code == status.code) found = &message;
-    if (!found)
-        errors += withCode("Other error: %lX\n", status.code, 49);
-    else if (status.code == 0x80004005)
-        errors += withCode(found->text, status.code, 49);
-    else if (status.code == 0x800401F3)
-        errors += withCode(found->text, status.code, 127);
-    else
-        errors += found->text;
+    if (!found) errors += withCode("Other error: %lX\n", status.code, 49);
+    else if (status.code == 0x80004005) errors += withCode(found->text, status.code, 49);
+    else if (status.code == 0x800401F3) errors += withCode(found->text, status.code, 127);
+    else errors += found->text;
     for (const std::string& description : status.descriptions) errors += description + "\n";
 }
 

@@ -11,7 +11,7 @@ namespace sb {
 using status_code = uint32_t;
 
 constexpr status_code kStatusOk = 0;
-constexpr status_code kStatusEndOfRowset = 0x00040EC6;     // "Reached start or end of rowset..."
+constexpr status_code kStatusEndOfRowset = 0x00040EC6;  // "Reached start or end of rowset..."
 constexpr status_code kStatusUnspecified = 0x80004005;
 constexpr status_code kStatusNoInterface = 0x80004002;
 constexpr status_code kStatusCommandError = 0x80040E14;

@@ -14,15 +14,14 @@ namespace {
 // told apart from some other program's database.
 constexpr long long kProjectMark = 0x536F696C;  // "Soil"
 
-bool startsWithWords(std::string_view text, std::initializer_list<std::string_view> words,
-                     size_t& end) {
+bool startsWithWords(std::string_view text, std::initializer_list<std::string_view> words, size_t& end) {
     size_t at = 0;
     for (std::string_view word : words) {
         while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
         if (!istartsWith(text.substr(at), word)) return false;
         at += word.size();
-        if (at < text.size() && !std::isspace(static_cast<unsigned char>(text[at])) &&
-            text[at] != '*' && text[at] != '[' && text[at] != '`' && text[at] != '(')
+        if (at < text.size() && !std::isspace(static_cast<unsigned char>(text[at])) && text[at] != '*' &&
+            text[at] != '[' && text[at] != '`' && text[at] != '(')
             return false;
     }
     end = at;
@@ -106,8 +105,7 @@ public:
     // A project in write-ahead-log mode needs its shared-memory file even to be read;
     // in a folder we may not write to it cannot be made. Opened as immutable, the file
     // is read as it stands (without any log left behind by a crashed writer).
-    bool readOnlyFallback(const std::string& path, std::string& databaseName,
-                          std::string& options) const override {
+    bool readOnlyFallback(const std::string& path, std::string& databaseName, std::string& options) const override {
         databaseName = "file:";
         for (unsigned char c : path) {
             if (std::isalnum(c) || std::strchr("/-_.~", c)) databaseName += static_cast<char>(c);
@@ -126,9 +124,7 @@ public:
     }
 
     std::string beginText() const override { return "BEGIN IMMEDIATE"; }
-    std::string markProjectText() const override {
-        return strprintf("PRAGMA application_id = %lld", kProjectMark);
-    }
+    std::string markProjectText() const override { return strprintf("PRAGMA application_id = %lld", kProjectMark); }
     std::string readMarkText() const override { return "PRAGMA application_id"; }
     long long projectMark() const override { return kProjectMark; }
 
@@ -140,13 +136,19 @@ public:
         if (has("no such column") || has("has no column named")) return kStatusNoColumn;
         if (has("cannot store")) return kStatusCantConvert;  // a value of the wrong kind
         switch (code) {
-            case 1: return kStatusCommandError;   // SQLITE_ERROR: syntax, existing table, ...
-            case 5:                                // SQLITE_BUSY
-            case 6: return kStatusBusy;           // SQLITE_LOCKED
-            case 8: return kStatusReadOnly;       // SQLITE_READONLY
-            case 19: return kStatusIntegrityViolation;  // SQLITE_CONSTRAINT
-            case 26: return kStatusNotADatabase;  // SQLITE_NOTADB
-            default: break;
+            case 1:
+                return kStatusCommandError;  // SQLITE_ERROR: syntax, existing table, ...
+            case 5:                          // SQLITE_BUSY
+            case 6:
+                return kStatusBusy;  // SQLITE_LOCKED
+            case 8:
+                return kStatusReadOnly;  // SQLITE_READONLY
+            case 19:
+                return kStatusIntegrityViolation;  // SQLITE_CONSTRAINT
+            case 26:
+                return kStatusNotADatabase;  // SQLITE_NOTADB
+            default:
+                break;
         }
         if (has("readonly") || has("read-only")) return kStatusReadOnly;
         if (has("not a database")) return kStatusNotADatabase;
@@ -196,7 +198,10 @@ private:
     // The project's column type words in store terms; an unknown word is passed on
     // as it stands, and the STRICT table then refuses it like the project expects.
     static std::string columnType(std::string_view type) {
-        static const struct { const char* project; const char* store; } kTypes[] = {
+        static const struct {
+            const char* project;
+            const char* store;
+        } kTypes[] = {
             {"SMALLINT", "INTEGER"}, {"INTEGER", "INTEGER"}, {"BIT", "INTEGER"},   {"BYTE", "INTEGER"},
             {"SINGLE", "REAL"},      {"DOUBLE", "REAL"},     {"CURRENCY", "REAL"}, {"NUMERIC", "REAL"},
             {"datetime", "TEXT"},    {"WIDETEXT", "TEXT"},   {"MEMO", "TEXT"},     {"BLOB(2G)", "BLOB"},
@@ -222,8 +227,7 @@ private:
             out += i ? ", " : "";
             if (readBracketed(column, pos, name))
                 out += quoteIdentifier(name) + " " + columnType(trim(column.substr(pos)));
-            else
-                out += identifiers(column);
+            else out += identifiers(column);
         }
         // STRICT: the store keeps each column's declared kind and refuses unknown types.
         return out + ") STRICT";
@@ -232,8 +236,7 @@ private:
     std::string createIndex(std::string_view sql, size_t at, bool unique) const {
         std::string index, table;
         size_t on = 0;
-        if (!readBracketed(sql, at, index) || !startsWithWords(sql.substr(at), {"on"}, on))
-            return identifiers(sql);
+        if (!readBracketed(sql, at, index) || !startsWithWords(sql.substr(at), {"on"}, on)) return identifiers(sql);
         at += on;
         size_t open = 0, close = sql.rfind(')');
         if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||

@@ -42,8 +42,7 @@ public:
     virtual std::string connectOptions(bool readOnly) const = 0;
     // A second way to open a write-protected file when the first fails (a shared-memory
     // journal that cannot be made beside it): false when the store has none.
-    virtual bool readOnlyFallback(const std::string& path, std::string& databaseName,
-                                  std::string& options) const = 0;
+    virtual bool readOnlyFallback(const std::string& path, std::string& databaseName, std::string& options) const = 0;
     // Statements run on every fresh writable connection (journal mode, sync level).
     virtual std::vector<std::string> connectionSetup() const = 0;
     // Starts the outermost transaction of a session; it must take the write lock at

@@ -17,7 +17,9 @@ struct catalogue_entry {
 // earlier project files hold them, odd spellings included ("Dec4" beside "DEC5(1)",
 // "Fraction Of Sand" in Soil Layers but "Fraction of Sand" in Soils).
 const catalogue_entry kCatalogue[] = {
-    {"Control Records", "Primary", {"ID"},
+    {"Control Records",
+     "Primary",
+     {"ID"},
      "INTEGER: ID; TEXT(80): Description; SMALLINT: State FIPS, County FIPS; TEXT(5): MLRA; "
      "INTEGER: PSU; SMALLINT: Point; BYTE: Rotation, Tillage, Irrigation; SMALLINT: NRI Crop "
      "1992; INTEGER: Soil ID, Weather ID; SINGLE: Latitude, Longitude; BYTE: Hydric; SINGLE: "
@@ -54,7 +56,9 @@ const catalogue_entry kCatalogue[] = {
      "STSTART; SINGLE: STAMT; BYTE: Ninput; SMALLINT: Nstart; BYTE: OMADinput; SMALLINT: "
      "OMADstart; BYTE: WTHINPUT; SMALLINT: WTHSTART; BYTE: Initial System; TEXT(5): Initial "
      "Crop, Initial Tree"},
-    {"Site Data", "Primary", {"ID"},
+    {"Site Data",
+     "Primary",
+     {"ID"},
      "INTEGER: ID; BYTE: IVAUTO, NELEM; SINGLE: EPNFA(1), EPNFA(2), EPNFS(1), EPNFS(2), "
      "SATMOS(1), SATMOS(2), SIRRI, SOM1CI(1,1), SOM1CI(1,2), SOM1CI(2,1), SOM1CI(2,2), "
      "SOM2CI(1,1), SOM2CI(1,2), SOM2CI(2,1), SOM2CI(2,2), SOM3CI(1), SOM3CI(2), RCES1(1,1), "
@@ -86,14 +90,20 @@ const catalogue_entry kCatalogue[] = {
      "LYRMAX(2), LYRMIN(3), LYRMAX(3), LYRMIN(4), LYRMAX(4); SMALLINT: JDAYSTART, JDAYEND; "
      "SINGLE: N2OADJ, N2Oadjust_fc, N2Oadjust_wp, Maximum Daily Nitrification, Snow Effect "
      "Soil Surface Temp, NO3 Mineralization, wfpsdnitadj, n2n2oadj"},
-    {"Events", "ByID", {"ID", "Block Number", "Order"},
+    {"Events",
+     "ByID",
+     {"ID", "Block Number", "Order"},
      "INTEGER: ID; SMALLINT: Block Number, Order, Year; BYTE: Month, Day, Type; TEXT(20): "
      "Item; SINGLE: Parameter 1, Parameter 2"},
-    {"Event Blocks", "Primary", {"ID", "Block Number"},
+    {"Event Blocks",
+     "Primary",
+     {"ID", "Block Number"},
      "INTEGER: ID; SMALLINT: Block Number; TEXT(80): Description; SMALLINT: First Year, Last "
      "Year, Repeating Years, Output Starting Year; BYTE: Output Month; SINGLE: Output "
      "Interval; BYTE: Weather Choice; INTEGER: Weather ID"},
-    {"Output", "Primary", {"ID"},
+    {"Output",
+     "Primary",
+     {"ID"},
      "INTEGER: ID; SINGLE: strcis(1,1), strcis(1,2), strcis(2,1), strcis(2,2), metcis(1,1), "
      "metcis(1,2), metcis(2,1), metcis(2,2), struce(1,1), struce(1,2), struce(1,3), "
      "struce(2,1), struce(2,2), struce(2,3), metabe(1,1), metabe(1,2), metabe(1,3), "
@@ -113,7 +123,9 @@ const catalogue_entry kCatalogue[] = {
      "rlwode(1), rlwode(2), rlwode(3), rlwcis(1), rlwcis(2), som1c1(1,1), som1c1(1,2), "
      "som1c1(2,1), som1c1(2,2), w1lig, w2lig, w3lig, wd1cis(1), wd1cis(2), wd2cis(1), "
      "wd2cis(2), wd3cis(1), wd3cis(2)"},
-    {"Output Annual", "Primary", {"ID", "Year"},
+    {"Output Annual",
+     "Primary",
+     {"ID", "Year"},
      "INTEGER: ID; SMALLINT: Year, crpval; SINGLE: agcacc, agcprd, aglcis(1), aglcis(2), "
      "aglcn, aglivc, aglive(1), aglive(2), aglive(3), aminrl(1), aminrl(2), aminrl(3), "
      "avh2o(1), avh2o(2), avh2o(3), bgcacc, bgcjacc, bgcmacc, bgcprd, bgcjprd, bgcmprd, bglcn,"
@@ -125,7 +137,9 @@ const catalogue_entry kCatalogue[] = {
      "stdedc, strmac(1) to strmac(8), strucc(1), strucc(2), tcerat(1), tcrem, tminrl, totc, "
      "totsysc, totsyse(1), totsyse(2), totsyse(3), wdfx, woode(1), woode(2), woode(3), "
      "n2oflux, noflux, n2flux, ch4, nit, ppt"},
-    {"Output Monthly", "Primary", {"ID", "Year", "Month"},
+    {"Output Monthly",
+     "Primary",
+     {"ID", "Year", "Month"},
      "INTEGER: ID; SMALLINT: Year; BYTE: Month; SMALLINT: crpval; SINGLE: agcacc, agcmth, "
      "agcprd, aglcis(1), aglcis(2), aglcn, aglivc, aglive(1), aglive(2), aglive(3), aminrl(1),"
      " aminrl(2), aminrl(3), avh2o(1), avh2o(2), avh2o(3), bgcacc, bgcjacc, bgcmacc, bgcmth, "
@@ -137,34 +151,49 @@ const catalogue_entry kCatalogue[] = {
      "som1c(2), som2c(1), som2c(2), som3c, somsc, somtc, somte(1), stdedc, strmac(1) to "
      "strmac(8), strucc(1), strucc(2), tcerat(1), tcrem, tminrl, totc, totsysc, totsyse(1), "
      "totsyse(2), totsyse(3), wdfx, woode(1), woode(2), woode(3)"},
-    {"Output Daily", "Primary", {"ID", "Year", "Julian Day"},
+    {"Output Daily",
+     "Primary",
+     {"ID", "Year", "Julian Day"},
      "INTEGER: ID; SMALLINT: Year, Julian Day; SINGLE: tmax, tmin, ppt, N2Oflux, NOflux, CH4, "
      "NIT, CO2resp"},
-    {"Output Soil Layers", "Primary", {"ID", "Layer Number"},
+    {"Output Soil Layers",
+     "Primary",
+     {"ID", "Layer Number"},
      "INTEGER: ID; BYTE: Layer Number; SINGLE: Mineral N, Mineral P, Mineral S, Initial "
      "Relative Water Content"},
-    {"Soil Layers", "Primary", {"Soil ID", "Layer Number"},
+    {"Soil Layers",
+     "Primary",
+     {"Soil ID", "Layer Number"},
      "INTEGER: Soil ID; BYTE: Layer Number; SMALLINT: Depth; SINGLE: Wilting Point, Field "
      "Capacity, Mineral N, Mineral P, Mineral S, Initial Relative Water Content, Transpiration"
      " Loss Weighing Factor, Bulk Density, TCOEFF, Fraction Of Sand, Fraction Of Clay, Organic"
      " Matter, DELTAMIN, Saturated Conductivity, pH, ECOEFF"},
-    {"Soils", "Primary", {"Soil ID"},
+    {"Soils",
+     "Primary",
+     {"Soil ID"},
      "INTEGER: Soil ID; TEXT(50): Name; TEXT(25): Soils 5 ID, Map Unit Symbol; SINGLE: "
      "Fraction of Sand, Fraction of Silt, Fraction of Clay, Fraction of Rock, Bulk Density; "
      "BYTE: Number of Layers, Number of Layers in Top Level; SINGLE: Drain, Base Flow, Storm "
      "Flow, PRECRO, FRACRO; BYTE: SWFlag; SINGLE: pH, Labile P Slope Fraction, Maximum P "
      "Sorption"},
-    {"Weather Averages", "Primary", {"ID", "Month"},
+    {"Weather Averages",
+     "Primary",
+     {"ID", "Month"},
      "INTEGER: ID; SMALLINT: Month; SINGLE: PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M"},
-    {"Weather Historical Monthly", "Primary", {"ID", "Year", "Month"},
+    {"Weather Historical Monthly",
+     "Primary",
+     {"ID", "Year", "Month"},
      "INTEGER: ID; SMALLINT: Year, Month; SINGLE: PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M, "
      "SOLRAD, RHUMID, WINDSP"},
-    {"Weather Historical Daily", "Primary", {"ID", "Year", "Month", "Day"},
+    {"Weather Historical Daily",
+     "Primary",
+     {"ID", "Year", "Month", "Day"},
      "INTEGER: ID; SMALLINT: Year, Month, Day; SINGLE: PRECIP, TMN2M, TMX2M, SOLRAD, RHUMID, "
      "WINDSP"},
-    {"Weather Stations", "Primary", {"ID"},
-     "INTEGER: ID; TEXT(80): Description"},
-    {"Crops", "Primary", {"Name"},
+    {"Weather Stations", "Primary", {"ID"}, "INTEGER: ID; TEXT(80): Description"},
+    {"Crops",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: prdx(1), prdx(1)4_5, ppdf(1), ppdf(2), "
      "ppdf(3), ppdf(4); BIT: bioflg; SINGLE: biok5, pltmrf, fulcan; BYTE: frtcindx; SINGLE: "
      "frtc(1), frtc(2), frtc(3), frtc(4), frtc(5), cfrtcn(1), cfrtcn(2), cfrtcw(1), cfrtcw(2),"
@@ -181,28 +210,44 @@ const catalogue_entry kCatalogue[] = {
      " cgresp(2), cgresp(3), no3pref; BYTE: claypg; SINGLE: cmix, tmpgerm, ddbase, tmpkill, "
      "basetemp(1), basetemp(2), mnddhrv, mxddhrv, curgdys, clsgres, cmxturn, wscoeff(1,1), "
      "wscoeff(1,2), npp2cs(1), sfavail(1)"},
-    {"Cultivation", "Primary", {"Name"},
+    {"Cultivation",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: cultra(1), cultra(2), cultra(3), "
      "cultra(4), cultra(5), cultra(6), cultra(7), clteff(1), clteff(2), clteff(3), clteff(4)"},
-    {"Fertilizer", "Primary", {"Name"},
+    {"Fertilizer",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: feramt(1), feramt(2), feramt(3), aufert, "
      "ninhib, ninhtm, frac_nh4, frac_no3"},
-    {"Fire", "Primary", {"Name"},
+    {"Fire",
+     "Primary",
+     {"Name"},
      "TEXT(255): Name, Description; SINGLE: flfrem, fdfrem(1), fdfrem(2), fdfrem(3), "
      "fdfrem(4), fret(1,1), fret(1,2), fret(1,3), fret(1,4), fret(2,1), fret(2,2), fret(2,3), "
      "fret(2,4), fret(3,1), fret(3,2), fret(3,3), fret(3,4), frtsh, fnue(1), fnue(2)"},
-    {"Harvest", "Primary", {"Name"},
+    {"Harvest",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: aglrem, bglrem, hibg, rmvstr, remwsd; "
      "BIT: flghrv"},
-    {"Graze", nullptr, {},
+    {"Graze",
+     nullptr,
+     {},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: flgrem, fdgrem, gfcret, gret(1), gret(2),"
      " gret(3); BYTE: grzeff; SINGLE: fecf(1), fecf(2), fecf(3), feclig"},
-    {"Irrigation", "Primary", {"Name"},
+    {"Irrigation",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; BYTE: auirri; SINGLE: fawhc, irraut, irramt"},
-    {"Omad", "Primary", {"Name"},
+    {"Omad",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; BYTE: omadtyp; SINGLE: astgc, astlbl, astlig, "
      "astrec(1), astrec(2), astrec(3)"},
-    {"Trees", "Primary", {"Name"},
+    {"Trees",
+     "Primary",
+     {"Name"},
      "TEXT(20): Name; TEXT(80): Description; BYTE: decid; SINGLE: prdx(2), prdx(3), ppdf(1) to"
      " ppdf(4), cerfor(1,1,1) to cerfor(3,5,3), decw1, decw2, decw3, fcfrac(1,1) to "
      "fcfrac(5,1), fcfrac(1,2) to fcfrac(5,2), tfrtcn(1), tfrtcn(2), tfrtcw(1), tfrtcw(2), "
@@ -213,7 +258,9 @@ const catalogue_entry kCatalogue[] = {
      " to fkmrspmx(6), no3pref(1), no3pref(2); BYTE: tlaypg; SINGLE: tmplff, tmplfs, wrdsrfc, "
      "wmrtfrac, fmrsplai(1) to fmrsplai(6), fgresp(1) to fgresp(6), tmix, furgdys, flsgres, "
      "tmxturn, wscoeff(2,1), wscoeff(2,2), npp2cs(2), sfavail(2)"},
-    {"Tree Removal", nullptr, {},
+    {"Tree Removal",
+     nullptr,
+     {},
      "TEXT(20): Name; TEXT(80): Description; BYTE: evntyp; SINGLE: remf(1), remf(2), remf(3), "
      "remf(4), remf(5), fd(1), fd(2), retf(1,1), retf(1,2), retf(1,3), retf(1,4), retf(2,1), "
      "retf(2,2), retf(2,3), retf(2,4), retf(3,1), retf(3,2), retf(3,3), retf(3,4)"},

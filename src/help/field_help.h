@@ -18,8 +18,8 @@ struct field_help_version_tellura {
 
 class field_help {
 public:
-    std::string name;  // as the model spells it, e.g. "prdx(1)"
-    int32_t table = 0;  // see help_tables.h
+    std::string name;                                  // as the model spells it, e.g. "prdx(1)"
+    int32_t table = 0;                                 // see help_tables.h
     std::vector<field_help_version_tellura> versions;  // file order
 
     // The first version entry that covers `version` (file order decides when

@@ -80,9 +80,8 @@ bool parseInteger(const std::string& field, long long low, long long high, long 
 // Lines of the file: LF or CR LF ends, each cut to the longest line allowed.
 std::vector<std::string_view> helpLines(std::string_view text) {
     std::vector<std::string_view> lines;
-    forEachLine(text, [&](std::string_view line) {
-        lines.push_back(line.substr(0, list_field_help_tellura::kMaxLineLength));
-    });
+    forEachLine(
+        text, [&](std::string_view line) { lines.push_back(line.substr(0, list_field_help_tellura::kMaxLineLength)); });
     return lines;
 }
 
@@ -107,8 +106,7 @@ bool list_field_help_tellura::load(const std::string& path, std::string& message
     return loadText(text, path, messages);
 }
 
-bool list_field_help_tellura::loadText(std::string_view text, const std::string& path,
-                                       std::string& messages) {
+bool list_field_help_tellura::loadText(std::string_view text, const std::string& path, std::string& messages) {
     clear();
     // Spreadsheet programs often save a UTF-8 byte order mark first.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -130,8 +128,8 @@ bool list_field_help_tellura::loadText(std::string_view text, const std::string&
         }
         long long table = 0, first = 0, last = 0;
         if (!parseInteger(fields[1], INT32_MIN, INT32_MAX, table)) {
-            appendf(messages, "ERROR, unable to parse help text table, name=\"%s\", line=%ld.\r\n",
-                    name.c_str(), lineNumber);
+            appendf(messages, "ERROR, unable to parse help text table, name=\"%s\", line=%ld.\r\n", name.c_str(),
+                    lineNumber);
             return false;
         }
         if (!parseInteger(fields[2], INT16_MIN, INT16_MAX, first)) {
@@ -150,15 +148,13 @@ bool list_field_help_tellura::loadText(std::string_view text, const std::string&
             messages += "ERROR, invalid field name \"" + name + "\" in help text file.\r\n";
             return false;
         }
-        entry->versions.push_back({static_cast<int16_t>(first),
-                                   static_cast<int16_t>(last == 0 ? kVersionCount : last), fields[4],
-                                   fields[5]});
+        entry->versions.push_back({static_cast<int16_t>(first), static_cast<int16_t>(last == 0 ? kVersionCount : last),
+                                   fields[4], fields[5]});
     }
     return true;
 }
 
-list_field_help_tellura::found list_field_help_tellura::find(std::string_view name, int32_t table,
-                                                             int version) const {
+list_field_help_tellura::found list_field_help_tellura::find(std::string_view name, int32_t table, int version) const {
     found result;
     result.entry = findEntry(name, table);
     if (result.entry) result.version = result.entry->forVersion(version);
@@ -187,8 +183,7 @@ std::string list_field_help_tellura::helpBoxText(std::string_view name, int32_t 
 std::string findHelpFile(const std::string& programDir, const app_soilbench& settings) {
     std::error_code ec;
     std::filesystem::path beside = std::filesystem::path(programDir) / SB_DATA_DIR_RELATIVE / "SoilbenchHelp.csv";
-    if (!programDir.empty() && std::filesystem::is_regular_file(beside, ec))
-        return beside.lexically_normal().string();
+    if (!programDir.empty() && std::filesystem::is_regular_file(beside, ec)) return beside.lexically_normal().string();
     return localPath(settings.helpFile);
 }
 

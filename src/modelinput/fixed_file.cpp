@@ -58,10 +58,8 @@ private:
 void appendSoilLayers(std::string& out, const char* name, const TelluraSoils* soil, bool depths, int version) {
     for (int layer = 1; layer <= kLayerSlots; ++layer) {
         double value = 0.0;
-        if (depths && version == 4)
-            value = kDiurnaLayerDepths[static_cast<size_t>(layer - 1)];
-        else if (soil)
-            value = soilLayerValue(*soil, name, layer);
+        if (depths && version == 4) value = kDiurnaLayerDepths[static_cast<size_t>(layer - 1)];
+        else if (soil) value = soilLayerValue(*soil, name, layer);
         writeElement(out, value, name, layer);
     }
 }
@@ -74,10 +72,8 @@ void appendDecomposition(std::string& out, fixed_lines& lines, const TelluraCont
     lines.indexed("DAMRMN", 3);
     lines.indexedGroup({{"DEC1", 2}, {"DEC2", 2}, {"DEC3", 2}});
     lines.real("DEC4", "Dec4");
-    if (version == 4 || version == 5)
-        lines.indexed("DEC5", 2);
-    else
-        lines.real("DEC5", "Dec5");
+    if (version == 4 || version == 5) lines.indexed("DEC5", 2);
+    else lines.real("DEC5", "Dec5");
     lines.reals({"DECK5", "DLIGDF", "DRESP", "EDEPTH", "ELITST", "ENRICH"});
     if (version != 4) lines.real("FAVAIL(1)");
     lines.reals({"FAVAIL(3)", "FAVAIL(4)", "FAVAIL(5)", "FAVAIL(6)"});
@@ -88,10 +84,8 @@ void appendDecomposition(std::string& out, fixed_lines& lines, const TelluraCont
     lines.reals({"MINLCH", "NSNFIX", "NTSPM"});
     lines.indexedGroup({{"OMLECH", 3}, {"P1CO2A", 2}, {"P1CO2B", 2}});
     // The older releases read one P2CO2; they get the second element.
-    if (version == 4 || version == 5)
-        lines.indexed("P2CO2", 2);
-    else
-        lines.real("P2CO2", "P2CO2(2)");
+    if (version == 4 || version == 5) lines.indexed("P2CO2", 2);
+    else lines.real("P2CO2", "P2CO2(2)");
     lines.reals({"P3CO2", "PABRES"});
     if (version == 5) {
         lines.rowOrder("PCEMIC1", 3, 3, "PCEMIC");
@@ -107,10 +101,8 @@ void appendProductionAndTemperature(std::string& out, fixed_lines& lines, const 
     lines.indexedGroup({{"PHESP", 4}, {"PLIGST", 2}, {"PMCO2", 2}, {"PMNSEC", 3}});
     lines.reals({"PMNTMP", "PMXBIO", "PMXTMP"});
     lines.indexedGroup({{"PPARMN", 3}, {"PPRPTS", 3}, {"PS1CO2", 2}, {"PS1S3", 2}, {"PS2S3", 2}, {"PSECMN", 3}});
-    if (isMonthlyRelease45(version))
-        lines.reals({"PSECOC1", "PSECOC2"});
-    else
-        lines.real("PSECOC", "PSECOC1");
+    if (isMonthlyRelease45(version)) lines.reals({"PSECOC1", "PSECOC2"});
+    else lines.real("PSECOC", "PSECOC1");
     lines.columnOrder("RAD1P", 3, 3);
     lines.indexed("RCESTR", 3);
     lines.reals({"RICTRL", "RIINT", "RSPLIG", "SEED"});
@@ -199,48 +191,94 @@ struct fixed_field {
 // Tried in this order within the group of the name's first letter, so VARAT3
 // comes before the version's other matrices.
 constexpr fixed_field kFixedFields[] = {
-    {"AGPPA", "AGPPA", 0, 0, kAll}, {"AGPPB", "AGPPB", 0, 0, kAll}, {"ANEREF", "ANEREF", 3, 0, kAll},
+    {"AGPPA", "AGPPA", 0, 0, kAll},
+    {"AGPPB", "AGPPB", 0, 0, kAll},
+    {"ANEREF", "ANEREF", 3, 0, kAll},
     {"ANIMPT", "ANIMPT", 0, 0, kAll},
-    {"BGPPA", "BGPPA", 0, 0, kAll}, {"BGPPB", "BGPPB", 0, 0, kAll},
-    {"CO2PPM", "CO2PPM", 2, 0, kAll}, {"CO2RMP", "CO2RMP", 0, 0, kAll},
-    {"DAMR", "DAMR", 2, 3, kAll}, {"DAMRMN", "DAMRMN", 3, 0, kAll}, {"DEC1", "DEC1", 2, 0, kAll},
-    {"DEC2", "DEC2", 2, 0, kAll}, {"DEC3", "DEC3", 2, 0, kAll}, {"DEC4", "Dec4", 0, 0, kAll},
-    {"DEC5", "DEC5", 2, 0, only(4)}, {"DEC5", "Dec5", 0, 0, allBut(4)},
-    {"DECK5", "DECK5", 0, 0, kAll}, {"DLIGDF", "DLIGDF", 0, 0, kAll}, {"DRESP", "DRESP", 0, 0, kAll},
-    {"EDEPTH", "EDEPTH", 0, 0, kAll}, {"ELITST", "ELITST", 0, 0, kAll}, {"ENRICH", "ENRICH", 0, 0, kAll},
-    {"FAVAIL", "FAVAIL", 6, 0, kAll}, {"FLEACH", "FLEACH", 5, 0, kAll}, {"FWLOSS", "FWLOSS", 4, 0, kAll},
-    {"FXMCA", "FXMCA", 0, 0, kAll}, {"FXMCB", "FXMCB", 0, 0, kAll}, {"FXMXS", "FXMXS", 0, 0, kAll},
+    {"BGPPA", "BGPPA", 0, 0, kAll},
+    {"BGPPB", "BGPPB", 0, 0, kAll},
+    {"CO2PPM", "CO2PPM", 2, 0, kAll},
+    {"CO2RMP", "CO2RMP", 0, 0, kAll},
+    {"DAMR", "DAMR", 2, 3, kAll},
+    {"DAMRMN", "DAMRMN", 3, 0, kAll},
+    {"DEC1", "DEC1", 2, 0, kAll},
+    {"DEC2", "DEC2", 2, 0, kAll},
+    {"DEC3", "DEC3", 2, 0, kAll},
+    {"DEC4", "Dec4", 0, 0, kAll},
+    {"DEC5", "DEC5", 2, 0, only(4)},
+    {"DEC5", "Dec5", 0, 0, allBut(4)},
+    {"DECK5", "DECK5", 0, 0, kAll},
+    {"DLIGDF", "DLIGDF", 0, 0, kAll},
+    {"DRESP", "DRESP", 0, 0, kAll},
+    {"EDEPTH", "EDEPTH", 0, 0, kAll},
+    {"ELITST", "ELITST", 0, 0, kAll},
+    {"ENRICH", "ENRICH", 0, 0, kAll},
+    {"FAVAIL", "FAVAIL", 6, 0, kAll},
+    {"FLEACH", "FLEACH", 5, 0, kAll},
+    {"FWLOSS", "FWLOSS", 4, 0, kAll},
+    {"FXMCA", "FXMCA", 0, 0, kAll},
+    {"FXMCB", "FXMCB", 0, 0, kAll},
+    {"FXMXS", "FXMXS", 0, 0, kAll},
     {"FXNPB", "FXNPB", 0, 0, kAll},
     {"GREMB", "GREMB", 0, 0, kAll},
     {"IDEF", "IDEF", 0, 0, kAll},
     {"LHZF", "LHZF", 3, 0, kAll},
     {"MINLCH", "MINLCH", 0, 0, kAll},
-    {"NSNFIX", "NSNFIX", 0, 0, kAll}, {"NTSPM", "NTSPM", 0, 0, kAll},
+    {"NSNFIX", "NSNFIX", 0, 0, kAll},
+    {"NTSPM", "NTSPM", 0, 0, kAll},
     {"OMLECH", "OMLECH", 3, 0, kAll},
-    {"P1CO2A", "P1CO2A", 2, 0, kAll}, {"P1CO2B", "P1CO2B", 2, 0, kAll},
-    {"P2CO2", "P2CO2", 2, 0, only(4)}, {"P2CO2", "P2CO2(1)", 0, 0, allBut(4)},
-    {"P3CO2", "P3CO2", 0, 0, kAll}, {"PABRES", "PABRES", 0, 0, kAll},
-    {"PCEMIC1", "PCEMIC", 3, 3, only(5)}, {"PCEMIC", "PCEMIC", 3, 3, allBut(5)},
+    {"P1CO2A", "P1CO2A", 2, 0, kAll},
+    {"P1CO2B", "P1CO2B", 2, 0, kAll},
+    {"P2CO2", "P2CO2", 2, 0, only(4)},
+    {"P2CO2", "P2CO2(1)", 0, 0, allBut(4)},
+    {"P3CO2", "P3CO2", 0, 0, kAll},
+    {"PABRES", "PABRES", 0, 0, kAll},
+    {"PCEMIC1", "PCEMIC", 3, 3, only(5)},
+    {"PCEMIC", "PCEMIC", 3, 3, allBut(5)},
     {"PCEMIC2", "PCEMIC2", 3, 3, kAll},
-    {"PEFTXA", "PEFTXA", 0, 0, kAll}, {"PEFTXB", "PEFTXB", 0, 0, kAll}, {"PHESP", "PHESP", 4, 0, kAll},
-    {"PLIGST", "PLIGST", 2, 0, kAll}, {"PMCO2", "PMCO2", 2, 0, kAll}, {"PMNSEC", "PMNSEC", 3, 0, kAll},
-    {"PMNTMP", "PMNTMP", 0, 0, kAll}, {"PMXBIO", "PMXBIO", 0, 0, kAll}, {"PMXTMP", "PMXTMP", 0, 0, kAll},
-    {"PPARMN", "PPARMN", 3, 0, kAll}, {"PPRPTS", "PPRPTS", 3, 0, kAll}, {"PS1CO2", "PS1CO2", 2, 0, kAll},
-    {"ps1s3", "PS1S3", 2, 0, kAll}, {"ps2s3", "PS2S3", 2, 0, kAll}, {"PSECMN", "PSECMN", 3, 0, kAll},
-    {"PSECOC1", "PSECOC1", 0, 0, kAll}, {"PSECOC2", "PSECOC2", 0, 0, kAll},
+    {"PEFTXA", "PEFTXA", 0, 0, kAll},
+    {"PEFTXB", "PEFTXB", 0, 0, kAll},
+    {"PHESP", "PHESP", 4, 0, kAll},
+    {"PLIGST", "PLIGST", 2, 0, kAll},
+    {"PMCO2", "PMCO2", 2, 0, kAll},
+    {"PMNSEC", "PMNSEC", 3, 0, kAll},
+    {"PMNTMP", "PMNTMP", 0, 0, kAll},
+    {"PMXBIO", "PMXBIO", 0, 0, kAll},
+    {"PMXTMP", "PMXTMP", 0, 0, kAll},
+    {"PPARMN", "PPARMN", 3, 0, kAll},
+    {"PPRPTS", "PPRPTS", 3, 0, kAll},
+    {"PS1CO2", "PS1CO2", 2, 0, kAll},
+    {"ps1s3", "PS1S3", 2, 0, kAll},
+    {"ps2s3", "PS2S3", 2, 0, kAll},
+    {"PSECMN", "PSECMN", 3, 0, kAll},
+    {"PSECOC1", "PSECOC1", 0, 0, kAll},
+    {"PSECOC2", "PSECOC2", 0, 0, kAll},
     {"PSECOC", "PSECOC1", 0, 0, kAll},
-    {"RAD1P", "RAD1P", 3, 3, kAll}, {"RCESTR", "RCESTR", 3, 0, kAll}, {"RICTRL", "RICTRL", 0, 0, kAll},
-    {"RIINT", "RIINT", 0, 0, kAll}, {"RSPLIG", "RSPLIG", 0, 0, kAll},
-    {"SEED", "SEED", 0, 0, kAll}, {"SPL", "SPL", 2, 0, kAll}, {"STRMAX", "STRMAX", 2, 0, kAll},
-    {"TEXEPP", "TEXEPP", 5, 0, kAll}, {"TEXESP", "TEXESP", 3, 0, kAll}, {"TEFF", "TEFF", 4, 0, kAll},
-    {"TMAX", "TMAX", 0, 0, kAll}, {"TMELT", "TMELT", 2, 0, kAll}, {"TOPT", "TOPT", 0, 0, kAll},
-    {"TSHL", "TSHL", 0, 0, kAll}, {"TSHR", "TSHR", 0, 0, kAll},
+    {"RAD1P", "RAD1P", 3, 3, kAll},
+    {"RCESTR", "RCESTR", 3, 0, kAll},
+    {"RICTRL", "RICTRL", 0, 0, kAll},
+    {"RIINT", "RIINT", 0, 0, kAll},
+    {"RSPLIG", "RSPLIG", 0, 0, kAll},
+    {"SEED", "SEED", 0, 0, kAll},
+    {"SPL", "SPL", 2, 0, kAll},
+    {"STRMAX", "STRMAX", 2, 0, kAll},
+    {"TEXEPP", "TEXEPP", 5, 0, kAll},
+    {"TEXESP", "TEXESP", 3, 0, kAll},
+    {"TEFF", "TEFF", 4, 0, kAll},
+    {"TMAX", "TMAX", 0, 0, kAll},
+    {"TMELT", "TMELT", 2, 0, kAll},
+    {"TOPT", "TOPT", 0, 0, kAll},
+    {"TSHL", "TSHL", 0, 0, kAll},
+    {"TSHR", "TSHR", 0, 0, kAll},
     {"VARAT3", "VARAT3", 3, 3, kAll},
-    {"VARAT11", "VARAT11", 3, 3, only(4)}, {"VARAT12", "VARAT12", 3, 3, only(4)},
+    {"VARAT11", "VARAT11", 3, 3, only(4)},
+    {"VARAT12", "VARAT12", 3, 3, only(4)},
     {"VARAT1", "VARAT12", 3, 3, allBut(4)},
-    {"VARAT21", "VARAT21", 3, 3, only(4) | only(5)}, {"VARAT22", "VARAT22", 3, 3, only(4) | only(5)},
+    {"VARAT21", "VARAT21", 3, 3, only(4) | only(5)},
+    {"VARAT22", "VARAT22", 3, 3, only(4) | only(5)},
     {"VARAT2", "VARAT22", 3, 3, kAll & ~(only(4) | only(5))},
-    {"VLOSSE", "VLOSSE", 0, 0, kAll}, {"VLOSSG", "VLOSSG", 0, 0, kAll},
+    {"VLOSSE", "VLOSSE", 0, 0, kAll},
+    {"VLOSSG", "VLOSSG", 0, 0, kAll},
     {"XEFCLTEF", "XEFCLTEF", 0, 0, kAll},
 };
 
@@ -252,10 +290,8 @@ std::string columnOf(const fixed_field& field, int index) {
 
 void store(TelluraControlRecords& row, const std::string& column, double value) {
     // TEXEPP(1) is a yes/no column: non-zero means yes.
-    if (iequals(column, "TEXEPP(1)"))
-        row.setFlag(row.column(column), value != 0.0);
-    else
-        row.setNumber(column, value);  // FAVAIL(2), TEXESP(2): read but not kept
+    if (iequals(column, "TEXEPP(1)")) row.setFlag(row.column(column), value != 0.0);
+    else row.setNumber(column, value);  // FAVAIL(2), TEXESP(2): read but not kept
 }
 
 }  // namespace
@@ -274,8 +310,8 @@ bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, 
             store(row, field.column, value);
             return true;
         }
-        int index = field.cols == 0 ? set.locate1(field.name, field.rows)
-                                    : set.locate2(field.name, field.rows, field.cols);
+        int index =
+            field.cols == 0 ? set.locate1(field.name, field.rows) : set.locate2(field.name, field.rows, field.cols);
         if (index == field_setter::kNoMatch) continue;
         if (index >= 0) store(row, columnOf(field, index), value);
         return true;

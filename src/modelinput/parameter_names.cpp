@@ -18,7 +18,8 @@ bool readSubscripts(std::string_view inner, std::vector<long>& subscripts) {
     size_t start = 0;
     while (start <= inner.size()) {
         size_t comma = inner.find(',', start);
-        std::string part(trim(inner.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
+        std::string part(
+            trim(inner.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
         if (part.empty()) return false;
         for (char c : part)
             if (!std::isdigit(static_cast<unsigned char>(c)) && c != '-' && c != '+') return false;

@@ -51,8 +51,8 @@ constexpr int kMonthlyRowCount = 18;
 
 // The ten option files in the order they are written.
 constexpr std::array<option_kind, kOptionKindCount> kOptionFileOrder{
-    option_kind::crop,  option_kind::cultivation, option_kind::harvest, option_kind::graze,
-    option_kind::irrigation, option_kind::fertilizer, option_kind::omad, option_kind::tree,
+    option_kind::crop,         option_kind::cultivation, option_kind::harvest, option_kind::graze,
+    option_kind::irrigation,   option_kind::fertilizer,  option_kind::omad,    option_kind::tree,
     option_kind::tree_removal, option_kind::fire};
 
 void checkRunDirectory(const std::string& directory, std::string& errors) {
@@ -122,7 +122,8 @@ bool prepareRunDirectory(const tellura_control_record& record, int version, cons
     const std::string schedulePath = directory + scheduleFileName(version);
     ok = reportUnwritten(writeScheduleFile(record, options.list(option_kind::crop), options.list(option_kind::tree),
                                            version, schedulePath, directory, stations, errors),
-                         schedulePath, errors) && ok;
+                         schedulePath, errors) &&
+         ok;
     ok = writeOptionFiles(options, directory, version, errors) && ok;
     if (version == 4) ok = writeDailyFiles(record, directory, outfileSelected, soils, errors) && ok;
     return ok;

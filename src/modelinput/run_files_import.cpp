@@ -27,8 +27,8 @@ bool readWeatherFile(const std::string& path, int version, TelluraWeatherStation
 
 // Each weather file the blocks name becomes a station: the first one the
 // record's own, the others new ones. A C block continues the file before it.
-void readWeather(const std::string& directory, const schedule_references& references, int version,
-                 imported_run& run, std::string& messages) {
+void readWeather(const std::string& directory, const schedule_references& references, int version, imported_run& run,
+                 std::string& messages) {
     std::map<std::string, int32_t> stationOfFile;
     int32_t current = run.station.id;
     for (size_t b = 0; b < run.record.blocks.size(); ++b) {
@@ -104,12 +104,9 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
 
     importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, version, messages);
     schedule_references references;
-    if (!readScheduleFile(joinPath(directory, scheduleFile), version, run.record, references, messages))
-        return false;
-    if (references.siteFile.empty())
-        messages += "ERROR, the schedule names no site file.\n";
-    else
-        importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages);
+    if (!readScheduleFile(joinPath(directory, scheduleFile), version, run.record, references, messages)) return false;
+    if (references.siteFile.empty()) messages += "ERROR, the schedule names no site file.\n";
+    else importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages);
     std::string status;
     run.options.importRunFiles(directory, messages, status);
     messages += status;
@@ -126,8 +123,7 @@ bool importRunFiles(database& db, const std::string& directory, const std::strin
     loadWeatherStations(db, stations, errors);
     imported_run run;
     run.options.loadAll(db, errors);
-    if (!readRunFiles(directory, scheduleFile, version, newId, nextSoilId(soils), nextStationId(stations), run,
-                      errors))
+    if (!readRunFiles(directory, scheduleFile, version, newId, nextSoilId(soils), nextStationId(stations), run, errors))
         return false;
     return saveRun(db, run, errors);
 }

@@ -18,9 +18,7 @@ constexpr size_t kScheduleNameLength = 8;  // the model reads 8-character crop a
 bool hasScalarOptions(int version) { return version >= 3 && version <= 5; }
 bool hasIdLine(int version) { return version >= 3 && version <= 6; }
 
-int column(const tellura_control_record& record, const char* name) {
-    return static_cast<int>(record.row.number(name));
-}
+int column(const tellura_control_record& record, const char* name) { return static_cast<int>(record.row.number(name)); }
 
 // A name cut to 8 characters and padded with blanks to 8.
 std::string scheduleName(const std::string& name) {
@@ -94,44 +92,35 @@ const tellura_input* findOption(const tellura_input_list& list, const std::strin
     return name.empty() ? nullptr : list.find(name);
 }
 
-void appendInitialCropAndTree(std::string& out, const tellura_control_record& record,
-                              const tellura_input_list& crops, const tellura_input_list& trees, std::string& errors) {
+void appendInitialCropAndTree(std::string& out, const tellura_control_record& record, const tellura_input_list& crops,
+                              const tellura_input_list& trees, std::string& errors) {
     const std::string cropName = record.initialCrop();
     const tellura_input* crop = findOption(crops, cropName);
     if (!crop && !crops.empty()) crop = &crops.at(0);
     if (!cropName.empty() && (!crop || !iequals(crop->name, cropName)))
         appendf(errors, "WARNING, initial crop \"%s\" not found in the crop list, \"%s\" written instead.\n",
                 cropName.c_str(), crop ? crop->name.c_str() : "G3");
-    if (crop)
-        appendf(out, "%s      Initial Crop\n", scheduleName(crop->name).c_str());
-    else
-        out += "G3            Initial crop\n";
+    if (crop) appendf(out, "%s      Initial Crop\n", scheduleName(crop->name).c_str());
+    else out += "G3            Initial crop\n";
 
     const std::string treeName = record.initialTree();
     const tellura_input* tree = findOption(trees, treeName);
     if (!treeName.empty() && !tree)
         appendf(errors, "WARNING, initial tree \"%s\" not found in the tree list, no initial tree written.\n",
                 treeName.c_str());
-    if (tree)
-        appendf(out, "%s      Initial Tree\n", scheduleName(tree->name).c_str());
-    else
-        out += "              Initial Tree\n";
+    if (tree) appendf(out, "%s      Initial Tree\n", scheduleName(tree->name).c_str());
+    else out += "              Initial Tree\n";
 }
 
 void appendEvent(std::string& out, const tellura_event& event, int version, int blockNumber, std::string& errors) {
-    if (version == 4)
-        appendf(out, "%04d %03d", event.year, dayOfYear(event.month, event.day));
-    else
-        appendf(out, "%02d  %02d", event.year, event.month);
+    if (version == 4) appendf(out, "%04d %03d", event.year, dayOfYear(event.month, event.day));
+    else appendf(out, "%02d  %02d", event.year, event.month);
     if (event.type < 1 || event.type >= kEventExtr) return;  // kept out of runs by validation
     const char* command = eventTypeName(event.type);
     if (event.type == kEventErod) {
-        if (version == 6)
-            appendf(out, " %s %f %f\n", command, event.parameter1, event.parameter2);
-        else if (version == 2)
-            appendf(out, " %s\n%f\n", command, event.parameter1);
-        else
-            appendf(out, " %s %f\n", command, event.parameter1);
+        if (version == 6) appendf(out, " %s %f %f\n", command, event.parameter1, event.parameter2);
+        else if (version == 2) appendf(out, " %s\n%f\n", command, event.parameter1);
+        else appendf(out, " %s %f\n", command, event.parameter1);
         return;
     }
     if (!eventTypeTakesItem(event.type)) {
@@ -141,8 +130,8 @@ void appendEvent(std::string& out, const tellura_event& event, int version, int 
     std::string item = event.item;
     if (item.size() > tellura_event::kMaxItemLength) {
         item.resize(tellura_event::kMaxItemLength);
-        appendf(errors, "WARNING, item \"%s\" of a %s event in block %d cut to \"%s\".\n", event.item.c_str(),
-                command, blockNumber, item.c_str());
+        appendf(errors, "WARNING, item \"%s\" of a %s event in block %d cut to \"%s\".\n", event.item.c_str(), command,
+                blockNumber, item.c_str());
     }
     appendf(out, version == 2 ? " %s\n%s\n" : " %s %s\n", command, item.c_str());
 }
@@ -155,17 +144,23 @@ void appendBlock(std::string& out, const tellura_event_block& block, int number,
     appendf(out, "%-4d          Output Month\n", block.outputMonth);
     if (hasScalarOptions(version))
         appendf(out, "%-5d         Output interval\n", static_cast<int>(block.outputInterval));
-    else
-        appendf(out, "%-10.5f    Output interval\n", block.outputInterval / 12.0);
+    else appendf(out, "%-10.5f    Output interval\n", block.outputInterval / 12.0);
     switch (block.weatherChoice) {
-    case kWeatherMean: out += "M             Weather choice\n"; break;
-    case kWeatherStochastic: out += "S             Weather choice\n"; break;
-    case kWeatherFile:
-        out += "F             Weather choice\n";
-        out += weatherFileName(block.weatherId) + "\n";
-        break;
-    case kWeatherContinue: out += "C             Weather choice\n"; break;
-    default: break;
+        case kWeatherMean:
+            out += "M             Weather choice\n";
+            break;
+        case kWeatherStochastic:
+            out += "S             Weather choice\n";
+            break;
+        case kWeatherFile:
+            out += "F             Weather choice\n";
+            out += weatherFileName(block.weatherId) + "\n";
+            break;
+        case kWeatherContinue:
+            out += "C             Weather choice\n";
+            break;
+        default:
+            break;
     }
     for (const tellura_event& event : block.events) appendEvent(out, event, version, number, errors);
     out += "-999 -999 X\n";
@@ -210,7 +205,8 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
         }
         auto found = std::find_if(gathered.begin(), gathered.end(),
                                   [&](const auto& entry) { return entry.stationId() == station->id; });
-        if (found == gathered.end()) found = gathered.insert(gathered.end(), tellura_weather_recorded_for_block(*station));
+        if (found == gathered.end())
+            found = gathered.insert(gathered.end(), tellura_weather_recorded_for_block(*station));
         found->addBlockYears(block.firstYear, block.lastYear);
     }
     return gathered;
@@ -263,7 +259,8 @@ public:
         while (nextNonBlank(line)) {
             labelled_line block = splitLabelled(line);
             if (block.label.rfind("block #", 0) != 0) {
-                appendf(errors_, "ERROR, expected a block in schedule file \"%s\": \"%s\".\n", path_.c_str(), line.c_str());
+                appendf(errors_, "ERROR, expected a block in schedule file \"%s\": \"%s\".\n", path_.c_str(),
+                        line.c_str());
                 return false;
             }
             if (!readBlock(line)) return false;
@@ -360,8 +357,8 @@ private:
         size_t mark = header.find("Block #");
         if (mark == std::string_view::npos) mark = toLower(headerLine).find("block #");
         block.description = std::string(trim(header.substr(mark + 7)));
-        block.firstYear = static_cast<int16_t>(record_.blocks.empty() ? startingYear_
-                                                                      : record_.blocks.back().lastYear + 1);
+        block.firstYear =
+            static_cast<int16_t>(record_.blocks.empty() ? startingYear_ : record_.blocks.back().lastYear + 1);
         block.lastYear = static_cast<int16_t>(nextValue());
         block.repeatingYears = static_cast<int16_t>(nextValue());
         block.outputStartingYear = static_cast<int16_t>(nextValue());
@@ -374,8 +371,7 @@ private:
         // carry the year fraction (0.0833 for monthly output): a value below
         // one month is read as years too, so the output interval survives.
         bool inYears = !hasScalarOptions(version_) || (interval > 0.0 && interval < 1.0);
-        block.outputInterval =
-            static_cast<float>(inYears ? std::round(interval * 12000.0) / 1000.0 : interval);
+        block.outputInterval = static_cast<float>(inYears ? std::round(interval * 12000.0) / 1000.0 : interval);
         readWeatherChoice(block);
         return readEvents(block);
     }
@@ -443,8 +439,8 @@ private:
 
 }  // namespace
 
-bool readScheduleText(const std::string& text, const std::string& path, int version,
-                      tellura_control_record& record, schedule_references& references, std::string& errors) {
+bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,
+                      schedule_references& references, std::string& errors) {
     return schedule_reader(text, path, version, record, references, errors).read();
 }
 

@@ -39,7 +39,7 @@ bool writeScheduleFile(const tellura_control_record& record, const tellura_input
 
 // What a schedule names besides the record's values.
 struct schedule_references {
-    std::string siteFile;                  // "Site file name"
+    std::string siteFile;                   // "Site file name"
     std::vector<std::string> weatherFiles;  // per block: the file line after an F (or C) choice
 };
 
@@ -50,7 +50,7 @@ struct schedule_references {
 // weather file is "sb%06d.wth" gets that station ID.
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
                       schedule_references& references, std::string& errors);
-bool readScheduleText(const std::string& text, const std::string& path, int version,
-                      tellura_control_record& record, schedule_references& references, std::string& errors);
+bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,
+                      schedule_references& references, std::string& errors);
 
 }  // namespace sb

@@ -35,8 +35,7 @@ public:
     }
     // The older releases read the first row of a matrix as a plain array.
     void firstRowAsArray(const char* name, int cols) {
-        for (int j = 1; j <= cols; ++j)
-            writeReal(out_, site_.number(subscripted(name, 1, j)), subscripted(name, j));
+        for (int j = 1; j <= cols; ++j) writeReal(out_, site_.number(subscripted(name, 1, j)), subscripted(name, j));
     }
     void indexedGroup(std::initializer_list<std::pair<const char*, int>> arrays) {
         for (const auto& [name, n] : arrays) indexed(name, n);
@@ -92,24 +91,30 @@ void appendSoil(std::string& out, const TelluraSoils& soil, int version) {
 void appendOrganicMatter(std::string& out, site_lines& lines, int version) {
     out += "*** Organic matter initial values\n";
     lines.twoIndex("SOM1CI", 2, 2);
-    if (hasFullSom2(version))
-        lines.twoIndex("SOM2CI", 2, 2);
-    else
-        lines.firstRowAsArray("SOM2CI", 2);
+    if (hasFullSom2(version)) lines.twoIndex("SOM2CI", 2, 2);
+    else lines.firstRowAsArray("SOM2CI", 2);
     lines.indexed("SOM3CI", 2);
     lines.twoIndex("RCES1", 2, 3);
-    if (hasFullSom2(version))
-        lines.twoIndex("RCES2", 2, 3);
-    else
-        lines.firstRowAsArray("RCES2", 3);
+    if (hasFullSom2(version)) lines.twoIndex("RCES2", 2, 3);
+    else lines.firstRowAsArray("RCES2", 3);
     lines.indexed("RCES3", 3);
     lines.twoIndex("CLITTR", 2, 2);
     lines.twoIndex("RCELIT", 2, 3);
     lines.indexedGroup({{"AGLCIS", 2}, {"AGLIVE", 3}, {"BGLCIS", 2}, {"BGLIVE", 3}, {"STDCIS", 2}, {"STDEDE", 3}});
     out += "*** Forest organic matter initial parameters\n";
-    lines.indexedGroup({{"RLVCIS", 2}, {"RLEAVE", 3}, {"FBRCIS", 2}, {"FBRCHE", 3}, {"RLWCIS", 2},
-                        {"RLWODE", 3}, {"FRTCIS", 2}, {"FROOTE", 3}, {"CRTCIS", 2}, {"CROOTE", 3},
-                        {"WD1CIS", 2}, {"WD2CIS", 2}, {"WD3CIS", 2}});
+    lines.indexedGroup({{"RLVCIS", 2},
+                        {"RLEAVE", 3},
+                        {"FBRCIS", 2},
+                        {"FBRCHE", 3},
+                        {"RLWCIS", 2},
+                        {"RLWODE", 3},
+                        {"FRTCIS", 2},
+                        {"FROOTE", 3},
+                        {"CRTCIS", 2},
+                        {"CROOTE", 3},
+                        {"WD1CIS", 2},
+                        {"WD2CIS", 2},
+                        {"WD3CIS", 2}});
     // The releases without ROCK read the wood lignin fractions here.
     if (!hasRockAndRunoff(version)) {
         lines.real("W1LIG");
@@ -139,8 +144,14 @@ void appendEnhanced(std::string& out, site_lines& lines) {
     lines.twoIndex("STRUCE", 2, 3);
     lines.twoIndex("METABE", 2, 3);
     lines.twoIndex("SOM1E", 2, 3);
-    lines.indexedGroup({{"SOM2E", 3}, {"SOM3E", 3}, {"WOOD1E", 3}, {"WOOD2E", 3}, {"WOOD3E", 3},
-                        {"AMINRL", 3}, {"CRPSTG", 3}, {"STRLIG", 2}});
+    lines.indexedGroup({{"SOM2E", 3},
+                        {"SOM3E", 3},
+                        {"WOOD1E", 3},
+                        {"WOOD2E", 3},
+                        {"WOOD3E", 3},
+                        {"AMINRL", 3},
+                        {"CRPSTG", 3},
+                        {"STRLIG", 2}});
 }
 
 }  // namespace
@@ -171,8 +182,7 @@ std::string siteFileText(const tellura_control_record& record, int version, cons
 }
 
 bool writeSiteFile(const tellura_control_record& record, int version, const std::string& path,
-                   const tellura_soil_list& soils, const tellura_weather_station_list& stations,
-                   std::string& errors) {
+                   const tellura_soil_list& soils, const tellura_weather_station_list& stations, std::string& errors) {
     const TelluraSoils* soil = soils.find(record.soilId());
     const TelluraWeatherStations* station = stations.find(record.weatherId());
     if (!soil)
@@ -183,9 +193,10 @@ bool writeSiteFile(const tellura_control_record& record, int version, const std:
                 "WARNING, weather station %ld of record %ld not found, site file climate values written as zero.\n",
                 static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
     else if (!station->hasMeans)
-        appendf(errors,
-                "WARNING, weather station %ld has no monthly climate means, site file climate values written as zero.\n",
-                static_cast<long>(station->id));
+        appendf(
+            errors,
+            "WARNING, weather station %ld has no monthly climate means, site file climate values written as zero.\n",
+            static_cast<long>(station->id));
     return writeTextFile(path, siteFileText(record, version, soil, station));
 }
 
@@ -231,7 +242,8 @@ void appendPaddedPair(std::string& out, const std::string& pair, const char* tex
 std::string siteparText(const TelluraSiteData& site, int version) {
     std::string out;
     auto number = [&](const char* column) { return site.number(column); };
-    if (version != 4) writeSmallInt(out, static_cast<int>(number("TIMSTEP")), "timstep: 1=monthly production, 2=weekly production");
+    if (version != 4)
+        writeSmallInt(out, static_cast<int>(number("TIMSTEP")), "timstep: 1=monthly production, 2=weekly production");
     writeSmallInt(out, site.flag(site.column("USEXDRVRS")) ? 1 : 0, kExtraDriversText);
     for (const char* column : {"SUBLIMSCALE", "REFLEC", "ALBEDO", "FSWCINIT"}) writeReal(out, number(column));
     writeRealWidth(out, number("DMPFLUX"), 10, 6, "DMPFLUX");
@@ -246,7 +258,8 @@ std::string siteparText(const TelluraSiteData& site, int version) {
     writeReal(out, number("TIMLAG"), kTimlagText);
     writeReal(out, number("NCOEFF"), kNcoeffText);
     // The model reads the two dates list-directed: the comment must stand apart.
-    appendPaddedPair(out, strprintf("%d %d", static_cast<int>(number("JDAYSTART")), static_cast<int>(number("JDAYEND"))),
+    appendPaddedPair(out,
+                     strprintf("%d %d", static_cast<int>(number("JDAYSTART")), static_cast<int>(number("JDAYEND"))),
                      kJulianText);
     if (version == 4) {
         writeReal(out, number("N2Oadjust_fc"), "N2Oadjust_fc");
@@ -370,8 +383,8 @@ public:
             real("N2Oadjust_fc");
             real("N2Oadjust_wp");
         }
-        for (const char* column : {"Maximum Daily Nitrification", "Snow Effect Soil Surface Temp",
-                                   "NO3 Mineralization", "wfpsdnitadj", "n2n2oadj"})
+        for (const char* column : {"Maximum Daily Nitrification", "Snow Effect Soil Surface Temp", "NO3 Mineralization",
+                                   "wfpsdnitadj", "n2n2oadj"})
             real(column);
     }
 
@@ -417,10 +430,8 @@ private:
                 continue;
             }
             std::string column = subscripted(base, month);
-            if (asFlag)
-                site_.setFlag(site_.column(column), toInteger(tokens[1]) != 0);
-            else
-                site_.setNumber(column, static_cast<double>(toInteger(tokens[1])));
+            if (asFlag) site_.setFlag(site_.column(column), toInteger(tokens[1]) != 0);
+            else site_.setNumber(column, static_cast<double>(toInteger(tokens[1])));
         }
     }
 

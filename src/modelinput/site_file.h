@@ -20,8 +20,7 @@ std::string siteFileText(const tellura_control_record& record, int version, cons
 // as zeros. False only when the file cannot be written (no message: the run
 // directory preparation reports files it could not write).
 bool writeSiteFile(const tellura_control_record& record, int version, const std::string& path,
-                   const tellura_soil_list& soils, const tellura_weather_station_list& stations,
-                   std::string& errors);
+                   const tellura_soil_list& soils, const tellura_weather_station_list& stations, std::string& errors);
 
 // The text of "sitepar.in" from the record's Site Data row.
 std::string siteparText(const TelluraSiteData& site, int version);

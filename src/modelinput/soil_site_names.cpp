@@ -16,14 +16,21 @@ struct name_column {
 
 // Profile-level soil parameters as the site file names them.
 constexpr std::array<name_column, 16> kProfileNames{{
-    {"SAND", "Fraction of Sand"},     {"SILT", "Fraction of Silt"},
-    {"CLAY", "Fraction of Clay"},     {"ROCK", "Fraction of Rock"},
-    {"BULKD", "Bulk Density"},        {"NLAYER", "Number of Layers"},
+    {"SAND", "Fraction of Sand"},
+    {"SILT", "Fraction of Silt"},
+    {"CLAY", "Fraction of Clay"},
+    {"ROCK", "Fraction of Rock"},
+    {"BULKD", "Bulk Density"},
+    {"NLAYER", "Number of Layers"},
     {"NLAYPG", "Number of Layers in Top Level"},
-    {"DRAIN", "Drain"},               {"BASEF", "Base Flow"},
-    {"STORMF", "Storm Flow"},         {"PRECRO", "PRECRO"},
-    {"FRACRO", "FRACRO"},             {"SWFLAG", "SWFlag"},
-    {"PH", "pH"},                     {"PSLSRB", "Labile P Slope Fraction"},
+    {"DRAIN", "Drain"},
+    {"BASEF", "Base Flow"},
+    {"STORMF", "Storm Flow"},
+    {"PRECRO", "PRECRO"},
+    {"FRACRO", "FRACRO"},
+    {"SWFLAG", "SWFlag"},
+    {"PH", "pH"},
+    {"PSLSRB", "Labile P Slope Fraction"},
     {"SORPMX", "Maximum P Sorption"},
 }};
 
@@ -39,9 +46,7 @@ constexpr std::array<name_column, 5> kLayerNames{{
 constexpr std::array<const char*, 3> kMineralColumns{"Mineral N", "Mineral P", "Mineral S"};
 
 const name_column* findName(std::string_view name, const name_column* first, const name_column* last) {
-    auto found = std::find_if(first, last, [name](const name_column& entry) {
-        return iequals(name, entry.siteName);
-    });
+    auto found = std::find_if(first, last, [name](const name_column& entry) { return iequals(name, entry.siteName); });
     return found == last ? nullptr : found;
 }
 

@@ -15,8 +15,7 @@ constexpr int kMaxCoverageWarnings = 10;
 // The three monthly lines of one year: a keyword, the year and twelve values,
 // missing months written as 0.00.
 template <class Member>
-void appendMonthlyLine(std::string& out, const char* keyword, const weather_monthly_year& year,
-                       Member member) {
+void appendMonthlyLine(std::string& out, const char* keyword, const weather_monthly_year& year, Member member) {
     std::array<float, 12> values{};
     for (const weather_month_record& month : year.months)
         if (month.month >= 1 && month.month <= 12) values[static_cast<size_t>(month.month - 1)] = month.*member;
@@ -40,8 +39,8 @@ void appendDailyText(std::string& out, const TelluraWeatherStations& station) {
         int counter = 1;  // restarts every year; a missing day shifts the later ones
         for (const weather_day_record& day : year.days) {
             appendf(out, "%d %d %d", day.day, day.month, day.year);
-            appendf(out, " %d %.3f %.3f %.3f %.3f %.3f %.3f\n", counter++, day.tmx2m, day.tmn2m,
-                    day.precip, day.solrad, day.rhumid, day.windsp);
+            appendf(out, " %d %.3f %.3f %.3f %.3f %.3f %.3f\n", counter++, day.tmx2m, day.tmn2m, day.precip, day.solrad,
+                    day.rhumid, day.windsp);
         }
     }
 }
@@ -58,8 +57,7 @@ bool hasDailyYear(const TelluraWeatherStations& station, int year) {
 
 }  // namespace
 
-tellura_weather_recorded_for_block::tellura_weather_recorded_for_block(
-    const TelluraWeatherStations& station)
+tellura_weather_recorded_for_block::tellura_weather_recorded_for_block(const TelluraWeatherStations& station)
     : station_(&station) {}
 
 void tellura_weather_recorded_for_block::addBlockYears(int32_t firstYear, int32_t lastYear) {
@@ -71,8 +69,7 @@ std::string tellura_weather_recorded_for_block::filePath(const std::string& runD
     return strprintf("%ssb%06d.wth", runDirectory.c_str(), station_->id);
 }
 
-bool tellura_weather_recorded_for_block::write(const std::string& path, int version,
-                                               std::string& errors) const {
+bool tellura_weather_recorded_for_block::write(const std::string& path, int version, std::string& errors) const {
     if (!writeTextFile(path, weatherFileText(*station_, version))) {
         appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
         return false;
@@ -86,15 +83,13 @@ bool usesDailyWeather(int version) { return version == 4 || version == 6; }
 
 std::string weatherFileText(const TelluraWeatherStations& station, int version) {
     std::string out;
-    if (usesDailyWeather(version))
-        appendDailyText(out, station);
-    else
-        appendMonthlyText(out, station);
+    if (usesDailyWeather(version)) appendDailyText(out, station);
+    else appendMonthlyText(out, station);
     return out;
 }
 
-bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear,
-                          int version, int blockNumber, std::string& messages) {
+bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear, int version,
+                          int blockNumber, std::string& messages) {
     const bool daily = version == 4;
     int warnings = 0;
     for (int year = firstYear; year <= lastYear + 1 && warnings < kMaxCoverageWarnings; ++year) {
@@ -102,15 +97,20 @@ bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, 
         ++warnings;
         if (daily) {
             appendf(messages, "WARNING, no daily historical weather data for year %d in block %d.", year, blockNumber);
-            messages += " Diurna will run with existing daily weather data. Check if these reflect your modeling situation.\n";
+            messages +=
+                " Diurna will run with existing daily weather data. Check if these reflect your modeling situation.\n";
         } else {
-            appendf(messages, "WARNING, no monthly historical weather data for year %d in block %d.", year, blockNumber);
-            messages += " Tellura will run with existing daily weather data. Check if these reflect your modeling situation.\n";
+            appendf(messages, "WARNING, no monthly historical weather data for year %d in block %d.", year,
+                    blockNumber);
+            messages +=
+                " Tellura will run with existing daily weather data. Check if these reflect your modeling situation.\n";
         }
         if (year == lastYear + 1) {
             messages += "Data must exist through the year after event block.\n";
             if (!daily)
-                messages += "Tellura will run with exisiting daily weather data. Check if these reflect your modeling situation.\n";
+                messages +=
+                    "Tellura will run with exisiting daily weather data. Check if these reflect your modeling "
+                    "situation.\n";
         }
     }
     return true;

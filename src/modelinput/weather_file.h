@@ -51,8 +51,8 @@ std::string weatherFileText(const TelluraWeatherStations& station, int version);
 
 // Warns about every year from firstYear to lastYear + 1 that the station lacks
 // (monthly data, or daily data for version 4), at most 10 per block. Always true.
-bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear,
-                          int version, int blockNumber, std::string& messages);
+bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear, int version,
+                          int blockNumber, std::string& messages);
 // The same for one block, in the form block validation takes (weather_coverage_check).
 void checkBlockWeatherCoverage(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
                                std::string& messages);

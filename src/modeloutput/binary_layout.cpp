@@ -32,8 +32,7 @@ bool parseInt(std::string_view text, int& value) {
 void readComment(std::string_view line, binary_layout& layout) {
     std::vector<std::string_view> words = splitTokenViews(line.substr(1));
     int version = 0;
-    if (words.size() == 2 && iequals(words[0], "version") && parseInt(words[1], version))
-        layout.version = version;
+    if (words.size() == 2 && iequals(words[0], "version") && parseInt(words[1], version)) layout.version = version;
 }
 
 bool addEntry(const std::vector<std::string_view>& fields, binary_layout& layout) {
@@ -114,7 +113,8 @@ bool binary_layout_catalogue::loadShipped(const std::string& directory, std::str
         size_t tab2 = tab1 == std::string_view::npos ? tab1 : line.find('\t', tab1 + 1);
         int version = 0;
         if (tab2 == std::string_view::npos || !parseInt(trim(line.substr(tab1 + 1, tab2 - tab1 - 1)), version)) {
-            appendf(errors, "ERROR, binary layout index \"%s\" line %ld: expected \"file<TAB>version<TAB>description\".\n",
+            appendf(errors,
+                    "ERROR, binary layout index \"%s\" line %ld: expected \"file<TAB>version<TAB>description\".\n",
                     indexPath.c_str(), index.lineNumber());
             ok = false;
             continue;

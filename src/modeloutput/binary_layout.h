@@ -18,9 +18,9 @@
 namespace sb {
 
 struct binary_layout {
-    std::string source;       // file path
-    std::string description;  // from the index file, or the path
-    int version = 0;          // model version index; 0 = any
+    std::string source;                             // file path
+    std::string description;                        // from the index file, or the path
+    int version = 0;                                // model version index; 0 = any
     std::array<std::vector<std::string>, 3> names;  // names[array][index - 1]; "" = unused
 
     int count(int array) const { return static_cast<int>(names[static_cast<size_t>(array)].size()); }

@@ -17,9 +17,9 @@ namespace {
 
 // One variable of the layout and the columns it fills.
 struct placement {
-    int position;       // float index in the record
+    int position;  // float index in the record
     std::string name;
-    int endOfRunColumn; // -1: not an end-of-run column (or not in array 1)
+    int endOfRunColumn;  // -1: not an end-of-run column (or not in array 1)
     output_field_target periodTarget;
 };
 
@@ -41,8 +41,7 @@ std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) 
 }
 
 float floatAt(const std::vector<unsigned char>& record, int position) {
-    uint32_t bits = static_cast<uint32_t>(record[4 * position]) |
-                    static_cast<uint32_t>(record[4 * position + 1]) << 8 |
+    uint32_t bits = static_cast<uint32_t>(record[4 * position]) | static_cast<uint32_t>(record[4 * position + 1]) << 8 |
                     static_cast<uint32_t>(record[4 * position + 2]) << 16 |
                     static_cast<uint32_t>(record[4 * position + 3]) << 24;
     float value;
@@ -149,10 +148,8 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
             std::string sizes = layouts.knownSizes(versionIndex);
             appendf(errors, "ERROR, binary output file \"%s\" has records of %ld bytes, but ", path.c_str(),
                     reader.firstRecordBytes());
-            if (sizes.empty())
-                errors += "no binary layout is known for this model version.";
-            else
-                appendf(errors, "the layouts known for this model version have %s bytes.", sizes.c_str());
+            if (sizes.empty()) errors += "no binary layout is known for this model version.";
+            else appendf(errors, "the layouts known for this model version have %s bytes.", sizes.c_str());
             errors += " Add the layout of this model build to the binary layout files.\n";
             return false;
         }
@@ -168,9 +165,8 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     return ok;
 }
 
-bool readBinaryOutput(const std::string& path, int versionIndex,
-                      const std::vector<std::string>& extraLayoutFiles, tellura_control_record& record,
-                      std::string& errors) {
+bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+                      tellura_control_record& record, std::string& errors) {
     binary_layout_catalogue layouts;
     // The user's own layouts come first so that they win over a shipped layout of the same size.
     for (const auto& file : extraLayoutFiles) layouts.addFile(file, errors);

@@ -19,8 +19,7 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
                       tellura_control_record& record, std::string& errors);
 
 // The shipped layouts plus the user's own layout files (the "BinaryLayouts" setting).
-bool readBinaryOutput(const std::string& path, int versionIndex,
-                      const std::vector<std::string>& extraLayoutFiles, tellura_control_record& record,
-                      std::string& errors);
+bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+                      tellura_control_record& record, std::string& errors);
 
 }  // namespace sb

@@ -31,8 +31,8 @@ bool binary_record_reader::readFirstByte(int& byte) {
 bool binary_record_reader::readU32(uint32_t& value) {
     unsigned char b[4];
     if (std::fread(b, 1, 4, file_) != 4) return false;
-    value = static_cast<uint32_t>(b[0]) | static_cast<uint32_t>(b[1]) << 8 |
-            static_cast<uint32_t>(b[2]) << 16 | static_cast<uint32_t>(b[3]) << 24;
+    value = static_cast<uint32_t>(b[0]) | static_cast<uint32_t>(b[1]) << 8 | static_cast<uint32_t>(b[2]) << 16 |
+            static_cast<uint32_t>(b[3]) << 24;
     return true;
 }
 
@@ -66,8 +66,7 @@ bool binary_record_reader::detectFraming(std::string& errors) {
         lead = static_cast<uint32_t>(firstByte_) | static_cast<uint32_t>(rest[0]) << 8 |
                static_cast<uint32_t>(rest[1]) << 16 | static_cast<uint32_t>(rest[2]) << 24;
         framed = lead > 0 && lead <= kMaxRecordBytes && lead % 4 == 0 &&
-                 std::fseek(file_, static_cast<long>(lead), SEEK_CUR) == 0 && readU32(trail) &&
-                 trail == lead;
+                 std::fseek(file_, static_cast<long>(lead), SEEK_CUR) == 0 && readU32(trail) && trail == lead;
     }
     if (!framed) {
         appendf(errors, "ERROR, format of bin file invalid, reserved=%d.\n", firstByte_);

@@ -49,28 +49,52 @@ std::vector<resolved_field> resolveFields(const csv_output_file& file) {
 // field beyond the list is skipped. The last header line names the columns.
 const std::vector<csv_output_file>& csvOutputFiles() {
     static const std::vector<csv_output_file> files = {
-        {"sb.cropC.csv", 1,
-         {{"agcacc", A}, {"aglcis(1)", A}, {"aglcis(2)", A}, {"bgcacc", A}, {"bglivc", A}, {"cgrain", A},
-          {"cinput", A}, {"cprodc", A}, {"creta", A}, {"sdrema", A}, {"shrema", A}, {"stdedc", A}}},
-        {"sb.soilC.csv", 1,
-         {{"somsc", A}, {"somtc", A}, {"som1c(1)", A}, {"som1c(2)", A}, {"som2c(1)", A}, {"som2c(2)", A},
-          {"som3c", A}, {"totc", A}}},
+        {"sb.cropC.csv",
+         1,
+         {{"agcacc", A},
+          {"aglcis(1)", A},
+          {"aglcis(2)", A},
+          {"bgcacc", A},
+          {"bglivc", A},
+          {"cgrain", A},
+          {"cinput", A},
+          {"cprodc", A},
+          {"creta", A},
+          {"sdrema", A},
+          {"shrema", A},
+          {"stdedc", A}}},
+        {"sb.soilC.csv",
+         1,
+         {{"somsc", A},
+          {"somtc", A},
+          {"som1c(1)", A},
+          {"som1c(2)", A},
+          {"som2c(1)", A},
+          {"som2c(2)", A},
+          {"som3c", A},
+          {"totc", A}}},
         {"sb.CO2.csv", 13, {{"resp(1)", A}, {"resp(2)", A}, {"totsysc", A}}},
-        {"sb.ForestC.csv", 13,
-         {{"rleavc", A}, {"frootc", A}, {"fbrchc", A}, {"rlwodc", A}, {"crootc", A}, {"frstc", A},
-          {"woode(1)", A}}},
+        {"sb.ForestC.csv",
+         13,
+         {{"rleavc", A}, {"frootc", A}, {"fbrchc", A}, {"rlwodc", A}, {"crootc", A}, {"frstc", A}, {"woode(1)", A}}},
         // The mineral pools of the last year are also the run's end-of-run state.
-        {"sb.nps.csv", 1,
-         {{"aminrl(1)", A | E}, {"aminrl(2)", A | E}, {"aminrl(3)", A | E}, {"fertac(1)", A},
-          {"fertac(2)", A}, {"fertac(3)", A}}},
-        {"sb.wt.csv", 13,
+        {"sb.nps.csv",
+         1,
+         {{"aminrl(1)", A | E},
+          {"aminrl(2)", A | E},
+          {"aminrl(3)", A | E},
+          {"fertac(1)", A},
+          {"fertac(2)", A},
+          {"fertac(3)", A}}},
+        {"sb.wt.csv",
+         13,
          {{"petann", A}, {"prcann", A}, {"runoff", A}, {"avh2o(1)", A}, {"avh2o(2)", A}, {"avh2o(3)", A}}},
     };
     return files;
 }
 
-bool readCsvOutputFile(const csv_output_file& file, const std::string& path,
-                       tellura_control_record& record, std::string& errors) {
+bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_control_record& record,
+                       std::string& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
         errors += "ERROR, unable to open output file: " + path + "\n";

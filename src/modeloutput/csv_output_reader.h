@@ -12,13 +12,13 @@ class tellura_control_record;
 enum csv_target : unsigned { kCsvAnnual = 1, kCsvEndOfRun = 2 };
 
 struct csv_field {
-    const char* name;     // output column; every field after the time, in file order
-    unsigned targets;     // kCsvAnnual and / or kCsvEndOfRun
+    const char* name;  // output column; every field after the time, in file order
+    unsigned targets;  // kCsvAnnual and / or kCsvEndOfRun
 };
 
 struct csv_output_file {
-    const char* fileName;      // "sb.cropC.csv", in the run directory
-    int headerLines;           // lines before the first row
+    const char* fileName;  // "sb.cropC.csv", in the run directory
+    int headerLines;       // lines before the first row
     std::vector<csv_field> fields;
 };
 
@@ -26,8 +26,8 @@ const std::vector<csv_output_file>& csvOutputFiles();
 
 // Reads one file: each row's year (floor of its first field) selects or makes
 // the annual record; ends with "%ld years read, from %ld to %ld.\n".
-bool readCsvOutputFile(const csv_output_file& file, const std::string& path,
-                       tellura_control_record& record, std::string& errors);
+bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_control_record& record,
+                       std::string& errors);
 
 // All six files of a run; a missing file is reported and the others still read.
 // False only when not one of them could be opened.

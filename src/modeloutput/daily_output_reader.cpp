@@ -86,10 +86,8 @@ bool readDailyOutput(const std::string& path, tellura_control_record& record, st
         for (size_t i = 2; i < fields.size() && i < columns.size(); ++i) {
             float value = 0;
             parse_result r = parseOutputFloat(fields[i], value);
-            if (r == parse_result::ok)
-                out.setNumber(columns[i].column, value);
-            else
-                badValues.note(reader.lineNumber(), fields[i], columns[i].name, errors);
+            if (r == parse_result::ok) out.setNumber(columns[i].column, value);
+            else badValues.note(reader.lineNumber(), fields[i], columns[i].name, errors);
         }
         span.see(year);
         ++span.count;

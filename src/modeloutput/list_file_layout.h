@@ -6,10 +6,10 @@
 namespace sb {
 
 struct list_file_layout {
-    size_t timeLast;       // time field: characters 1 to timeLast
-    size_t pitch;          // width of one value column
-    size_t headerOffset;   // first character of header name 0
-    size_t valueOffset;    // first character of value 0 in a row
+    size_t timeLast;      // time field: characters 1 to timeLast
+    size_t pitch;         // width of one value column
+    size_t headerOffset;  // first character of header name 0
+    size_t valueOffset;   // first character of value 0 in a row
 
     // Header name / row value of column i (from 0): [first, first + pitch - 1].
     size_t headerFirst(int i) const { return headerOffset + pitch * static_cast<size_t>(i); }

@@ -25,8 +25,7 @@ struct fill_step {
 
 class list_file_filler {
 public:
-    list_file_filler(output_variable_set& variables, int versionIndex, bool monthly,
-                     tellura_outputs& outputs)
+    list_file_filler(output_variable_set& variables, int versionIndex, bool monthly, tellura_outputs& outputs)
         : version_(versionIndex), outputs_(outputs) {
         bool splitEndOfRun = versionIndex == 3 || versionIndex == 5;
         const auto& rowTable = tableDef(monthly ? table_id::output_monthly : table_id::output_annual);
@@ -44,14 +43,13 @@ public:
     }
 
     // False when a name check failed (the message is written).
-    bool fill(std::string_view row, long lineNumber, table_record& record, int month,
-              std::string& errors) {
+    bool fill(std::string_view row, long lineNumber, table_record& record, int month, std::string& errors) {
         bool error = false;
         for (const auto& step : steps_) {
             if (!step.endOfRun && !step.target.takesMonth(month)) continue;
             float value = 0;
-            int got = step.definition->extractFloat(row, version_, true, step.target.expectedName,
-                                                    error, value, errors);
+            int got =
+                step.definition->extractFloat(row, version_, true, step.target.expectedName, error, value, errors);
             if (error) return false;
             if (!got) {
                 noteUnreadable(row, lineNumber, *step.definition, errors);
@@ -88,8 +86,8 @@ private:
 };
 
 // Reads one event block's rows; false when a row could not be stored.
-bool readBlock(output_line_reader& reader, const tellura_event_block& block, int versionIndex,
-               bool monthly, list_file_filler& filler, tellura_outputs& outputs, std::string& errors) {
+bool readBlock(output_line_reader& reader, const tellura_event_block& block, int versionIndex, bool monthly,
+               list_file_filler& filler, tellura_outputs& outputs, std::string& errors) {
     output_year_span span;
     bool ok = true;
     bool last = false;

@@ -25,8 +25,8 @@ std::string_view output_column_definition::valueText(std::string_view row, int v
     return text.substr(0, kMaxValueText);
 }
 
-bool output_column_definition::nameMatches(bool checkName, std::string_view expectedName,
-                                           bool& error, std::string& errors) const {
+bool output_column_definition::nameMatches(bool checkName, std::string_view expectedName, bool& error,
+                                           std::string& errors) const {
     if (!checkName || iequals(name, expectedName)) return true;
     appendf(errors,
             "ERROR, column output_column_definition.extract_tellura_lis requested column \"%s\" "
@@ -37,8 +37,8 @@ bool output_column_definition::nameMatches(bool checkName, std::string_view expe
 }
 
 int output_column_definition::extractUnsigned(std::string_view row, int versionIndex, bool checkName,
-                                               std::string_view expectedName, bool& error,
-                                               unsigned& value, std::string& errors) const {
+                                              std::string_view expectedName, bool& error, unsigned& value,
+                                              std::string& errors) const {
     if (column < 0) return 0;
     if (!nameMatches(checkName, expectedName, error, errors)) return 0;
     return parseOutputUnsigned(valueText(row, versionIndex), value) == parse_result::ok ? 1 : 0;

@@ -22,20 +22,17 @@ public:
     // end of the row or the text is not a number; 1 when a value was stored.
     // With checkName the definition must be the variable the caller expects; on
     // a mismatch the error message is written and the error flag set.
-    int extractUnsigned(std::string_view row, int versionIndex, bool checkName,
-                        std::string_view expectedName, bool& error, unsigned& value,
-                        std::string& errors) const;
-    int extractFloat(std::string_view row, int versionIndex, bool checkName,
-                     std::string_view expectedName, bool& error, float& value,
-                     std::string& errors) const;
+    int extractUnsigned(std::string_view row, int versionIndex, bool checkName, std::string_view expectedName,
+                        bool& error, unsigned& value, std::string& errors) const;
+    int extractFloat(std::string_view row, int versionIndex, bool checkName, std::string_view expectedName, bool& error,
+                     float& value, std::string& errors) const;
 
     // The row text of this column (at most 24 characters; empty when unmatched
     // or out of the row).
     std::string_view valueText(std::string_view row, int versionIndex) const;
 
 private:
-    bool nameMatches(bool checkName, std::string_view expectedName, bool& error,
-                     std::string& errors) const;
+    bool nameMatches(bool checkName, std::string_view expectedName, bool& error, std::string& errors) const;
 };
 
 }  // namespace sb

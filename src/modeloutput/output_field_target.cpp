@@ -21,8 +21,7 @@ int monthSubscript(std::string_view name, std::string_view& root) {
 }
 }  // namespace
 
-output_field_target resolveOutputField(const database_maker_table& table, std::string_view name,
-                                       bool monthly) {
+output_field_target resolveOutputField(const database_maker_table& table, std::string_view name, bool monthly) {
     output_field_target target;
     std::string_view trimmed = trim(name);
     int column = table.fieldIndex(trimmed);
@@ -47,10 +46,8 @@ output_field_target resolveOutputField(const database_maker_table& table, std::s
 
 void storeOutputValue(table_record& record, int column, float value) {
     int type = record.def().fields()[static_cast<size_t>(column)].type;
-    if (type == kTypeSingle || type == kTypeDouble)
-        record.setNumber(column, static_cast<double>(value));
-    else
-        record.setNumber(column, std::nearbyint(static_cast<double>(value)));
+    if (type == kTypeSingle || type == kTypeDouble) record.setNumber(column, static_cast<double>(value));
+    else record.setNumber(column, std::nearbyint(static_cast<double>(value)));
 }
 
 }  // namespace sb

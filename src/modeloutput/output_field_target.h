@@ -12,17 +12,16 @@
 namespace sb {
 
 struct output_field_target {
-    int column = -1;            // -1: the variable is not a column of this record kind
-    int month = 0;              // 1..12 for a month-subscripted variable, else 0
-    std::string expectedName;   // the column's name as the variable must be spelt
+    int column = -1;           // -1: the variable is not a column of this record kind
+    int month = 0;             // 1..12 for a month-subscripted variable, else 0
+    std::string expectedName;  // the column's name as the variable must be spelt
 
     bool placed() const { return column >= 0; }
     // True when the value belongs in a record of this month.
     bool takesMonth(int recordMonth) const { return month == 0 || month == recordMonth; }
 };
 
-output_field_target resolveOutputField(const database_maker_table& table, std::string_view name,
-                                       bool monthly);
+output_field_target resolveOutputField(const database_maker_table& table, std::string_view name, bool monthly);
 
 // Writes a model value into a record column: integer columns (crpval) take the
 // nearest whole number, value columns keep 32-bit float precision.

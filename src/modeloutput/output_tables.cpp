@@ -73,7 +73,8 @@ public:
             appendStatusText(status, errors_);
             return true;
         }
-        appendf(errors_, "ERROR, unable to insert into table [%s] ID=%ld%s\n", name, static_cast<long>(id_), key.c_str());
+        appendf(errors_, "ERROR, unable to insert into table [%s] ID=%ld%s\n", name, static_cast<long>(id_),
+                key.c_str());
         appendStatusText(status, errors_);
         return false;
     }
@@ -87,8 +88,8 @@ private:
     std::unique_ptr<rowset> rows_;
 };
 
-bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records,
-                const output_table_kind& kind, std::string& errors) {
+bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
+                std::string& errors) {
     table_store store(db, kind.table, id, errors);
     if (!store.begin()) return false;
     for (tellura_output* record : records)
@@ -159,8 +160,7 @@ bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::
 bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     // In year and month order, so that a table browsed by its insertion order reads naturally.
     std::vector<tellura_output*> ordered;
-    for (const auto* record : outputs.monthlyInOrder())
-        ordered.push_back(const_cast<TelluraOutputMonthly*>(record));
+    for (const auto* record : outputs.monthlyInOrder()) ordered.push_back(const_cast<TelluraOutputMonthly*>(record));
     return storeKeyed(db, id, ordered, kMonthlyKind, errors);
 }
 
@@ -194,29 +194,37 @@ bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string
         outputs.hasEndOfRun = true;
         return false;  // one row per record
     });
-    ok = readRows(db, table_id::output_annual, id, "[Year]", errors, [&](const table_record& row) {
-        outputs.annual.push_back(recordFrom<TelluraOutputAnnual>(row));
-        return true;
-    }) && ok;
-    ok = readRows(db, table_id::output_monthly, id, "[Year]", errors, [&](const table_record& row) {
-        static_cast<table_record&>(outputs.monthlyFor(row.integer(1), row.integer(2))) = row;
-        return true;
-    }) && ok;
-    ok = readRows(db, table_id::output_daily, id, "[Year]", errors, [&](const table_record& row) {
-        outputs.daily.push_back(recordFrom<TelluraOutputDaily>(row));
-        return true;
-    }) && ok;
+    ok = readRows(db, table_id::output_annual, id, "[Year]", errors,
+                  [&](const table_record& row) {
+                      outputs.annual.push_back(recordFrom<TelluraOutputAnnual>(row));
+                      return true;
+                  }) &&
+         ok;
+    ok = readRows(db, table_id::output_monthly, id, "[Year]", errors,
+                  [&](const table_record& row) {
+                      static_cast<table_record&>(outputs.monthlyFor(row.integer(1), row.integer(2))) = row;
+                      return true;
+                  }) &&
+         ok;
+    ok = readRows(db, table_id::output_daily, id, "[Year]", errors,
+                  [&](const table_record& row) {
+                      outputs.daily.push_back(recordFrom<TelluraOutputDaily>(row));
+                      return true;
+                  }) &&
+         ok;
     bool tooManyLayers = false;
-    ok = readRows(db, table_id::output_soil_layers, id, "", errors, [&](const table_record& row) {
-        if (outputs.soilLayers.size() >= static_cast<size_t>(kMaxOutputSoilLayers)) {
-            errors += std::string("ERROR, too many soil layers in table [") +
-                      tableName(table_id::output_soil_layers) + "]";
-            tooManyLayers = true;
-            return false;
-        }
-        outputs.soilLayers.push_back(recordFrom<TelluraOutputSoilLayer>(row));
-        return true;
-    }) && ok;
+    ok = readRows(db, table_id::output_soil_layers, id, "", errors,
+                  [&](const table_record& row) {
+                      if (outputs.soilLayers.size() >= static_cast<size_t>(kMaxOutputSoilLayers)) {
+                          errors += std::string("ERROR, too many soil layers in table [") +
+                                    tableName(table_id::output_soil_layers) + "]";
+                          tooManyLayers = true;
+                          return false;
+                      }
+                      outputs.soilLayers.push_back(recordFrom<TelluraOutputSoilLayer>(row));
+                      return true;
+                  }) &&
+         ok;
     return ok && !tooManyLayers;
 }
 

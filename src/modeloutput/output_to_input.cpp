@@ -9,9 +9,8 @@ namespace {
 
 // Output column -> site column, in the order the values are copied.
 const char* const kCopiedValues[][2] = {
-    {"aglcis(1)", "AGLCIS(1)"}, {"aglcis(2)", "AGLCIS(2)"}, {"aglive(1)", "AGLIVE(1)"},
-    {"aglive(2)", "AGLIVE(2)"}, {"aglive(3)", "AGLIVE(3)"}, {"aminrl(1)", "AMINRL(1)"},
-    {"aminrl(2)", "AMINRL(2)"}, {"aminrl(3)", "AMINRL(3)"},
+    {"aglcis(1)", "AGLCIS(1)"}, {"aglcis(2)", "AGLCIS(2)"}, {"aglive(1)", "AGLIVE(1)"}, {"aglive(2)", "AGLIVE(2)"},
+    {"aglive(3)", "AGLIVE(3)"}, {"aminrl(1)", "AMINRL(1)"}, {"aminrl(2)", "AMINRL(2)"}, {"aminrl(3)", "AMINRL(3)"},
 };
 
 const char* const kSoilLayerValues[] = {"Mineral N", "Mineral P", "Mineral S", "Initial Relative Water Content"};

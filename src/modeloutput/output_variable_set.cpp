@@ -61,8 +61,7 @@ bool output_variable_set::extraListWanted(int versionIndex, const tellura_contro
     return false;
 }
 
-bool output_variable_set::writeRequestFile(const std::string& runDirectory,
-                                           const tellura_control_record& record,
+bool output_variable_set::writeRequestFile(const std::string& runDirectory, const tellura_control_record& record,
                                            std::string& errors) const {
     std::string path = (std::filesystem::path(runDirectory) / "sb_outvars.txt").string();
     std::FILE* file = std::fopen(path.c_str(), "w");
@@ -72,8 +71,7 @@ bool output_variable_set::writeRequestFile(const std::string& runDirectory,
     }
     bool ok = true;
     auto writeList = [&](const std::vector<output_column_definition>& list) {
-        for (const auto& definition : list)
-            ok = std::fprintf(file, "%s\n", definition.name.c_str()) >= 0 && ok;
+        for (const auto& definition : list) ok = std::fprintf(file, "%s\n", definition.name.c_str()) >= 0 && ok;
     };
     writeList(mainList(current_));
     if (extraListWanted(current_, record)) writeList(extraList(current_));

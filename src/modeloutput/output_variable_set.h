@@ -43,8 +43,7 @@ public:
     // Every definition back to column -1.
     void resetColumns();
     // Matches the header line of a list file (lengthAsRead counts its line end).
-    void matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted,
-                     std::string& errors);
+    void matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted, std::string& errors);
 
 private:
     using definition_list = std::vector<output_column_definition>;

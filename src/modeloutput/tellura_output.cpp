@@ -22,8 +22,7 @@ void tellura_outputs::clear() {
 }
 
 bool tellura_outputs::empty() const {
-    return !hasEndOfRun && annual.empty() && monthlyCount() == 0 && daily.empty() &&
-           soilLayers.empty();
+    return !hasEndOfRun && annual.empty() && monthlyCount() == 0 && daily.empty() && soilLayers.empty();
 }
 
 TelluraOutputAnnual& tellura_outputs::annualFor(int year) {

@@ -35,7 +35,10 @@ public:
     TelluraOutputMonthly() : tellura_output(table_id::output_monthly) {}
     int year() const { return integer(1); }
     int month() const { return integer(2); }
-    void setYearMonth(int year, int month) { setNumber(1, year); setNumber(2, month); }
+    void setYearMonth(int year, int month) {
+        setNumber(1, year);
+        setNumber(2, month);
+    }
 };
 
 class TelluraOutputDaily : public tellura_output {
@@ -43,7 +46,10 @@ public:
     TelluraOutputDaily() : tellura_output(table_id::output_daily) {}
     int year() const { return integer(1); }
     int julianDay() const { return integer(2); }
-    void setYearDay(int year, int day) { setNumber(1, year); setNumber(2, day); }
+    void setYearDay(int year, int day) {
+        setNumber(1, year);
+        setNumber(2, day);
+    }
 };
 
 class TelluraOutputSoilLayer : public tellura_output {

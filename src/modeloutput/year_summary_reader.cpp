@@ -18,21 +18,18 @@ struct summary_column {
 };
 
 const summary_column kSummaryColumns[] = {
-    {"time", nullptr, 1, 8},        {"N2Oflux", "n2oflux", 9, 22}, {"NOflux", "noflux", 23, 36},
-    {"N2flux", "n2flux", 37, 50},   {"CH4", "ch4", 51, 64},        {"NIT", "nit", 65, 78},
-    {"ANNPPT", "ppt", 79, 91},
+    {"time", nullptr, 1, 8}, {"N2Oflux", "n2oflux", 9, 22}, {"NOflux", "noflux", 23, 36}, {"N2flux", "n2flux", 37, 50},
+    {"CH4", "ch4", 51, 64},  {"NIT", "nit", 65, 78},        {"ANNPPT", "ppt", 79, 91},
 };
 
-std::string fileNameOf(const std::string& path) {
-    return std::filesystem::path(path).filename().string();
-}
+std::string fileNameOf(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
 bool headerMatches(std::string_view header, const std::string& path, std::string& errors) {
     for (const auto& column : kSummaryColumns) {
         std::string read(trim(fieldRange(header, column.first, column.last)));
         if (read != column.header) {
-            appendf(errors, "ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n",
-                    fileNameOf(path).c_str(), read.c_str(), column.header);
+            appendf(errors, "ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n", fileNameOf(path).c_str(),
+                    read.c_str(), column.header);
             return false;
         }
     }
@@ -75,10 +72,8 @@ bool readYearSummary(const std::string& path, tellura_control_record& record, st
             float value = 0;
             std::string_view text = fieldRange(line, column.first, column.last);
             parse_result r = parseOutputFloat(text, value);
-            if (r == parse_result::ok)
-                annual.setNumber(columns[i], value);
-            else if (r != parse_result::empty)
-                badValues.note(reader.lineNumber(), text, column.header, errors);
+            if (r == parse_result::ok) annual.setNumber(columns[i], value);
+            else if (r != parse_result::empty) badValues.note(reader.lineNumber(), text, column.header, errors);
         }
         span.see(year);
         ++span.count;

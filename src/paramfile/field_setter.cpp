@@ -30,8 +30,7 @@ int readSubscript(std::string_view text, size_t pos) {
 
 // "FIELD(" at the start of the line's name, case ignored.
 bool matchesSubscripted(std::string_view lineName, std::string_view field) {
-    return lineName.size() > field.size() && istartsWith(lineName, field) &&
-           lineName[field.size()] == '(';
+    return lineName.size() > field.size() && istartsWith(lineName, field) && lineName[field.size()] == '(';
 }
 
 // Splits the text after "FIELD(" at ',' and ')' the way strtok would (empty
@@ -136,15 +135,14 @@ int field_setter::locate2(std::string_view field, int rows, int cols) {
         return -1;
     }
     if (i > rows || j > cols) {
-        appendf(errors_, "ERROR, exceeds array size: \"%.*s\" %d x %d (%d x %d)\n",
-                static_cast<int>(field.size()), field.data(), i, j, rows, cols);
+        appendf(errors_, "ERROR, exceeds array size: \"%.*s\" %d x %d (%d x %d)\n", static_cast<int>(field.size()),
+                field.data(), i, j, rows, cols);
         return -1;
     }
     return (i - 1) * cols + j - 1;
 }
 
-int field_setter::locate3(std::string_view field, int d1, int d2, int d3, bool reversed,
-                          int planeOffset) {
+int field_setter::locate3(std::string_view field, int d1, int d2, int d3, bool reversed, int planeOffset) {
     if (!matchesSubscripted(lineName_, field)) return kNoMatch;
     found_ = true;
     int s[3];
@@ -159,8 +157,7 @@ int field_setter::locate3(std::string_view field, int d1, int d2, int d3, bool r
     }
     if (s[0] > bounds[0] || s[1] > bounds[1] || s[2] > bounds[2]) {
         appendf(errors_, "ERROR, exceeds array size: %.*s %d x %d x %d (%d x %d x %d)\n",
-                static_cast<int>(field.size()), field.data(), s[0], s[1], s[2], bounds[0], bounds[1],
-                bounds[2]);
+                static_cast<int>(field.size()), field.data(), s[0], s[1], s[2], bounds[0], bounds[1], bounds[2]);
         return -1;
     }
     int i = reversed ? s[2] : s[0];

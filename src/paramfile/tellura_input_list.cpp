@@ -64,7 +64,6 @@ std::string_view trimBlanks(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
-
 // One import in progress: the list, the record the value lines go to, the counts.
 class import_pass {
 public:
@@ -145,8 +144,7 @@ const tellura_input* tellura_input_list::find(std::string_view name) const {
     return const_cast<tellura_input_list*>(this)->find(name);
 }
 
-import_counts tellura_input_list::importFile(const std::string& path, std::string& errors,
-                                             std::string& status) {
+import_counts tellura_input_list::importFile(const std::string& path, std::string& errors, std::string& status) {
     std::string text;
     if (!readTextFile(path, text)) {
         appendf(errors, "ERROR, unable to open file \"%s\"\n", path.c_str());
@@ -155,21 +153,19 @@ import_counts tellura_input_list::importFile(const std::string& path, std::strin
     return importText(text, path, errors, status);
 }
 
-import_counts tellura_input_list::importText(std::string_view text, const std::string& path,
-                                             std::string& errors, std::string& status) {
+import_counts tellura_input_list::importText(std::string_view text, const std::string& path, std::string& errors,
+                                             std::string& status) {
     import_pass pass(*this, path, errors);
     line_reader reader(text, kMaxLineLength);
     std::string_view line;
     while (reader.next(line)) {
         if (trimBlanks(line).empty()) break;
-        if (std::isalpha(static_cast<unsigned char>(line.front())))
-            pass.header(line);
-        else
-            pass.value(line);
+        if (std::isalpha(static_cast<unsigned char>(line.front()))) pass.header(line);
+        else pass.value(line);
     }
     import_counts counts = pass.counts();
-    appendf(status, "Imported %d records and updated %d records from \"%s\".\n", counts.imported,
-            counts.updated, path.c_str());
+    appendf(status, "Imported %d records and updated %d records from \"%s\".\n", counts.imported, counts.updated,
+            path.c_str());
     return counts;
 }
 

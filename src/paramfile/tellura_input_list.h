@@ -57,8 +57,7 @@ public:
     // goes to `status`.
     import_counts importFile(const std::string& path, std::string& errors, std::string& status);
     // The same on text already in memory; `path` only names it in messages.
-    import_counts importText(std::string_view text, const std::string& path, std::string& errors,
-                             std::string& status);
+    import_counts importText(std::string_view text, const std::string& path, std::string& errors, std::string& status);
 
     // Creates (replaces) the file with every record in list order.
     bool write(const std::string& path, std::string& errors, int version) const;

@@ -27,9 +27,7 @@ void writeBoolean(std::string& out, uint16_t value) { writeSmallInt(out, boolean
 void writeSignedBoolean(std::string& out, uint16_t value, std::string_view name) {
     appendf(out, "%-2d            %.*s\n", signedBooleanDigit(value), len(name), name.data());
 }
-void writeSignedBoolean(std::string& out, uint16_t value) {
-    writeSmallInt(out, signedBooleanDigit(value));
-}
+void writeSignedBoolean(std::string& out, uint16_t value) { writeSmallInt(out, signedBooleanDigit(value)); }
 
 void writeReal(std::string& out, double value, std::string_view name) {
     appendf(out, "%-10.5f     %.*s\n", value, len(name), name.data());

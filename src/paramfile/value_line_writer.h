@@ -71,8 +71,7 @@ void writeArray2(std::string& out, const T* values, int rows, int cols, std::str
 
 // One column with the second subscript fixed: name(1,col) .. name(rows,col).
 template <class T>
-void writeArray2Column(std::string& out, const T* values, int rows, int cols, int col,
-                       std::string_view name) {
+void writeArray2Column(std::string& out, const T* values, int rows, int cols, int col, std::string_view name) {
     for (int i = 1; i <= rows; ++i)
         writeElement(out, static_cast<double>(values[(i - 1) * cols + col - 1]), name, i, col);
 }
@@ -83,8 +82,7 @@ void writeArray3(std::string& out, const T* values, int d1, int d2, int d3, std:
     for (int i = 1; i <= d1; ++i)
         for (int j = 1; j <= d2; ++j)
             for (int k = 1; k <= d3; ++k)
-                writeElement(out, static_cast<double>(values[((i - 1) * d2 + j - 1) * d3 + k - 1]),
-                             name, i, j, k);
+                writeElement(out, static_cast<double>(values[((i - 1) * d2 + j - 1) * d3 + k - 1]), name, i, j, k);
 }
 
 }  // namespace sb

@@ -11,7 +11,7 @@ namespace sb {
 
 namespace {
 
-constexpr int kNameColumn = 0;         // every option table begins Name, Description
+constexpr int kNameColumn = 0;  // every option table begins Name, Description
 constexpr int kDescriptionColumn = 1;
 
 bool isParameterColumn(int column) { return column != kNameColumn && column != kDescriptionColumn; }
@@ -73,9 +73,8 @@ void option_layout::addEntry(const option_sequence_entry& entry, bool writes) {
         std::vector<std::string> names = expandNamePattern(entry.written);
         std::vector<std::string> columns = entry.column ? expandNamePattern(entry.column) : names;
         if (names.empty() || names.size() != columns.size()) {
-            problems_.push_back(strprintf("%s: pattern \"%s\" does not pair with \"%s\"",
-                                          optionMember(kind_).cliName, entry.written,
-                                          entry.column ? entry.column : entry.written));
+            problems_.push_back(strprintf("%s: pattern \"%s\" does not pair with \"%s\"", optionMember(kind_).cliName,
+                                          entry.written, entry.column ? entry.column : entry.written));
             return;
         }
         for (size_t i = 0; i < names.size(); ++i) {
@@ -122,9 +121,8 @@ void option_layout::finishArrays() {
             field.name = base;
             field.subscripts = static_cast<int>(subscripts.size());
         } else if (field.subscripts != static_cast<int>(subscripts.size())) {
-            problems_.push_back(strprintf("%s: \"%s\" used with %d and %zu subscripts",
-                                          optionMember(kind_).cliName, base.c_str(), field.subscripts,
-                                          subscripts.size()));
+            problems_.push_back(strprintf("%s: \"%s\" used with %d and %zu subscripts", optionMember(kind_).cliName,
+                                          base.c_str(), field.subscripts, subscripts.size()));
             continue;
         }
         for (size_t d = 0; d < subscripts.size(); ++d) field.dims[d] = std::max(field.dims[d], subscripts[d]);

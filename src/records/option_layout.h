@@ -23,9 +23,9 @@ struct option_line {
 
 // One array as the reader sees it: name(i), name(i,j) or name(i,j,k).
 struct option_array_field {
-    std::string name;           // base name in capitals, as messages spell it
-    int subscripts = 0;         // 1 to 3
-    int dims[3] = {0, 0, 0};    // largest subscript seen in each place
+    std::string name;         // base name in capitals, as messages spell it
+    int subscripts = 0;       // 1 to 3
+    int dims[3] = {0, 0, 0};  // largest subscript seen in each place
     // Row-major over dims; the columns one element sets (none, one, or more
     // when two columns hold the parameter for different versions).
     std::vector<std::vector<int>> elements;

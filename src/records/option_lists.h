@@ -25,9 +25,7 @@ public:
     // Does list `kind` hold an option of this name (case ignored)?
     bool contains(option_kind kind, std::string_view name) const { return list(kind).contains(name); }
     option_record* find(option_kind kind, std::string_view name) { return list(kind).findRecord(name); }
-    const option_record* find(option_kind kind, std::string_view name) const {
-        return list(kind).findRecord(name);
-    }
+    const option_record* find(option_kind kind, std::string_view name) const { return list(kind).findRecord(name); }
 
     // The ten files of a run directory ("crop.100", ..., "graz.100", ...) for the version.
     bool writeRunFiles(const std::string& directory, int version, std::string& errors) const;

@@ -40,9 +40,7 @@ const char* option_member::sessionErrorMessage() const {
                               : "ERROR, unable to create session on database.\n";
 }
 
-const option_member& optionMember(option_kind kind) {
-    return kMembers.at(static_cast<size_t>(kind));
-}
+const option_member& optionMember(option_kind kind) { return kMembers.at(static_cast<size_t>(kind)); }
 
 const option_member* optionMemberByCliName(std::string_view name) {
     for (const option_member& member : kMembers)

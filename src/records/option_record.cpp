@@ -22,10 +22,17 @@ bool isByte(int type) { return type == kTypeByte || type == kTypeByteSigned; }
 const std::vector<int>* locateElement(const option_array_field& field, field_setter& setter) {
     int index = field_setter::kNoMatch;
     switch (field.subscripts) {
-    case 1: index = setter.locate1(field.name, field.dims[0]); break;
-    case 2: index = setter.locate2(field.name, field.dims[0], field.dims[1]); break;
-    case 3: index = setter.locate3(field.name, field.dims[0], field.dims[1], field.dims[2], false, 0); break;
-    default: break;
+        case 1:
+            index = setter.locate1(field.name, field.dims[0]);
+            break;
+        case 2:
+            index = setter.locate2(field.name, field.dims[0], field.dims[1]);
+            break;
+        case 3:
+            index = setter.locate3(field.name, field.dims[0], field.dims[1], field.dims[2], false, 0);
+            break;
+        default:
+            break;
     }
     if (index < 0) return nullptr;
     return &field.elements[static_cast<size_t>(index)];
@@ -69,12 +76,9 @@ void option_record::store(int column, double value) {
 void option_record::writeValues(std::string& out, int version) const {
     for (const option_line& line : option_layout::of(kind_).lines(version)) {
         int type = def().fields()[static_cast<size_t>(line.column)].type;
-        if (type == kTypeBit)
-            writeBoolean(out, flag(line.column) ? kTrue16 : kFalse16, line.name);
-        else if (isByte(type))
-            writeSmallInt(out, integer(line.column), line.name);
-        else
-            writeReal(out, static_cast<double>(single(line.column)), line.name);
+        if (type == kTypeBit) writeBoolean(out, flag(line.column) ? kTrue16 : kFalse16, line.name);
+        else if (isByte(type)) writeSmallInt(out, integer(line.column), line.name);
+        else writeReal(out, static_cast<double>(single(line.column)), line.name);
     }
 }
 

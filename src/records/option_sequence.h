@@ -34,8 +34,8 @@ constexpr version_set versions(std::initializer_list<int> codes) {
 constexpr version_set allBut(int v) { return static_cast<version_set>(kAllVersions & ~versionBit(v)); }
 
 struct option_sequence_entry {
-    const char* written;          // name pattern as the file spells it, or "*"
-    const char* column = nullptr; // column pattern; nullptr: the written name
+    const char* written;           // name pattern as the file spells it, or "*"
+    const char* column = nullptr;  // column pattern; nullptr: the written name
     version_set versions = kAllVersions;
 };
 

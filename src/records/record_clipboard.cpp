@@ -27,7 +27,8 @@ bool record_clipboard::decodeId(const std::optional<std::string>& idItem, int32_
         return false;
     }
     uint32_t bits = 0;
-    for (size_t i = 0; i < kIdItemSize; ++i) bits |= static_cast<uint32_t>(static_cast<unsigned char>((*idItem)[i])) << (8 * i);
+    for (size_t i = 0; i < kIdItemSize; ++i)
+        bits |= static_cast<uint32_t>(static_cast<unsigned char>((*idItem)[i])) << (8 * i);
     id = static_cast<int32_t>(bits);
     return true;
 }

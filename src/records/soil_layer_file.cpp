@@ -18,9 +18,9 @@ namespace {
 
 // The properties of a line after the two depths, in file order.
 constexpr soil_layer_column kLineColumns[] = {
-    kLayerBulkDensity, kLayerFieldCapacity, kLayerWiltingPoint, kLayerEcoeff,
-    kLayerTcoeff,      kLayerSand,          kLayerClay,         kLayerOrganicMatter,
-    kLayerDeltamin,    kLayerSaturatedConductivity, kLayerPh,
+    kLayerBulkDensity, kLayerFieldCapacity, kLayerWiltingPoint,  kLayerEcoeff,   kLayerTcoeff,
+    kLayerSand,        kLayerClay,          kLayerOrganicMatter, kLayerDeltamin, kLayerSaturatedConductivity,
+    kLayerPh,
 };
 
 double toReal(const std::string& token) { return std::strtod(token.c_str(), nullptr); }
@@ -29,7 +29,8 @@ void readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tok
     // tokens[0], the upper depth, follows from the layer above and is not kept.
     if (tokens.size() > 1) {
         double depth = toReal(tokens[1]);
-        layer.setDepth(std::isnan(depth) ? 0 : static_cast<int>(std::lround(std::fmin(32767.0, std::fmax(-32768.0, depth)))));
+        layer.setDepth(
+            std::isnan(depth) ? 0 : static_cast<int>(std::lround(std::fmin(32767.0, std::fmax(-32768.0, depth)))));
     }
     for (size_t i = 0; i < std::size(kLineColumns) && i + 2 < tokens.size(); ++i)
         layer.setValue(kLineColumns[i], toReal(tokens[i + 2]));
@@ -37,8 +38,7 @@ void readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tok
 
 }  // namespace
 
-bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path,
-                         std::string& errors) {
+bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors) {
     soil.layerCount = 0;
     bool ok = true;
     std::istringstream in(text);
@@ -79,16 +79,15 @@ std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& target
     std::vector<std::vector<double>> columns;
     for (soil_layer_column column : kLineColumns) {
         std::vector<double> values;
-        for (int i = 0; i < soil.layerCount; ++i)
-            values.push_back(soil.layers[static_cast<size_t>(i)].value(column));
+        for (int i = 0; i < soil.layerCount; ++i) values.push_back(soil.layers[static_cast<size_t>(i)].value(column));
         columns.push_back(relayer(sourceBottoms, values, targetBottoms));
     }
     std::string out;
     for (size_t t = 0; t < targetBottoms.size(); ++t) {
         auto v = [&](size_t c) { return columns[c][t]; };
         appendf(out, "%3d.0%4d.0%6.2f%9.5f%9.5f%6.2f%6.2f%6.2f%6.2f%6.2f%6.2f%9.5f%6.2f\n",
-                t == 0 ? 0 : targetBottoms[t - 1], targetBottoms[t], v(0), v(1), v(2), v(3), v(4), v(5), v(6),
-                v(7), v(8), v(9), v(10));
+                t == 0 ? 0 : targetBottoms[t - 1], targetBottoms[t], v(0), v(1), v(2), v(3), v(4), v(5), v(6), v(7),
+                v(8), v(9), v(10));
     }
     return out;
 }

@@ -17,8 +17,7 @@ constexpr int kSoilLayerLineLimit = 255;
 // the 14th gives "ERROR, too many soil layers in soil file \"%s\".\n" and a
 // false result; the 14 layers read are kept.
 bool importSoilLayerFile(TelluraSoils& soil, const std::string& path, std::string& errors);
-bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path,
-                         std::string& errors);
+bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors);
 
 // The soil re-layered onto `targetBottoms` (layer bottoms in cm), one line per
 // target layer, in the same column order as the import reads.

@@ -112,9 +112,14 @@ void setControlRecordOutputStore(control_record_output_store store) {
 bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors) {
     db_status status;
     switch (readOneRow(db, table_id::site_data, id, site, status)) {
-    case row_read::found: return true;
-    case row_read::missing: errors += "Error, no matching records in Site table\n"; return false;
-    case row_read::unopened: errors += "ERROR, unable to open site table.\n"; return false;
+        case row_read::found:
+            return true;
+        case row_read::missing:
+            errors += "Error, no matching records in Site table\n";
+            return false;
+        case row_read::unopened:
+            errors += "ERROR, unable to open site table.\n";
+            return false;
     }
     return false;
 }
@@ -148,15 +153,15 @@ bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_contr
     db_status status;
     TelluraControlRecords row;
     switch (readOneRow(db, table_id::control_records, id, row, status)) {
-    case row_read::unopened:
-        errors += "ERROR, unable to open control record table.\n";
-        appendStatusText(status, errors);
-        return false;
-    case row_read::missing:
-        appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
-        return false;
-    case row_read::found:
-        break;
+        case row_read::unopened:
+            errors += "ERROR, unable to open control record table.\n";
+            appendStatusText(status, errors);
+            return false;
+        case row_read::missing:
+            appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
+            return false;
+        case row_read::found:
+            break;
     }
     record.row = row;
     bool ok = readSiteData(db, id, record.site, errors);
@@ -191,9 +196,9 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
-    for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output,
-                           table_id::output_annual, table_id::output_monthly, table_id::output_daily,
-                           table_id::output_soil_layers})
+    for (table_id table :
+         {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output, table_id::output_annual,
+          table_id::output_monthly, table_id::output_daily, table_id::output_soil_layers})
         ok = deleteById(db, kDeleteDependentRows, table, id, errors) && ok;
     return s.finish() && ok;
 }
@@ -208,9 +213,9 @@ std::string controlRecordText(const tellura_control_record& record, const tellur
     appendf(text, "%ld\n", asLong(record.id()));
     appendf(text, "Soil ID\t%ld\n", asLong(record.soilId()));
     const TelluraSiteData& s = record.site;
-    appendf(text, "ivauto\t%d\tnelem\t%d\tsite.EPNFA\t%g\t%g\tsite.EPNFS\t%g\t%g\n",
-            s.integer(s.column("IVAUTO")), s.integer(s.column("NELEM")), s.number("EPNFA(1)"), s.number("EPNFA(2)"),
-            s.number("EPNFS(1)"), s.number("EPNFS(2)"));
+    appendf(text, "ivauto\t%d\tnelem\t%d\tsite.EPNFA\t%g\t%g\tsite.EPNFS\t%g\t%g\n", s.integer(s.column("IVAUTO")),
+            s.integer(s.column("NELEM")), s.number("EPNFA(1)"), s.number("EPNFA(2)"), s.number("EPNFS(1)"),
+            s.number("EPNFS(2)"));
     appendClimateMeansText(*station, text);
     for (const tellura_event_block& block : record.blocks) appendEventBlockText(block, text);
     if (!record.outputs.annual.empty()) text += annualOutputCsv(record.outputs);

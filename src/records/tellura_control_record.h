@@ -56,8 +56,7 @@ public:
 // Reads the whole record (row, site data, blocks and events, outputs when asked).
 // When the row is missing or its table cannot be opened the record keeps its
 // defaults; the other parts are all read even when one of them fails.
-bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record,
-                       std::string& errors);
+bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record, std::string& errors);
 // Replaces the record and everything stored under its ID, in one session: the
 // row, the site data, the blocks and events, the record's soil when `soils`
 // holds it, and the outputs when asked. A failing step does not stop the others.

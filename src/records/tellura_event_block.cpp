@@ -15,17 +15,17 @@ namespace sb {
 
 namespace {
 
-constexpr const char* kEventTypeNames[kEventTypeCount] = {
-    "CROP", "PLTM", "HARV", "FRST", "LAST", "SENM", "FERT", "CULT", "OMAD", "IRRI",
-    "GRAZ", "EROD", "FIRE", "TREE", "TREM", "TFST", "TLST", "DRAN", "EXTR"};
+constexpr const char* kEventTypeNames[kEventTypeCount] = {"CROP", "PLTM", "HARV", "FRST", "LAST", "SENM", "FERT",
+                                                          "CULT", "OMAD", "IRRI", "GRAZ", "EROD", "FIRE", "TREE",
+                                                          "TREM", "TFST", "TLST", "DRAN", "EXTR"};
 
 constexpr const char* kMonthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 // Column positions of the two tables, looked up once by name.
 struct block_columns {
-    int id, blockNumber, description, firstYear, lastYear, repeatingYears, outputStartingYear,
-        outputMonth, outputInterval, weatherChoice, weatherId;
+    int id, blockNumber, description, firstYear, lastYear, repeatingYears, outputStartingYear, outputMonth,
+        outputInterval, weatherChoice, weatherId;
     block_columns() {
         const database_maker_table& t = tableDef(table_id::event_blocks);
         id = t.fieldIndex("ID");
@@ -193,34 +193,46 @@ int eventTypeFromName(std::string_view name) {
 
 bool eventTypeTakesItem(int type) {
     switch (type) {
-    case kEventCrop: case kEventHarv: case kEventFert: case kEventCult: case kEventOmad:
-    case kEventIrri: case kEventGraz: case kEventErod: case kEventFire: case kEventTree:
-    case kEventTrem: case kEventDran:
-        return true;
-    default:
-        return false;
+        case kEventCrop:
+        case kEventHarv:
+        case kEventFert:
+        case kEventCult:
+        case kEventOmad:
+        case kEventIrri:
+        case kEventGraz:
+        case kEventErod:
+        case kEventFire:
+        case kEventTree:
+        case kEventTrem:
+        case kEventDran:
+            return true;
+        default:
+            return false;
     }
 }
 
 const char* weatherChoiceText(int choice) {
     switch (choice) {
-    case kWeatherMean: return "M Mean values from the site.100 file";
-    case kWeatherStochastic: return "S Stochastic precipitation from the site.100 file";
-    case kWeatherFile: return "F From the beginning of an actual weather file";
-    case kWeatherContinue: return "C Continued from an actual weather file, without rewinding";
-    default: return "";
+        case kWeatherMean:
+            return "M Mean values from the site.100 file";
+        case kWeatherStochastic:
+            return "S Stochastic precipitation from the site.100 file";
+        case kWeatherFile:
+            return "F From the beginning of an actual weather file";
+        case kWeatherContinue:
+            return "C Continued from an actual weather file, without rewinding";
+        default:
+            return "";
     }
 }
 
 // --- Storage -------------------------------------------------------------
 
-bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks,
-                     std::string& errors) {
+bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, std::string& errors) {
     blocks.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(
-        table_id::event_blocks, strprintf("ID = %ld ORDER BY [Block Number]", static_cast<long>(recordId)),
-        "", status);
+        table_id::event_blocks, strprintf("ID = %ld ORDER BY [Block Number]", static_cast<long>(recordId)), "", status);
     if (!rows) {
         appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::event_blocks));
         appendStatusText(status, errors);
@@ -231,9 +243,9 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
     std::map<int, tellura_event_block*> byNumber;
     for (tellura_event_block& b : blocks) byNumber[b.blockNumber] = &b;
 
-    rows = db.openTable(table_id::events,
-                        strprintf("ID = %ld ORDER BY [Block Number], [Order]", static_cast<long>(recordId)),
-                        "", status);
+    rows =
+        db.openTable(table_id::events,
+                     strprintf("ID = %ld ORDER BY [Block Number], [Order]", static_cast<long>(recordId)), "", status);
     if (!rows) {
         appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::events));
         appendStatusText(status, errors);
@@ -246,8 +258,8 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         int number = rows->row().integer(blockColumn);
         auto found = byNumber.find(number);
         if (found == byNumber.end()) {
-            appendf(errors, "WARNING, events of block %d have no event block, ID=%ld; they are left out.\n",
-                    number, static_cast<long>(recordId));
+            appendf(errors, "WARNING, events of block %d have no event block, ID=%ld; they are left out.\n", number,
+                    static_cast<long>(recordId));
             byNumber[number] = nullptr;  // one warning per missing block
             continue;
         }
@@ -272,8 +284,8 @@ bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_e
 bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
-    std::string where = strprintf("ID = %ld AND [Block Number] = %d", static_cast<long>(recordId),
-                                  static_cast<int>(block.blockNumber));
+    std::string where =
+        strprintf("ID = %ld AND [Block Number] = %d", static_cast<long>(recordId), static_cast<int>(block.blockNumber));
     bool ok = deleteRows(db, table_id::event_blocks, where, errors);
     ok = deleteRows(db, table_id::events, where, errors) && ok;
     ok = insertBlocks(db, recordId, {&block}, errors) && ok;
@@ -310,9 +322,8 @@ const item_rule* itemRule(int type) {
     return nullptr;
 }
 
-bool validateBlockFields(const tellura_event_block& block, int version,
-                         const tellura_weather_station_list& stations, std::string& errors,
-                         const weather_coverage_check& coverage) {
+bool validateBlockFields(const tellura_event_block& block, int version, const tellura_weather_station_list& stations,
+                         std::string& errors, const weather_coverage_check& coverage) {
     bool ok = true;
     if (block.firstYear > block.lastYear) {
         errors += "ERROR, first year after last year.\n";
@@ -349,8 +360,7 @@ bool project_option_names::hasOption(option_kind kind, std::string_view name) co
     return lists_.contains(kind, name);
 }
 
-bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options,
-                   std::string& errors) {
+bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, std::string& errors) {
     const bool startsWithParenthesis = !event.item.empty() && event.item[0] == '(';
     if (event.type == kEventFert && startsWithParenthesis) {
         if (version == kTellura4Agricultural) return true;
@@ -361,8 +371,7 @@ bool validateEvent(const tellura_event& event, int version, const option_name_lo
     }
     if (event.type == kEventDran) {
         if (version == kTellura4Agricultural) return true;
-        appendf(errors, "ERROR, DRAN event invalid for Tellura version, year %d, month %d.\n", event.year,
-                event.month);
+        appendf(errors, "ERROR, DRAN event invalid for Tellura version, year %d, month %d.\n", event.year, event.month);
         return false;
     }
     if (event.type < kEventCrop || event.type >= kEventExtr) {
@@ -380,9 +389,9 @@ bool validateEvent(const tellura_event& event, int version, const option_name_lo
     return false;
 }
 
-bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version,
-                         const option_name_lookup& options, const tellura_weather_station_list& stations,
-                         std::string& errors, const weather_coverage_check& coverage) {
+bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
+                         const tellura_weather_station_list& stations, std::string& errors,
+                         const weather_coverage_check& coverage) {
     bool ok = true;
     for (const tellura_event_block& block : blocks) {
         ok = validateBlockFields(block, version, stations, errors, coverage) && ok;
@@ -428,8 +437,8 @@ constexpr size_t kScheduleLineBuffer = 256;
 
 }  // namespace
 
-bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month,
-                tellura_event& event, std::string& errors) {
+bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month, tellura_event& event,
+                std::string& errors) {
     std::string_view name = nextToken(rest);
     if (name.empty()) {
         errors += "ERROR, unable to parse tellura event.\n";
@@ -437,8 +446,8 @@ bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int
     }
     int type = eventTypeFromName(name);
     if (type == 0) {
-        appendf(errors, "ERROR, unknown operation name: \"%.*s\" Year=%d Month=%d.\n",
-                static_cast<int>(name.size()), name.data(), year, month);
+        appendf(errors, "ERROR, unknown operation name: \"%.*s\" Year=%d Month=%d.\n", static_cast<int>(name.size()),
+                name.data(), year, month);
         return false;
     }
     event = tellura_event{};
@@ -468,13 +477,12 @@ bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int
 
 void appendEventBlockText(const tellura_event_block& block, std::string& text) {
     appendf(text, "%d\t%s\n", static_cast<int>(block.blockNumber), block.description.c_str());
-    appendf(text, "Years\t%d\t%d\tRepeating\t%d\n", static_cast<int>(block.firstYear),
-            static_cast<int>(block.lastYear), static_cast<int>(block.repeatingYears));
+    appendf(text, "Years\t%d\t%d\tRepeating\t%d\n", static_cast<int>(block.firstYear), static_cast<int>(block.lastYear),
+            static_cast<int>(block.repeatingYears));
     std::string choice = weatherChoiceText(block.weatherChoice);
     std::string letter = choice.empty() ? std::string("?") : choice.substr(0, 1);
     std::string meaning = choice.size() > 2 ? choice.substr(2) : std::string();
-    appendf(text, "%d\t%s\t%s\t%s\n", static_cast<int>(block.weatherId), "Weather", letter.c_str(),
-            meaning.c_str());
+    appendf(text, "%d\t%s\t%s\t%s\n", static_cast<int>(block.weatherId), "Weather", letter.c_str(), meaning.c_str());
     for (const tellura_event& e : block.events) {
         const char* monthName = e.month >= 1 && e.month <= 12 ? kMonthNames[e.month - 1] : "?";
         appendf(text, "%d\t%s\t%d\t%s\t%s\n", static_cast<int>(e.year), monthName, static_cast<int>(e.day),

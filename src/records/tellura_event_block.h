@@ -18,9 +18,25 @@ class tellura_weather_station_list;
 
 // Operation codes, one per schedule command of the model.
 enum event_type : uint8_t {
-    kEventCrop = 1, kEventPltm, kEventHarv, kEventFrst, kEventLast, kEventSenm, kEventFert,
-    kEventCult, kEventOmad, kEventIrri, kEventGraz, kEventErod, kEventFire, kEventTree,
-    kEventTrem, kEventTfst, kEventTlst, kEventDran, kEventExtr
+    kEventCrop = 1,
+    kEventPltm,
+    kEventHarv,
+    kEventFrst,
+    kEventLast,
+    kEventSenm,
+    kEventFert,
+    kEventCult,
+    kEventOmad,
+    kEventIrri,
+    kEventGraz,
+    kEventErod,
+    kEventFire,
+    kEventTree,
+    kEventTrem,
+    kEventTfst,
+    kEventTlst,
+    kEventDran,
+    kEventExtr
 };
 constexpr int kEventTypeCount = 19;
 // "CROP" ... "EXTR"; "ERROR" for a code outside 1..19.
@@ -38,11 +54,11 @@ const char* weatherChoiceText(int choice);
 struct tellura_event {
     static constexpr size_t kMaxItemLength = 20;
     int16_t order = 0;
-    int16_t year = 1;     // year within the block, 1 = the block's first year
+    int16_t year = 1;  // year within the block, 1 = the block's first year
     uint8_t month = 1;
-    uint8_t day = 1;      // used by the daily-step release
+    uint8_t day = 1;  // used by the daily-step release
     uint8_t type = kEventCrop;
-    std::string item;     // option name or value text, at most 20 characters
+    std::string item;  // option name or value text, at most 20 characters
     float parameter1 = 0;
     float parameter2 = 0;
     bool operator==(const tellura_event&) const = default;
@@ -67,15 +83,13 @@ struct tellura_event_block {
 
 // Blocks of a record in block order, each with its events in event order.
 // Missing tables or rows are reported; an event whose block is absent is left out.
-bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks,
-                     std::string& errors);
+bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, std::string& errors);
 // Replaces every block and event stored under the record's ID with the given
 // ones (blocks deleted in the editor disappear too), in one session.
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
                      std::string& errors);
 // Replaces one block and its events ("... WHERE ID = %ld AND [Block Number] = %d").
-bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block,
-                    std::string& errors);
+bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors);
 
 // --- Validation ------------------------------------------------------------
 
@@ -99,18 +113,15 @@ private:
 
 // Checks that a station's history covers a weather-file block (warnings only).
 using weather_coverage_check = std::function<void(const TelluraWeatherStations& station,
-                                                  const tellura_event_block& block, int version,
-                                                  std::string& errors)>;
+                                                  const tellura_event_block& block, int version, std::string& errors)>;
 
 // The option list an operation's item must name; false when it names none.
 bool eventItemOptionKind(int type, option_kind& kind);
 
 // One event against the version and the option lists; every message is appended.
-bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options,
-                   std::string& errors);
+bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, std::string& errors);
 // Every block is checked and every message collected; false when any check failed.
-bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version,
-                         const option_name_lookup& options,
+bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
                          const tellura_weather_station_list& stations, std::string& errors,
                          const weather_coverage_check& coverage = {});
 
@@ -137,8 +148,8 @@ private:
 
 // Reads the operation (and its item) that follows the date of a schedule line.
 // `rest` is what is left of the line after year and month were read.
-bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month,
-                tellura_event& event, std::string& errors);
+bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month, tellura_event& event,
+                std::string& errors);
 
 // --- Text form -----------------------------------------------------------------
 

@@ -135,8 +135,8 @@ bool TelluraSoils::deleteLayer(int position, std::string& errors) {
 std::string TelluraSoils::layerListText(int position) const {
     const TelluraSoilLayers& layer = layers.at(static_cast<size_t>(position));
     return strprintf("%d: %d cm - afiel=%lg awilt=%lg N=%lg P=%lg S=%lg", position + 1, layer.depth(),
-                     layer.value(kLayerFieldCapacity), layer.value(kLayerWiltingPoint),
-                     layer.value(kLayerMineralN), layer.value(kLayerMineralP), layer.value(kLayerMineralS));
+                     layer.value(kLayerFieldCapacity), layer.value(kLayerWiltingPoint), layer.value(kLayerMineralN),
+                     layer.value(kLayerMineralP), layer.value(kLayerMineralS));
 }
 
 std::vector<int> TelluraSoils::layerDepths() const {
@@ -150,14 +150,12 @@ void TelluraSoils::checkForRun(int version, std::string& errors) const {
         std::string soilName = name();
         for (int i = 0; i < std::min(layerCount, kTranspirationCheckedLayers); ++i)
             if (layers[static_cast<size_t>(i)].single(kLayerTranspirationLossFactor) == 0.0f)
-                appendf(errors, "WARNING, Soil %s transpiration loss factor is zero in layer %d.\n",
-                        soilName.c_str(), i + 1);
+                appendf(errors, "WARNING, Soil %s transpiration loss factor is zero in layer %d.\n", soilName.c_str(),
+                        i + 1);
     }
     if (version == 4) return;  // the daily model takes its layers from soils.in
-    if (version == 1)
-        checkDepths(*this, kDefaultBottomsA, 10, layerCount, errors);
-    else
-        checkDepths(*this, kDefaultBottomsB, 9, std::min(layerCount, 9), errors);
+    if (version == 1) checkDepths(*this, kDefaultBottomsA, 10, layerCount, errors);
+    else checkDepths(*this, kDefaultBottomsB, 9, std::min(layerCount, 9), errors);
 }
 
 bool TelluraSoils::setFieldBySiteName(std::string_view name, double value, std::string& errors) {
@@ -175,12 +173,10 @@ bool TelluraSoils::setFieldBySiteName(std::string_view name, double value, std::
         if (index < 0) return true;  // ours, but out of range: reported by the setter
         int layer = field.target == site_target::layer_minerals ? index / kMineralElements : index;
         TelluraSoilLayers& target = layers[static_cast<size_t>(layer)];
-        if (field.target == site_target::layer_depth)
-            target.setDepth(wholeCentimetres(value));
+        if (field.target == site_target::layer_depth) target.setDepth(wholeCentimetres(value));
         else if (field.target == site_target::layer_minerals)
             target.setValue(static_cast<soil_layer_column>(field.column + index % kMineralElements), value);
-        else
-            target.setValue(static_cast<soil_layer_column>(field.column), value);
+        else target.setValue(static_cast<soil_layer_column>(field.column), value);
         if (layer + 1 > layerCount) {
             layerCount = layer + 1;
             renumberLayers();
@@ -258,8 +254,8 @@ namespace {
 bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
     bool ok = true;
     for (table_id table : {table_id::soil_layers, table_id::soils}) {
-        db_status status =
-            db.execute(strprintf("DELETE * FROM `%s` WHERE [Soil ID] = %d", tableName(table), static_cast<int>(soilId)));
+        db_status status = db.execute(
+            strprintf("DELETE * FROM `%s` WHERE [Soil ID] = %d", tableName(table), static_cast<int>(soilId)));
         if (status.failed()) {
             appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
             ok = false;

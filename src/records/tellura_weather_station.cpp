@@ -21,8 +21,8 @@ namespace {
 
 // The five climate series of a month, in the order the site file names them.
 struct climate_series {
-    const char* name;        // site-file parameter name
-    const char* label;       // label of the exported row
+    const char* name;   // site-file parameter name
+    const char* label;  // label of the exported row
     float weather_month_means::*member;
 };
 
@@ -55,8 +55,8 @@ struct monthly_columns {
     monthly_columns() {
         columns c(table_id::weather_historical_monthly);
         id = c["ID"], year = c["Year"], month = c["Month"], precip = c["PRECIP"], prcstd = c["PRCSTD"],
-        prcskw = c["PRCSKW"], tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"],
-        rhumid = c["RHUMID"], windsp = c["WINDSP"];
+        prcskw = c["PRCSKW"], tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"],
+        windsp = c["WINDSP"];
     }
 };
 
@@ -64,9 +64,8 @@ struct daily_columns {
     int id, year, month, day, precip, tmn2m, tmx2m, solrad, rhumid, windsp;
     daily_columns() {
         columns c(table_id::weather_historical_daily);
-        id = c["ID"], year = c["Year"], month = c["Month"], day = c["Day"], precip = c["PRECIP"],
-        tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"],
-        windsp = c["WINDSP"];
+        id = c["ID"], year = c["Year"], month = c["Month"], day = c["Day"], precip = c["PRECIP"], tmn2m = c["TMN2M"],
+        tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"], windsp = c["WINDSP"];
     }
 };
 
@@ -86,8 +85,7 @@ const daily_columns& dailyColumns() {
 long asLong(int32_t id) { return static_cast<long>(id); }
 
 bool deleteStationRows(database& db, table_id table, int32_t stationId, std::string& errors) {
-    if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(table), asLong(stationId))).ok())
-        return true;
+    if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(table), asLong(stationId))).ok()) return true;
     appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
     return false;
 }
@@ -125,8 +123,7 @@ bool insertRows(database& db, table_id table, size_t count, Fill fill, std::stri
 
 // Replaces one station's rows in a history table, in one session.
 template <class Fill>
-bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill,
-                    std::string& errors) {
+bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     if (!stationExists(db, stationId)) {
@@ -294,29 +291,32 @@ bool emptyTable(database& db, table_id table, std::string& errors) {
 // Inserts the station rows and the means of the stations that have them; the
 // caller has deleted what they replace.
 bool insertStations(database& db, const std::vector<const TelluraWeatherStations*>& stations, std::string& errors) {
-    bool ok = insertRows(db, table_id::weather_stations, stations.size(),
-                         [&](size_t i, table_record& row) {
-                             row.setNumber(0, stations[i]->id);
-                             row.setText(1, stations[i]->description);
-                         },
-                         errors);
+    bool ok = insertRows(
+        db, table_id::weather_stations, stations.size(),
+        [&](size_t i, table_record& row) {
+            row.setNumber(0, stations[i]->id);
+            row.setText(1, stations[i]->description);
+        },
+        errors);
     std::vector<std::pair<const TelluraWeatherStations*, size_t>> means;  // (station, month index)
     for (const TelluraWeatherStations* s : stations)
         if (s->hasMeans)  // no means yet: a site file import fills them later
             for (size_t m = 0; m < 12; ++m) means.emplace_back(s, m);
     const means_columns& c = meansColumns();
-    return insertRows(db, table_id::weather_averages, means.size(),
-                      [&](size_t i, table_record& row) {
-                          const weather_month_means& m = means[i].first->means[means[i].second];
-                          row.setNumber(c.id, means[i].first->id);
-                          row.setNumber(c.month, static_cast<double>(means[i].second + 1));
-                          row.setNumber(c.precip, m.precip);
-                          row.setNumber(c.prcstd, m.prcstd);
-                          row.setNumber(c.prcskw, m.prcskw);
-                          row.setNumber(c.tmn2m, m.tmn2m);
-                          row.setNumber(c.tmx2m, m.tmx2m);
-                      },
-                      errors) && ok;
+    return insertRows(
+               db, table_id::weather_averages, means.size(),
+               [&](size_t i, table_record& row) {
+                   const weather_month_means& m = means[i].first->means[means[i].second];
+                   row.setNumber(c.id, means[i].first->id);
+                   row.setNumber(c.month, static_cast<double>(means[i].second + 1));
+                   row.setNumber(c.precip, m.precip);
+                   row.setNumber(c.prcstd, m.prcstd);
+                   row.setNumber(c.prcskw, m.prcskw);
+                   row.setNumber(c.tmn2m, m.tmn2m);
+                   row.setNumber(c.tmx2m, m.tmx2m);
+               },
+               errors) &&
+           ok;
 }
 
 }  // namespace
@@ -345,8 +345,8 @@ bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) 
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = true;
-    for (table_id table : {table_id::weather_stations, table_id::weather_averages,
-                           table_id::weather_historical_monthly, table_id::weather_historical_daily})
+    for (table_id table : {table_id::weather_stations, table_id::weather_averages, table_id::weather_historical_monthly,
+                           table_id::weather_historical_daily})
         ok = deleteStationRows(db, table, stationId, errors) && ok;
     return s.finish() && ok;
 }
@@ -402,8 +402,7 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
         d.solrad = row.single(c.solrad);
         d.rhumid = row.single(c.rhumid);
         d.windsp = row.single(c.windsp);
-        if (station.daily.empty() || station.daily.back().year != d.year)
-            station.daily.push_back({d.year, {}});
+        if (station.daily.empty() || station.daily.back().year != d.year) station.daily.push_back({d.year, {}});
         station.daily.back().days.push_back(d);
     }
     return true;
@@ -464,10 +463,14 @@ namespace {
 float weather_month_record::*monthlySeries(std::string_view keyword) {
     if (keyword.size() < 4) return nullptr;
     switch (std::toupper(static_cast<unsigned char>(keyword[3]))) {
-    case 'C': return &weather_month_record::precip;
-    case 'N': return &weather_month_record::tmn2m;
-    case 'X': return &weather_month_record::tmx2m;
-    default: return nullptr;
+        case 'C':
+            return &weather_month_record::precip;
+        case 'N':
+            return &weather_month_record::tmn2m;
+        case 'X':
+            return &weather_month_record::tmx2m;
+        default:
+            return nullptr;
     }
 }
 
@@ -487,7 +490,8 @@ bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& s
         if (isBlank(line)) return;
         size_t start = line.find_first_not_of(" \t");
         size_t end = line.find_first_of(" \t", start);
-        std::string_view keyword = line.substr(start, end == std::string_view::npos ? line.size() - start : end - start);
+        std::string_view keyword =
+            line.substr(start, end == std::string_view::npos ? line.size() - start : end - start);
         float weather_month_record::*series = monthlySeries(keyword);
         if (!series) {
             appendf(errors, "ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\"\n",
@@ -497,7 +501,8 @@ bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& s
         }
         std::string_view numbers = end == std::string_view::npos ? std::string_view() : line.substr(end);
         if (!(readNumbers(numbers, values) && values.size() == 13) && !readMonthlyColumns(line, values)) {
-            appendf(errors, "ERROR, a year and twelve monthly values expected in weather file: \"%.*s\"\nFile: \"%s\"\n",
+            appendf(errors,
+                    "ERROR, a year and twelve monthly values expected in weather file: \"%.*s\"\nFile: \"%s\"\n",
                     static_cast<int>(line.size()), line.data(), path.c_str());
             ok = false;
             return;
@@ -534,10 +539,8 @@ void storeDay(weather_daily_year& y, const weather_day_record& d) {
         return;
     }
     auto found = std::find_if(y.days.begin(), y.days.end(), same);
-    if (found != y.days.end())
-        *found = d;
-    else
-        y.days.push_back(d);
+    if (found != y.days.end()) *found = d;
+    else y.days.push_back(d);
 }
 
 bool validDate(int day, int month) { return month >= 1 && month <= 12 && day >= 1 && day <= 31; }

@@ -87,8 +87,7 @@ bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::
 // --- Weather files -----------------------------------------------------------
 
 // The model's monthly weather file: "prec 1990 v1 .. v12", "tmin ...", "tmax ...".
-bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station,
-                              std::string& errors);
+bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors);
 // The model's daily weather file: day, month, year, day of year, tmax, tmin,
 // precipitation, then optionally solar radiation, relative humidity, wind speed.
 bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors);

@@ -57,8 +57,8 @@ child_process::~child_process() {
     if (running_) killGroupAndReap();
 }
 
-bool child_process::start(const std::vector<std::string>& arguments,
-                          const std::string& workingDirectory, int outputFd, int& errorCode) {
+bool child_process::start(const std::vector<std::string>& arguments, const std::string& workingDirectory, int outputFd,
+                          int& errorCode) {
     if (arguments.empty()) {
         errorCode = ENOENT;
         return false;
@@ -69,8 +69,7 @@ bool child_process::start(const std::vector<std::string>& arguments,
         posix_spawn_file_actions_adddup2(&setup.actions, outputFd, 1);
         posix_spawn_file_actions_adddup2(&setup.actions, outputFd, 2);
     }
-    if (!workingDirectory.empty())
-        posix_spawn_file_actions_addchdir_np(&setup.actions, workingDirectory.c_str());
+    if (!workingDirectory.empty()) posix_spawn_file_actions_addchdir_np(&setup.actions, workingDirectory.c_str());
     // Own process group; default signal handling and no blocked signals, whatever ours are.
     sigset_t none, all;
     sigemptyset(&none);
@@ -78,8 +77,7 @@ bool child_process::start(const std::vector<std::string>& arguments,
     posix_spawnattr_setpgroup(&setup.attributes, 0);
     posix_spawnattr_setsigmask(&setup.attributes, &none);
     posix_spawnattr_setsigdefault(&setup.attributes, &all);
-    posix_spawnattr_setflags(&setup.attributes,
-                             POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setflags(&setup.attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     std::string program = absoluteProgram(arguments[0]);
     std::vector<char*> argv;
     argv.push_back(program.data());
@@ -100,9 +98,7 @@ bool child_process::start(const std::vector<std::string>& arguments,
 child_process::reap_state child_process::reapIfEnded(bool block) {
     int status = 0;
     pid_t done;
-    do {
-        done = waitpid(pid_, &status, block ? 0 : WNOHANG);
-    } while (done < 0 && errno == EINTR);
+    do { done = waitpid(pid_, &status, block ? 0 : WNOHANG); } while (done < 0 && errno == EINTR);
     if (done < 0) return reap_state::waitFailed;
     if (done != pid_) return reap_state::running;
     running_ = false;

@@ -7,13 +7,17 @@ namespace sb {
 std::string modelCommandLine(int version, const std::string& executable, bool visible) {
     const char* exe = executable.c_str();
     switch (version) {
-    case 1: return strprintf("\"%s\" -s sb -n sb.bin -W sbNew.100", exe);
-    case 2:
-    case 3:
-    case 4:
-    case 5: return visible ? strprintf("\"%s\" -s sb -n sb.bin", exe) : strprintf("\"%s\" -s sb -n sb", exe);
-    case 6: return strprintf("\"%s\" -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .", exe);
-    default: return "";
+        case 1:
+            return strprintf("\"%s\" -s sb -n sb.bin -W sbNew.100", exe);
+        case 2:
+        case 3:
+        case 4:
+        case 5:
+            return visible ? strprintf("\"%s\" -s sb -n sb.bin", exe) : strprintf("\"%s\" -s sb -n sb", exe);
+        case 6:
+            return strprintf("\"%s\" -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .", exe);
+        default:
+            return "";
     }
 }
 

@@ -21,8 +21,7 @@ bool file_mover::makeFolder(const std::string& path, std::string& errors) {
 bool file_mover::moveFile(const std::string& from, const std::string& to, std::string& errors) {
     std::error_code ec;
     if (!fs::is_regular_file(from, ec)) {
-        appendf(errors, "ERROR, unable to move \"%s\" to \"%s\": %s.\n", from.c_str(), to.c_str(),
-                "no such file");
+        appendf(errors, "ERROR, unable to move \"%s\" to \"%s\": %s.\n", from.c_str(), to.c_str(), "no such file");
         return false;
     }
     fs::rename(from, to, ec);
@@ -31,8 +30,7 @@ bool file_mover::moveFile(const std::string& from, const std::string& to, std::s
         if (fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec)) fs::remove(from, ec);
     }
     if (!ec) return true;
-    appendf(errors, "ERROR, unable to move \"%s\" to \"%s\": %s.\n", from.c_str(), to.c_str(),
-            ec.message().c_str());
+    appendf(errors, "ERROR, unable to move \"%s\" to \"%s\": %s.\n", from.c_str(), to.c_str(), ec.message().c_str());
     return false;
 }
 

@@ -16,14 +16,13 @@ void deleteStale(const std::string& folder, const char* name, std::string& error
     std::error_code ec;
     std::filesystem::path path = std::filesystem::path(folder.empty() ? "." : folder) / name;
     if (!std::filesystem::remove(path, ec) && ec)
-        appendf(errors, "WARNING, unable to delete old output file \"%s\": %s.\n", path.c_str(),
-                ec.message().c_str());
+        appendf(errors, "WARNING, unable to delete old output file \"%s\": %s.\n", path.c_str(), ec.message().c_str());
 }
 
 }  // namespace
 
-bool model_process_runner::runModel(int version, const std::string& modelExecutable, bool visible,
-                                    std::string& runLog, std::string& errors) {
+bool model_process_runner::runModel(int version, const std::string& modelExecutable, bool visible, std::string& runLog,
+                                    std::string& errors) {
     std::string runDirectory = workingDirectory_.empty() ? directoryOf(modelExecutable) : workingDirectory_;
     std::string commandLine = modelCommandLine(version, modelExecutable, visible);
     deleteStale(runDirectory, staleBinaryFile(version), errors);
@@ -31,8 +30,8 @@ bool model_process_runner::runModel(int version, const std::string& modelExecuta
     return runner_.runCaptured(commandLine, kConsoleFile, runDirectory, false, true, runLog, errors);
 }
 
-bool model_process_runner::runList100(int version, const std::string& list100Executable,
-                                      bool inConsole, std::string& runLog, std::string& errors) {
+bool model_process_runner::runList100(int version, const std::string& list100Executable, bool inConsole,
+                                      std::string& runLog, std::string& errors) {
     std::string listDirectory = workingDirectory_.empty() ? directoryOf(list100Executable) : workingDirectory_;
     std::string commandLine = list100CommandLine(version, list100Executable);
     deleteStale(listDirectory, "sb.lis", errors);

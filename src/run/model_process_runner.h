@@ -20,12 +20,12 @@ public:
     // Deletes the stale binary output, forms the version's command line and
     // runs the model in the folder of its executable: captured into
     // "Soilbench.con" (output required), or in a terminal when visible.
-    bool runModel(int version, const std::string& modelExecutable, bool visible,
-                  std::string& runLog, std::string& errors);
+    bool runModel(int version, const std::string& modelExecutable, bool visible, std::string& runLog,
+                  std::string& errors);
     // Deletes the stale "sb.lis" and runs "\"%s\" sb sb sb_outvars.txt" in the
     // folder of the list utility; a silent list utility is no error.
-    bool runList100(int version, const std::string& list100Executable, bool inConsole,
-                    std::string& runLog, std::string& errors);
+    bool runList100(int version, const std::string& list100Executable, bool inConsole, std::string& runLog,
+                    std::string& errors);
 
     static constexpr const char* kConsoleFile = "Soilbench.con";
 

@@ -26,12 +26,11 @@ void appendStartFailure(std::string& errors, int code, const std::string& comman
 
 // Splits the command line and starts it; reports a failure as the model's
 // process-start message with the errno of the failed step.
-bool startProcess(child_process& child, const std::string& commandLine,
-                  const std::string& workingDirectory, int outputFd, std::string& errors) {
+bool startProcess(child_process& child, const std::string& commandLine, const std::string& workingDirectory,
+                  int outputFd, std::string& errors) {
     std::vector<std::string> arguments;
     int code = commandLine.empty() ? ENOENT : EINVAL;
-    if (splitCommandLine(commandLine, arguments) &&
-        child.start(arguments, workingDirectory, outputFd, code))
+    if (splitCommandLine(commandLine, arguments) && child.start(arguments, workingDirectory, outputFd, code))
         return true;
     appendStartFailure(errors, code, commandLine);
     return false;
@@ -40,10 +39,15 @@ bool startProcess(child_process& child, const std::string& commandLine,
 // The time limit, a cancel, and a crash each leave their own message.
 bool reportWait(wait_result result, const child_process& child, std::string& errors) {
     switch (result) {
-    case wait_result::timedOut: errors += kTimeLimitMessage; return false;
-    case wait_result::cancelled:
-    case wait_result::failed: errors += "Process Cancelled/Error\n"; return false;
-    case wait_result::finished: break;
+        case wait_result::timedOut:
+            errors += kTimeLimitMessage;
+            return false;
+        case wait_result::cancelled:
+        case wait_result::failed:
+            errors += "Process Cancelled/Error\n";
+            return false;
+        case wait_result::finished:
+            break;
     }
     if (int signal = child.endingSignal()) {
         appendf(errors, "ERROR, process ended by signal %d (%s).\n", signal, strsignal(signal));
@@ -156,8 +160,8 @@ bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog
 }
 
 bool process_runner::runCaptured(const std::string& commandLine, const std::string& consoleFile,
-                                 const std::string& workingDirectory, bool /*highPriority*/,
-                                 bool requireOutput, std::string& runLog, std::string& errors) {
+                                 const std::string& workingDirectory, bool /*highPriority*/, bool requireOutput,
+                                 std::string& runLog, std::string& errors) {
     console_file console(consolePath(consoleFile, workingDirectory));
     if (console.fd() < 0) {
         errors += "Unable to create file handle.\n";

@@ -22,12 +22,11 @@ public:
     // file (relative to the working directory unless absolute), waits, reads the
     // console back into the run log, deletes it. highPriority is not used on Linux.
     bool runCaptured(const std::string& commandLine, const std::string& consoleFile,
-                     const std::string& workingDirectory, bool highPriority, bool requireOutput,
-                     std::string& runLog, std::string& errors);
+                     const std::string& workingDirectory, bool highPriority, bool requireOutput, std::string& runLog,
+                     std::string& errors);
     // Starts the command line in a terminal window of its own when a display and
     // a terminal program are found, otherwise attached to our own terminal; waits.
-    bool runInConsole(const std::string& commandLine, const std::string& workingDirectory,
-                      std::string& errors);
+    bool runInConsole(const std::string& commandLine, const std::string& workingDirectory, std::string& errors);
     // Reads the console file from its start in 64-byte pieces. Lower-case "error"
     // anywhere in it fails the run; CR LF become LF in the run log.
     static bool readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors);

@@ -124,8 +124,9 @@ bool record_runner::readOutputs(tellura_control_record& record, const std::strin
         if (selected(kReadTextOutputs[1]))
             ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, record, errors) && ok;
         if (settings_.saveDailyFirstYear <= settings_.saveDailyLastYear && !settings_.outputPath.empty())
-            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix,
-                                settings_.saveDailyFirstYear, settings_.saveDailyLastYear, errors) && ok;
+            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix, settings_.saveDailyFirstYear,
+                                settings_.saveDailyLastYear, errors) &&
+                 ok;
     }
     return ok;
 }

@@ -34,8 +34,8 @@ public:
     // otherwise in the folder of the version's executable. The model is ended
     // early when `cancelNow` returns true. True only when every step succeeded;
     // outputs read before a failure stay in the record.
-    bool run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog,
-             std::string& errors, const std::function<bool()>& cancelNow = {}) const;
+    bool run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog, std::string& errors,
+             const std::function<bool()>& cancelNow = {}) const;
 
     // The record's blocks reduced to and ordered as the choice says.
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);

@@ -324,7 +324,8 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             else ++result.failed;
             storeRun(p.record, errors);
         }
-        observer.statusText(strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
+        observer.statusText(
+            strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
         observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
         p.record = tellura_control_record();  // outputs stored: free them
     };
@@ -338,7 +339,10 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                 // reported; a slow record must not make that queue grow without end.
                 if (pending.size() - nextCommit >= kLookaheadPerJob * slots.size()) break;
                 for (size_t k = 0; k < slots.size(); ++k)
-                    if (!slotBusy[k]) { slot = static_cast<int>(k); break; }
+                    if (!slotBusy[k]) {
+                        slot = static_cast<int>(k);
+                        break;
+                    }
                 if (slot < 0) break;
             } else if (nextCommit < pending.size()) {
                 break;  // one at a time: the previous record is not reported yet
@@ -422,8 +426,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     }
     result.elapsedSeconds = timer.seconds();
     double average = result.runNumber > 0 ? result.elapsedSeconds / static_cast<double>(result.runNumber) : 0.0;
-    appendf(runLog, "Elapsed: %.3f seconds, ave=%.3f Fail count=%ld\n", result.elapsedSeconds, average,
-            result.failed);
+    appendf(runLog, "Elapsed: %.3f seconds, ave=%.3f Fail count=%ld\n", result.elapsedSeconds, average, result.failed);
     return result;
 }
 

@@ -32,16 +32,16 @@ bool precheck(const tellura_control_record& record, int version, const tellura_s
               const tellura_weather_station_list& stations, const option_lists& options, std::string& errors);
 
 struct run_set_options {
-    std::string filter;              // WHERE text for [Control Records]; empty = every record
+    std::string filter;  // WHERE text for [Control Records]; empty = every record
     bool stopOnPrecheckErrors = false;
-    int jobs = 1;                    // records run at once
-    std::vector<int> blockOrder;     // blocks to run in each record, in order; empty = all
+    int jobs = 1;                 // records run at once
+    std::vector<int> blockOrder;  // blocks to run in each record, in order; empty = all
 };
 
 struct run_set_result {
     long runNumber = 0;  // records attempted
     long good = 0;
-    long failed = 0;     // precheck failures and failed runs together
+    long failed = 0;  // precheck failures and failed runs together
     double elapsedSeconds = 0;
     bool cancelled = false;
     bool stoppedOnPrecheck = false;
@@ -70,8 +70,8 @@ public:
     bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);
 
     // Every record of the run set, in table order.
-    run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer,
-                                      std::string& runLog, std::string& errors);
+    run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer, std::string& runLog,
+                                      std::string& errors);
 
     // The settings a run uses (version, executables, time limit, flags).
     const app_soilbench& settings() const { return settings_; }

@@ -38,13 +38,17 @@ QVariant control_record_table_model::data(const QModelIndex& index, int role) co
     const control_record_proxy* h = index.isValid() ? handleAt(index.row()) : nullptr;
     if (!h) return {};
     if (role == Qt::TextAlignmentRole)
-        return index.column() == 2 ? QVariant(Qt::AlignLeft | Qt::AlignVCenter) : QVariant(Qt::AlignRight | Qt::AlignVCenter);
+        return index.column() == 2 ? QVariant(Qt::AlignLeft | Qt::AlignVCenter)
+                                   : QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (role == Qt::ToolTipRole) return QString::fromStdString(h->label);
     if (role != Qt::DisplayRole) return {};
     switch (index.column()) {
-        case 0: return h->recordNumber;
-        case 1: return h->id;
-        default: return descriptionOf(*h);
+        case 0:
+            return h->recordNumber;
+        case 1:
+            return h->id;
+        default:
+            return descriptionOf(*h);
     }
 }
 

@@ -108,7 +108,7 @@ void dialog_configuration::fillLocations() {
     const auto& rows = form_->locationRows();
     for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
         auto* item = new QListWidgetItem(QStringLiteral("%1: %2").arg(QString::fromStdString(rows[i].label),
-                                                                       QString::fromStdString(form_->rowPath(i))),
+                                                                      QString::fromStdString(form_->rowPath(i))),
                                          locations_);
         item->setData(Qt::UserRole, rows[i].marked);
         QFont font = item->font();

@@ -20,7 +20,8 @@ dialog_diurna_output_files::dialog_diurna_output_files(app_soilbench& settings, 
     constexpr int kRows = (kDailyOutputFileCount + 1) / 2;  // two columns of fourteen
     for (int i = 0; i < kDailyOutputFileCount; ++i) {
         const auto& f = files[static_cast<size_t>(i)];
-        auto* box = new QCheckBox(QStringLiteral("%1 - %2").arg(QString::fromLatin1(f.file), QString::fromLatin1(f.description)), this);
+        auto* box = new QCheckBox(
+            QStringLiteral("%1 - %2").arg(QString::fromLatin1(f.file), QString::fromLatin1(f.description)), this);
         box->setObjectName(QString::fromLatin1(f.file));
         box->setChecked(settings_.outfileSelected[static_cast<size_t>(i)]);
         grid->addWidget(box, i % kRows, i / kRows);

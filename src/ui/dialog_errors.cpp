@@ -10,8 +10,7 @@
 
 namespace sb {
 
-dialog_errors::dialog_errors(const QString& title, const QString& text, QWidget* parent)
-    : QDialog(parent) {
+dialog_errors::dialog_errors(const QString& title, const QString& text, QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("dialog_errors"));
     setWindowTitle(title);
     text_ = new QPlainTextEdit(this);

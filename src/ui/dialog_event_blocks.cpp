@@ -29,7 +29,7 @@ struct int_field {
     int maximum;
 };
 constexpr int_field kBlockInts[] = {
-    {"First Year", -9999, 9999}, {"Last Year", -9999, 9999}, {"Repeating Years", 1, 9999},
+    {"First Year", -9999, 9999},           {"Last Year", -9999, 9999}, {"Repeating Years", 1, 9999},
     {"Output Starting Year", -9999, 9999}, {"Output Month", 1, 12},
 };
 constexpr int_field kEventInts[] = {{"Year", 1, 9999}, {"Month", 1, 12}, {"Day", 1, 31}};
@@ -105,7 +105,8 @@ QWidget* dialog_event_blocks::makeBlockPanel() {
     outputInterval_ = makeDoubleSpin();
     form->addRow(QStringLiteral("Output Interval"), outputInterval_);
     weatherChoice_ = new QComboBox;
-    for (int c = kWeatherMean; c <= kWeatherContinue; ++c) weatherChoice_->addItem(QString::fromUtf8(weatherChoiceText(c)));
+    for (int c = kWeatherMean; c <= kWeatherContinue; ++c)
+        weatherChoice_->addItem(QString::fromUtf8(weatherChoiceText(c)));
     form->addRow(QStringLiteral("Weather Choice"), weatherChoice_);
     weatherId_ = new QSpinBox;
     weatherId_->setRange(0, 2147483647);
@@ -165,8 +166,9 @@ QWidget* dialog_event_blocks::makeEventPanel() {
 }
 
 tellura_event_block* dialog_event_blocks::shownBlock() {
-    return shownBlock_ >= 0 && shownBlock_ < static_cast<int>(blocks_.size()) ? &blocks_[static_cast<size_t>(shownBlock_)]
-                                                                             : nullptr;
+    return shownBlock_ >= 0 && shownBlock_ < static_cast<int>(blocks_.size())
+               ? &blocks_[static_cast<size_t>(shownBlock_)]
+               : nullptr;
 }
 
 QString dialog_event_blocks::blockLabel(const tellura_event_block& b) {
@@ -174,8 +176,7 @@ QString dialog_event_blocks::blockLabel(const tellura_event_block& b) {
 }
 
 QString dialog_event_blocks::eventLabel(const tellura_event& e) {
-    return QString::fromStdString(
-        strprintf("%d  %d  %s %s", e.year, e.month, eventTypeName(e.type), e.item.c_str()));
+    return QString::fromStdString(strprintf("%d  %d  %s %s", e.year, e.month, eventTypeName(e.type), e.item.c_str()));
 }
 
 void dialog_event_blocks::fillItemChoices(int type) {

@@ -31,9 +31,7 @@ std::unique_ptr<tellura_input> copyOf(const option_list& list, const option_reco
 
 }  // namespace
 
-QString dialog_option_list::titleFor(const option_list& list) {
-    return QString::fromLatin1(list.member().exportFile);
-}
+QString dialog_option_list::titleFor(const option_list& list) { return QString::fromLatin1(list.member().exportFile); }
 
 dialog_option_list::dialog_option_list(option_list& list, int version, field_help_lookup help, QWidget* parent)
     : QDialog(parent), list_(list), version_(version), help_(std::move(help)) {
@@ -43,8 +41,10 @@ dialog_option_list::dialog_option_list(option_list& list, int version, field_hel
     names_->setObjectName(QStringLiteral("names"));
     auto* buttons = new QVBoxLayout;
     const std::pair<const char*, void (dialog_option_list::*)()> actions[] = {
-        {"Import...", &dialog_option_list::askImport}, {"Export...", &dialog_option_list::askExport},
-        {"Add", &dialog_option_list::askAdd},          {"Copy", &dialog_option_list::askCopy},
+        {"Import...", &dialog_option_list::askImport},
+        {"Export...", &dialog_option_list::askExport},
+        {"Add", &dialog_option_list::askAdd},
+        {"Copy", &dialog_option_list::askCopy},
     };
     for (const auto& [label, slot] : actions) {
         auto* b = new QPushButton(QString::fromLatin1(label), this);
@@ -79,7 +79,8 @@ void dialog_option_list::fillNames(int select) {
     names_->clear();
     for (size_t i = 0; i < list_.size(); ++i) {
         const option_record& r = list_.recordAt(i);
-        names_->addItem(QStringLiteral("%1  %2").arg(QString::fromStdString(r.name), QString::fromStdString(r.description)));
+        names_->addItem(
+            QStringLiteral("%1  %2").arg(QString::fromStdString(r.name), QString::fromStdString(r.description)));
     }
     shown_ = -1;
     select = std::min(select, names_->count() - 1);
@@ -161,8 +162,9 @@ void dialog_option_list::deleteOption(int index) {
 }
 
 void dialog_option_list::askImport() {
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Import"), QString::fromLatin1(list_.member().exportFile),
-                                                      qtFilter(list_.member().fileFilter));
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Import"), QString::fromLatin1(list_.member().exportFile),
+                                     qtFilter(list_.member().fileFilter));
     if (path.isEmpty()) return;
     std::string errors;
     importFrom(path, errors);
@@ -170,8 +172,9 @@ void dialog_option_list::askImport() {
 }
 
 void dialog_option_list::askExport() {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Export"), QString::fromLatin1(list_.member().exportFile),
-                                                      qtFilter(list_.member().fileFilter));
+    const QString path =
+        QFileDialog::getSaveFileName(this, QStringLiteral("Export"), QString::fromLatin1(list_.member().exportFile),
+                                     qtFilter(list_.member().fileFilter));
     if (path.isEmpty()) return;
     std::string errors;
     exportTo(path, errors);
@@ -187,7 +190,8 @@ void dialog_option_list::askCopy() {
     const int index = names_->currentRow();
     if (index < 0) return;
     const QString name = QInputDialog::getText(this, QStringLiteral("Copy"), QStringLiteral("Name of the copy:"));
-    if (!name.trimmed().isEmpty()) copyOption(index, name.trimmed().left(static_cast<int>(tellura_input::kMaxNameLength)));
+    if (!name.trimmed().isEmpty())
+        copyOption(index, name.trimmed().left(static_cast<int>(tellura_input::kMaxNameLength)));
 }
 
 void dialog_option_list::accept() {

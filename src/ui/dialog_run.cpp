@@ -18,7 +18,11 @@ namespace sb {
 namespace {
 
 QString blockLabel(const tellura_event_block& b) {
-    return QStringLiteral("%1: %2 (%3-%4)").arg(b.blockNumber).arg(QString::fromStdString(b.description)).arg(b.firstYear).arg(b.lastYear);
+    return QStringLiteral("%1: %2 (%3-%4)")
+        .arg(b.blockNumber)
+        .arg(QString::fromStdString(b.description))
+        .arg(b.firstYear)
+        .arg(b.lastYear);
 }
 
 }  // namespace

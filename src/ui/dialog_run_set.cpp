@@ -65,9 +65,9 @@ void dialog_run_set::makeWhere() {
 
 void dialog_run_set::done(int result) {
     if (idListEdited_) {
-        const auto answer = QMessageBox::question(
-            this, windowTitle(), QString::fromLatin1(id_list_filter::kUnbuiltQuestion),
-            QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+        const auto answer =
+            QMessageBox::question(this, windowTitle(), QString::fromLatin1(id_list_filter::kUnbuiltQuestion),
+                                  QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
         if (answer != QMessageBox::Yes) return;
     }
     QDialog::done(result);

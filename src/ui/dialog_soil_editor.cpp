@@ -187,10 +187,8 @@ bool dialog_soil_editor::applyShown(std::string& errors) {
     soil.setNumber("SWFlag", swflag_->currentIndex());
     if (layerPage_ && layer_ >= 0 && layer_ < soil.layerCount) {
         TelluraSoilLayers row = soil.layers[static_cast<size_t>(layer_)];
-        if (layerPage_->apply(row, errors))
-            soil.layers[static_cast<size_t>(layer_)] = row;
-        else
-            ok = false;
+        if (layerPage_->apply(row, errors)) soil.layers[static_cast<size_t>(layer_)] = row;
+        else ok = false;
     }
     changed_.insert(soil_);
     return ok;

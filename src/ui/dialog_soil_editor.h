@@ -69,8 +69,8 @@ private:
     property_page_columns* layerPage_ = nullptr;
     int soil_ = -1;
     int layer_ = -1;
-    std::set<int> changed_;        // positions in the soil list
-    std::set<int32_t> deleted_;    // soil IDs to remove from the project
+    std::set<int> changed_;      // positions in the soil list
+    std::set<int32_t> deleted_;  // soil IDs to remove from the project
 };
 
 }  // namespace sb

@@ -25,15 +25,15 @@ namespace {
 // The five series in the order the station's text form lists them.
 const char* const kSeries[] = {"Precipitation", "Precipitation STD", "Precipitation Skew", "Temperature Min",
                                "Temperature Max"};
-float weather_month_means::* const kSeriesField[] = {&weather_month_means::precip, &weather_month_means::prcstd,
-                                                     &weather_month_means::prcskw, &weather_month_means::tmn2m,
-                                                     &weather_month_means::tmx2m};
+float weather_month_means::*const kSeriesField[] = {&weather_month_means::precip, &weather_month_means::prcstd,
+                                                    &weather_month_means::prcskw, &weather_month_means::tmn2m,
+                                                    &weather_month_means::tmx2m};
 
 // The history lists: the date columns, then one column per stored value.
 template <typename Record>
 struct history_column {
     const char* heading;
-    float Record::* value;
+    float Record::*value;
 };
 const history_column<weather_month_record> kMonthlyColumns[] = {
     {"Precip", &weather_month_record::precip}, {"PrcStd", &weather_month_record::prcstd},
@@ -65,7 +65,8 @@ void setHistoryRow(QTableWidget* table, int row, std::initializer_list<int> date
                    const history_column<Record> (&columns)[N]) {
     int column = 0;
     for (int part : date) table->setItem(row, column++, new QTableWidgetItem(QString::number(part)));
-    for (const auto& c : columns) table->setItem(row, column++, new QTableWidgetItem(QString::number(record.*c.value, 'g', 7)));
+    for (const auto& c : columns)
+        table->setItem(row, column++, new QTableWidgetItem(QString::number(record.*c.value, 'g', 7)));
 }
 
 }  // namespace
@@ -84,7 +85,8 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     remove->setAutoDefault(false);
     monthly_ = makeHistoryTable({QStringLiteral("Year"), QStringLiteral("Month")}, kMonthlyColumns, this);
     monthly_->setObjectName(QStringLiteral("monthlyHistory"));
-    daily_ = makeHistoryTable({QStringLiteral("Year"), QStringLiteral("Month"), QStringLiteral("Day")}, kDailyColumns, this);
+    daily_ =
+        makeHistoryTable({QStringLiteral("Year"), QStringLiteral("Month"), QStringLiteral("Day")}, kDailyColumns, this);
     daily_->setObjectName(QStringLiteral("dailyHistory"));
     auto* deleteDay = new QPushButton(QStringLiteral("Delete Daily Record"), this);
     deleteDay->setAutoDefault(false);
@@ -138,7 +140,8 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     });
     connect(deleteDay, &QPushButton::clicked, this, [this] {
         std::string errors;
-        deleteDailyRecord(daily_->currentRow(), [this](const QString& q) { return askYesNo(q); }, errors);
+        deleteDailyRecord(
+            daily_->currentRow(), [this](const QString& q) { return askYesNo(q); }, errors);
         showErrorsIfAny(this, errors);
     });
     list_->setCurrentRow(stations_.stations.empty() ? -1 : 0);
@@ -176,7 +179,8 @@ void dialog_weather_stations::showStation(int index) {
     description_->setText(QString::fromStdString(s.description));
     for (int r = 0; r < 5; ++r)
         for (int m = 0; m < 12; ++m)
-            means_->setItem(r, m, new QTableWidgetItem(QString::number(s.means[static_cast<size_t>(m)].*kSeriesField[r], 'g', 7)));
+            means_->setItem(
+                r, m, new QTableWidgetItem(QString::number(s.means[static_cast<size_t>(m)].*kSeriesField[r], 'g', 7)));
     loadHistory(index);
     fillHistory();
 }

@@ -26,7 +26,9 @@ void useOutputTables() {
 }  // namespace
 
 doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList)
-    : db_(std::move(db)), path_(std::move(path)), prebuildList_(prebuildList),
+    : db_(std::move(db)),
+      path_(std::move(path)),
+      prebuildList_(prebuildList),
       list_(std::make_unique<list_control_record_proxies>()) {
     setObjectName(QString::fromLatin1(kTypeName));
     useOutputTables();
@@ -44,10 +46,8 @@ bool doc_soilbench::attach(std::string& errors) {
     const bool ok = list_->attach(db_.get(), false, errors);
     // Fills the placeholder handle of record 1, or empties the list of an empty table.
     if (ok) list_->first(errors);
-    if (!records_)
-        records_ = std::make_unique<control_record_table_model>(*list_);
-    else
-        records_->reset();
+    if (!records_) records_ = std::make_unique<control_record_table_model>(*list_);
+    else records_->reset();
     scanned_ = 0;
     if (ok && prebuildList_ && !prebuilding_) {
         prebuilding_ = true;  // one chain of slices at a time; a re-attach lets it run on

@@ -23,7 +23,8 @@ int main(int argc, char* argv[]) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Soilbench2: workbench for the Tellura model family"));
     parser.addHelpOption();
-    QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write the main window to FILE as PNG and exit."),
+    QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                  QStringLiteral("Write the main window to FILE as PNG and exit."),
                                   QStringLiteral("FILE"));
     parser.addOption(screenshot);
     parser.addPositionalArgument(QStringLiteral("PROJECT"), QStringLiteral("Project file to open."));

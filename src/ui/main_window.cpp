@@ -52,7 +52,7 @@ QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label)
 // They stay in the menus with their labels and say so when chosen.
 bool pendingInCore(command_id id) {
     switch (id) {
-        case command_id::importEsa:            // TODO(core): site archive import
+        case command_id::importEsa:  // TODO(core): site archive import
             return true;
         default:
             return false;
@@ -62,16 +62,26 @@ bool pendingInCore(command_id id) {
 // The Edit menu lists the option lists in its own order.
 option_kind optionKindOf(command_id id) {
     switch (id) {
-        case command_id::editCultivation: return option_kind::cultivation;
-        case command_id::editFertilizers: return option_kind::fertilizer;
-        case command_id::editFires: return option_kind::fire;
-        case command_id::editOmad: return option_kind::omad;
-        case command_id::editGraze: return option_kind::graze;
-        case command_id::editHarvest: return option_kind::harvest;
-        case command_id::editIrrigation: return option_kind::irrigation;
-        case command_id::editTrees: return option_kind::tree;
-        case command_id::editTreeRemoval: return option_kind::tree_removal;
-        default: return option_kind::crop;
+        case command_id::editCultivation:
+            return option_kind::cultivation;
+        case command_id::editFertilizers:
+            return option_kind::fertilizer;
+        case command_id::editFires:
+            return option_kind::fire;
+        case command_id::editOmad:
+            return option_kind::omad;
+        case command_id::editGraze:
+            return option_kind::graze;
+        case command_id::editHarvest:
+            return option_kind::harvest;
+        case command_id::editIrrigation:
+            return option_kind::irrigation;
+        case command_id::editTrees:
+            return option_kind::tree;
+        case command_id::editTreeRemoval:
+            return option_kind::tree_removal;
+        default:
+            return option_kind::crop;
     }
 }
 
@@ -211,10 +221,8 @@ bool main_window::openProject(const QString& path) {
     doc_ = std::move(doc);
     connect(doc_.get(), &doc_soilbench::currentChanged, this, &main_window::updateStatus);
     connect(doc_.get(), &doc_soilbench::scanning, this, [this](const QString& text) {
-        if (text.isEmpty())
-            statusBar()->showMessage(QStringLiteral("Ready"));
-        else
-            statusBar()->showMessage(text);
+        if (text.isEmpty()) statusBar()->showMessage(QStringLiteral("Ready"));
+        else statusBar()->showMessage(text);
     });
     settings_.addRecentFile(path.toStdString());
     rebuildMenus();
@@ -298,65 +306,113 @@ void main_window::navigate(const std::function<bool(std::string&)>& move) {
 void main_window::runCommand(command_id id) {
     if (pendingInCore(id)) return notYetAvailable(id);
     switch (id) {
-        case command_id::fileNew: return fileNew();
-        case command_id::importRunFiles: return importRunFiles();
-        case command_id::importWeatherDaily: return importWeatherDaily();
-        case command_id::importMonthlyAverages: return importMonthlyAverages();
-        case command_id::copyOutputToInput: return copyOutputToInput();
-        case command_id::fileOpen: return fileOpen();
-        case command_id::fileClose: return closeProject();
-        case command_id::configuration: return configure();
-        case command_id::diurnaOutputFiles: return diurnaOutputFiles();
-        case command_id::print: return printActive(false);
-        case command_id::printPreview: return printActive(true);
-        case command_id::printSetup: return printSetup();
-        case command_id::exit: close(); return;
-        case command_id::editCopy: return copyRecord();
-        case command_id::editPaste: return pasteRecord();
-        case command_id::editRecord: return editRecord();
-        case command_id::editCrops: case command_id::editCultivation: case command_id::editFertilizers:
-        case command_id::editFires: case command_id::editOmad: case command_id::editGraze:
-        case command_id::editHarvest: case command_id::editIrrigation: case command_id::editTrees:
+        case command_id::fileNew:
+            return fileNew();
+        case command_id::importRunFiles:
+            return importRunFiles();
+        case command_id::importWeatherDaily:
+            return importWeatherDaily();
+        case command_id::importMonthlyAverages:
+            return importMonthlyAverages();
+        case command_id::copyOutputToInput:
+            return copyOutputToInput();
+        case command_id::fileOpen:
+            return fileOpen();
+        case command_id::fileClose:
+            return closeProject();
+        case command_id::configuration:
+            return configure();
+        case command_id::diurnaOutputFiles:
+            return diurnaOutputFiles();
+        case command_id::print:
+            return printActive(false);
+        case command_id::printPreview:
+            return printActive(true);
+        case command_id::printSetup:
+            return printSetup();
+        case command_id::exit:
+            close();
+            return;
+        case command_id::editCopy:
+            return copyRecord();
+        case command_id::editPaste:
+            return pasteRecord();
+        case command_id::editRecord:
+            return editRecord();
+        case command_id::editCrops:
+        case command_id::editCultivation:
+        case command_id::editFertilizers:
+        case command_id::editFires:
+        case command_id::editOmad:
+        case command_id::editGraze:
+        case command_id::editHarvest:
+        case command_id::editIrrigation:
+        case command_id::editTrees:
         case command_id::editTreeRemoval:
             return editOptionList(static_cast<int>(optionKindOf(id)));
-        case command_id::editSoils: return editSoils();
-        case command_id::editWeatherStations: return editWeatherStations();
+        case command_id::editSoils:
+            return editSoils();
+        case command_id::editWeatherStations:
+            return editWeatherStations();
         case command_id::viewEvents:
             if (doc_) {
                 auto* events = new view_events(*doc_);
-                connect(events, &view_events::editRequested, this,
-                        [this] { if (doc_) editEventBlocks(*doc_, settings_.version, this); });
+                connect(events, &view_events::editRequested, this, [this] {
+                    if (doc_) editEventBlocks(*doc_, settings_.version, this);
+                });
                 addSubWindow(events);
             }
             return;
-        case command_id::viewAnnual: showOutputView(static_cast<int>(table_id::output_annual)); return;
-        case command_id::viewMonthly: showOutputView(static_cast<int>(table_id::output_monthly)); return;
-        case command_id::viewDaily: showOutputView(static_cast<int>(table_id::output_daily)); return;
-        case command_id::viewToolbar: case command_id::viewStatusBar: return;  // toggled through the action
-        case command_id::windowNew:
-            if (doc_) {
-                addSubWindow(new view_control_records(*doc_));
-            }
+        case command_id::viewAnnual:
+            showOutputView(static_cast<int>(table_id::output_annual));
             return;
-        case command_id::windowCascade: mdi_->cascadeSubWindows(); return;
-        case command_id::windowTile: mdi_->tileSubWindows(); return;
+        case command_id::viewMonthly:
+            showOutputView(static_cast<int>(table_id::output_monthly));
+            return;
+        case command_id::viewDaily:
+            showOutputView(static_cast<int>(table_id::output_daily));
+            return;
+        case command_id::viewToolbar:
+        case command_id::viewStatusBar:
+            return;  // toggled through the action
+        case command_id::windowNew:
+            if (doc_) { addSubWindow(new view_control_records(*doc_)); }
+            return;
+        case command_id::windowCascade:
+            mdi_->cascadeSubWindows();
+            return;
+        case command_id::windowTile:
+            mdi_->tileSubWindows();
+            return;
         case command_id::windowArrange:
             for (QMdiSubWindow* w : mdi_->subWindowList())
                 if (w->isMinimized()) w->showMinimized();  // re-lays the icons along the bottom
             mdi_->tileSubWindows();
             return;
-        case command_id::recordFirst: return navigate([this](std::string& e) { return doc_->moveFirst(e); });
-        case command_id::recordPrevious: return navigate([this](std::string& e) { return doc_->movePrevious(e); });
-        case command_id::recordNext: return navigate([this](std::string& e) { return doc_->moveNext(e); });
-        case command_id::recordLast: return navigate([this](std::string& e) { return doc_->moveLast(e); });
-        case command_id::recordGoto: return gotoRecord();
-        case command_id::recordGotoId: return gotoId();
-        case command_id::recordDelete: return deleteRecord();
-        case command_id::runOne: return runOneRecord();
-        case command_id::runMultiple: return runMultipleRecords();
-        case command_id::readBin: return readBinFile();
-        case command_id::about: return about();
-        default: return notYetAvailable(id);
+        case command_id::recordFirst:
+            return navigate([this](std::string& e) { return doc_->moveFirst(e); });
+        case command_id::recordPrevious:
+            return navigate([this](std::string& e) { return doc_->movePrevious(e); });
+        case command_id::recordNext:
+            return navigate([this](std::string& e) { return doc_->moveNext(e); });
+        case command_id::recordLast:
+            return navigate([this](std::string& e) { return doc_->moveLast(e); });
+        case command_id::recordGoto:
+            return gotoRecord();
+        case command_id::recordGotoId:
+            return gotoId();
+        case command_id::recordDelete:
+            return deleteRecord();
+        case command_id::runOne:
+            return runOneRecord();
+        case command_id::runMultiple:
+            return runMultipleRecords();
+        case command_id::readBin:
+            return readBinFile();
+        case command_id::about:
+            return about();
+        default:
+            return notYetAvailable(id);
     }
 }
 
@@ -366,9 +422,9 @@ void main_window::notYetAvailable(command_id id) {
 }
 
 void main_window::fileNew() {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("New %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)),
-                                                      QStringLiteral("Soilbench.sbproj"),
-                                                      projectFileFilter());
+    const QString path = QFileDialog::getSaveFileName(
+        this, QStringLiteral("New %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)),
+        QStringLiteral("Soilbench.sbproj"), projectFileFilter());
     if (!path.isEmpty()) newProject(path);
 }
 
@@ -379,8 +435,9 @@ void main_window::importRunFiles() {
                                                           QStringLiteral("Schedule (*.sch *.evt);;All Files (*)"));
     if (schedule.isEmpty()) return;
     bool ok = false;
-    const int newId = QInputDialog::getInt(this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
-                                           1, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
+    const int newId =
+        QInputDialog::getInt(this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt), 1,
+                             std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok) return;
     const QFileInfo info(schedule);
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
@@ -393,7 +450,8 @@ void main_window::importRunFiles() {
 
 void main_window::fileOpen() {
     const QString path = QFileDialog::getOpenFileName(
-        this, QStringLiteral("Open %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)), QString(), projectFileFilter());
+        this, QStringLiteral("Open %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)), QString(),
+        projectFileFilter());
     if (!path.isEmpty()) openProject(path);
 }
 
@@ -446,9 +504,9 @@ void main_window::pasteRecord() {
         return;
     }
     bool ok = false;
-    const int newId = QInputDialog::getInt(this, QStringLiteral("Paste"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
-                                           sourceId, std::numeric_limits<int32_t>::min(),
-                                           std::numeric_limits<int32_t>::max(), 1, &ok);
+    const int newId = QInputDialog::getInt(
+        this, QStringLiteral("Paste"), QString::fromLatin1(record_clipboard::kNewIdPrompt), sourceId,
+        std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& e) { sb::pasteRecord(doc_->db(), idItem, newId, e); });
     std::string ignored;
@@ -467,13 +525,15 @@ void main_window::gotoRecord() {
 void main_window::gotoId() {
     if (!doc_) return;
     bool ok = false;
-    const int id = QInputDialog::getInt(this, QStringLiteral("Goto ID"), QStringLiteral("Which ID?"), 1,
-                                        std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
+    const int id =
+        QInputDialog::getInt(this, QStringLiteral("Goto ID"), QStringLiteral("Which ID?"), 1,
+                             std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok) return;
     std::string errors;
     const bool found = doc_->moveToId(id, errors);
     showErrorsIfAny(this, errors, QString::fromLatin1(kNavigationTitle));
-    if (!found && errors.empty()) QMessageBox::information(this, QStringLiteral("Goto ID"), QStringLiteral("Not found."));
+    if (!found && errors.empty())
+        QMessageBox::information(this, QStringLiteral("Goto ID"), QStringLiteral("Not found."));
     updateStatus();
 }
 
@@ -482,7 +542,8 @@ void main_window::deleteRecord() {
     std::string errors;
     tellura_control_record record;
     readControlRecord(doc_->db(), doc_->currentId(), false, record, errors);
-    const QString question = QString::fromStdString(strprintf("Delete record, ID = %ld?", static_cast<long>(doc_->currentId())));
+    const QString question =
+        QString::fromStdString(strprintf("Delete record, ID = %ld?", static_cast<long>(doc_->currentId())));
     if (QMessageBox::question(this, QStringLiteral("Delete"), question, QMessageBox::Yes | QMessageBox::No,
                               QMessageBox::No) != QMessageBox::Yes)
         return;
@@ -497,9 +558,10 @@ void main_window::about() {
     QMessageBox box(this);
     box.setWindowTitle(QStringLiteral("About Soilbench2"));
     box.setObjectName(QStringLiteral("about"));
-    box.setText(QStringLiteral("Soilbench2 version %1\n%2\n\nDrives the Tellura model family; the model is not part of this program.")
-                    .arg(QStringLiteral(SB_VERSION_STRING),
-                         QString::fromStdString(strprintf("Build Date: %s", __DATE__))));
+    box.setText(
+        QStringLiteral(
+            "Soilbench2 version %1\n%2\n\nDrives the Tellura model family; the model is not part of this program.")
+            .arg(QStringLiteral(SB_VERSION_STRING), QString::fromStdString(strprintf("Build Date: %s", __DATE__))));
     box.exec();
 }
 

@@ -24,8 +24,7 @@ namespace sb {
 // the status bar says why, so the user is not left guessing.
 void main_window::noteHelpProblems() {
     const std::string& messages = fieldHelpLoadMessages(settings_);
-    if (!messages.empty())
-        statusBar()->showMessage(QString::fromStdString(messages).section('\n', 0, 0).trimmed());
+    if (!messages.empty()) statusBar()->showMessage(QString::fromStdString(messages).section('\n', 0, 0).trimmed());
 }
 
 void main_window::editRecord() {
@@ -37,7 +36,8 @@ void main_window::editRecord() {
         return;
     }
     noteHelpProblems();
-    propsheet_control_record sheet(record, makeFieldHelpLookup(settings_, kHelpFixed), makeFieldHelpLookup(settings_, kHelpSite), this);
+    propsheet_control_record sheet(record, makeFieldHelpLookup(settings_, kHelpFixed),
+                                   makeFieldHelpLookup(settings_, kHelpSite), this);
     if (sheet.exec() != QDialog::Accepted) {
         showErrorsIfAny(this, errors);
         return;

@@ -35,8 +35,9 @@ TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_stati
 
 void main_window::importWeatherDaily() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Weather Daily Records"), QStringLiteral("weather.wth"),
-                                                      QStringLiteral("Weather File (*.wth);;All Files (*)"));
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Weather Daily Records"), QStringLiteral("weather.wth"),
+                                     QStringLiteral("Weather File (*.wth);;All Files (*)"));
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         tellura_weather_station_list stations;
@@ -44,14 +45,16 @@ void main_window::importWeatherDaily() {
         if (!station) return;
         // The file adds to the history already stored for the station.
         loadDailyHistory(doc_->db(), *station, errors);
-        if (importDailyWeatherFile(path.toStdString(), *station, errors)) saveDailyHistory(doc_->db(), *station, errors);
+        if (importDailyWeatherFile(path.toStdString(), *station, errors))
+            saveDailyHistory(doc_->db(), *station, errors);
     });
 }
 
 void main_window::importMonthlyAverages() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Monthly Weather Averages"), QStringLiteral("sbsite.100"),
-                                                      QStringLiteral("Site File (*.100);;All Files (*)"));
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Monthly Weather Averages"), QStringLiteral("sbsite.100"),
+                                     QStringLiteral("Site File (*.100);;All Files (*)"));
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         tellura_weather_station_list stations;
@@ -81,8 +84,9 @@ void main_window::copyOutputToInput() {
 
 void main_window::readBinFile() {
     if (!doc_) return;
-    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
-                                                      QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
+                                     QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
     if (path.isEmpty()) return;
     std::string errors;
     tellura_control_record scratch;

@@ -104,7 +104,8 @@ void main_window::runMultipleRecords() {
         precheckMessages = observer.precheckMessages();
     });
     if (!precheckMessages.empty()) {
-        dialog_errors stop(QStringLiteral("Don't run TELLURA til this is fixed"), QString::fromStdString(precheckMessages), this);
+        dialog_errors stop(QStringLiteral("Don't run TELLURA til this is fixed"),
+                           QString::fromStdString(precheckMessages), this);
         stop.exec();
     }
     showErrorsIfAny(this, runReport(errors, runLog));

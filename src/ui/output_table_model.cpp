@@ -4,8 +4,7 @@
 
 namespace sb {
 
-output_table_model::output_table_model(table_id table, QObject* parent)
-    : QAbstractTableModel(parent), table_(table) {}
+output_table_model::output_table_model(table_id table, QObject* parent) : QAbstractTableModel(parent), table_(table) {}
 
 void output_table_model::setRows(std::vector<table_record> rows) {
     beginResetModel();
@@ -19,9 +18,12 @@ double output_table_model::timeOf(int row) const {
     const table_record& r = rows_[static_cast<size_t>(row)];
     const double year = r.number(1);
     switch (table_) {
-        case table_id::output_monthly: return year + (r.number(2) - 0.5) / 12.0;
-        case table_id::output_daily: return year + (r.number(2) - 0.5) / 365.0;
-        default: return year;
+        case table_id::output_monthly:
+            return year + (r.number(2) - 0.5) / 12.0;
+        case table_id::output_daily:
+            return year + (r.number(2) - 0.5) / 365.0;
+        default:
+            return year;
     }
 }
 

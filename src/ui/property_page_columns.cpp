@@ -83,7 +83,7 @@ property_page_columns::property_page_columns(const table_record& values, std::ve
 }
 
 std::vector<property_page_columns::group> property_page_columns::byInitialLetter(const database_maker_table& def,
-                                                                                int first, int last) {
+                                                                                 int first, int last) {
     std::map<QChar, std::vector<int>> letters;
     for (int c = first; c < last; ++c)
         letters[QChar(def.fields()[static_cast<size_t>(c)].name[0]).toUpper()].push_back(c);
@@ -110,7 +110,8 @@ bool property_page_columns::apply(table_record& row, std::string& errors) const 
             const double v = f.edit->text().trimmed().toDouble(&number);
             if (!number) {
                 appendf(errors, "ERROR, %s is not a number: \"%s\".\n",
-                        def_.fields()[static_cast<size_t>(f.column)].name.c_str(), f.edit->text().toStdString().c_str());
+                        def_.fields()[static_cast<size_t>(f.column)].name.c_str(),
+                        f.edit->text().toStdString().c_str());
                 ok = false;
                 continue;
             }

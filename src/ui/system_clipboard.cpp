@@ -9,7 +9,8 @@ namespace sb {
 
 void putRecordItems(QClipboard& clipboard, const std::string& idItem, const std::string& text) {
     auto* data = new QMimeData;
-    data->setData(QString::fromLatin1(record_clipboard::kMimeType), QByteArray(idItem.data(), static_cast<qsizetype>(idItem.size())));
+    data->setData(QString::fromLatin1(record_clipboard::kMimeType),
+                  QByteArray(idItem.data(), static_cast<qsizetype>(idItem.size())));
     data->setText(QString::fromStdString(text));
     clipboard.setMimeData(data);
 }

@@ -16,7 +16,7 @@ namespace sb {
 view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) : QWidget(parent), doc_(doc) {
     setObjectName(QStringLiteral("view_control_records"));
     setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromLatin1(doc_soilbench::kDocumentName),
-                                                   QFileInfo(doc.path()).fileName()));
+                                                 QFileInfo(doc.path()).fileName()));
     table_ = new QTableView(this);
     table_->setModel(&doc.records());
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -29,12 +29,11 @@ view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) 
     layout->addWidget(table_);
 
     connect(&doc_, &doc_soilbench::currentChanged, this, &view_control_records::showCurrent);
-    connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& index) {
-                if (!index.isValid() || index.row() == doc_.currentRow()) return;
-                std::string ignored;  // a row on screen has been read already
-                doc_.moveToNumber(index.row() + 1, ignored);
-            });
+    connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& index) {
+        if (!index.isValid() || index.row() == doc_.currentRow()) return;
+        std::string ignored;  // a row on screen has been read already
+        doc_.moveToNumber(index.row() + 1, ignored);
+    });
     connect(table_, &QTableView::doubleClicked, this, &view_control_records::editRequested);
     showCurrent(doc_.currentRow());
 }

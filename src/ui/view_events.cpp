@@ -41,7 +41,9 @@ void view_events::reload() {
     for (const tellura_event_block& block : record.blocks) {
         auto* b = new QTreeWidgetItem(tree_);
         b->setText(0, QStringLiteral("%1: %2").arg(block.blockNumber).arg(QString::fromStdString(block.description)));
-        b->setText(1, QStringLiteral("%1 - %2, repeating %3").arg(block.firstYear).arg(block.lastYear).arg(block.repeatingYears));
+        b->setText(
+            1,
+            QStringLiteral("%1 - %2, repeating %3").arg(block.firstYear).arg(block.lastYear).arg(block.repeatingYears));
         const int choice = block.weatherChoice >= 1 && block.weatherChoice <= 4 ? block.weatherChoice : 0;
         b->setText(4, QStringLiteral("%1 %2").arg(QChar(kWeatherChoices[choice])).arg(block.weatherId));
         for (const tellura_event& e : block.events) {

@@ -112,9 +112,12 @@ view_output::view_output(doc_soilbench& doc, table_id table, QWidget* parent)
 
 QString view_output::titleFor(table_id table) {
     switch (table) {
-        case table_id::output_monthly: return QStringLiteral("Monthly Output");
-        case table_id::output_daily: return QStringLiteral("Daily Output");
-        default: return QStringLiteral("Annual Output");
+        case table_id::output_monthly:
+            return QStringLiteral("Monthly Output");
+        case table_id::output_daily:
+            return QStringLiteral("Daily Output");
+        default:
+            return QStringLiteral("Annual Output");
     }
 }
 
@@ -174,9 +177,15 @@ void view_output::rebuildChart() {
             const double x = model_->timeOf(r);
             const double y = model_->rows()[static_cast<size_t>(r)].number(column);
             series->append(x, y);
-            if (!any) { minX = maxX = x; minY = maxY = y; any = true; }
-            minX = std::min(minX, x); maxX = std::max(maxX, x);
-            minY = std::min(minY, y); maxY = std::max(maxY, y);
+            if (!any) {
+                minX = maxX = x;
+                minY = maxY = y;
+                any = true;
+            }
+            minX = std::min(minX, x);
+            maxX = std::max(maxX, x);
+            minY = std::min(minY, y);
+            maxY = std::max(maxY, y);
         }
         chart->addSeries(series);
         series->attachAxis(xAxis);
@@ -208,8 +217,9 @@ void view_output::exportChartAsk() {
 }
 
 void view_output::exportTableAsk() {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Export Table"), QStringLiteral("output.csv"),
-                                                      QStringLiteral("Comma Separated Values (*.csv)"));
+    const QString path =
+        QFileDialog::getSaveFileName(this, QStringLiteral("Export Table"), QStringLiteral("output.csv"),
+                                     QStringLiteral("Comma Separated Values (*.csv)"));
     if (!path.isEmpty() && !exportTable(path))
         showErrorsIfAny(this, "ERROR, unable to write \"" + path.toStdString() + "\".\n");
 }

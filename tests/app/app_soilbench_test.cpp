@@ -54,8 +54,8 @@ private:
 
 std::vector<std::string> executableKeys(const std::string& verb) {
     std::vector<std::string> keys;
-    for (const char* name : {"Tellura 4 Agricultural", "Tellura 4 Original", "Tellura 4.5", "Diurna 4.5",
-                             "Tellura 4.6", "Tellura 5"}) {
+    for (const char* name :
+         {"Tellura 4 Agricultural", "Tellura 4 Original", "Tellura 4.5", "Diurna 4.5", "Tellura 4.6", "Tellura 5"}) {
         keys.push_back(verb + " Files/" + name);
         keys.push_back(verb + " Files/" + std::string(name) + " LIST100");
     }
@@ -111,8 +111,8 @@ TEST(AppSoilbench, LoadReadsEveryKeyInOrder) {
     std::vector<std::string> expected = {"read Settings/RunVisible", "read Settings/RecordList",
                                          "read Settings/RunTimeout", "read Settings/TELLURAVersion"};
     append(expected, executableKeys("read"));
-    append(expected, {"read Files/TelluraHelp", "read Files/OutputPath", "read Files/OutputPrefix",
-                      "read Files/BinaryLayouts"});
+    append(expected,
+           {"read Files/TelluraHelp", "read Files/OutputPath", "read Files/OutputPrefix", "read Files/BinaryLayouts"});
     append(expected, dailyKeys("read"));
     EXPECT_EQ(store.log, expected);
 }
@@ -136,16 +136,20 @@ TEST(AppSoilbench, SaveWritesEveryKeyInOrder) {
 
 TEST(AppSoilbench, LoadNormalisesAndKeepsDefaultsForBadValues) {
     recording_store store;
-    store.values = {{"Settings/RunVisible", "0"},     {"Settings/RecordList", "7"},
-                    {"Settings/TELLURAVersion", "6"}, {"Settings/RunTimeout", "-5"},
-                    {"Settings/Outfile1", "-1"},      {"Settings/Outfile11", "0"},
-                    {"Settings/Jobs", "0"},           {"Settings/SaveDailyFirstYear", "1990"},
+    store.values = {{"Settings/RunVisible", "0"},
+                    {"Settings/RecordList", "7"},
+                    {"Settings/TELLURAVersion", "6"},
+                    {"Settings/RunTimeout", "-5"},
+                    {"Settings/Outfile1", "-1"},
+                    {"Settings/Outfile11", "0"},
+                    {"Settings/Jobs", "0"},
+                    {"Settings/SaveDailyFirstYear", "1990"},
                     {"Files/Diurna 4.5", "/opt/diurna/dd"}};
     app_soilbench app;
     app.loadSettings(store);
     EXPECT_FALSE(app.runVisible);
     EXPECT_TRUE(app.recordList);
-    EXPECT_EQ(app.version, 6);  // kept although the dialog does not offer it
+    EXPECT_EQ(app.version, 6);           // kept although the dialog does not offer it
     EXPECT_EQ(app.runTimeout, 250000u);  // a negative timeout is not a timeout
     EXPECT_TRUE(app.outfileSelected[0]);
     EXPECT_FALSE(app.outfileSelected[10]);

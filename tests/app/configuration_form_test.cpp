@@ -26,7 +26,8 @@ TEST(ConfigurationForm, ListsVersionsOneToFiveWithTwoRowsEach) {
     EXPECT_EQ(form.locationRows()[9].label, "Tellura 4.6 LIST100 executable");
     for (const auto& row : form.locationRows()) EXPECT_NE(row.label.find("Tellura 5"), 0u);
     EXPECT_EQ(form.selectedVersionIndex(), 2);
-    EXPECT_EQ(markedLabels(form), (std::vector<std::string>{"Tellura 4.5 executable", "Tellura 4.5 LIST100 executable"}));
+    EXPECT_EQ(markedLabels(form),
+              (std::vector<std::string>{"Tellura 4.5 executable", "Tellura 4.5 LIST100 executable"}));
 
     form.selectVersion(3);
     EXPECT_EQ(markedLabels(form), (std::vector<std::string>{"Diurna 4.5 executable", "Diurna 4.5 LIST100 executable"}));
@@ -83,8 +84,8 @@ TEST(ConfigurationForm, CancelChangesNothing) {
     form.runVisible = false;
     form.runTimeoutText = "10";
     form.outputPrefix = "x";
-    form.editRowPath(6, "/opt/diurna/dd45");      // Diurna 4.5 executable
-    form.editRowPath(7, "/opt/diurna/list100");   // Diurna 4.5 LIST100 executable
+    form.editRowPath(6, "/opt/diurna/dd45");                 // Diurna 4.5 executable
+    form.editRowPath(7, "/opt/diurna/list100");              // Diurna 4.5 LIST100 executable
     EXPECT_EQ(app.modelExecutables[3], "/opt/diurna/dd45");  // bound directly to the field
     EXPECT_EQ(form.rowPath(7), "/opt/diurna/list100");
     form.chooseHelpFile("/usr/share/help.csv");

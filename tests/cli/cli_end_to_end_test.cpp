@@ -131,10 +131,9 @@ TEST_F(CliTest, PrepareWritesExactlyTheRunDirectoryFiles) {
     EXPECT_EQ(prepared.exitCode, 0) << prepared.err;
     std::set<std::string> files;
     for (const auto& entry : fs::directory_iterator(dir.file("rd"))) files.insert(entry.path().filename());
-    std::set<std::string> expected{"fix.100",  "sbsite.100", "sb.sch",    "crop.100",  "cult.100",
-                                   "harv.100", "graz.100",   "irri.100",  "fert.100",  "omad.100",
-                                   "tree.100", "trem.100",   "fire.100",  "soils.in",  "sitepar.in",
-                                   "outfiles.in", "sb000001.wth"};
+    std::set<std::string> expected{"fix.100",  "sbsite.100", "sb.sch",     "crop.100",    "cult.100",    "harv.100",
+                                   "graz.100", "irri.100",   "fert.100",   "omad.100",    "tree.100",    "trem.100",
+                                   "fire.100", "soils.in",   "sitepar.in", "outfiles.in", "sb000001.wth"};
     EXPECT_EQ(files, expected);
 
     prepared = run({"prepare", project, "--id", "2", "--version", "1", "--dir", dir.file("rd1")});
@@ -157,12 +156,12 @@ TEST_F(CliTest, RunExportPlotAndReadBin) {
     EXPECT_EQ(csv.rfind("ID,Year,Month,crpval,agcacc,agcmth,", 0), 0u) << csv.substr(0, 60);
     EXPECT_GT(std::count(csv.begin(), csv.end(), '\n'), 100);
 
-    auto plotted = run({"plot", project, "--id", "2", "--table", "monthly", "--var", "somsc,clittr(1,1)",
-                        "--png", dir.file("c.png")});
+    auto plotted = run(
+        {"plot", project, "--id", "2", "--table", "monthly", "--var", "somsc,clittr(1,1)", "--png", dir.file("c.png")});
     EXPECT_EQ(plotted.exitCode, 0) << plotted.err;
     EXPECT_EQ(sbtest::readFile(dir.file("c.png")).substr(1, 3), "PNG");
-    auto badVar = run({"plot", project, "--id", "2", "--table", "monthly", "--var", "nosuch", "--png",
-                       dir.file("d.png")});
+    auto badVar =
+        run({"plot", project, "--id", "2", "--table", "monthly", "--var", "nosuch", "--png", dir.file("d.png")});
     EXPECT_EQ(badVar.exitCode, 1);
     EXPECT_NE(badVar.err.find("\"nosuch\" is not a variable of the monthly output"), std::string::npos);
 

@@ -39,15 +39,25 @@ inline void fillRandom(sb::table_record& r, std::mt19937& rng) {
                 r.setText(col, text);
                 break;
             }
-            case sb::kTypeByte: r.setNumber(col, std::floor(pick(0, 256))); break;
-            case sb::kTypeSmallint: r.setNumber(col, std::floor(pick(-32768, 32768))); break;
-            case sb::kTypeInteger: r.setNumber(col, std::floor(pick(-2147483648.0, 2147483648.0))); break;
-            case sb::kTypeBit: r.setNumber(col, rng() % 2); break;
+            case sb::kTypeByte:
+                r.setNumber(col, std::floor(pick(0, 256)));
+                break;
+            case sb::kTypeSmallint:
+                r.setNumber(col, std::floor(pick(-32768, 32768)));
+                break;
+            case sb::kTypeInteger:
+                r.setNumber(col, std::floor(pick(-2147483648.0, 2147483648.0)));
+                break;
+            case sb::kTypeBit:
+                r.setNumber(col, rng() % 2);
+                break;
             default: {
                 // Floats of every magnitude, both signs, and the extremes.
                 int kind = static_cast<int>(rng() % 8);
-                double v = kind == 0 ? 3.4028234663852886e38 : kind == 1 ? -1.17549435e-38 : kind == 2 ? 0.0
-                                     : pick(-1, 1) * std::pow(10.0, pick(-30, 30));
+                double v = kind == 0   ? 3.4028234663852886e38
+                           : kind == 1 ? -1.17549435e-38
+                           : kind == 2 ? 0.0
+                                       : pick(-1, 1) * std::pow(10.0, pick(-30, 30));
                 r.setNumber(col, v);
             }
         }

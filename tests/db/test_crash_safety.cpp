@@ -131,8 +131,8 @@ TEST(CrashSafety, KilledSavesLeaveOldOrNewRecords) {
         bool saving = awaitSaves(progress[0], 2 + static_cast<int>(rng() % 2), lastSave);
         close(progress[0]);
         if (saving)
-            std::this_thread::sleep_for(std::chrono::microseconds(
-                std::uniform_int_distribution<long>(0, lastSave.count() * 6 / 5)(rng)));
+            std::this_thread::sleep_for(
+                std::chrono::microseconds(std::uniform_int_distribution<long>(0, lastSave.count() * 6 / 5)(rng)));
         ::kill(child, SIGKILL);
         int status = 0;
         waitpid(child, &status, 0);

@@ -33,7 +33,11 @@ table_record crop(const std::string& name, double prdx = 1.0) {
 std::unique_ptr<rowset> open(database& db, table_id t, std::string_view filter = {}, std::string_view order = {}) {
     db_status status;
     auto rs = db.openTable(t, filter, order, status);
-    EXPECT_TRUE(rs) << [&] { std::string e; appendStatusText(status, e); return e; }();
+    EXPECT_TRUE(rs) << [&] {
+        std::string e;
+        appendStatusText(status, e);
+        return e;
+    }();
     return rs;
 }
 
@@ -65,7 +69,8 @@ TEST(Database, SelectTextIsBuiltExactly) {
     EXPECT_EQ(database::selectText("Crops", "ID = 5", ""), "SELECT * FROM `Crops` WHERE ID = 5");
     EXPECT_EQ(database::selectText("Control Records", "ID > 5", "ID ASC"),
               "SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC");
-    EXPECT_EQ(database::selectText("Control Records", "", "ID DESC"), "SELECT * FROM `Control Records` ORDER BY ID DESC");
+    EXPECT_EQ(database::selectText("Control Records", "", "ID DESC"),
+              "SELECT * FROM `Control Records` ORDER BY ID DESC");
     EXPECT_EQ(database::selectText("Output Annual", "[ID] = 3 ORDER BY [Year]", {}),
               "SELECT * FROM `Output Annual` WHERE [ID] = 3 ORDER BY [Year]");
 }
@@ -115,7 +120,8 @@ TEST(Database, CreateReplacesAnOldFileOrSaysWhyNot) {
     EXPECT_FALSE(database::create(path, errors));
     EXPECT_EQ(errors, "ERROR, access error removing database file \"" + path +
                           "\"\nERROR, CreateDataSource failed.\nOther error: 8004F0FF\n"
-                          "The old file is still there and was not replaced: " + path + "\n");
+                          "The old file is still there and was not replaced: " +
+                          path + "\n");
 
     // Something that cannot be removed at all: a folder with content.
     const std::string folder = dir.file("folder.sbproj");
@@ -210,8 +216,10 @@ TEST(Database, MissingTableOrColumnIsReportedWhenTheTableIsOpened) {
     EXPECT_FALSE(db->openTable(table_id::crops, "[Nmae] = 'x'", "", status));
     EXPECT_EQ(statusText(status), "The specified column did not exist.\nno such column: Nmae\n");
     EXPECT_FALSE(db->openTable(table_id::crops, "Name = = 1", "", status));
-    EXPECT_EQ(statusText(status), "One or more errors occurred during processing of command.\nnear \"=\": syntax error\n");
-    EXPECT_EQ(statusText(db->execute("DELETE * FROM `Fire`")), "The specified table does not exist.\nno such table: Fire\n");
+    EXPECT_EQ(statusText(status),
+              "One or more errors occurred during processing of command.\nnear \"=\": syntax error\n");
+    EXPECT_EQ(statusText(db->execute("DELETE * FROM `Fire`")),
+              "The specified table does not exist.\nno such table: Fire\n");
 }
 
 TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
@@ -238,9 +246,10 @@ TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
     odd.addIndex("Primary", true, true, {"a"});
     errors.clear();
     EXPECT_FALSE(maker.createTable(odd, errors));
-    EXPECT_TRUE(errors.starts_with("ERROR, unable to create table.\n"
-                                   "Create Table [Odd]([a] ERROR, Unknown field type)\n"
-                                   "One or more errors occurred during processing of command.\n"))
+    EXPECT_TRUE(
+        errors.starts_with("ERROR, unable to create table.\n"
+                           "Create Table [Odd]([a] ERROR, Unknown field type)\n"
+                           "One or more errors occurred during processing of command.\n"))
         << errors;
 
     // An index on a column that does not exist stops that table's indexes.
@@ -250,9 +259,10 @@ TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
     errors.clear();
     ASSERT_TRUE(maker.createTable(keyed, errors)) << errors;
     EXPECT_FALSE(maker.createIndexes(keyed, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create index.\nCreate Index [Primary] on [Keyed]([zz]) with primary\n"
-                      "The specified column did not exist.\n"
-                      "no such column: zz\n");
+    EXPECT_EQ(errors,
+              "ERROR, unable to create index.\nCreate Index [Primary] on [Keyed]([zz]) with primary\n"
+              "The specified column did not exist.\n"
+              "no such column: zz\n");
 }
 
 TEST(Database, KeysRefuseDuplicatesExceptWhereThereIsNone) {
@@ -262,8 +272,9 @@ TEST(Database, KeysRefuseDuplicatesExceptWhereThereIsNone) {
     EXPECT_TRUE(crops->insert(crop("C4")).ok());
     db_status twice = crops->insert(crop("C4", 2.0));
     EXPECT_EQ(twice.code, kStatusIntegrityViolation);
-    EXPECT_EQ(statusText(twice), "A specified value violated the integrity constraints for a column or table.\n"
-                                 "UNIQUE constraint failed: Crops.Name\n");
+    EXPECT_EQ(statusText(twice),
+              "A specified value violated the integrity constraints for a column or table.\n"
+              "UNIQUE constraint failed: Crops.Name\n");
     for (table_id t : {table_id::graze, table_id::tree_removal}) {
         auto rs = open(*db, t);
         table_record r(t);
@@ -470,10 +481,16 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
     auto writer = [&](int base) {
         std::string errors;
         auto db = database::open(path, errors);
-        if (!db) { ++failures; return; }
+        if (!db) {
+            ++failures;
+            return;
+        }
         for (int i = 0; i < 50; ++i) {
             session s(*db);
-            if (!s.ok()) { ++failures; continue; }
+            if (!s.ok()) {
+                ++failures;
+                continue;
+            }
             db_status st;
             auto rs = db->openTable(table_id::weather_stations, "", "", st);
             table_record r(table_id::weather_stations);

@@ -24,14 +24,36 @@ std::string nameAt(table_id table, int position) {
 }  // namespace
 
 TEST(TableCatalogue, TablesInCreationOrderWithTheirColumnCounts) {
-    struct expected { const char* name; size_t columns; };
+    struct expected {
+        const char* name;
+        size_t columns;
+    };
     const expected tables[] = {
-        {"Control Records", 246}, {"Site Data", 211}, {"Events", 10}, {"Event Blocks", 11},
-        {"Output", 136}, {"Output Annual", 101}, {"Output Monthly", 101}, {"Output Daily", 11},
-        {"Output Soil Layers", 6}, {"Soil Layers", 19}, {"Soils", 20}, {"Weather Averages", 7},
-        {"Weather Historical Monthly", 11}, {"Weather Historical Daily", 10}, {"Weather Stations", 2},
-        {"Crops", 116}, {"Cultivation", 13}, {"Fertilizer", 10}, {"Fire", 22}, {"Harvest", 8},
-        {"Graze", 13}, {"Irrigation", 6}, {"Omad", 9}, {"Trees", 155}, {"Tree Removal", 22},
+        {"Control Records", 246},
+        {"Site Data", 211},
+        {"Events", 10},
+        {"Event Blocks", 11},
+        {"Output", 136},
+        {"Output Annual", 101},
+        {"Output Monthly", 101},
+        {"Output Daily", 11},
+        {"Output Soil Layers", 6},
+        {"Soil Layers", 19},
+        {"Soils", 20},
+        {"Weather Averages", 7},
+        {"Weather Historical Monthly", 11},
+        {"Weather Historical Daily", 10},
+        {"Weather Stations", 2},
+        {"Crops", 116},
+        {"Cultivation", 13},
+        {"Fertilizer", 10},
+        {"Fire", 22},
+        {"Harvest", 8},
+        {"Graze", 13},
+        {"Irrigation", 6},
+        {"Omad", 9},
+        {"Trees", 155},
+        {"Tree Removal", 22},
     };
     ASSERT_EQ(std::size(tables), static_cast<size_t>(kTableCount));
     for (int i = 0; i < kTableCount; ++i) {
@@ -159,10 +181,11 @@ TEST(TableCatalogue, CropsTreesAndOutputsWrittenOutInFull) {
 }
 
 TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
-    auto table = database_maker_table::fromColumnList("Demo", "INTEGER: ID; TEXT(80): Description, Soils 5 ID; "
-                                                        "SINGLE: DAMR(1,2), x(1) to x(2); BIT: flag; BYTE: b; "
-                                                        "SMALLINT: s",
-                                                {});
+    auto table = database_maker_table::fromColumnList("Demo",
+                                                      "INTEGER: ID; TEXT(80): Description, Soils 5 ID; "
+                                                      "SINGLE: DAMR(1,2), x(1) to x(2); BIT: flag; BYTE: b; "
+                                                      "SMALLINT: s",
+                                                      {});
     table.addIndex("Primary", true, true, {"ID", "Soils 5 ID"});
     table.addIndex("Other", false, false, {"s"});
     ASSERT_EQ(table.fields().size(), 9u);
@@ -190,9 +213,21 @@ TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
 
 TEST(DatabaseMaker, TypeTextForEveryCode) {
     const std::pair<int, const char*> codes[] = {
-        {2, "SMALLINT"}, {3, "INTEGER"}, {4, "SINGLE"},     {5, "DOUBLE"},   {6, "CURRENCY"},
-        {7, "datetime"}, {11, "BIT"},    {16, "BYTE"},      {17, "BYTE"},    {128, "BLOB(2G)"},
-        {129, "TEXT"},   {130, "WIDETEXT"}, {131, "NUMERIC"}, {136, "MEMO"}, {0, "ERROR, Unknown field type"},
+        {2, "SMALLINT"},
+        {3, "INTEGER"},
+        {4, "SINGLE"},
+        {5, "DOUBLE"},
+        {6, "CURRENCY"},
+        {7, "datetime"},
+        {11, "BIT"},
+        {16, "BYTE"},
+        {17, "BYTE"},
+        {128, "BLOB(2G)"},
+        {129, "TEXT"},
+        {130, "WIDETEXT"},
+        {131, "NUMERIC"},
+        {136, "MEMO"},
+        {0, "ERROR, Unknown field type"},
         {8, "ERROR, Unknown field type"},
     };
     for (auto [code, text] : codes) EXPECT_STREQ(sqlTypeText(code), text) << code;

@@ -35,7 +35,8 @@ TEST(StatusText, MessagesByCode) {
     EXPECT_EQ(textOf(0x00040EC6), "before\nReached start or end of rowset or chapter.\n");
     EXPECT_EQ(textOf(0x8000FFFF),
               "before\nITransaction::Commit or ITransaction::Abort was called and the object is in a zombie state.\n");
-    EXPECT_EQ(textOf(kStatusValueOutOfRange, {"The value 300 ..."}), "before\nOther error: 8004F001\nThe value 300 ...\n");
+    EXPECT_EQ(textOf(kStatusValueOutOfRange, {"The value 300 ..."}),
+              "before\nOther error: 8004F001\nThe value 300 ...\n");
 }
 
 TEST(StatusText, Kinds) {
@@ -75,8 +76,7 @@ TEST(SqliteDialect, DdlTypesKeysAndInserts) {
               "CREATE UNIQUE INDEX `Soils.Primary` ON `Soils`(`Soil ID`)");
     EXPECT_EQ(d->translate("Create Index [ByID] on [Events]([ID], [Block Number], [Order]) with primary"),
               "CREATE UNIQUE INDEX `Events.ByID` ON `Events`(`ID`, `Block Number`, `Order`)");
-    EXPECT_EQ(d->translate("Create Index [Other] on [Soils]([Name])"),
-              "CREATE INDEX `Soils.Other` ON `Soils`(`Name`)");
+    EXPECT_EQ(d->translate("Create Index [Other] on [Soils]([Name])"), "CREATE INDEX `Soils.Other` ON `Soils`(`Name`)");
     EXPECT_EQ(d->insertText("Weather Stations", {"ID", "Description"}),
               "INSERT INTO `Weather Stations` (`ID`, `Description`) VALUES (?, ?)");
     EXPECT_EQ(d->quoteIdentifier("a`b"), "`a``b`");

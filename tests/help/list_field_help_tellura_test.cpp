@@ -163,8 +163,8 @@ TEST(FieldHelp, HelpFileLocation) {
     sbtest::writeFile(dir.file("share/SoilbenchHelp.csv"), kHeaderLine);
     EXPECT_EQ(findHelpFile(dir.file("bin"), settings), dir.file("share/SoilbenchHelp.csv"));
     // The test program itself sits in <build>/tests, beside <build>/share.
-    EXPECT_EQ(findHelpFile(settings), std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() +
-                                          "/SoilbenchHelp.csv");
+    EXPECT_EQ(findHelpFile(settings),
+              std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() + "/SoilbenchHelp.csv");
 }
 
 }  // namespace
@@ -184,10 +184,10 @@ TEST(ShippedHelpFile, LoadsWholeAndAnswersLookups) {
     struct probe {
         const char* name;
         int32_t table;
-    } probes[] = {{"PRDX(1)", kHelpCrop},      {"cultra(7)", kHelpCultivation}, {"FERAMT(1)", kHelpFertilizer},
-                  {"fret(3,4)", kHelpFire},     {"grzeff", kHelpGraze},          {"hibg", kHelpHarvest},
-                  {"auirri", kHelpIrrigation},  {"astrec(3)", kHelpOmad},        {"cerfor(3,5,3)", kHelpTree},
-                  {"retf(3,4)", kHelpTreeRemoval}, {"varat3(3,3)", kHelpFixed},  {"minerl(10,3)", kHelpSite}};
+    } probes[] = {{"PRDX(1)", kHelpCrop},          {"cultra(7)", kHelpCultivation}, {"FERAMT(1)", kHelpFertilizer},
+                  {"fret(3,4)", kHelpFire},        {"grzeff", kHelpGraze},          {"hibg", kHelpHarvest},
+                  {"auirri", kHelpIrrigation},     {"astrec(3)", kHelpOmad},        {"cerfor(3,5,3)", kHelpTree},
+                  {"retf(3,4)", kHelpTreeRemoval}, {"varat3(3,3)", kHelpFixed},     {"minerl(10,3)", kHelpSite}};
     for (const probe& p : probes) {
         auto found = help.find(p.name, p.table, kDiurna45);
         ASSERT_TRUE(found) << p.name;
@@ -201,7 +201,8 @@ TEST(ShippedHelpFile, LoadsWholeAndAnswersLookups) {
     auto fret = help.find("fret(1,1)", kHelpFire, 4);
     ASSERT_TRUE(fret);
     EXPECT_NE(fret.version->helpText.find(','), std::string::npos);  // a quoted field with commas
-    EXPECT_EQ(help.helpBoxText("sand", kHelpSite, 4), "[Diurna 4.5] " + help.find("sand", kHelpSite, 4).version->helpText);
+    EXPECT_EQ(help.helpBoxText("sand", kHelpSite, 4),
+              "[Diurna 4.5] " + help.find("sand", kHelpSite, 4).version->helpText);
 }
 
 }  // namespace

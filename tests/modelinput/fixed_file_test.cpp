@@ -195,7 +195,7 @@ TEST_F(FixedFileTest, ImportFileFormat) {
     EXPECT_FLOAT_EQ(back.row.number("AGPPA"), -40.0f);
     EXPECT_FLOAT_EQ(back.row.number("AGPPB"), 7.7f);
     EXPECT_FLOAT_EQ(back.row.number("BGPPA"), 123456789012.0f);  // the value is the first 12 characters
-    EXPECT_EQ(back.row.number("ANIMPT"), 9);                        // after the empty line: not read
+    EXPECT_EQ(back.row.number("ANIMPT"), 9);                     // after the empty line: not read
 
     std::string missing;
     EXPECT_FALSE(importFixedFile(back, dir.file("none.100"), nullptr, 2, missing));

@@ -118,9 +118,7 @@ TEST_P(GoldenRunDirectory, ScheduleReadsBackToTheSameBlocksAndEvents) {
         for (const char* column : {"PHSYS", "PHTM", "STSYS", "Ninput", "Nstart", "OMADinput", "WTHINPUT", "WTHSTART"})
             EXPECT_EQ(back.row.number(column), setup.record.row.number(column)) << column;
     }
-    if (version >= 3) {
-        EXPECT_EQ(back.description(), "Golden record");
-    }
+    if (version >= 3) { EXPECT_EQ(back.description(), "Golden record"); }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllVersions, GoldenRunDirectory, ::testing::Values(1, 2, 3, 4, 5, 6));

@@ -14,12 +14,16 @@ using namespace sb;
 namespace {
 
 option_kind kindOf(const std::string& name) {
-    static const std::map<std::string, option_kind> kinds{
-        {"crop", option_kind::crop},     {"cultivation", option_kind::cultivation},
-        {"fertilizer", option_kind::fertilizer}, {"fire", option_kind::fire},
-        {"graze", option_kind::graze},   {"harvest", option_kind::harvest},
-        {"irrigation", option_kind::irrigation}, {"omad", option_kind::omad},
-        {"tree", option_kind::tree},     {"tree_removal", option_kind::tree_removal}};
+    static const std::map<std::string, option_kind> kinds{{"crop", option_kind::crop},
+                                                          {"cultivation", option_kind::cultivation},
+                                                          {"fertilizer", option_kind::fertilizer},
+                                                          {"fire", option_kind::fire},
+                                                          {"graze", option_kind::graze},
+                                                          {"harvest", option_kind::harvest},
+                                                          {"irrigation", option_kind::irrigation},
+                                                          {"omad", option_kind::omad},
+                                                          {"tree", option_kind::tree},
+                                                          {"tree_removal", option_kind::tree_removal}};
     return kinds.at(name);
 }
 
@@ -54,13 +58,11 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
     } else if (kind == "row") {
         if (f[1] == "TEXEPP(1)" || f[1] == "Simulate Microcosm")
             setup.record.row.setFlag(setup.record.row.column(f[1]), num(2) == 65535.0);
-        else
-            setChecked(setup.record.row, f[1], num(2));
+        else setChecked(setup.record.row, f[1], num(2));
     } else if (kind == "site") {
         if (f[1] == "USEXDRVRS" || f[1].rfind("WATERTABLE", 0) == 0)
             setup.record.site.setFlag(setup.record.site.column(f[1]), num(2) == 65535.0);
-        else
-            setChecked(setup.record.site, f[1], num(2));
+        else setChecked(setup.record.site, f[1], num(2));
     } else if (kind == "soil") {
         setChecked(setup.soils.soils.front(), f[1], num(2));
     } else if (kind == "layer") {

@@ -50,8 +50,7 @@ comparison compare(const value_map& sample, const value_map& ours) {
     comparison result;
     for (const auto& [name, value] : sample) {
         auto found = ours.find(name);
-        if (found == ours.end())
-            result.missing.push_back(name);
+        if (found == ours.end()) result.missing.push_back(name);
         else if (!same(value, found->second))
             result.changed.push_back(name + " " + std::to_string(value) + " -> " + std::to_string(found->second));
     }
@@ -80,10 +79,8 @@ comparison compareOptionFile(const std::string& samplePath, const std::string& o
         }
         for (const parameter_value& pair : record.values) {
             const parameter_value* found = mine->findValue(pair.name);
-            if (!found)
-                result.missing.push_back(record.name + "." + pair.name);
-            else if (!same(pair.value, found->value))
-                result.changed.push_back(record.name + "." + pair.name);
+            if (!found) result.missing.push_back(record.name + "." + pair.name);
+            else if (!same(pair.value, found->value)) result.changed.push_back(record.name + "." + pair.name);
         }
     }
     return result;
@@ -148,8 +145,8 @@ TEST_P(RealRunFiles, ImportThenWriteBackKeepsEveryValue) {
     // The daily release takes its layers from soils.in, which the soil is read
     // from after the site file; and it always simulates nine layers.
     for (const std::string& change : site.changed)
-        EXPECT_TRUE(change.rfind("AWILT(", 0) == 0 || change.rfind("AFIEL(", 0) == 0 ||
-                    change.rfind("NLAYER ", 0) == 0) << change;
+        EXPECT_TRUE(change.rfind("AWILT(", 0) == 0 || change.rfind("AFIEL(", 0) == 0 || change.rfind("NLAYER ", 0) == 0)
+            << change;
 
     // sitepar.in: every value the sample gives, read back from ours.
     tellura_control_record sampleSitepar, ourSitepar;
@@ -180,8 +177,8 @@ TEST_P(RealRunFiles, ImportThenWriteBackKeepsEveryValue) {
         expected.outputInterval = std::trunc(expected.outputInterval);
         EXPECT_TRUE(ourSchedule.blocks[b] == expected) << "block " << b + 1;
     }
-    for (const char* column : {"Labeling Type", "Labeling Year", "CO2SYS", "Ninput", "Nstart", "OMADinput",
-                               "WTHINPUT", "Initial System"})
+    for (const char* column :
+         {"Labeling Type", "Labeling Year", "CO2SYS", "Ninput", "Nstart", "OMADinput", "WTHINPUT", "Initial System"})
         EXPECT_EQ(ourSchedule.row.number(column), sampleSchedule.row.number(column)) << column;
     EXPECT_EQ(ourSchedule.initialCrop(), sampleSchedule.initialCrop());
 
@@ -203,8 +200,8 @@ TEST_P(RealRunFiles, ImportThenWriteBackKeepsEveryValue) {
         std::vector<std::string> a = splitTokens(sampleDays[i]), b = splitTokens(ourDays[i]);
         ASSERT_GE(b.size(), a.size());
         for (size_t k = 0; k < a.size(); ++k)
-            ASSERT_TRUE(same(toReal(a[k]), toReal(b[k]))) << "weather line " << i + 1 << ": " << sampleDays[i]
-                                                           << " | " << ourDays[i];
+            ASSERT_TRUE(same(toReal(a[k]), toReal(b[k])))
+                << "weather line " << i + 1 << ": " << sampleDays[i] << " | " << ourDays[i];
     }
 
     // soils.in: the same layers, value for value.

@@ -111,7 +111,8 @@ TEST_F(RunDirectoryTest, MissingSoilStillWritesEveryOtherFile) {
     EXPECT_FALSE(prepare(4, dir.file("model"), errors));
     EXPECT_NE(errors.find("ERROR, can't find soil, ID=42 SoilID=99.\n"), std::string::npos) << errors;
     EXPECT_NE(errors.find("WARNING, soil 99 of record 42 not found, site file soil values written as zero.\n"),
-              std::string::npos) << errors;
+              std::string::npos)
+        << errors;
     for (const char* file : {"fix.100", "sbsite.100", "sb.sch", "sitepar.in", "outfiles.in", "crop.100"})
         EXPECT_TRUE(std::filesystem::is_regular_file(dir.file(file))) << file;
     EXPECT_FALSE(std::filesystem::exists(dir.file("soils.in")));
@@ -145,7 +146,8 @@ TEST_F(RunDirectoryTest, UnwritableRunDirectoryIsReported) {
     std::string errors;
     EXPECT_FALSE(prepare(4, dir.file("blocked") + "/model", errors));
     EXPECT_NE(errors.find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/sitepar.in\".\n"),
-              std::string::npos) << errors;
+              std::string::npos)
+        << errors;
     EXPECT_NE(errors.find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/outfiles.in\".\n"),
               std::string::npos);
 }

@@ -17,14 +17,14 @@ namespace {
 
 std::string withoutFirstLine(const std::string& text) { return text.substr(text.find('\n') + 1); }
 
-
 TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     sbtest::golden_setup setup;
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir first, second, project;
     std::string errors;
     ASSERT_TRUE(prepareRunDirectory(setup.record, 4, first.file("model"), setup.outfiles, setup.options, setup.soils,
-                                    setup.stations, errors)) << errors;
+                                    setup.stations, errors))
+        << errors;
 
     std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
     ASSERT_TRUE(db) << errors;
@@ -50,8 +50,8 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     ASSERT_EQ(record.blocks.size(), setup.record.blocks.size());
     EXPECT_EQ(options.list(option_kind::crop).size(), 3u);
 
-    ASSERT_TRUE(prepareRunDirectory(record, 4, second.file("model"), setup.outfiles, options, soils, stations,
-                                    errors)) << errors;
+    ASSERT_TRUE(prepareRunDirectory(record, 4, second.file("model"), setup.outfiles, options, soils, stations, errors))
+        << errors;
     for (const char* file : {"fix.100", "sitepar.in", "outfiles.in", "soils.in", "crop.100", "tree.100"})
         EXPECT_EQ(sbtest::readFile(second.file(file)), sbtest::readFile(first.file(file))) << file;
     // The record and its station have new IDs; everything else is the same.
@@ -100,7 +100,8 @@ TEST_P(RunFilesReadBack, WritesTheSameRunDirectoryAgain) {
     sbtest::temp_dir first, second;
     std::string errors;
     ASSERT_TRUE(prepareRunDirectory(setup.record, version, first.file("model"), setup.outfiles, setup.options,
-                                    setup.soils, setup.stations, errors)) << errors;
+                                    setup.soils, setup.stations, errors))
+        << errors;
     imported_run run;
     const std::string schedule = scheduleFileName(version);
     ASSERT_TRUE(readRunFiles(first.path(), schedule, version, 42, 3, 7, run, errors)) << errors;
@@ -117,10 +118,12 @@ TEST_P(RunFilesReadBack, WritesTheSameRunDirectoryAgain) {
     for (tellura_event_block& block : run.record.blocks)
         if (block.weatherId == secondId) block.weatherId = 12;
     ASSERT_TRUE(prepareRunDirectory(run.record, version, second.file("model"), setup.outfiles, run.options, soils,
-                                    stations, errors)) << errors;
+                                    stations, errors))
+        << errors;
     for (const std::string& file : {std::string("sbsite.100"), schedule, std::string("sb000007.wth"),
                                     std::string("sb000012.wth"), std::string("crop.100")})
-        EXPECT_EQ(sbtest::readFile(second.file(file)), sbtest::readFile(first.file(file))) << "v" << version << " " << file;
+        EXPECT_EQ(sbtest::readFile(second.file(file)), sbtest::readFile(first.file(file)))
+            << "v" << version << " " << file;
     // The fixed file differs only where reading it is lossy by design.
     std::vector<std::string> a = splitLines(sbtest::readFile(first.file(fixedFileName(version))));
     std::vector<std::string> b = splitLines(sbtest::readFile(second.file(fixedFileName(version))));

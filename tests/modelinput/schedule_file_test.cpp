@@ -75,7 +75,8 @@ TEST_F(ScheduleTest, HeaderOptionsOfTheMonthlyReleases) {
     EXPECT_TRUE(hasLine(changed, "1             Microcosm"));
     EXPECT_TRUE(hasLine(changed, "-1            CO2 Systems"));
     EXPECT_TRUE(hasLine(changed, "-1            pH Shift"));
-    EXPECT_TRUE(hasLine(changed, "2              Soil warming\n1999          Soil Warming Year\n2.50000        Soil Warming"));
+    EXPECT_TRUE(
+        hasLine(changed, "2              Soil warming\n1999          Soil Warming Year\n2.50000        Soil Warming"));
 }
 
 TEST_F(ScheduleTest, InitialCropAndTree) {
@@ -105,8 +106,10 @@ TEST_F(ScheduleTest, EventLineForms) {
     b.events[2].parameter1 = 1.5f;
     b.events[2].parameter2 = 0.25f;
     setup.record.blocks = {b};
-    EXPECT_NE(text(4).find("M             Weather choice\n0001 060 CROP C6\n0001 365 PLTM\n0002 059 EROD 1.500000\n-999 -999 X\n"),
-              std::string::npos);
+    EXPECT_NE(
+        text(4).find(
+            "M             Weather choice\n0001 060 CROP C6\n0001 365 PLTM\n0002 059 EROD 1.500000\n-999 -999 X\n"),
+        std::string::npos);
     EXPECT_NE(text(2).find("01  03 CROP\nC6\n01  12 PLTM\n02  02 EROD\n1.500000\n-999"), std::string::npos);
     EXPECT_NE(text(6).find("02  02 EROD 1.500000 0.250000\n"), std::string::npos);
     EXPECT_NE(text(1).find("02  02 EROD 1.500000\n"), std::string::npos);
@@ -131,8 +134,9 @@ TEST_F(ScheduleTest, LongItemsAreCutAndReported) {
     b.events = {event(1, 1, 1, kEventOmad, "ABCDEFGHIJKLMNOPQRSTUVWXY")};
     setup.record.blocks = {b};
     EXPECT_NE(text(3).find("01  01 OMAD ABCDEFGHIJKLMNOPQRST\n"), std::string::npos);
-    EXPECT_EQ(errors, "WARNING, item \"ABCDEFGHIJKLMNOPQRSTUVWXY\" of a OMAD event in block 1 cut to "
-                      "\"ABCDEFGHIJKLMNOPQRST\".\n");
+    EXPECT_EQ(errors,
+              "WARNING, item \"ABCDEFGHIJKLMNOPQRSTUVWXY\" of a OMAD event in block 1 cut to "
+              "\"ABCDEFGHIJKLMNOPQRST\".\n");
 }
 
 TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
@@ -149,8 +153,8 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
     errors.clear();
     std::string runDir = dir.path() + "/";
     ASSERT_TRUE(writeScheduleFile(setup.record, setup.options.list(option_kind::crop),
-                                  setup.options.list(option_kind::tree), 2, runDir + "sb.sch", runDir,
-                                  setup.stations, errors));
+                                  setup.options.list(option_kind::tree), 2, runDir + "sb.sch", runDir, setup.stations,
+                                  errors));
     EXPECT_TRUE(std::filesystem::is_regular_file(runDir + "sb000007.wth"));
     EXPECT_FALSE(std::filesystem::exists(runDir + "sb000099.wth"));
     EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
@@ -175,14 +179,16 @@ TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
     EXPECT_FALSE(readScheduleText("1950 starting year\n", "a.sch", 2, record, references, errors));
     EXPECT_EQ(errors, "ERROR, no \"Year Month Option\" line in schedule file \"a.sch\".\n");
     errors.clear();
-    EXPECT_FALSE(readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
-                                  "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 CROP C6\n",
-                                  "b.sch", 3, record, references, errors));
+    EXPECT_FALSE(
+        readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
+                         "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 CROP C6\n",
+                         "b.sch", 3, record, references, errors));
     EXPECT_EQ(errors, "ERROR, block 1 of schedule file \"b.sch\" has no \"-999 -999 X\" end.\n");
     errors.clear();
-    EXPECT_TRUE(readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
-                                 "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 PLOW\n01 02 PLTM\n-999 -999 X\n",
-                                 "c.sch", 3, record, references, errors));
+    EXPECT_TRUE(
+        readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
+                         "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 PLOW\n01 02 PLTM\n-999 -999 X\n",
+                         "c.sch", 3, record, references, errors));
     EXPECT_EQ(errors, "ERROR, unknown operation name: \"PLOW\" Year=1 Month=1.\n");
     ASSERT_EQ(record.blocks.size(), 1u);
     ASSERT_EQ(record.blocks[0].events.size(), 1u);
@@ -196,8 +202,9 @@ TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     tellura_control_record record;
     schedule_references references;
     std::string errors;
-    ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna-2012/inputs/example.sch", 4, record, references,
-                                 errors)) << errors;
+    ASSERT_TRUE(
+        readScheduleFile(sbtest::samplesDir() + "/diurna-2012/inputs/example.sch", 4, record, references, errors))
+        << errors;
     EXPECT_EQ(errors, "");
     EXPECT_EQ(references.siteFile, "site2012.100");
     ASSERT_EQ(record.blocks.size(), 4u);
@@ -209,16 +216,17 @@ TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     ASSERT_EQ(record.blocks[0].events.size(), 13u);
     EXPECT_EQ(record.blocks[0].events[0].item, "G3N");  // item on the next line
     EXPECT_EQ(record.blocks[0].events[1].month, 1);
-    EXPECT_EQ(record.blocks[0].events[2].month, 2);   // day 46 = 15 February
+    EXPECT_EQ(record.blocks[0].events[2].month, 2);  // day 46 = 15 February
     EXPECT_EQ(record.blocks[0].events[2].day, 15);
-    ASSERT_EQ(record.blocks[1].events.size(), 11u);   // blank lines between events
+    ASSERT_EQ(record.blocks[1].events.size(), 11u);  // blank lines between events
     EXPECT_EQ(record.blocks[1].events[1].item, "N30.0");
     EXPECT_EQ(record.initialCrop(), "G3N");
 
     tellura_control_record grass;
     errors.clear();
-    ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna45-2008-inputs/sch_TESTgrass.sch", 4, grass,
-                                 references, errors)) << errors;
+    ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna45-2008-inputs/sch_TESTgrass.sch", 4, grass, references,
+                                 errors))
+        << errors;
     EXPECT_EQ(errors, "");
     EXPECT_EQ(grass.row.number("Ninput"), 2);
     EXPECT_EQ(grass.row.number("Nstart"), 1900);
@@ -226,7 +234,7 @@ TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     ASSERT_EQ(grass.blocks.size(), 1u);
     EXPECT_EQ(grass.blocks[0].repeatingYears, 8);
     EXPECT_EQ(references.weatherFiles[0], "TEST_Daily.wth");
-    EXPECT_EQ(grass.blocks[0].events.size(), 33u);  // eight years of four events, and a fire
+    EXPECT_EQ(grass.blocks[0].events.size(), 33u);    // eight years of four events, and a fire
     EXPECT_EQ(grass.blocks[0].events[31].item, "M");  // "FIRE" with its item on the next line
 }
 

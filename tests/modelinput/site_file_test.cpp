@@ -79,17 +79,22 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
     writeSiteFile(setup.record, 3, dir.file("sbsite.100"), setup.soils, setup.stations, errors);
     EXPECT_NE(errors.find("WARNING, weather station 12 has no monthly climate means, site file climate values "
                           "written as zero.\n"),
-              std::string::npos) << errors;
+              std::string::npos)
+        << errors;
 }
 
 TEST_F(SiteFileTest, SiteparLines) {
     std::string text = siteparText(setup.record.site, 4);
     EXPECT_EQ(text.find("timstep"), std::string::npos);
-    EXPECT_EQ(text.rfind("1              1 = Use extra weather drivers (solrad, rhumid, windsp), 0 = don't use (for PET)\n", 0), 0u);
+    EXPECT_EQ(
+        text.rfind("1              1 = Use extra weather drivers (solrad, rhumid, windsp), 0 = don't use (for PET)\n",
+                   0),
+        0u);
     EXPECT_TRUE(hasLine(text, "0.5 12.2       min and max temperature for bottom soil layer (degrees C)"));
-    EXPECT_TRUE(hasLine(text, "3  1"));  // WATERTABLE(3) set
+    EXPECT_TRUE(hasLine(text, "3  1"));   // WATERTABLE(3) set
     EXPECT_TRUE(hasLine(text, "12 52"));  // CLDCOV(12)
-    EXPECT_TRUE(hasLine(text, "5 300          JDAYEND - turn off respiration restraint on denit between these Julian dates"));
+    EXPECT_TRUE(
+        hasLine(text, "5 300          JDAYEND - turn off respiration restraint on denit between these Julian dates"));
     setup.record.site.setNumber("DMPFLUX", 0.000008);
     EXPECT_TRUE(hasLine(siteparText(setup.record.site, 4), "0.000008       DMPFLUX"));
     // A pair as wide as the field or wider is not padded.
@@ -114,11 +119,28 @@ TEST_F(SiteFileTest, SiteparReadsBackByPosition) {
     std::string messages;
     ASSERT_TRUE(importSitepar(dir.file("sitepar.in"), back, messages));
     EXPECT_EQ(messages, "Imported site parameters from \"" + dir.file("sitepar.in") + "\"\n");
-    std::vector<std::string> columns{"USEXDRVRS", "SUBLIMSCALE", "REFLEC", "ALBEDO", "FSWCINIT", "DMPFLUX",
-                                     "HOURS_RAIN", "DRAINLAG", "HPOTDEEP", "KSATDEEP", "TBOTMN", "TIMLAG",
-                                     "NCOEFF", "JDAYSTART", "JDAYEND", "N2Oadjust_fc", "N2Oadjust_wp",
-                                     "Maximum Daily Nitrification", "Snow Effect Soil Surface Temp",
-                                     "NO3 Mineralization", "wfpsdnitadj", "n2n2oadj"};
+    std::vector<std::string> columns{"USEXDRVRS",
+                                     "SUBLIMSCALE",
+                                     "REFLEC",
+                                     "ALBEDO",
+                                     "FSWCINIT",
+                                     "DMPFLUX",
+                                     "HOURS_RAIN",
+                                     "DRAINLAG",
+                                     "HPOTDEEP",
+                                     "KSATDEEP",
+                                     "TBOTMN",
+                                     "TIMLAG",
+                                     "NCOEFF",
+                                     "JDAYSTART",
+                                     "JDAYEND",
+                                     "N2Oadjust_fc",
+                                     "N2Oadjust_wp",
+                                     "Maximum Daily Nitrification",
+                                     "Snow Effect Soil Surface Temp",
+                                     "NO3 Mineralization",
+                                     "wfpsdnitadj",
+                                     "n2n2oadj"};
     for (int month = 1; month <= 12; ++month) {
         columns.push_back("WATERTABLE(" + std::to_string(month) + ")");
         columns.push_back("CLDCOV(" + std::to_string(month) + ")");
@@ -141,7 +163,7 @@ TEST_F(SiteFileTest, SiteparMonthsOutOfOrder) {
     importSitepar(dir.file("sitepar.in"), back, messages);
     EXPECT_NE(messages.find("ERROR, WATERTABLE month out of order in site parameters file.\n"), std::string::npos);
     EXPECT_FALSE(back.site.flag(back.site.column("WATERTABLE(7)")));  // nothing stored after the bad month
-    EXPECT_EQ(back.site.number("CLDCOV(12)"), 52);                 // later lines still in place
+    EXPECT_EQ(back.site.number("CLDCOV(12)"), 52);                    // later lines still in place
 
     std::string missing;
     EXPECT_FALSE(importSitepar(dir.file("none.in"), back, missing));

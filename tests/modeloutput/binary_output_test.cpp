@@ -42,7 +42,8 @@ binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_
     binary_run run{false, "", sbtest::recordWithBlocks(blocks)};
     run.ok = readBinaryOutput(dir.file("sb.bin"), version, catalogue, run.record, run.errors);
     // Paths differ per run; messages name them, so make them comparable.
-    for (size_t at; (at = run.errors.find(dir.path())) != std::string::npos;) run.errors.replace(at, dir.path().size(), "DIR");
+    for (size_t at; (at = run.errors.find(dir.path())) != std::string::npos;)
+        run.errors.replace(at, dir.path().size(), "DIR");
     return run;
 }
 
@@ -80,14 +81,15 @@ TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
     sbtest::writeFile(dir.file("twice.tsv"), "plot2\t1\ta\nplot2\t1\tb\n");
     EXPECT_FALSE(catalogue.addFile(dir.file("twice.tsv"), errors));
     EXPECT_FALSE(catalogue.addFile(dir.file("none.tsv"), errors));
-    EXPECT_EQ(errors,
-              "ERROR, binary layout file \"" + dir.file("bad.tsv") +
-                  "\" line 3: expected \"block index name\" with block plot1, plot2 or plot3, an index "
-                  "from 1 and a place not used before.\n"
-                  "ERROR, binary layout file \"" + dir.file("twice.tsv") +
-                  "\" line 2: expected \"block index name\" with block plot1, plot2 or plot3, an index "
-                  "from 1 and a place not used before.\n"
-                  "ERROR, unable to open binary layout file \"" + dir.file("none.tsv") + "\".\n");
+    EXPECT_EQ(errors, "ERROR, binary layout file \"" + dir.file("bad.tsv") +
+                          "\" line 3: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                          "from 1 and a place not used before.\n"
+                          "ERROR, binary layout file \"" +
+                          dir.file("twice.tsv") +
+                          "\" line 2: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                          "from 1 and a place not used before.\n"
+                          "ERROR, unable to open binary layout file \"" +
+                          dir.file("none.tsv") + "\".\n");
     EXPECT_EQ(catalogue.layouts().size(), 2u);
 }
 
@@ -154,7 +156,8 @@ TEST(BinaryFraming, DamagedByteMarkedRecords) {
     bool error = false;
     std::string good = std::string(1, 4) + "abcd" + std::string(1, 4);
     // Trailer 5 after 4 data bytes in the second record.
-    int n = readAll(std::string(1, 75) + good + std::string(1, 4) + "efgh" + std::string(1, 5) + good, 4, errors, error);
+    int n =
+        readAll(std::string(1, 75) + good + std::string(1, 4) + "efgh" + std::string(1, 5) + good, 4, errors, error);
     EXPECT_EQ(n, 1);
     EXPECT_TRUE(error);
     EXPECT_EQ(errors, "ERROR in physical record (length = 4, trailer length = 5).\n");
@@ -203,8 +206,7 @@ TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
     std::vector<std::vector<unsigned char>> records;
     for (float t : {1990.0f, 1991.0f, 1992.0f}) records.push_back(smallRecord(t));
     for (float t : {1992.0833f, 1992.1667f, 1993.0f}) records.push_back(smallRecord(t));
-    for (const std::string& bytes :
-         {sbtest::byteMarkedFile(records), sbtest::lengthMarkedFile(records)}) {
+    for (const std::string& bytes : {sbtest::byteMarkedFile(records), sbtest::lengthMarkedFile(records)}) {
         binary_run run = readBinary(bytes, {{1992, 12.0f}, {1993, 1.0f}});
         ASSERT_TRUE(run.ok) << run.errors;
         EXPECT_EQ(run.errors,
@@ -215,13 +217,13 @@ TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
         EXPECT_EQ(out.annual[2].year(), 1992);
         EXPECT_FLOAT_EQ(cell(out.annual[2], "agcacc"), 1993.0f);  // array 1 into the year too
         EXPECT_FLOAT_EQ(cell(out.annual[2], "somsc"), 1995.0f);
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "aglcn"), 1996.0f);   // array 2
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "frstc"), 1999.0f);   // array 3
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "aglcn"), 1996.0f);  // array 2
+        EXPECT_FLOAT_EQ(cell(out.annual[2], "frstc"), 1999.0f);  // array 3
         auto months = out.monthlyInOrder();
         ASSERT_EQ(months.size(), 3u);
         EXPECT_EQ(months[0]->month(), 1);
         EXPECT_EQ(months[1]->month(), 2);
-        EXPECT_EQ(months[2]->month(), 12);  // 1993.0 is December 1992
+        EXPECT_EQ(months[2]->month(), 12);                             // 1993.0 is December 1992
         EXPECT_FLOAT_EQ(cell(*months[0], "bgcjmth"), 1992.0833f + 5);  // bgcjmth(1) in January
         EXPECT_FLOAT_EQ(cell(*months[1], "bgcjmth"), 1992.1667f + 6);  // bgcjmth(2) in February
         EXPECT_EQ(months[2]->number("bgcjmth"), 0.0);

@@ -376,9 +376,8 @@ TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
 
     // A row of 100,000 characters is one row, not fifty.
     list_file_content shortSpec = annualContent();
-    std::string text = sbtest::listHeader(shortSpec) + "\n\n" +
-                       sbtest::listRow(shortSpec, 1990, {1, 2, 3, 4}) + std::string(100000, ' ') + "9\n" +
-                       sbtest::listRow(shortSpec, 1991, {5, 6, 7, 8}) + "\n";
+    std::string text = sbtest::listHeader(shortSpec) + "\n\n" + sbtest::listRow(shortSpec, 1990, {1, 2, 3, 4}) +
+                       std::string(100000, ' ') + "9\n" + sbtest::listRow(shortSpec, 1991, {5, 6, 7, 8}) + "\n";
     list_run longLine = readList(text, 3, {{1991, 12.0f}});
     EXPECT_TRUE(longLine.ok);
     EXPECT_EQ(longLine.errors, "2 records read, from years 1990 to 1991.\n");

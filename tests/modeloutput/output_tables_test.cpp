@@ -128,7 +128,8 @@ TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     out.daily[1].setYearDay(1990, 5);
     std::string errors;
     ASSERT_TRUE(storeOutputs(*db, 3, out, errors));
-    const std::string annualWarning = "WARNING, duplicate year cannot be inserted into table [Output Annual] ID=3 Year=1990\n";
+    const std::string annualWarning =
+        "WARNING, duplicate year cannot be inserted into table [Output Annual] ID=3 Year=1990\n";
     const std::string dailyWarning =
         "WARNING, duplicate year cannot be inserted into table [Output Daily] ID=3 Year=1990 Julian Day=5\n";
     ASSERT_EQ(errors.rfind(annualWarning, 0), 0u) << errors;
@@ -148,7 +149,9 @@ TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     months.monthly[190][1].setYearMonth(1990, 4);
     errors.clear();
     ASSERT_TRUE(storeOutputs(*db, 3, months, errors));
-    EXPECT_EQ(errors.rfind("WARNING, duplicate year cannot be inserted into table [Output Monthly] ID=3 Year=1990 Month=4\n", 0), 0u)
+    EXPECT_EQ(errors.rfind(
+                  "WARNING, duplicate year cannot be inserted into table [Output Monthly] ID=3 Year=1990 Month=4\n", 0),
+              0u)
         << errors;
 }
 
@@ -165,8 +168,10 @@ TEST(OutputTables, OtherInsertFailuresEndTheTableAndKeepEarlierRows) {
     out.soilLayers[1].setNumber(1, 1);  // layers have no duplicate warning
     std::string errors;
     EXPECT_FALSE(storeOutputs(*db, 4, out, errors));
-    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"), std::string::npos)
+        << errors;
+    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"), std::string::npos)
+        << errors;
     tellura_outputs back;
     ASSERT_TRUE(readOutputs(*db, 4, back, errors));
     ASSERT_EQ(back.annual.size(), 1u);
@@ -209,8 +214,10 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
     EXPECT_EQ(record.site.number("AGLIVE(1)"), 9.0);
     EXPECT_FALSE(record.modified);
 
-    const char* names[] = {"aglcis(1)", "aglcis(2)", "aglive(1)", "aglive(2)", "aglive(3)", "aminrl(1)", "aminrl(2)", "aminrl(3)"};
-    const char* site[] = {"AGLCIS(1)", "AGLCIS(2)", "AGLIVE(1)", "AGLIVE(2)", "AGLIVE(3)", "AMINRL(1)", "AMINRL(2)", "AMINRL(3)"};
+    const char* names[] = {"aglcis(1)", "aglcis(2)", "aglive(1)", "aglive(2)",
+                           "aglive(3)", "aminrl(1)", "aminrl(2)", "aminrl(3)"};
+    const char* site[] = {"AGLCIS(1)", "AGLCIS(2)", "AGLIVE(1)", "AGLIVE(2)",
+                          "AGLIVE(3)", "AMINRL(1)", "AMINRL(2)", "AMINRL(3)"};
     for (int i = 0; i < 8; ++i) record.outputs.annualFor(1991).setNumber(names[i], i + 1.5);
     EXPECT_TRUE(copyAnnualOutputToInput(record, errors));
     EXPECT_EQ(errors, "");

@@ -25,8 +25,8 @@ std::string listHeader(const list_file_content& file) {
     // end 5 columns before their field does).
     std::string out = file.narrow ? sb::strprintf("%7s  ", "time") : sb::strprintf("%11s     ", "time");
     for (const auto& name : file.names)
-        out += file.narrow ? sb::strprintf("%15s", name.c_str())
-                           : sb::strprintf("     %-11s", name.substr(0, 11).c_str());
+        out +=
+            file.narrow ? sb::strprintf("%15s", name.c_str()) : sb::strprintf("     %-11s", name.substr(0, 11).c_str());
     return out;
 }
 

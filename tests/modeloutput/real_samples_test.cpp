@@ -220,8 +220,10 @@ TEST(RealSamples, YearSummariesOfBothReleasesReadWhole) {
         int firstYear;
         float firstN2O, firstPpt;
     } cases[] = {
-        {"diurna-2012/outputs/year_summary.out", "Year Summary: 37 years read, from 1900 to 2006.\n", 1900, 0.040587f, 111.82f},
-        {"diurna45-2008-outputs/year_summary.out", "Year Summary: 206 years read, from 1800 to 2005.\n", 1800, 0.009763f, 13.84f},
+        {"diurna-2012/outputs/year_summary.out", "Year Summary: 37 years read, from 1900 to 2006.\n", 1900, 0.040587f,
+         111.82f},
+        {"diurna45-2008-outputs/year_summary.out", "Year Summary: 206 years read, from 1800 to 2005.\n", 1800,
+         0.009763f, 13.84f},
     };
     for (const auto& c : cases) {
         tellura_control_record record = sbtest::recordWithBlocks({});
@@ -245,10 +247,13 @@ TEST(RealSamples, DailyFilesOfTheReleasesAgainstOurColumns) {
         // The 2012 summary.out carries our daily columns (with ppt, CH4 and NIT between them).
         {"diurna-2012/outputs/summary.out", true, "DAILY.OUT: 730 days read, from 1900 to 1901.\n"},
         // daily.out of both releases holds other values (PET, defac, soil temperature, snow).
-        {"diurna-2012/outputs/daily.out", false, "ERROR in columns of \"daily.out\": read \"PET(cm)\", expected \"tmax\".\n"},
-        {"diurna45-2008-outputs/daily.out", false, "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n"},
+        {"diurna-2012/outputs/daily.out", false,
+         "ERROR in columns of \"daily.out\": read \"PET(cm)\", expected \"tmax\".\n"},
+        {"diurna45-2008-outputs/daily.out", false,
+         "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n"},
         // The 2008 build calls the day column "jday".
-        {"diurna45-2008-outputs/summary.out", false, "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n"},
+        {"diurna45-2008-outputs/summary.out", false,
+         "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n"},
     };
     for (const auto& c : cases) {
         tellura_control_record record = sbtest::recordWithBlocks({});

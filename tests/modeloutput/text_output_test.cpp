@@ -15,11 +15,12 @@ using namespace sb;
 
 namespace {
 
-const char* const kSummaryHeader = "    time       N2Oflux        NOflux        N2flux           CH4           NIT      ANNPPT\n";
+const char* const kSummaryHeader =
+    "    time       N2Oflux        NOflux        N2flux           CH4           NIT      ANNPPT\n";
 
 std::string summaryRow(double time, double base) {
-    return strprintf("%8.2f%14.6f%14.6f%14.6f%14.6f%14.6f%13.6f\n", time, base, base + 1, base + 2, base + 3,
-                     base + 4, base + 5);
+    return strprintf("%8.2f%14.6f%14.6f%14.6f%14.6f%14.6f%13.6f\n", time, base, base + 1, base + 2, base + 3, base + 4,
+                     base + 5);
 }
 
 float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
@@ -72,7 +73,8 @@ TEST(YearSummary, HeaderIsCheckedExactly) {
 
 TEST(DailyOutput, RowsBecomeDailyRecords) {
     sbtest::temp_dir dir;
-    std::string text = strprintf("%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp");
+    std::string text =
+        strprintf("%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp");
     text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 1, 10.5, 1.5, 0.25, 0.125, 3000.5);
     text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 2, 11.0, 2.0, 0.5, 0.25, 3001.0);
     text += strprintf("%10.4f%9d%9.2f%9.2f%13s%13.4f%13.4f\n", 1991.0, 365, 9.0, 1.0, "NaN", 0.5, 2999.0);
@@ -99,8 +101,10 @@ TEST(DailyOutput, RowsBecomeDailyRecords) {
 TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
     sbtest::temp_dir dir;
     // The summary form: ppt, CH4 and NIT stand between the required names.
-    std::string text = "      time  dayofyr     tmax     tmin      ppt      N2Oflux       NOflux          CH4          NIT      CO2resp\n"
-                       " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n";
+    std::string text =
+        "      time  dayofyr     tmax     tmin      ppt      N2Oflux       NOflux          CH4          NIT      "
+        "CO2resp\n"
+        " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n";
     sbtest::writeFile(dir.file("summary.out"), text);
     tellura_control_record record = sbtest::recordWithBlocks({});
     std::string errors;
@@ -152,12 +156,17 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
     EXPECT_TRUE(readCsvOutputs(dir.path(), record, errors));
     EXPECT_EQ(errors,
               "2 years read, from 1990 to 1991.\n"
-              "ERROR, unable to open output file: " + dir.file("sb.soilC.csv") + "\n"
-              "WARNING, sb.CO2.csv line 15: value \"1e999\" of \"totsysc\" is not a finite number; left unset.\n"
-              "2 years read, from 1990 to 1991.\n"
-              "ERROR, unable to open output file: " + dir.file("sb.ForestC.csv") + "\n"
-              "2 years read, from 1990 to 1991.\n"
-              "ERROR, unable to open output file: " + dir.file("sb.wt.csv") + "\n");
+              "ERROR, unable to open output file: " +
+                  dir.file("sb.soilC.csv") +
+                  "\n"
+                  "WARNING, sb.CO2.csv line 15: value \"1e999\" of \"totsysc\" is not a finite number; left unset.\n"
+                  "2 years read, from 1990 to 1991.\n"
+                  "ERROR, unable to open output file: " +
+                  dir.file("sb.ForestC.csv") +
+                  "\n"
+                  "2 years read, from 1990 to 1991.\n"
+                  "ERROR, unable to open output file: " +
+                  dir.file("sb.wt.csv") + "\n");
     const auto& annual = record.outputs.annual;
     ASSERT_EQ(annual.size(), 2u);
     EXPECT_FLOAT_EQ(cell(annual[0], "agcacc"), 1.0f);

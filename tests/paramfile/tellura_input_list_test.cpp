@@ -24,8 +24,7 @@ struct test_crop : tellura_input {
 
     bool setField(std::string_view fieldName, double value, std::string& errors) override {
         field_setter set(fieldName, value, errors);
-        set.array1("PRDX", prdx, 3) || set.real("FULCAN", fulcan) || set.int32("IDX", idx) ||
-            set.boolean("FLAG", flag);
+        set.array1("PRDX", prdx, 3) || set.real("FULCAN", fulcan) || set.int32("IDX", idx) || set.boolean("FLAG", flag);
         return set.found();
     }
     void writeValues(std::string& out, int version) const override {
@@ -143,8 +142,8 @@ TEST(TelluraInputList, NameAndDescriptionLimits) {
     test_crop_list list;
     std::string desc80(80, 'd');
     std::string desc81(81, 'e');
-    imported r = importText(list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n" +
-                                      "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
+    imported r = importText(
+        list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n" + "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list.recordAt(0).name, "ABCDEFGHIJKLMNOPQRST");
     EXPECT_EQ(list.recordAt(0).description, desc80);

@@ -270,7 +270,8 @@ TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
     EXPECT_FALSE(record_clipboard::decodeId(std::string(8, '\1'), id, errors));
     EXPECT_FALSE(record_clipboard::decodeId(std::string(), id, errors));
     EXPECT_EQ(id, -5);
-    EXPECT_EQ(errors, "Binary format not available.\r\nBinary item size is invalid.\r\nBinary item size is invalid.\r\n");
+    EXPECT_EQ(errors,
+              "Binary format not available.\r\nBinary item size is invalid.\r\nBinary item size is invalid.\r\n");
 
     tellura_control_record r = sampleRecord(42);
     tellura_weather_station_list stations;

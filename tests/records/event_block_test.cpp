@@ -58,8 +58,7 @@ TEST(EventTypes, NamesAndCodesBothWays) {
     EXPECT_EQ(eventTypeFromName("graz"), kEventGraz);
     EXPECT_EQ(eventTypeFromName("GRAZE"), 0);
     EXPECT_EQ(eventTypeFromName(""), 0);
-    EXPECT_STREQ(weatherChoiceText(kWeatherContinue),
-                 "C Continued from an actual weather file, without rewinding");
+    EXPECT_STREQ(weatherChoiceText(kWeatherContinue), "C Continued from an actual weather file, without rewinding");
 }
 
 TEST(EventValidation, ItemsMustNameAnOptionOfTheMatchingList) {
@@ -87,8 +86,9 @@ TEST(EventValidation, InlineFertilizerAmountsOnlyForTheAgriculturalRelease) {
         bool ok = validateEvent(event(kEventFert, "(10N)", 2, 4), version, options, errors);
         EXPECT_EQ(ok, version == 1) << version;
         if (version != 1) {
-            EXPECT_EQ(errors, "ERROR, FERT event with specified amounts \"(10N)\" is invalid for Tellura "
-                              "version, year 2, month 4.\n");
+            EXPECT_EQ(errors,
+                      "ERROR, FERT event with specified amounts \"(10N)\" is invalid for Tellura "
+                      "version, year 2, month 4.\n");
         }
     }
     std::string errors;
@@ -181,8 +181,8 @@ TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
         errors += "WARNING, coverage\n";
     };
     std::string errors;
-    EXPECT_FALSE(validateEventBlocks({fileBlock(1, 0), fileBlock(2, 9), fileBlock(3, 7)}, 4, none, stations, errors,
-                                     coverage));
+    EXPECT_FALSE(
+        validateEventBlocks({fileBlock(1, 0), fileBlock(2, 9), fileBlock(3, 7)}, 4, none, stations, errors, coverage));
     EXPECT_EQ(errors,
               "ERROR, no weather data specified for event block weather choice.\n"
               "ERROR, weather data 9 not found for event block weather choice, block 2.\n"
@@ -276,8 +276,7 @@ TEST(EventParsing, ScheduleWithItemsOnTheirOwnLinesReadsBack) {
 std::vector<tellura_event> readScheduleEvents(const std::string& text, std::string& errors) {
     text_line_source lines(text);
     std::string line;
-    while (lines.nextLine(line) && line.rfind("Year Month Option", 0) != 0) {
-    }
+    while (lines.nextLine(line) && line.rfind("Year Month Option", 0) != 0) {}
     std::vector<tellura_event> events;
     while (lines.nextLine(line)) {
         if (trim(line).empty()) continue;

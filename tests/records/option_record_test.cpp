@@ -26,10 +26,8 @@ struct line {
 std::string expectedText(const std::string& header, const std::vector<line>& lines) {
     std::string out = header;
     for (const line& l : lines) {
-        if (l.form == 'i')
-            out += strprintf("%-2d             %s\n", static_cast<int>(l.value), l.name);
-        else
-            out += strprintf("%-10.5f     %s\n", l.value, l.name);
+        if (l.form == 'i') out += strprintf("%-2d             %s\n", static_cast<int>(l.value), l.name);
+        else out += strprintf("%-10.5f     %s\n", l.value, l.name);
     }
     return out;
 }
@@ -49,16 +47,16 @@ TelluraCrops numberedCrop() {
 // Shared by every version: the lines in the middle of the crop record.
 const std::vector<line> kPpdf = {{"PPDF(1)", 3}, {"PPDF(2)", 4}, {"PPDF(3)", 5}, {"PPDF(4)", 6}};
 const std::vector<line> kBio = {{"BIOFLG", 1, 'i'}, {"BIOK5", 8}, {"PLTMRF", 9}, {"FULCAN", 10}};
-const std::vector<line> kFrtc345 = {{"FRTCINDX", 11, 'i'}, {"FRTC(1)", 12}, {"FRTC(2)", 13}, {"FRTC(3)", 14},
-                                    {"FRTC(4)", 15},       {"FRTC(5)", 16}, {"CFRTCN(1)", 17},
-                                    {"CFRTCN(2)", 18},     {"CFRTCW(1)", 19}, {"CFRTCW(2)", 20}};
+const std::vector<line> kFrtc345 = {{"FRTCINDX", 11, 'i'}, {"FRTC(1)", 12},  {"FRTC(2)", 13},   {"FRTC(3)", 14},
+                                    {"FRTC(4)", 15},       {"FRTC(5)", 16},  {"CFRTCN(1)", 17}, {"CFRTCN(2)", 18},
+                                    {"CFRTCW(1)", 19},     {"CFRTCW(2)", 20}};
 const std::vector<line> kFrtc3 = {{"FRTC(1)", 12}, {"FRTC(2)", 13}, {"FRTC(3)", 14}};
 const std::vector<line> kMatrices = {
-    {"BIOMAX", 21},
-    {"PRAMN(1,1)", 22}, {"PRAMN(2,1)", 23}, {"PRAMN(3,1)", 24}, {"PRAMN(1,2)", 25}, {"PRAMN(2,2)", 26}, {"PRAMN(3,2)", 27},
-    {"PRAMX(1,1)", 28}, {"PRAMX(2,1)", 29}, {"PRAMX(3,1)", 30}, {"PRAMX(1,2)", 31}, {"PRAMX(2,2)", 32}, {"PRAMX(3,2)", 33},
-    {"PRBMN(1,1)", 34}, {"PRBMN(2,1)", 35}, {"PRBMN(3,1)", 36}, {"PRBMN(1,2)", 37}, {"PRBMN(2,2)", 38}, {"PRBMN(3,2)", 39},
-    {"PRBMX(1,1)", 40}, {"PRBMX(2,1)", 41}, {"PRBMX(3,1)", 42}, {"PRBMX(1,2)", 43}, {"PRBMX(2,2)", 44}, {"PRBMX(3,2)", 45},
+    {"BIOMAX", 21},      {"PRAMN(1,1)", 22},  {"PRAMN(2,1)", 23},  {"PRAMN(3,1)", 24}, {"PRAMN(1,2)", 25},
+    {"PRAMN(2,2)", 26},  {"PRAMN(3,2)", 27},  {"PRAMX(1,1)", 28},  {"PRAMX(2,1)", 29}, {"PRAMX(3,1)", 30},
+    {"PRAMX(1,2)", 31},  {"PRAMX(2,2)", 32},  {"PRAMX(3,2)", 33},  {"PRBMN(1,1)", 34}, {"PRBMN(2,1)", 35},
+    {"PRBMN(3,1)", 36},  {"PRBMN(1,2)", 37},  {"PRBMN(2,2)", 38},  {"PRBMN(3,2)", 39}, {"PRBMX(1,1)", 40},
+    {"PRBMX(2,1)", 41},  {"PRBMX(3,1)", 42},  {"PRBMX(1,2)", 43},  {"PRBMX(2,2)", 44}, {"PRBMX(3,2)", 45},
     {"FLIGNI(1,1)", 46}, {"FLIGNI(2,1)", 47}, {"FLIGNI(1,2)", 48}, {"FLIGNI(2,2)", 49}};
 const std::vector<line> kFligni3 = {{"FLIGNI(1,3)", 50}, {"FLIGNI(2,3)", 51}};
 const std::vector<line> kHarvestIndex = {{"HIMAX", 52},     {"HIWSF", 53},     {"HIMON(1)", 54},  {"HIMON(2)", 55},
@@ -97,14 +95,14 @@ TEST(CropWriter, VersionSixIsVersionOneWithTheLaterProductionColumn) {
     EXPECT_EQ(written(numberedCrop(), 6), expectedText("CORN  Hand check\n", lines));
 }
 
-const std::vector<line> kTail35 = {{"KMRSP", 85},       {"CKMRSPMX(1)", 86}, {"CKMRSPMX(2)", 87},
-                                   {"NO3PREF(1)", 98},  {"CLAYPG", 99, 'i'}};
-const std::vector<line> kGrowth35 = {{"TMPGERM", 101}, {"DDBASE", 102},  {"TMPKILL", 103},
+const std::vector<line> kTail35 = {
+    {"KMRSP", 85}, {"CKMRSPMX(1)", 86}, {"CKMRSPMX(2)", 87}, {"NO3PREF(1)", 98}, {"CLAYPG", 99, 'i'}};
+const std::vector<line> kGrowth35 = {{"TMPGERM", 101},  {"DDBASE", 102},  {"TMPKILL", 103},
                                      {"BASETEMP", 104}, {"MNDDHRV", 106}, {"MXDDHRV", 107}};
 
 TEST(CropWriter, VersionsThreeAndFiveDifferOnlyInCmix) {
-    std::vector<line> common = join({{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc345, kMatrices, kHarvestIndex,
-                                     {{"RDR", 65}}, kRoots, kCo2, kTail35});
+    std::vector<line> common =
+        join({{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc345, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2, kTail35});
     EXPECT_EQ(written(numberedCrop(), 3), expectedText("CORN  Hand check\n", join({common, kGrowth35})));
     EXPECT_EQ(written(numberedCrop(), 5),
               expectedText("CORN  Hand check\n", join({common, {{"CMIX", 100}}, kGrowth35})));
@@ -112,14 +110,23 @@ TEST(CropWriter, VersionsThreeAndFiveDifferOnlyInCmix) {
 
 TEST(CropWriter, VersionFourIsTheDailyModelsLongRecord) {
     std::vector<line> lines = join(
-        {{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc345, kMatrices, kFligni3, kHarvestIndex,
-         {{"RDRJ", 66}, {"RDRM", 67}, {"RDSRFC", 68}}, kRoots, {{"MRTFRAC", 73}}, kCo2,
-         {{"CKMRSPMX(1)", 86}, {"CKMRSPMX(2)", 87}, {"CKMRSPMX(3)", 88}, {"CMRSPNPP(1)", 89}, {"CMRSPNPP(2)", 90},
-          {"CMRSPNPP(3)", 91}, {"CMRSPNPP(4)", 92}, {"CMRSPNPP(5)", 93}, {"CMRSPNPP(6)", 94}, {"CGRESP(1)", 95},
-          {"CGRESP(2)", 96}, {"CGRESP(3)", 97}, {"NO3PREF(1)", 98}, {"CLAYPG", 99, 'i'}, {"CMIX", 100},
-          {"TMPGERM", 101}, {"DDBASE", 102}, {"TMPKILL", 103}, {"BASETEMP(1)", 104}, {"BASETEMP(2)", 105},
-          {"MNDDHRV", 106}, {"MXDDHRV", 107}, {"CURGDYS", 108}, {"CLSGRES", 109}, {"CMXTURN", 110},
-          {"WSCOEFF(1,1)", 111}, {"WSCOEFF(1,2)", 112}, {"NPP2CS(1)", 113}, {"SFAVAIL(1)", 114}}});
+        {{{"PRDX(1)", 2}},
+         kPpdf,
+         kBio,
+         kFrtc345,
+         kMatrices,
+         kFligni3,
+         kHarvestIndex,
+         {{"RDRJ", 66}, {"RDRM", 67}, {"RDSRFC", 68}},
+         kRoots,
+         {{"MRTFRAC", 73}},
+         kCo2,
+         {{"CKMRSPMX(1)", 86},   {"CKMRSPMX(2)", 87},   {"CKMRSPMX(3)", 88}, {"CMRSPNPP(1)", 89},  {"CMRSPNPP(2)", 90},
+          {"CMRSPNPP(3)", 91},   {"CMRSPNPP(4)", 92},   {"CMRSPNPP(5)", 93}, {"CMRSPNPP(6)", 94},  {"CGRESP(1)", 95},
+          {"CGRESP(2)", 96},     {"CGRESP(3)", 97},     {"NO3PREF(1)", 98},  {"CLAYPG", 99, 'i'},  {"CMIX", 100},
+          {"TMPGERM", 101},      {"DDBASE", 102},       {"TMPKILL", 103},    {"BASETEMP(1)", 104}, {"BASETEMP(2)", 105},
+          {"MNDDHRV", 106},      {"MXDDHRV", 107},      {"CURGDYS", 108},    {"CLSGRES", 109},     {"CMXTURN", 110},
+          {"WSCOEFF(1,1)", 111}, {"WSCOEFF(1,2)", 112}, {"NPP2CS(1)", 113},  {"SFAVAIL(1)", 114}}});
     EXPECT_EQ(written(numberedCrop(), 4), expectedText("CORN  Hand check\n", lines));
 }
 
@@ -141,21 +148,22 @@ TEST(CropWriter, LinesSitInTheModelsColumns) {
 TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
     list_tellura_crops crops;
     std::string errors, status;
-    crops.importText("MAIZE corn\n"
-                     "0.2       'PRDX(1)'\n"
-                     "31        ppdf(1)\n"
-                     "1.0       'BIOFLG'\n"
-                     "2.7       FRTCINDX\n"
-                     "0.5       FLIGNI(2,3)\n"
-                     "0.6       CO2IPR\n"
-                     "0.7       co2itr(1)\n"
-                     "12        BASETEMP\n"
-                     "7         BASETEMP(2)\n"
-                     "0.3       KMRSP(1)\n"
-                     "0.9       WSCOEFF(1,2)\n"
-                     "4         CO2ICE(1,2,3)\n"
-                     "5         NOSUCHNAME\n",
-                     "crop.100", errors, status);
+    crops.importText(
+        "MAIZE corn\n"
+        "0.2       'PRDX(1)'\n"
+        "31        ppdf(1)\n"
+        "1.0       'BIOFLG'\n"
+        "2.7       FRTCINDX\n"
+        "0.5       FLIGNI(2,3)\n"
+        "0.6       CO2IPR\n"
+        "0.7       co2itr(1)\n"
+        "12        BASETEMP\n"
+        "7         BASETEMP(2)\n"
+        "0.3       KMRSP(1)\n"
+        "0.9       WSCOEFF(1,2)\n"
+        "4         CO2ICE(1,2,3)\n"
+        "5         NOSUCHNAME\n",
+        "crop.100", errors, status);
     ASSERT_EQ(crops.size(), 1u);
     EXPECT_EQ(errors, "");
     const option_record& c = crops.recordAt(0);

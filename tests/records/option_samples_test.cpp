@@ -126,15 +126,13 @@ record_differences compareWithSample(const char* folder, option_kind kind) {
             auto it = ourName.find(col);
             if (it == ourName.end())
                 d.onlyInSample.insert(col < 0 ? pair.name : def.fields()[static_cast<size_t>(col)].name);
-            else if (!iequals(it->second, pair.name))
-                d.spellings.insert(pair.name + " -> " + it->second);
+            else if (!iequals(it->second, pair.name)) d.spellings.insert(pair.name + " -> " + it->second);
         }
         std::vector<int> ourOrder;
         for (const option_line& l : ours) {
             if (std::find(sampleOrder.begin(), sampleOrder.end(), l.column) == sampleOrder.end())
                 d.onlyOurs.insert(l.name);
-            else
-                ourOrder.push_back(l.column);
+            else ourOrder.push_back(l.column);
         }
         std::vector<int> common;
         for (int col : sampleOrder)
@@ -192,10 +190,10 @@ TEST(OptionSampleFiles, Release2008CropsAndTreesHaveTheOlderLayout) {
     record_differences crop = compareWithSample("diurna45-2008-inputs", option_kind::crop);
     EXPECT_EQ(crop.onlyInSample, (names{"rdr", "kmrsp"}));
     EXPECT_EQ(crop.onlyOurs,
-              (names{"FLIGNI(1,3)", "FLIGNI(2,3)", "RDRJ", "RDRM", "RDSRFC", "MRTFRAC", "CKMRSPMX(3)", "CMRSPNPP(1)",
-                     "CMRSPNPP(2)", "CMRSPNPP(3)", "CMRSPNPP(4)", "CMRSPNPP(5)", "CMRSPNPP(6)", "CGRESP(1)",
-                     "CGRESP(2)", "CGRESP(3)", "BASETEMP(2)", "CURGDYS", "CLSGRES", "CMXTURN", "WSCOEFF(1,1)",
-                     "WSCOEFF(1,2)", "NPP2CS(1)", "SFAVAIL(1)"}));
+              (names{"FLIGNI(1,3)", "FLIGNI(2,3)", "RDRJ",         "RDRM",         "RDSRFC",      "MRTFRAC",
+                     "CKMRSPMX(3)", "CMRSPNPP(1)", "CMRSPNPP(2)",  "CMRSPNPP(3)",  "CMRSPNPP(4)", "CMRSPNPP(5)",
+                     "CMRSPNPP(6)", "CGRESP(1)",   "CGRESP(2)",    "CGRESP(3)",    "BASETEMP(2)", "CURGDYS",
+                     "CLSGRES",     "CMXTURN",     "WSCOEFF(1,1)", "WSCOEFF(1,2)", "NPP2CS(1)",   "SFAVAIL(1)"}));
     EXPECT_EQ(crop.spellings, (names{"BASETEMP -> BASETEMP(1)", "CO2IPR(1) -> CO2IPR", "CO2ITR(1) -> CO2ITR",
                                      "CO2IRS(1) -> CO2IRS", "FRTCIN -> FRTCINDX"}));
     EXPECT_TRUE(crop.sameOrder);
@@ -203,16 +201,15 @@ TEST(OptionSampleFiles, Release2008CropsAndTreesHaveTheOlderLayout) {
     record_differences tree = compareWithSample("diurna45-2008-inputs", option_kind::tree);
     EXPECT_EQ(tree.onlyInSample, (names{"kmrsp(2)"}));
     EXPECT_EQ(tree.onlyOurs,
-              (names{"WDLIG(6)", "WOODDR(6)", "WRDSRFC", "WMRTFRAC", "FKMRSPMX(6)", "FMRSPLAI(1)", "FMRSPLAI(2)",
-                     "FMRSPLAI(3)", "FMRSPLAI(4)", "FMRSPLAI(5)", "FMRSPLAI(6)", "FGRESP(1)", "FGRESP(2)",
-                     "FGRESP(3)", "FGRESP(4)", "FGRESP(5)", "FGRESP(6)", "FURGDYS", "FLSGRES", "TMXTURN",
-                     "WSCOEFF(2,1)", "WSCOEFF(2,2)", "NPP2CS(2)", "SFAVAIL(2)"}));
+              (names{"WDLIG(6)",    "WOODDR(6)",   "WRDSRFC",      "WMRTFRAC",     "FKMRSPMX(6)", "FMRSPLAI(1)",
+                     "FMRSPLAI(2)", "FMRSPLAI(3)", "FMRSPLAI(4)",  "FMRSPLAI(5)",  "FMRSPLAI(6)", "FGRESP(1)",
+                     "FGRESP(2)",   "FGRESP(3)",   "FGRESP(4)",    "FGRESP(5)",    "FGRESP(6)",   "FURGDYS",
+                     "FLSGRES",     "TMXTURN",     "WSCOEFF(2,1)", "WSCOEFF(2,2)", "NPP2CS(2)",   "SFAVAIL(2)"}));
     // Most of its trees spell the CO2 block with the tree's subscript 2.
-    EXPECT_EQ(tree.spellings,
-              (names{"CO2IPR(2) -> CO2IPR", "CO2ITR(2) -> CO2ITR", "CO2IRS(2) -> CO2IRS",
-                     "CO2ICE(2,1,1) -> CO2ICE(1,1,1)", "CO2ICE(2,1,2) -> CO2ICE(1,1,2)",
-                     "CO2ICE(2,1,3) -> CO2ICE(1,1,3)", "CO2ICE(2,2,1) -> CO2ICE(1,2,1)",
-                     "CO2ICE(2,2,2) -> CO2ICE(1,2,2)", "CO2ICE(2,2,3) -> CO2ICE(1,2,3)"}));
+    EXPECT_EQ(tree.spellings, (names{"CO2IPR(2) -> CO2IPR", "CO2ITR(2) -> CO2ITR", "CO2IRS(2) -> CO2IRS",
+                                     "CO2ICE(2,1,1) -> CO2ICE(1,1,1)", "CO2ICE(2,1,2) -> CO2ICE(1,1,2)",
+                                     "CO2ICE(2,1,3) -> CO2ICE(1,1,3)", "CO2ICE(2,2,1) -> CO2ICE(1,2,1)",
+                                     "CO2ICE(2,2,2) -> CO2ICE(1,2,2)", "CO2ICE(2,2,3) -> CO2ICE(1,2,3)"}));
     EXPECT_TRUE(tree.sameOrder);
 }
 

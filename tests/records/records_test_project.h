@@ -26,9 +26,7 @@ public:
     // Closes the database (everything written is in the file afterwards).
     void close() { db_.reset(); }
     // Drops a table so that the next operation on it fails as with a damaged file.
-    void dropTable(sb::table_id table) {
-        db_->execute(std::string("DROP TABLE [") + sb::tableName(table) + "]");
-    }
+    void dropTable(sb::table_id table) { db_->execute(std::string("DROP TABLE [") + sb::tableName(table) + "]"); }
 
 private:
     temp_dir dir_;

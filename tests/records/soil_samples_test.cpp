@@ -30,9 +30,10 @@ std::vector<std::vector<double>> numbersOf(const std::string& text) {
     return rows;
 }
 
-const soil_layer_column kFileOrder[] = {kLayerBulkDensity, kLayerFieldCapacity, kLayerWiltingPoint, kLayerEcoeff,
-                                        kLayerTcoeff,      kLayerSand,          kLayerClay,         kLayerOrganicMatter,
-                                        kLayerDeltamin,    kLayerSaturatedConductivity, kLayerPh};
+const soil_layer_column kFileOrder[] = {
+    kLayerBulkDensity, kLayerFieldCapacity, kLayerWiltingPoint,  kLayerEcoeff,   kLayerTcoeff,
+    kLayerSand,        kLayerClay,          kLayerOrganicMatter, kLayerDeltamin, kLayerSaturatedConductivity,
+    kLayerPh};
 
 void expectSoilHolds(const TelluraSoils& soil, const std::vector<std::vector<double>>& rows) {
     ASSERT_EQ(soil.layerCount, static_cast<int>(rows.size()));

@@ -34,18 +34,47 @@ TelluraSoils soilWithDepths(const char* name, std::initializer_list<int> depths)
 }
 
 TEST(SoilColumns, PositionsMatchTheTables) {
-    const char* layerNames[] = {"Soil ID", "Layer Number", "Depth", "Wilting Point", "Field Capacity", "Mineral N",
-                                "Mineral P", "Mineral S", "Initial Relative Water Content",
-                                "Transpiration Loss Weighing Factor", "Bulk Density", "TCOEFF", "Fraction Of Sand",
-                                "Fraction Of Clay", "Organic Matter", "DELTAMIN", "Saturated Conductivity", "pH",
+    const char* layerNames[] = {"Soil ID",
+                                "Layer Number",
+                                "Depth",
+                                "Wilting Point",
+                                "Field Capacity",
+                                "Mineral N",
+                                "Mineral P",
+                                "Mineral S",
+                                "Initial Relative Water Content",
+                                "Transpiration Loss Weighing Factor",
+                                "Bulk Density",
+                                "TCOEFF",
+                                "Fraction Of Sand",
+                                "Fraction Of Clay",
+                                "Organic Matter",
+                                "DELTAMIN",
+                                "Saturated Conductivity",
+                                "pH",
                                 "ECOEFF"};
     const auto& layers = tableDef(table_id::soil_layers).fields();
     ASSERT_EQ(layers.size(), static_cast<size_t>(kLayerColumnCount));
     for (int i = 0; i < kLayerColumnCount; ++i) EXPECT_EQ(layers[static_cast<size_t>(i)].name, layerNames[i]);
-    const char* soilNames[] = {"Soil ID", "Name", "Soils 5 ID", "Map Unit Symbol", "Fraction of Sand",
-                               "Fraction of Silt", "Fraction of Clay", "Fraction of Rock", "Bulk Density",
-                               "Number of Layers", "Number of Layers in Top Level", "Drain", "Base Flow",
-                               "Storm Flow", "PRECRO", "FRACRO", "SWFlag", "pH", "Labile P Slope Fraction",
+    const char* soilNames[] = {"Soil ID",
+                               "Name",
+                               "Soils 5 ID",
+                               "Map Unit Symbol",
+                               "Fraction of Sand",
+                               "Fraction of Silt",
+                               "Fraction of Clay",
+                               "Fraction of Rock",
+                               "Bulk Density",
+                               "Number of Layers",
+                               "Number of Layers in Top Level",
+                               "Drain",
+                               "Base Flow",
+                               "Storm Flow",
+                               "PRECRO",
+                               "FRACRO",
+                               "SWFlag",
+                               "pH",
+                               "Labile P Slope Fraction",
                                "Maximum P Sorption"};
     const auto& soils = tableDef(table_id::soils).fields();
     ASSERT_EQ(soils.size(), static_cast<size_t>(kSoilColumnCount));
@@ -174,9 +203,9 @@ TEST(SoilSiteNames, LayerAndProfileParametersLandInTheirColumns) {
     EXPECT_FLOAT_EQ(soil.layers[9].value(kLayerMineralP), 0.75f);
 
     const std::pair<const char*, soil_column> profile[] = {
-        {"BULKD", kSoilBulkDensity}, {"BASEF", kSoilBaseFlow},      {"CLAY", kSoilClay},
-        {"SAND", kSoilSand},         {"SILT", kSoilSilt},           {"DRAIN", kSoilDrain},
-        {"FRACRO", kSoilFracro},     {"PRECRO", kSoilPrecro},       {"PSLSRB", kSoilLabilePSlope},
+        {"BULKD", kSoilBulkDensity},   {"BASEF", kSoilBaseFlow},  {"CLAY", kSoilClay},
+        {"SAND", kSoilSand},           {"SILT", kSoilSilt},       {"DRAIN", kSoilDrain},
+        {"FRACRO", kSoilFracro},       {"PRECRO", kSoilPrecro},   {"PSLSRB", kSoilLabilePSlope},
         {"SORPMX", kSoilMaxPSorption}, {"STORMF", kSoilStormFlow}};
     double v = 0.5;
     for (const auto& [name, column] : profile) {

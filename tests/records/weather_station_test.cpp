@@ -19,20 +19,25 @@ TelluraWeatherStations station(int32_t id, std::string description = "Test") {
 TEST(MonthlyWeatherImport, KeywordIsKnownByItsFourthLetter) {
     sbtest::temp_dir dir;
     std::string path = dir.file("monthly.wth");
-    sbtest::writeFile(path,
-                      "prec  1990   1.00   2.00   3.00   4.00   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00\r\n"
-                      "TMIN  1990  -1.00  -2.00  -3.00  -4.00  -5.00  -6.00  -7.00  -8.00  -9.00 -10.00 -11.00 -12.00\r\n"
-                      "tmax  1990  21.00  22.00  23.00  24.00  25.00  26.00  27.00  28.00  29.00  30.00  31.00  32.00\r\n"
-                      "RAIC  1991 1 2 3 4 5 6 7 8 9 10 11 12\n"
-                      "\n"
-                      "snow  1991 1 2 3 4 5 6 7 8 9 10 11 12\n");
+    sbtest::writeFile(
+        path,
+        "prec  1990   1.00   2.00   3.00   4.00   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00\r\n"
+        "TMIN  1990  -1.00  -2.00  -3.00  -4.00  -5.00  -6.00  -7.00  -8.00  -9.00 -10.00 -11.00 -12.00\r\n"
+        "tmax  1990  21.00  22.00  23.00  24.00  25.00  26.00  27.00  28.00  29.00  30.00  31.00  32.00\r\n"
+        "RAIC  1991 1 2 3 4 5 6 7 8 9 10 11 12\n"
+        "\n"
+        "snow  1991 1 2 3 4 5 6 7 8 9 10 11 12\n");
     TelluraWeatherStations s = station(4);
     std::string messages;
     EXPECT_FALSE(importMonthlyWeatherFile(path, s, messages));
-    EXPECT_EQ(messages, "ERROR, unknown text in weather file: \"snow  1991 1 2 3 4 5 6 7 8 9 10 11 12\"\n"
-                        "File: \"" + path + "\"\n"
-                        "4 rows imported.\n"
-                        "Imported 24 records from \"" + path + "\".\n");
+    EXPECT_EQ(messages,
+              "ERROR, unknown text in weather file: \"snow  1991 1 2 3 4 5 6 7 8 9 10 11 12\"\n"
+              "File: \"" +
+                  path +
+                  "\"\n"
+                  "4 rows imported.\n"
+                  "Imported 24 records from \"" +
+                  path + "\".\n");
     ASSERT_EQ(s.monthly.size(), 2u);
     EXPECT_EQ(s.monthly[0].year, 1990);
     ASSERT_EQ(s.monthly[0].months.size(), 12u);
@@ -57,10 +62,14 @@ TEST(MonthlyWeatherImport, TouchingWideValuesAreReadByColumnAndBadLinesNamed) {
     EXPECT_FLOAT_EQ(s.monthly[0].months[0].precip, 1234.5f);
     EXPECT_FLOAT_EQ(s.monthly[0].months[1].precip, 2345.25f);
     EXPECT_FLOAT_EQ(s.monthly[0].months[11].precip, 10.0f);
-    EXPECT_EQ(messages, "ERROR, a year and twelve monthly values expected in weather file: \"prec  1996 1 2 x\"\n"
-                        "File: \"" + path + "\"\n"
-                        "1 rows imported.\n"
-                        "Imported 12 records from \"" + path + "\".\n");
+    EXPECT_EQ(messages,
+              "ERROR, a year and twelve monthly values expected in weather file: \"prec  1996 1 2 x\"\n"
+              "File: \"" +
+                  path +
+                  "\"\n"
+                  "1 rows imported.\n"
+                  "Imported 12 records from \"" +
+                  path + "\".\n");
 }
 
 TEST(MonthlyWeatherImport, MissingFile) {
@@ -73,10 +82,11 @@ TEST(MonthlyWeatherImport, MissingFile) {
 TEST(DailyWeatherImport, ModelLayoutWithOptionalDrivers) {
     TelluraWeatherStations s = station(2);
     std::string messages;
-    EXPECT_TRUE(importDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n"
-                                       "2\t1\t2001\t2\t11.0\t-1.0\t0.0\t250.5\t60.0\t2.5\n"
-                                       "31 12 2002 365 5 1 0",
-                                       "d.wth", s, messages));
+    EXPECT_TRUE(
+        importDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n"
+                               "2\t1\t2001\t2\t11.0\t-1.0\t0.0\t250.5\t60.0\t2.5\n"
+                               "31 12 2002 365 5 1 0",
+                               "d.wth", s, messages));
     EXPECT_EQ(messages, "3 days read, from years 2001 to 2002.\n");
     ASSERT_EQ(s.daily.size(), 2u);
     ASSERT_EQ(s.daily[0].days.size(), 2u);
@@ -99,10 +109,15 @@ TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
     const char* text = "1 1 2001 1 10 0 0\n1 13 2001 1 10 0 0\n1 1 2001\nx y z\n";
     EXPECT_FALSE(importDailyWeatherText(text, "d.wth", s, messages));
     const std::string layout = "is not \"day month year day-of-year tmax tmin precipitation [solrad rhumid windsp]\": ";
-    EXPECT_EQ(messages, "ERROR, line 2 of daily weather file \"d.wth\" " + layout + "\"1 13 2001 1 10 0 0\"\n"
-                        "ERROR, line 3 of daily weather file \"d.wth\" " + layout + "\"1 1 2001\"\n"
-                        "ERROR, line 4 of daily weather file \"d.wth\" " + layout + "\"x y z\"\n"
-                        "1 days read, from years 2001 to 2001.\n");
+    EXPECT_EQ(messages, "ERROR, line 2 of daily weather file \"d.wth\" " + layout +
+                            "\"1 13 2001 1 10 0 0\"\n"
+                            "ERROR, line 3 of daily weather file \"d.wth\" " +
+                            layout +
+                            "\"1 1 2001\"\n"
+                            "ERROR, line 4 of daily weather file \"d.wth\" " +
+                            layout +
+                            "\"x y z\"\n"
+                            "1 days read, from years 2001 to 2001.\n");
     messages.clear();
     importDailyWeatherText("1 1 2001 1 12 0 0\n", "d.wth", s, messages);
     ASSERT_EQ(s.daily.size(), 1u);

@@ -46,7 +46,8 @@ TEST(FileMover, MoveIntoMissingFolderFailsWithItsReason) {
 
 TEST(FileMover, MoveAcrossFileSystemsCopiesAndRemoves) {
     sbtest::temp_dir dir;
-    struct stat tmp {}, shm {};
+    struct stat tmp {
+    }, shm{};
     if (stat(dir.path().c_str(), &tmp) != 0 || stat("/dev/shm", &shm) != 0 || tmp.st_dev == shm.st_dev ||
         access("/dev/shm", W_OK) != 0)
         GTEST_SKIP() << "no second writable file system (/dev/shm) beside " << dir.path();

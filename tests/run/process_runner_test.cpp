@@ -106,8 +106,8 @@ TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
     sbtest::temp_dir dir;
     sb::process_runner runner(60000);
     std::string runLog, errors;
-    EXPECT_TRUE(runner.runCaptured("\"/bin/sh\" -c \"sleep 30 & echo helper process $!\"", "Soilbench.con",
-                                   dir.path(), false, true, runLog, errors));
+    EXPECT_TRUE(runner.runCaptured("\"/bin/sh\" -c \"sleep 30 & echo helper process $!\"", "Soilbench.con", dir.path(),
+                                   false, true, runLog, errors));
     EXPECT_EQ(errors, "");
     pid_t helper = helperPid(runLog);
     ASSERT_GT(helper, 0) << runLog;
@@ -155,8 +155,8 @@ TEST(ProcessRunner, LowerCaseErrorAnywhereFailsCapitalsAloneDoNot) {
     EXPECT_TRUE(runner.runCaptured("\"/bin/echo\" ERROR!  N balance boundary check exceeded.", "Soilbench.con",
                                    dir.path(), false, true, runLog, errors));
     EXPECT_EQ(errors, "");
-    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), false,
-                                    true, runLog, errors));
+    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), false, true,
+                                    runLog, errors));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
     EXPECT_NE(runLog.find("no errors occurred\n"), std::string::npos);  // still logged
 
@@ -194,8 +194,8 @@ TEST(ProcessRunner, StartFailuresGiveTheCodeAndTheCommandLine) {
 TEST(ProcessRunner, MissingRunDirectoryCannotHoldTheConsoleFile) {
     sb::process_runner runner(60000);
     std::string runLog, errors;
-    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" hi", "Soilbench.con", "/nonexistent-run-dir/", false, true,
-                                    runLog, errors));
+    EXPECT_FALSE(
+        runner.runCaptured("\"/bin/echo\" hi", "Soilbench.con", "/nonexistent-run-dir/", false, true, runLog, errors));
     EXPECT_EQ(errors, "Unable to create file handle.\n\"/bin/echo\" hi\n");
 }
 
@@ -210,8 +210,8 @@ TEST(ProcessRunner, RunDirectoryRemovedMidRunIsReportedNotFatal) {
         return false;
     });
     std::string runLog, errors;
-    EXPECT_FALSE(runner.runCaptured("\"" + sbtest::standinPath() + "\" -s sb -n sb", "Soilbench.con", path, false,
-                                    true, runLog, errors));
+    EXPECT_FALSE(runner.runCaptured("\"" + sbtest::standinPath() + "\" -s sb -n sb", "Soilbench.con", path, false, true,
+                                    runLog, errors));
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
     EXPECT_NE(runLog.find("stand-in model: error: cannot read sb.sch"), std::string::npos) << runLog;
@@ -311,8 +311,9 @@ TEST(ProcessRunner, ConsoleRunUsesATerminalWhenThereIsADisplay) {
     else unsetenv("DISPLAY");
     EXPECT_TRUE(ok) << errors;
     EXPECT_EQ(sbtest::readFile(dir.file("ran.txt")), "ran\n");
-    EXPECT_EQ(sbtest::readFile(dir.file("xterm-arguments")),
-              "-T\n\"/bin/sh\" -c \"echo ran > ran.txt\"\n-geometry\n80x24+25+25\n-e\n/bin/sh\n-c\necho ran > ran.txt\n");
+    EXPECT_EQ(
+        sbtest::readFile(dir.file("xterm-arguments")),
+        "-T\n\"/bin/sh\" -c \"echo ran > ran.txt\"\n-geometry\n80x24+25+25\n-e\n/bin/sh\n-c\necho ran > ran.txt\n");
     // A program that cannot start is reported, not hidden inside a terminal.
     EXPECT_FALSE(missing);
     EXPECT_EQ(missingErrors, "Unable to create process, code=2.\n\"/nonexistent/model\" -s sb\n");

@@ -36,13 +36,12 @@ void makeDistinct(sb::tellura_control_record& record, int id, int years) {
     record.row.setText("Description", sb::strprintf("Run controller test record %d", id));
     record.row.setText("Initial Crop", crop);
     for (auto& block : record.blocks) {
-        if (years > 0) block.lastYear = static_cast<int16_t>(std::min<int>(block.lastYear, block.firstYear + years - 1));
+        if (years > 0)
+            block.lastYear = static_cast<int16_t>(std::min<int>(block.lastYear, block.firstYear + years - 1));
         block.lastYear = static_cast<int16_t>(block.lastYear - (index / 6) % 9);
         for (auto& event : block.events) {
             if (event.type == sb::kEventCrop) event.item = crop;
-            if (event.type == sb::kEventFert) {
-                event.item = kFertilizers[index % 3];
-            }
+            if (event.type == sb::kEventFert) { event.item = kFertilizers[index % 3]; }
         }
     }
 }

@@ -63,9 +63,9 @@ public:
 // Records what a run of many records shows and answers cancel requests as told.
 class recording_observer : public sb::run_observer {
 public:
-    std::vector<std::string> progress;   // "Running TELLURA #..."
-    std::vector<long> reportedAtStart;   // records reported when each progress text came
-    std::vector<std::string> status;     // "Run ..., Good=... "
+    std::vector<std::string> progress;  // "Running TELLURA #..."
+    std::vector<long> reportedAtStart;  // records reported when each progress text came
+    std::vector<std::string> status;    // "Run ..., Good=... "
     std::vector<std::string> precheckStops;
     long lastDone = 0, lastTotal = 0;
     // Once this many records are reported, cancelRequested() answers `request`.

@@ -74,7 +74,7 @@ std::string carbonOf(run_project& project, int32_t id) {
     std::string errors;
     sb::readOutputs(project.db(), id, outputs, errors);
     std::string text;
-    for (const auto* month : outputs.monthlyInOrder()) 
+    for (const auto* month : outputs.monthlyInOrder())
         text += std::to_string(month->number("somsc")) + "," + std::to_string(month->number("aglivc")) + " ";
     return text;
 }

@@ -41,7 +41,8 @@ sb::run_set_options withJobs(int jobs, const std::string& ids = "") {
 // The last line of a run set's log, with its three numbers.
 void expectElapsedLine(const std::string& runLog, long failCount) {
     std::smatch m;
-    static const std::regex kLast("(?:^|\n)Elapsed: ([0-9]+\\.[0-9]{3}) seconds, ave=([0-9]+\\.[0-9]{3}) Fail count=([0-9]+)\n$");
+    static const std::regex kLast(
+        "(?:^|\n)Elapsed: ([0-9]+\\.[0-9]{3}) seconds, ave=([0-9]+\\.[0-9]{3}) Fail count=([0-9]+)\n$");
     ASSERT_TRUE(std::regex_search(runLog, m, kLast)) << runLog;
     EXPECT_EQ(std::atol(m[3].str().c_str()), failCount);
 }
@@ -75,11 +76,11 @@ TEST(RunSet, ShowsProgressRunNumbersAndTheLogOfEachRecord) {
     run_project project(3);
     recording_observer observer;
     run_set run = runRecords(project, observer);
-    EXPECT_EQ(observer.progress, (std::vector<std::string>{"Running TELLURA #1 Record=1 ID=1",
-                                                           "Running TELLURA #2 Record=2 ID=2",
-                                                           "Running TELLURA #3 Record=3 ID=3"}));
-    EXPECT_EQ(observer.status,
-              (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     2 ", "Run      3, Good=     3 "}));
+    EXPECT_EQ(observer.progress,
+              (std::vector<std::string>{"Running TELLURA #1 Record=1 ID=1", "Running TELLURA #2 Record=2 ID=2",
+                                        "Running TELLURA #3 Record=3 ID=3"}));
+    EXPECT_EQ(observer.status, (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     2 ",
+                                                         "Run      3, Good=     3 "}));
     EXPECT_EQ(observer.lastDone, 3);
     EXPECT_EQ(observer.lastTotal, 3);
     EXPECT_EQ(run.errors, kReadTwentyYears + kReadTwentyYears + kReadTwentyYears);
@@ -128,8 +129,8 @@ TEST(RunSet, PrecheckFailureIsCountedAndSkipped) {
         EXPECT_EQ(run.result.good, 2);
         EXPECT_EQ(run.result.failed, 1);
         EXPECT_FALSE(run.result.stoppedOnPrecheck);
-        EXPECT_EQ(observer.status,
-                  (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     1 ", "Run      3, Good=     2 "}));
+        EXPECT_EQ(observer.status, (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     1 ",
+                                                             "Run      3, Good=     2 "}));
         EXPECT_TRUE(observer.precheckStops.empty());
         // The skipped record's model never ran.
         EXPECT_EQ(run.runLog.find("\n2:"), std::string::npos) << run.runLog;
@@ -168,7 +169,8 @@ TEST(RunSet, RunSetMatchingNoRecordShowsOnlyTheElapsedLine) {
         SCOPED_TRACE(jobs);
         recording_observer observer;
         run_set run = runRecords(project, observer, withJobs(jobs, "7-9"));
-        EXPECT_TRUE(std::regex_match(run.runLog, std::regex("Elapsed: [0-9]+\\.[0-9]{3} seconds, ave=0\\.000 Fail count=0\n")))
+        EXPECT_TRUE(
+            std::regex_match(run.runLog, std::regex("Elapsed: [0-9]+\\.[0-9]{3} seconds, ave=0\\.000 Fail count=0\n")))
             << run.runLog;
         EXPECT_EQ(run.errors, "");
         EXPECT_TRUE(observer.progress.empty());
@@ -258,12 +260,12 @@ TEST(RunSet, FailedRunsAreCountedAndWhatTheyReadIsStored) {
     EXPECT_EQ(run.result.failed, 3);
     EXPECT_EQ(observer.status.back(), "Run      5, Good=     2 ");
     const std::string summary = "Year Summary: 10 years read, from 1990 to 1999.\n";
-    EXPECT_EQ(run.errors, kReadTenYears + summary +                                   // 1
-                              "ERROR, Tellura error detected.\n" +                     // 2
-                              "ERROR in read_console - console file is empty.\n" +     // 3
-                              "ERROR, Tellura error detected.\n" +                     // 4: the list utility
+    EXPECT_EQ(run.errors, kReadTenYears + summary +                                 // 1
+                              "ERROR, Tellura error detected.\n" +                  // 2
+                              "ERROR in read_console - console file is empty.\n" +  // 3
+                              "ERROR, Tellura error detected.\n" +                  // 4: the list utility
                               "ERROR, unable to open LIS file: " + project.modelFolder() + "/sb.lis\n" + summary +
-                              kReadTenYears + summary);                                // 5
+                              kReadTenYears + summary);  // 5
     EXPECT_EQ(project.storedOutputRows(1), 118);
     EXPECT_EQ(project.storedOutputRows(2), 0);
     EXPECT_EQ(project.storedOutputRows(3), 0);

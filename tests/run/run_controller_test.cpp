@@ -176,7 +176,8 @@ TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
 TEST_F(RunOneRecord, RunLogEndsWithTheElapsedTime) {
     std::string runLog, errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
-    EXPECT_TRUE(matches(runLog, "[^]*Stand-in list100: 108 records listed\\.\nTotal Elapsed: [0-9]+\\.[0-9]{3} seconds\n"))
+    EXPECT_TRUE(
+        matches(runLog, "[^]*Stand-in list100: 108 records listed\\.\nTotal Elapsed: [0-9]+\\.[0-9]{3} seconds\n"))
         << runLog;
     EXPECT_EQ(sb::runReport(errors, runLog), errors + "\n" + runLog);
 }

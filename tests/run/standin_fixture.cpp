@@ -23,8 +23,9 @@ std::string schedule(const standin_setup& setup) {
     text += "0             Labeling type\n-1            Labeling year\n-1            Microcosm\n";
     text += "-1            CO2 Systems\n";
     if (phShift)
-        text += "-1            pH Shift\n-1            Soil warming\n0             N input scalar option\n"
-                "0             OMAD input scalar option\n0             Climate scalar option\n";
+        text +=
+            "-1            pH Shift\n-1            Soil warming\n0             N input scalar option\n"
+            "0             OMAD input scalar option\n0             Climate scalar option\n";
     text += "1             Initial system\nG3            Initial Crop\n              Initial Tree\n";
     text += "\nYear Month Option\n";
     auto interval = [&](double months) {
@@ -37,25 +38,27 @@ std::string schedule(const standin_setup& setup) {
         if (r == 2) return date + " " + command + "\n" + item + "\n";
         return date + " " + command + " " + item + "\n";
     };
-    text += "1             Block #    first\n1955          Last year\n1             Repeats # years\n"
-            "1950          Output starting year\n1             Output Month\n";
+    text +=
+        "1             Block #    first\n1955          Last year\n1             Repeats # years\n"
+        "1950          Output starting year\n1             Output Month\n";
     text += interval(12) + "M             Weather choice\n";
     text += event(1, 4, "CROP", "C8") + event(1, 5, "FERT", "N30");
     text += "-999 -999 X\n";
-    text += "2             Block #    second\n1960          Last year\n1             Repeats # years\n"
-            "1956          Output starting year\n1             Output Month\n";
+    text +=
+        "2             Block #    second\n1960          Last year\n1             Repeats # years\n"
+        "1956          Output starting year\n1             Output Month\n";
     text += interval(setup.monthlySecondBlock ? 1 : 12) + "M             Weather choice\n";
     text += event(1, 4, "CROP", "G3") + "-999 -999 X\n";
     return text;
 }
 
 std::string outfiles() {
-    const char* const names[] = {"bio.out", "soiln.out", "soiltavg.out", "soiltmax.out", "soiltmin.out",
-                                 "stemp_dx.out", "vswc.out", "watrbal.out", "wfps.out", "co2.out",
-                                 "wflux.out", "resp.out", "year_summary.out", "livec.out", "deadc.out",
-                                 "soilc.out", "sysc.out", "tgmonth.out", "dN2lyr.out", "dN2Olyr.out",
-                                 "dels.out", "dc_sip.csv", "harvest.csv", "cflows.out", "year_cflows.out",
-                                 "daily.out", "nflux.out", "summary.out"};
+    const char* const names[] = {"bio.out",      "soiln.out",  "soiltavg.out",     "soiltmax.out", "soiltmin.out",
+                                 "stemp_dx.out", "vswc.out",   "watrbal.out",      "wfps.out",     "co2.out",
+                                 "wflux.out",    "resp.out",   "year_summary.out", "livec.out",    "deadc.out",
+                                 "soilc.out",    "sysc.out",   "tgmonth.out",      "dN2lyr.out",   "dN2Olyr.out",
+                                 "dels.out",     "dc_sip.csv", "harvest.csv",      "cflows.out",   "year_cflows.out",
+                                 "daily.out",    "nflux.out",  "summary.out"};
     std::string text = "Output (0/1)  file_name         description\n";
     for (int i = 0; i < 28; ++i) {
         char line[128];
@@ -93,12 +96,13 @@ void standin_run_dir::writeInputs(const standin_setup& setup) const {
     writeFile(file(setup.release == 6 ? "sbfix.100" : "fix.100"), "X     Fixed values\n10.00000       ADEP(1)\n");
     writeFile(file("crop.100"), "C8    corn\n0.70000        PRDX(1)\nG3    grass\n0.40000        PRDX(1)\n");
     writeFile(file("fert.100"), "N30   nitrogen\n" + format("%-10.5f     FERAMT(1)\n", setup.nitrogen));
-    for (const char* name : {"cult.100", "harv.100", "graz.100", "irri.100", "omad.100", "tree.100",
-                             "trem.100", "fire.100"})
+    for (const char* name :
+         {"cult.100", "harv.100", "graz.100", "irri.100", "omad.100", "tree.100", "trem.100", "fire.100"})
         writeFile(file(name), "");
     writeFile(file(setup.release == 1 ? "sb.evt" : "sb.sch"), schedule(setup));
     if (setup.release == 4) {
-        writeFile(file("soils.in"), "  0.0  10.0  1.30  0.30000  0.15000  0.80  0.40  0.40  0.30  0.01  0.00  0.10000  7.00\n");
+        writeFile(file("soils.in"),
+                  "  0.0  10.0  1.30  0.30000  0.15000  0.80  0.40  0.40  0.30  0.01  0.00  0.10000  7.00\n");
         writeFile(file("sitepar.in"), "0         / extra weather drivers\n1         / sublimscale\n");
         writeFile(file("outfiles.in"), outfiles());
     }

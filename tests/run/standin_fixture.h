@@ -10,7 +10,7 @@ namespace sbtest {
 struct standin_setup {
     int release = 3;
     double clay = 0.30;
-    double nitrogen = 30.0;    // FERAMT(1) of the fertilizer option the schedule uses
+    double nitrogen = 30.0;  // FERAMT(1) of the fertilizer option the schedule uses
     bool monthlySecondBlock = true;
 };
 
@@ -19,8 +19,8 @@ public:
     explicit standin_run_dir(const standin_setup& setup = {});
     const std::string& path() const { return dir_.path(); }
     std::string file(const std::string& name) const { return dir_.file(name); }
-    std::string model() const { return dir_.file("tellx"); }         // link to the stand-in
-    std::string list100() const { return dir_.file("list100"); }     // same program, list role
+    std::string model() const { return dir_.file("tellx"); }      // link to the stand-in
+    std::string list100() const { return dir_.file("list100"); }  // same program, list role
     // Runs the model's command line for the release in the directory; returns the console text.
     // With `inferRelease` the stand-in is not told the release and works it out.
     std::string runModel(bool inferRelease = false) const;

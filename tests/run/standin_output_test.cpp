@@ -226,8 +226,8 @@ TEST(StandinBinary, RealLayoutAndRealFramingAgree) {
     std::vector<std::string> ours, real;
     std::vector<std::vector<int>> ourMarkers, realMarkers;
     ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(dir.file("sb.bin")), ours, &ourMarkers)) << console;
-    ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(sbtest::samplesDir() + "/diurna-2012/outputs/example.bin"),
-                                    real, &realMarkers));
+    ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(sbtest::samplesDir() + "/diurna-2012/outputs/example.bin"), real,
+                                    &realMarkers));
     EXPECT_EQ(ourMarkers[0], realMarkers[0]);  // the same split of a 3212-byte record
     // The real layout puts somsc at plot1 339 and aglivc at plot1 18.
     std::vector<std::string> list = lines(sbtest::readFile(dir.file("sb.lis")));
@@ -316,10 +316,8 @@ TEST(StandinInputs, MissingOrMalformedFilesStopWithAnError) {
         standin_setup setup;
         setup.release = test.release;
         standin_run_dir dir(setup);
-        if (test.content)
-            sbtest::writeFile(dir.file(test.file), test.content);
-        else
-            std::filesystem::remove(dir.file(test.file));
+        if (test.content) sbtest::writeFile(dir.file(test.file), test.content);
+        else std::filesystem::remove(dir.file(test.file));
         std::string console = dir.runModel();
         EXPECT_NE(console.find(test.expected), std::string::npos) << test.file << ":\n" << console;
         EXPECT_EQ(console.find("Execution success."), std::string::npos) << test.file;
@@ -335,8 +333,7 @@ TEST(StandinInputs, AcceptsTheRealDailyReleasesOwnInputSet) {
         sbtest::writeFile(dir.file(entry.path().filename().string()), sbtest::readFile(entry.path().string()));
     sbtest::writeFile(dir.file("sb.sch"), sbtest::readFile(inputs + "/example.sch"));
     sbtest::writeFile(dir.file("sbsite.100"), sbtest::readFile(inputs + "/site2012.100"));
-    std::string console =
-        sbtest::runInDirectory(dir.path(), "'" + sbtest::standinPath() + "' --release 4 -s sb -n sb");
+    std::string console = sbtest::runInDirectory(dir.path(), "'" + sbtest::standinPath() + "' --release 4 -s sb -n sb");
     EXPECT_EQ(console.find("error"), std::string::npos) << console;
     ASSERT_GE(console.size(), 19u);
     EXPECT_EQ(console.substr(console.size() - 19), "Execution success.\n");
@@ -389,8 +386,8 @@ TEST(StandinText, ReleaseSixWritesSixCommaSeparatedFiles) {
     standin_run_dir dir(setup);
     std::string console = dir.runModel();
     EXPECT_EQ(console.find("error"), std::string::npos) << console;
-    const std::pair<const char*, size_t> files[] = {{"sb.cropC.csv", 1}, {"sb.soilC.csv", 1}, {"sb.CO2.csv", 13},
-                                                    {"sb.ForestC.csv", 13}, {"sb.nps.csv", 1}, {"sb.wt.csv", 13}};
+    const std::pair<const char*, size_t> files[] = {{"sb.cropC.csv", 1},    {"sb.soilC.csv", 1}, {"sb.CO2.csv", 13},
+                                                    {"sb.ForestC.csv", 13}, {"sb.nps.csv", 1},   {"sb.wt.csv", 13}};
     for (auto [name, headerLines] : files) {
         std::vector<std::string> text = lines(sbtest::readFile(dir.file(name)));
         ASSERT_EQ(text.size(), headerLines + 11) << name;
@@ -410,8 +407,9 @@ TEST(StandinLabel, ReleaseIsWorkedOutFromCommandLineAndSchedule) {
         setup.release = release;
         standin_run_dir dir(setup);
         std::string console = dir.runModel(true);
-        EXPECT_EQ(console.rfind("Stand-in model (not the model), imitating release " + std::to_string(release) + "\n", 0),
-                  0u) << console;
+        EXPECT_EQ(
+            console.rfind("Stand-in model (not the model), imitating release " + std::to_string(release) + "\n", 0), 0u)
+            << console;
         EXPECT_EQ(console.find("error"), std::string::npos) << console;
     }
 }

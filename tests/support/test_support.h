@@ -32,9 +32,9 @@ std::string binDir();
 }  // namespace sbtest
 
 // Skips the current test with a clear reason when the real sample files are absent.
-#define SB_REQUIRE_SAMPLES()                                                              \
-    do {                                                                                  \
-        if (!sbtest::haveSamples())                                                       \
+#define SB_REQUIRE_SAMPLES()                                                                \
+    do {                                                                                    \
+        if (!sbtest::haveSamples())                                                         \
             GTEST_SKIP() << "real model sample files not found at " << sbtest::samplesDir() \
-                         << " (they sit beside the project, not in it)";                  \
+                         << " (they sit beside the project, not in it)";                    \
     } while (0)

@@ -64,16 +64,17 @@ private slots:
         QCOMPARE(d.windowTitle(), QStringLiteral("Configuration"));
         const QStringList t = texts(&d);
         for (const char* label :
-             {"Prebuild Control Record List", "Run TELLURA in visible console", "Run timeout, milliseconds:",
-              "Help file location:", "Save Diurna output files to:", "Save output path:", "Save output prefix:",
-              "TELLURA executable version:", "TELLURA executable locations:",
+             {"Prebuild Control Record List", "Run TELLURA in visible console",
+              "Run timeout, milliseconds:", "Help file location:", "Save Diurna output files to:", "Save output path:",
+              "Save output prefix:", "TELLURA executable version:", "TELLURA executable locations:",
               "Read binary output (doesn't work for Daily runs)", "OK", "Cancel", "Edit"})
             QVERIFY2(t.contains(label), label);
         auto* version = d.findChild<QComboBox*>();
         QCOMPARE(version->count(), 5);  // "Tellura 5" is offered only through the profile
         QCOMPARE(version->itemText(3), QStringLiteral("Diurna 4.5"));
         QCOMPARE(d.locations()->count(), 10);
-        QCOMPARE(d.locations()->item(0)->text().section(':', 0, 0), QStringLiteral("Tellura 4 Agricultural executable"));
+        QCOMPARE(d.locations()->item(0)->text().section(':', 0, 0),
+                 QStringLiteral("Tellura 4 Agricultural executable"));
         QCOMPARE(d.locations()->item(1)->text().section(':', 0, 0),
                  QStringLiteral("Tellura 4 Agricultural LIST100 executable"));
         QVERIFY(d.locations()->item(0)->data(Qt::UserRole).toBool());
@@ -113,7 +114,7 @@ private slots:
         QCOMPARE(settings.runTimeout, 250000u);
         QCOMPARE(settings.version, kTellura5);
         QCOMPARE(settings.modelExecutables[1], std::string("tellura4C\\tellx.exe"));  // Cancel puts paths back
-        QCOMPARE(settings.helpFile, std::string("/opt/help.csv"));                  // but not the help file
+        QCOMPARE(settings.helpFile, std::string("/opt/help.csv"));                    // but not the help file
     }
 
     void runSetBuildsTheFilterAndAsksBeforeClosingUnbuilt() {
@@ -127,7 +128,8 @@ private slots:
         QTest::keyClicks(ids, "1, 2, 5-9");
         QVERIFY(d.idListEdited());
         QVERIFY(pressButton(&d, "Make WHERE by ID"));
-        QCOMPARE(d.whereClause(), QStringLiteral(" (ID = 1 OR ID = 2 OR ID = 5 OR ID = 6 OR ID = 7 OR ID = 8 OR ID = 9)"));
+        QCOMPARE(d.whereClause(),
+                 QStringLiteral(" (ID = 1 OR ID = 2 OR ID = 5 OR ID = 6 OR ID = 7 OR ID = 8 OR ID = 9)"));
         QVERIFY(!d.idListEdited());
 
         // Editing again without building: closing asks, No keeps the dialog open.
@@ -228,12 +230,14 @@ private slots:
         dialog_diurna_output_files d(settings);
         QCOMPARE(d.windowTitle(), QStringLiteral("Diurna Output Files"));
         QCOMPARE(int(d.boxes().size()), 28);
-        QCOMPARE(d.boxes()[10]->text(), QStringLiteral("wflux.out - daily water flux through the bottom of soil layers"));
+        QCOMPARE(d.boxes()[10]->text(),
+                 QStringLiteral("wflux.out - daily water flux through the bottom of soil layers"));
         QCOMPARE(d.boxes()[23]->text(), QStringLiteral("cflows.out - daily carbon flows due to decompostion"));
         QStringList checked;
         for (auto* b : d.boxes())
             if (b->isChecked()) checked << b->objectName();
-        QCOMPARE(checked, (QStringList{"wflux.out", "livec.out", "deadc.out", "soilc.out", "tgmonth.out", "summary.out"}));
+        QCOMPARE(checked,
+                 (QStringList{"wflux.out", "livec.out", "deadc.out", "soilc.out", "tgmonth.out", "summary.out"}));
         d.boxes()[0]->setChecked(true);
         d.boxes()[27]->setChecked(false);
         d.accept();
@@ -249,7 +253,9 @@ private slots:
         QCOMPARE(sheet.tabs()->tabText(1), QStringLiteral("Fixed Parameters"));
         // Every column of both tables has its field on exactly one page.
         int fields = 0;
-        for (int p = 0; p < 5; ++p) fields += sheet.page(p)->findChildren<QLineEdit*>().size() + sheet.page(p)->findChildren<QCheckBox*>().size();
+        for (int p = 0; p < 5; ++p)
+            fields +=
+                sheet.page(p)->findChildren<QLineEdit*>().size() + sheet.page(p)->findChildren<QCheckBox*>().size();
         QCOMPARE(fields, record.row.columnCount() + record.site.columnCount() - 1);
         // The fixed page groups by initial letter; Dec4 and DEC5(1) both sit under "D".
         QStringList groups;
@@ -290,7 +296,8 @@ private slots:
         app_soilbench settings(dir_.filePath("help.ini").toStdString());
         settings.version = kDiurna45;
         const field_help_lookup fixed = makeFieldHelpLookup(settings, kHelpFixed);
-        QCOMPARE(fixed("DEC5(1)"), QStringLiteral("[Diurna 4.5] Top yearly turnover of the surface slow organic pool."));
+        QCOMPARE(fixed("DEC5(1)"),
+                 QStringLiteral("[Diurna 4.5] Top yearly turnover of the surface slow organic pool."));
         QCOMPARE(fixed("NOSUCH"), QStringLiteral("Not Found: NOSUCH"));
         // Help is per parameter file: the crop file's prdx(1) is not the tree file's.
         QVERIFY(makeFieldHelpLookup(settings, kHelpCrop)("prdx(1)").endsWith("of the crop or grass."));

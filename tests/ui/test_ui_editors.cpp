@@ -39,10 +39,12 @@ class test_ui_editors : public QObject {
         std::pair<QString, QString> shown;
         onNextModal([&, edit](QWidget* m) {
             edit(m);
-            onNextModal([&](QWidget* next) {
-                if (auto* e = qobject_cast<dialog_errors*>(next)) shown = {e->windowTitle(), e->text()};
-                next->close();
-            }, 30);
+            onNextModal(
+                [&](QWidget* next) {
+                    if (auto* e = qobject_cast<dialog_errors*>(next)) shown = {e->windowTitle(), e->text()};
+                    next->close();
+                },
+                30);
         });
         window_->runCommand(id);
         QTest::qWait(400);  // let the look-out for a message end before the next command
@@ -113,7 +115,7 @@ private slots:
             auto* d = qobject_cast<dialog_weather_stations*>(m);
             QVERIFY(d);
             d->addStation(42, "Hill farm");
-            d->means()->item(0, 6)->setText("81.5");  // July precipitation
+            d->means()->item(0, 6)->setText("81.5");   // July precipitation
             d->means()->item(4, 0)->setText("-2.25");  // January maximum temperature
             d->accept();
         });
@@ -152,7 +154,8 @@ private slots:
         runEditor(command_id::editWeatherStations, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_weather_stations*>(m);
             QVERIFY(d);
-            d->stationList()->setCurrentRow(d->stationList()->row(d->stationList()->findItems("7 Valley", Qt::MatchExactly).first()));
+            d->stationList()->setCurrentRow(
+                d->stationList()->row(d->stationList()->findItems("7 Valley", Qt::MatchExactly).first()));
             QCOMPARE(d->monthlyHistory()->rowCount(), 2);
             for (int c = 0; c < 7; ++c) monthlyRow << d->monthlyHistory()->item(1, c)->text();
             QCOMPARE(d->dailyHistory()->rowCount(), 3);
@@ -160,7 +163,13 @@ private slots:
 
             // Answering No keeps the day.
             std::string e;
-            QVERIFY(!d->deleteDailyRecord(1, [&](const QString& q) { questions << q; return false; }, e));
+            QVERIFY(!d->deleteDailyRecord(
+                1,
+                [&](const QString& q) {
+                    questions << q;
+                    return false;
+                },
+                e));
             dailyAfterNo = d->dailyHistory()->rowCount();
             // The button asks the same question; Yes deletes the day.
             d->dailyHistory()->selectRow(1);
@@ -172,7 +181,8 @@ private slots:
             dailyAfterYes = d->dailyHistory()->rowCount();
 
             // The other station goes through its button.
-            d->stationList()->setCurrentRow(d->stationList()->row(d->stationList()->findItems("8 Ridge", Qt::MatchExactly).first()));
+            d->stationList()->setCurrentRow(
+                d->stationList()->row(d->stationList()->findItems("8 Ridge", Qt::MatchExactly).first()));
             onNextModal([&](QWidget* box) {
                 questions << qobject_cast<QMessageBox*>(box)->text();
                 sbtest_ui::pressButton(box, "Yes");
@@ -183,8 +193,8 @@ private slots:
         });
         QCOMPARE(monthlyRow, (QStringList{"2001", "2", "42.5", "0", "0", "0", "3.25"}));
         QCOMPARE(dailyRow, (QStringList{"2001", "1", "2", "3.75", "-2", "6"}));
-        QCOMPARE(questions, (QStringList{"Delete 7 2001-01-02 ?", "Delete 7 2001-01-02 ?",
-                                         "Delete weather station 8 Ridge ?"}));
+        QCOMPARE(questions,
+                 (QStringList{"Delete 7 2001-01-02 ?", "Delete 7 2001-01-02 ?", "Delete weather station 8 Ridge ?"}));
         QCOMPARE(dailyAfterNo, 3);
         QCOMPARE(dailyAfterYes, 2);
         QCOMPARE(stationsLeft, 1);
@@ -235,13 +245,15 @@ private slots:
         const QString layerFile = dir_.filePath("soils.in");
         QFile file(layerFile);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("0 10 1.3 0.31 0.12 0.8 0.4 0.6 0.2 0.01 0 0.05 6.5\n"
-                   "10 25 1.4 0.28 0.11 0.2 0.3 0.5 0.25 0.01 0 0.04 6.8\n");
+        file.write(
+            "0 10 1.3 0.31 0.12 0.8 0.4 0.6 0.2 0.01 0 0.05 6.5\n"
+            "10 25 1.4 0.28 0.11 0.2 0.3 0.5 0.25 0.01 0 0.04 6.8\n");
         file.close();
         const QString longFile = dir_.filePath("long.in");
         QFile longOne(longFile);
         QVERIFY(longOne.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 15; ++i) longOne.write(QStringLiteral("%1 %2 1.3 0.3 0.1\n").arg(i * 5).arg(i * 5 + 5).toLatin1());
+        for (int i = 0; i < 15; ++i)
+            longOne.write(QStringLiteral("%1 %2 1.3 0.3 0.1\n").arg(i * 5).arg(i * 5 + 5).toLatin1());
         longOne.close();
 
         QString refused, question, tooLong;
@@ -294,7 +306,8 @@ private slots:
         QCOMPARE(sand->layerCount, 2);
         QCOMPARE(sand->layers[1].depth(), 25);
         QCOMPARE(static_cast<float>(sand->layers[1].value(kLayerPh)), 6.8f);
-        QCOMPARE(static_cast<float>(sand->layers[0].value(kLayerSand)), 0.6f);  // after the evaporation and root columns
+        QCOMPARE(static_cast<float>(sand->layers[0].value(kLayerSand)),
+                 0.6f);  // after the evaporation and root columns
     }
 
     void propertySheetSavesTheRecord() {

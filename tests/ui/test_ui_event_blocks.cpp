@@ -41,10 +41,12 @@ class test_ui_event_blocks : public QObject {
     // Presses OK; returns the text of the Errors dialog it showed (empty when none).
     QString pressOk(dialog_event_blocks& d) {
         QString shown;
-        onNextModal([&](QWidget* m) {
-            if (auto* e = qobject_cast<dialog_errors*>(m)) shown = e->text();
-            m->close();
-        }, 30);
+        onNextModal(
+            [&](QWidget* m) {
+                if (auto* e = qobject_cast<dialog_errors*>(m)) shown = e->text();
+                m->close();
+            },
+            30);
         d.accept();
         QTest::qWait(400);  // let the look-out for a message end
         return shown;

@@ -66,8 +66,8 @@ private slots:
         main_window w(settings);
         QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
         QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
-        QCOMPARE(labels(menuNamed(w, "&File")),
-                 (QStringList{"&New", "&Open...", "&Configuration", "Diurna Output Files", "P&rint Setup...", "E&xit"}));
+        QCOMPARE(labels(menuNamed(w, "&File")), (QStringList{"&New", "&Open...", "&Configuration",
+                                                             "Diurna Output Files", "P&rint Setup...", "E&xit"}));
         QCOMPARE(labels(menuNamed(w, "&Help")), QStringList{"&About Tellura && Soilbench..."});
         QCOMPARE(w.action(command_id::fileNew)->shortcut(), QKeySequence("Ctrl+N"));
         QCOMPARE(w.action(command_id::fileOpen)->shortcut(), QKeySequence("Ctrl+O"));
@@ -93,8 +93,8 @@ private slots:
                  (QStringList{"Run &One Record", "Run &Multiple Records", "Read .BIN file"}));
         QCOMPARE(labels(menuNamed(w, "&Window")), (QStringList{"&New Window", "&Cascade", "&Tile", "&Arrange Icons"}));
         const QStringList file = labels(menuNamed(w, "&File"));
-        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records", "&Monthly Weather Averages (<site>.100 file)",
-                              "&Close", "&Print...", "Print Pre&view"})
+        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records",
+                              "&Monthly Weather Averages (<site>.100 file)", "&Close", "&Print...", "Print Pre&view"})
             QVERIFY2(file.contains(l), l);
         // The recent-file entry of the project just opened sits above Exit.
         QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});

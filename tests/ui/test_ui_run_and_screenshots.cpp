@@ -275,9 +275,11 @@ private slots:
         QVERIFY(!record.blocks.empty());
         QCOMPARE(events->tree()->topLevelItemCount(), int(record.blocks.size()));
         QCOMPARE(events->tree()->topLevelItem(0)->childCount(), int(record.blocks[0].events.size()));
-        QCOMPARE(events->tree()->topLevelItem(0)->child(0)->text(0), QString::fromLatin1(eventTypeName(record.blocks[0].events[0].type)));
+        QCOMPARE(events->tree()->topLevelItem(0)->child(0)->text(0),
+                 QString::fromLatin1(eventTypeName(record.blocks[0].events[0].type)));
         const QString html = w.recordView()->printHtml();
-        QVERIFY(html.contains("<td>Demo cropland</td>") || html.contains("<td>" + QString::fromStdString(record.description()) + "</td>"));
+        QVERIFY(html.contains("<td>Demo cropland</td>") ||
+                html.contains("<td>" + QString::fromStdString(record.description()) + "</td>"));
     }
 
     void screenshotsOfTheDialogs() {
