@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include "app/text_format.h"
 #include "db/database.h"
@@ -19,7 +20,8 @@
 #include "modeloutput/output_tables.h"
 #include "modeloutput/output_variable_set.h"
 #include "modeloutput/text_output_readers.h"
-#include "records/tellura_control_record.h"
+#include "modeloutput/tellura_output.h"
+#include "records/tellura_event_block.h"
 
 namespace fs = std::filesystem;
 using namespace sb;
@@ -109,12 +111,15 @@ const std::string& dailyFile() {
     return path;
 }
 
-tellura_control_record monthlyRun() {
-    tellura_control_record record;
-    record.blocks.resize(1);
-    record.blocks[0].lastYear = kFirstYear + kYears;
-    record.blocks[0].outputInterval = 1.0f;
-    return record;
+// One block of monthly output over every year of the files.
+const std::vector<tellura_event_block>& monthlyBlocks() {
+    static const std::vector<tellura_event_block> blocks = [] {
+        std::vector<tellura_event_block> one(1);
+        one[0].lastYear = kFirstYear + kYears;
+        one[0].outputInterval = 1.0f;
+        return one;
+    }();
+    return blocks;
 }
 
 std::unique_ptr<database> project() {
@@ -135,17 +140,17 @@ void reportRate(benchmark::State& state, long rows, const std::string& file) {
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(fs::file_size(file)));
 }
 
-bool readList(tellura_control_record& record) {
+bool readList(tellura_outputs& outputs) {
     output_variable_set set;
     std::string errors;
-    return readListFile(set, monthlyListFile(), 4, record, errors);
+    return readListFile(set, monthlyListFile(), 4, monthlyBlocks(), outputs, errors);
 }
 
 void BM_ListFileParse(benchmark::State& state) {
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
-        if (!readList(record)) state.SkipWithError("list file read failed");
-        benchmark::DoNotOptimize(record.outputs.monthlyCount());
+        tellura_outputs outputs;
+        if (!readList(outputs)) state.SkipWithError("list file read failed");
+        benchmark::DoNotOptimize(outputs.monthlyCount());
     }
     reportRate(state, kMonthlyRows, monthlyListFile());
 }
@@ -153,9 +158,9 @@ void BM_ListFileParse(benchmark::State& state) {
 void BM_ListFileParseAndStore(benchmark::State& state) {
     auto db = project();
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
+        tellura_outputs outputs;
         std::string errors;
-        if (!readList(record) || !storeOutputs(*db, 1, record.outputs, errors)) state.SkipWithError(errors.c_str());
+        if (!readList(outputs) || !storeOutputs(*db, 1, outputs, errors)) state.SkipWithError(errors.c_str());
     }
     reportRate(state, kMonthlyRows, monthlyListFile());
 }
@@ -165,10 +170,10 @@ void BM_BinaryParse(benchmark::State& state) {
     std::string errors;
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
-        if (!readBinaryOutput(binaryFile(), 4, layouts, record, errors))
+        tellura_outputs outputs;
+        if (!readBinaryOutput(binaryFile(), 4, layouts, monthlyBlocks(), outputs, errors))
             state.SkipWithError(errors.substr(0, 200).c_str());
-        benchmark::DoNotOptimize(record.outputs.monthlyCount());
+        benchmark::DoNotOptimize(outputs.monthlyCount());
         errors.clear();
     }
     reportRate(state, kMonthlyRows, binaryFile());
@@ -180,9 +185,9 @@ void BM_BinaryParseAndStore(benchmark::State& state) {
     std::string errors;
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
-        if (!readBinaryOutput(binaryFile(), 4, layouts, record, errors) ||
-            !storeOutputs(*db, 1, record.outputs, errors))
+        tellura_outputs outputs;
+        if (!readBinaryOutput(binaryFile(), 4, layouts, monthlyBlocks(), outputs, errors) ||
+            !storeOutputs(*db, 1, outputs, errors))
             state.SkipWithError(errors.substr(0, 200).c_str());
         errors.clear();
     }
@@ -191,10 +196,10 @@ void BM_BinaryParseAndStore(benchmark::State& state) {
 
 void BM_DailyParse(benchmark::State& state) {
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
+        tellura_outputs outputs;
         std::string errors;
-        if (!readDailyOutput(dailyFile(), record, errors)) state.SkipWithError(errors.c_str());
-        benchmark::DoNotOptimize(record.outputs.daily.size());
+        if (!readDailyOutput(dailyFile(), outputs, errors)) state.SkipWithError(errors.c_str());
+        benchmark::DoNotOptimize(outputs.daily.size());
     }
     reportRate(state, 36500, dailyFile());
 }
@@ -202,9 +207,9 @@ void BM_DailyParse(benchmark::State& state) {
 void BM_DailyParseAndStore(benchmark::State& state) {
     auto db = project();
     for (auto _ : state) {
-        tellura_control_record record = monthlyRun();
+        tellura_outputs outputs;
         std::string errors;
-        if (!readDailyOutput(dailyFile(), record, errors) || !storeOutputs(*db, 1, record.outputs, errors))
+        if (!readDailyOutput(dailyFile(), outputs, errors) || !storeOutputs(*db, 1, outputs, errors))
             state.SkipWithError(errors.c_str());
     }
     reportRate(state, 36500, dailyFile());

@@ -77,7 +77,7 @@ void BM_SaveAndReadRecords(benchmark::State& state) {
         long events = 0;
         tellura_control_record read;
         for (int id = 1; id <= records; ++id) {
-            if (!readControlRecord(*db, id, false, read, errors)) {
+            if (!readControlRecord(*db, id, read, errors)) {
                 state.SkipWithError(errors.c_str());
                 return;
             }

@@ -47,7 +47,7 @@ public:
         const std::string demo = std::string(SB_BIN_DIR) + "/../share/demo/";
         if (!sb::importRunFiles(*db_, demo, "demo.sch", kVersion, 1, errors_)) return;
         sb::tellura_control_record record;
-        sb::readControlRecord(*db_, 1, false, record, errors_);
+        sb::readControlRecord(*db_, 1, record, errors_);
         db_->beginSession(errors_);
         for (int id = 2; id <= records; ++id) {
             record.setId(id);
@@ -175,26 +175,27 @@ BENCHMARK_F(phases, PrepareRunDirectory)(benchmark::State& state) {
 
 BENCHMARK_F(phases, ReadListFile)(benchmark::State& state) {
     sb::tellura_control_record record;
+    sb::tellura_outputs outputs;
     std::string errors;
     controller_->loadAndCheck(1, record, errors);
     for (auto _ : state) {
         sb::output_variable_set variables;
-        record.outputs.clear();
-        if (!sb::readListFile(variables, runDirectory_ + "sb.lis", kVersion, record, errors))
+        outputs.clear();
+        if (!sb::readListFile(variables, runDirectory_ + "sb.lis", kVersion, record.blocks, outputs, errors))
             state.SkipWithError(errors.c_str());
         errors.clear();
     }
-    state.counters["rows"] = static_cast<double>(record.outputs.monthlyCount());
+    state.counters["rows"] = static_cast<double>(outputs.monthlyCount());
 }
 
 BENCHMARK_F(phases, StoreOutputs)(benchmark::State& state) {
-    sb::tellura_control_record record;
+    sb::tellura_outputs outputs;
     std::string errors;
-    sb::readControlRecord(project_->db(), 1, true, record, errors);
+    sb::readOutputs(project_->db(), 1, outputs, errors);
     for (auto _ : state) {
-        if (!sb::storeOutputs(project_->db(), 1, record.outputs, errors)) state.SkipWithError(errors.c_str());
+        if (!sb::storeOutputs(project_->db(), 1, outputs, errors)) state.SkipWithError(errors.c_str());
     }
-    state.counters["rows"] = static_cast<double>(record.outputs.monthlyCount());
+    state.counters["rows"] = static_cast<double>(outputs.monthlyCount());
 }
 
 }  // namespace

@@ -4,9 +4,11 @@
 #include "app/text_format.h"
 #include "cli_context.h"
 #include "cli_options.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/id_list_filter.h"
 #include "records/new_project.h"
-#include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_weather_station.h"
 
@@ -61,10 +63,12 @@ int cmdShow(const show_options& opt) {
     if (!db) return kExitFailed;
     std::string errors;
     sb::tellura_control_record record;
-    if (!sb::readControlRecord(*db, opt.id, true, record, errors)) return finish(false, errors);
+    sb::tellura_outputs outputs;
+    if (!sb::readControlRecordWithOutputs(*db, opt.id, record, outputs, errors)) return finish(false, errors);
     sb::tellura_weather_station_list stations;
     sb::loadWeatherStations(*db, stations, errors);
     std::string text = sb::controlRecordText(record, stations);
+    sb::appendAnnualOutputText(outputs, text);
     if (text.empty())
         sb::appendf(errors,
                     "WARNING, weather station %ld of record %ld is not in the project, so the record has no "

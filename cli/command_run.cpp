@@ -9,6 +9,7 @@
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
+#include "modeloutput/tellura_output.h"
 #include "progress_reporter.h"
 #include "records/tellura_control_record.h"
 #include "run/run_controller.h"
@@ -51,7 +52,7 @@ int cmdPrepare(const prepare_options& opt) {
     sb::run_controller controller(*db, settings);
     controller.loadProjectData(errors);
     sb::tellura_control_record record;
-    if (!sb::readControlRecord(*db, opt.id, false, record, errors)) return finish(false, errors);
+    if (!sb::readControlRecord(*db, opt.id, record, errors)) return finish(false, errors);
     std::string dir = opt.dir;
     if (dir.back() != '/') dir += '/';
     // The run directory is the folder of the model executable: name one in the chosen folder.
@@ -117,18 +118,18 @@ int cmdReadBin(const read_bin_options& opt) {
     for (const auto& file : settings.binaryLayoutFiles()) layouts.addFile(file, errors);
     // A file on its own has no event blocks: read it as one block over every
     // year, monthly when asked.
-    sb::tellura_control_record record;
-    record.blocks.assign(1, sb::tellura_event_block{});
-    record.blocks[0].lastYear = 32767;
-    record.blocks[0].outputInterval = opt.monthly ? 1.0f : 12.0f;
+    std::vector<sb::tellura_event_block> blocks(1);
+    blocks[0].lastYear = 32767;
+    blocks[0].outputInterval = opt.monthly ? 1.0f : 12.0f;
+    sb::tellura_outputs outputs;
     std::string readMessages;
-    bool ok = sb::readBinaryOutput(opt.file, opt.version, layouts, record, readMessages);
+    bool ok = sb::readBinaryOutput(opt.file, opt.version, layouts, blocks, outputs, readMessages);
     // With no block end to stop at, reading ends at the end of the file: a
     // quiet end after whole records is the normal end here, not a failure.
-    bool anyRead = !record.outputs.annual.empty() || record.outputs.monthlyCount() > 0;
+    bool anyRead = !outputs.annual.empty() || outputs.monthlyCount() > 0;
     if (!ok && anyRead && readMessages.find("ERROR") == std::string::npos) ok = true;
     errors += readMessages;
-    std::cout << (opt.monthly ? sb::monthlyOutputCsv(record.outputs) : sb::annualOutputCsv(record.outputs));
+    std::cout << (opt.monthly ? sb::monthlyOutputCsv(outputs) : sb::annualOutputCsv(outputs));
     return finish(ok, errors);
 }
 

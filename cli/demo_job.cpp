@@ -16,6 +16,8 @@
 #include "cli_options.h"
 #include "modelinput/run_files_import.h"
 #include "modeloutput/output_tables.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "progress_reporter.h"
 #include "records/new_project.h"
 #include "records/option_lists.h"
@@ -94,7 +96,7 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
 // Record 1 as imported, varied by soil, rotation and fertiliser.
 bool addVariants(sb::database& db, std::string& errors, int& records) {
     sb::tellura_control_record base;
-    if (!sb::readControlRecord(db, 1, false, base, errors)) return false;
+    if (!sb::readControlRecord(db, 1, base, errors)) return false;
     sb::tellura_soil_list soils;
     soils.load(db, errors);
     const sb::TelluraSoils* shipped = soils.find(base.soilId());
@@ -150,13 +152,14 @@ struct record_summary {
 record_summary summarize(sb::database& db, int id, std::string& errors) {
     record_summary s;
     sb::tellura_control_record record;
-    sb::readControlRecord(db, id, true, record, errors);
+    sb::tellura_outputs outputs;
+    sb::readControlRecordWithOutputs(db, id, record, outputs, errors);
     s.id = id;
     s.description = record.description();
     std::vector<const sb::table_record*> yearEnds;
-    for (const auto& year : record.outputs.annual) yearEnds.push_back(&year);
+    for (const auto& year : outputs.annual) yearEnds.push_back(&year);
     if (yearEnds.empty()) {
-        auto months = record.outputs.monthlyInOrder();
+        auto months = outputs.monthlyInOrder();
         for (size_t i = 0; i < months.size(); ++i)
             if (i + 1 == months.size() || months[i + 1]->year() != months[i]->year()) yearEnds.push_back(months[i]);
     }

@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
-#include "records/tellura_control_record.h"
+#include "modeloutput/tellura_output.h"
+#include "records/tellura_event_block.h"
 
 namespace {
 std::string scratch(const char* suffix) { return "/tmp/sb_fuzz_binary_" + std::to_string(getpid()) + suffix; }
@@ -34,22 +36,20 @@ const sb::binary_layout_catalogue& catalogue() {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
-    // Built once: a default record is costly to make and only its blocks and outputs matter here.
-    static const sb::tellura_control_record base;
-    sb::tellura_control_record record = base;
-    record.blocks.clear();
+    std::vector<sb::tellura_event_block> blocks;
     for (int i = 0; i < 1 + data[0] % 3; ++i) {
         sb::tellura_event_block block;
         block.lastYear = static_cast<int16_t>(1990 + 3 * i);
         block.outputInterval = (data[0] & 4) ? 1.0f : 12.0f;
-        record.blocks.push_back(block);
+        blocks.push_back(block);
     }
     std::string path = scratch(".bin");
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (!file) return 0;
     std::fwrite(data + 1, 1, size - 1, file);
     std::fclose(file);
+    sb::tellura_outputs outputs;
     std::string errors;
-    sb::readBinaryOutput(path, 4, catalogue(), record, errors);
+    sb::readBinaryOutput(path, 4, catalogue(), blocks, outputs, errors);
     return 0;
 }

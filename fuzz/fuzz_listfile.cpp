@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include "modeloutput/list_file_reader.h"
 #include "modeloutput/output_variable_set.h"
-#include "records/tellura_control_record.h"
+#include "modeloutput/tellura_output.h"
+#include "records/tellura_event_block.h"
 
 namespace {
 std::string scratchFile() {
@@ -19,22 +21,20 @@ std::string scratchFile() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
     int version = 1 + data[0] % 6;
-    // Built once: a default record is costly to make and only its blocks and outputs matter here.
-    static const sb::tellura_control_record base;
-    sb::tellura_control_record record = base;
-    record.blocks.clear();
+    std::vector<sb::tellura_event_block> blocks;
     for (int i = 0; i < 1 + (data[0] >> 4) % 3; ++i) {
         sb::tellura_event_block block;
         block.lastYear = static_cast<int16_t>(1990 + 5 * i);
         block.outputInterval = (data[0] & 8) ? 1.0f : 12.0f;
-        record.blocks.push_back(block);
+        blocks.push_back(block);
     }
     std::FILE* file = std::fopen(scratchFile().c_str(), "wb");
     if (!file) return 0;
     std::fwrite(data + 1, 1, size - 1, file);
     std::fclose(file);
     sb::output_variable_set variables;
+    sb::tellura_outputs outputs;
     std::string errors;
-    sb::readListFile(variables, scratchFile(), version, record, errors);
+    sb::readListFile(variables, scratchFile(), version, blocks, outputs, errors);
     return 0;
 }

@@ -9,7 +9,8 @@
 #include "modeloutput/output_field_target.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
-#include "records/tellura_control_record.h"
+#include "modeloutput/tellura_output.h"
+#include "records/tellura_event_block.h"
 
 namespace sb {
 
@@ -131,7 +132,7 @@ private:
 }  // namespace
 
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                      tellura_control_record& record, std::string& errors) {
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
     binary_record_reader reader;
     if (!reader.open(path, errors)) return false;
     int firstByte = 0;
@@ -139,7 +140,7 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
         errors += "ERROR, binary output file is empty: " + path + "\n";
         return false;
     }
-    if (record.blocks.empty()) return true;
+    if (blocks.empty()) return true;
     if (!reader.detectFraming(errors)) return false;
     const binary_layout* layout = nullptr;
     if (reader.firstRecordBytes() > 0) {
@@ -154,24 +155,24 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
             return false;
         }
     }
-    binary_block_reader blocks(reader, layout, reader.firstRecordBytes(), record.outputs);
+    binary_block_reader blockReader(reader, layout, reader.firstRecordBytes(), outputs);
     bool ok = true;
-    for (const auto& block : record.blocks)
-        if (!blocks.readBlock(block, errors)) {
+    for (const auto& block : blocks)
+        if (!blockReader.readBlock(block, errors)) {
             ok = false;
             break;
         }
-    blocks.finish(errors);
+    blockReader.finish(errors);
     return ok;
 }
 
 bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
-                      tellura_control_record& record, std::string& errors) {
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
     binary_layout_catalogue layouts;
     // The user's own layouts come first so that they win over a shipped layout of the same size.
     for (const auto& file : extraLayoutFiles) layouts.addFile(file, errors);
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
-    return readBinaryOutput(path, versionIndex, layouts, record, errors);
+    return readBinaryOutput(path, versionIndex, layouts, blocks, outputs, errors);
 }
 
 }  // namespace sb

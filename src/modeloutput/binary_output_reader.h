@@ -1,13 +1,15 @@
 #pragma once
 // Reads the model's binary output ("sb.bin") straight into a control record's
-// output records, block by block, without the list utility.
+// output records, block by block (the record's event blocks), without the list
+// utility.
 #include <string>
 #include <vector>
 
 namespace sb {
 
 class binary_layout_catalogue;
-class tellura_control_record;
+struct tellura_event_block;
+struct tellura_outputs;
 
 // The layout is chosen by the file's record size among the catalogue's layouts
 // for the version. Array 1 (the model's state and annual accumulators) fills the
@@ -16,10 +18,10 @@ class tellura_control_record;
 // model keeps most annual values in array 1, so leaving them out would leave the
 // annual table nearly empty). Blocks already read stay filled on failure.
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                      tellura_control_record& record, std::string& errors);
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
 
 // The shipped layouts plus the user's own layout files (the "BinaryLayouts" setting).
 bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
-                      tellura_control_record& record, std::string& errors);
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
 
 }  // namespace sb

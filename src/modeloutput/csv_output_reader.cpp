@@ -6,7 +6,7 @@
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
-#include "records/tellura_control_record.h"
+#include "modeloutput/tellura_output.h"
 
 namespace sb {
 
@@ -93,7 +93,7 @@ const std::vector<csv_output_file>& csvOutputFiles() {
     return files;
 }
 
-bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_control_record& record,
+bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_outputs& outputs,
                        std::string& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
@@ -105,7 +105,6 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
     std::vector<resolved_field> columns = resolveFields(file);
     bad_value_log badValues(file.fileName);
     output_year_span span;
-    tellura_outputs& outputs = record.outputs;
     while (reader.next()) {
         if (trim(reader.line()).empty()) continue;
         std::vector<std::string_view> fields = splitCommas(reader.line());
@@ -140,12 +139,12 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
     return true;
 }
 
-bool readCsvOutputs(const std::string& runDirectory, tellura_control_record& record, std::string& errors) {
+bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, std::string& errors) {
     // A missing file only reports; the run has failed only when none could be read.
     bool any = false;
     for (const auto& file : csvOutputFiles()) {
         std::string path = (std::filesystem::path(runDirectory) / file.fileName).string();
-        any = readCsvOutputFile(file, path, record, errors) || any;
+        any = readCsvOutputFile(file, path, outputs, errors) || any;
     }
     return any;
 }

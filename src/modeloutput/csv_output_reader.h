@@ -7,7 +7,7 @@
 
 namespace sb {
 
-class tellura_control_record;
+struct tellura_outputs;
 
 enum csv_target : unsigned { kCsvAnnual = 1, kCsvEndOfRun = 2 };
 
@@ -26,11 +26,11 @@ const std::vector<csv_output_file>& csvOutputFiles();
 
 // Reads one file: each row's year (floor of its first field) selects or makes
 // the annual record; ends with "%ld years read, from %ld to %ld.\n".
-bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_control_record& record,
+bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_outputs& outputs,
                        std::string& errors);
 
 // All six files of a run; a missing file is reported and the others still read.
 // False only when not one of them could be opened.
-bool readCsvOutputs(const std::string& runDirectory, tellura_control_record& record, std::string& errors);
+bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, std::string& errors);
 
 }  // namespace sb

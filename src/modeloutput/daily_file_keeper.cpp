@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "app/text_format.h"
-#include "run/file_mover.h"
+#include "app/file_mover.h"
 
 namespace sb {
 

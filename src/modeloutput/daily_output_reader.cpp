@@ -6,8 +6,8 @@
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
+#include "modeloutput/tellura_output.h"
 #include "modeloutput/text_output_readers.h"
-#include "records/tellura_control_record.h"
 
 namespace sb {
 
@@ -57,7 +57,7 @@ bool mapHeader(std::string_view header, const std::string& path, std::vector<dai
 
 }  // namespace
 
-bool readDailyOutput(const std::string& path, tellura_control_record& record, std::string& errors) {
+bool readDailyOutput(const std::string& path, tellura_outputs& outputs, std::string& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
         errors += "ERROR, can't open daily output file \"" + path + "\".\n";
@@ -67,7 +67,7 @@ bool readDailyOutput(const std::string& path, tellura_control_record& record, st
     if (!mapHeader(reader.next() ? reader.line() : std::string_view(), path, columns, errors)) return false;
     bad_value_log badValues("daily output file");
     output_year_span span;
-    auto& daily = record.outputs.daily;
+    auto& daily = outputs.daily;
     while (reader.next()) {
         std::vector<std::string_view> fields = splitTokenViews(reader.line());
         if (fields.empty()) continue;

@@ -6,8 +6,9 @@
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
+#include "modeloutput/tellura_output.h"
 #include "modeloutput/output_variable_set.h"
-#include "records/tellura_control_record.h"
+#include "records/tellura_event_block.h"
 
 namespace sb {
 
@@ -130,9 +131,9 @@ bool readBlock(output_line_reader& reader, const tellura_event_block& block, int
 }  // namespace
 
 bool readListFile(output_variable_set& variables, const std::string& path, int versionIndex,
-                  tellura_control_record& record, std::string& errors) {
+                  const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
     variables.setCurrentVersion(versionIndex);
-    bool monthly = output_variable_set::extraListWanted(versionIndex, record);
+    bool monthly = output_variable_set::extraListWanted(versionIndex, blocks);
     output_line_reader reader;
     if (!reader.open(path)) {
         errors += "ERROR, unable to open LIS file: " + path + "\n";
@@ -148,11 +149,11 @@ bool readListFile(output_variable_set& variables, const std::string& path, int v
         errors += "ERROR, LIS file missing data.\n";
         return false;
     }
-    if (record.blocks.empty()) return true;
-    list_file_filler filler(variables, versionIndex, monthly, record.outputs);
+    if (blocks.empty()) return true;
+    list_file_filler filler(variables, versionIndex, monthly, outputs);
     bool ok = true;
-    for (const auto& block : record.blocks) {
-        if (!readBlock(reader, block, versionIndex, monthly, filler, record.outputs, errors)) {
+    for (const auto& block : blocks) {
+        if (!readBlock(reader, block, versionIndex, monthly, filler, outputs, errors)) {
             ok = false;
             break;
         }

@@ -61,6 +61,10 @@ std::string annualOutputCsv(const tellura_outputs& outputs) {
     return recordsCsv(pointers(outputs.annual), tableDef(table_id::output_annual));
 }
 
+void appendAnnualOutputText(const tellura_outputs& outputs, std::string& recordText) {
+    if (!recordText.empty() && !outputs.annual.empty()) recordText += annualOutputCsv(outputs);
+}
+
 std::string monthlyOutputCsv(const tellura_outputs& outputs) {
     std::vector<const table_record*> rows;
     for (const TelluraOutputMonthly* m : outputs.monthlyInOrder()) rows.push_back(m);

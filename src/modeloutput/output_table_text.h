@@ -17,4 +17,9 @@ std::string dailyOutputCsv(const tellura_outputs& outputs);
 std::string soilLayerOutputCsv(const tellura_outputs& outputs);
 std::string endOfRunOutputCsv(const tellura_outputs& outputs);
 
+// A record's text form (the clipboard's plain text) ends with the record's annual
+// outputs as comma-separated lines, when it holds any. An empty text stays empty:
+// without its weather station a record has no text form.
+void appendAnnualOutputText(const tellura_outputs& outputs, std::string& recordText);
+
 }  // namespace sb

@@ -172,7 +172,9 @@ bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, st
     return storeKeyed(db, id, pointersTo(outputs.soilLayers), kLayerKind, errors);
 }
 
-bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+namespace {
+
+bool storeOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     // One outer session: the five stores nest inside it and commit together.
     session whole(db);
     if (!whole.ok()) {
@@ -187,7 +189,7 @@ bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::strin
     return ok;
 }
 
-bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     outputs.clear();
     bool ok = readRows(db, table_id::output, id, "", errors, [&](const table_record& row) {
         static_cast<table_record&>(outputs.endOfRun) = row;
@@ -226,6 +228,28 @@ bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string
                   }) &&
          ok;
     return ok && !tooManyLayers;
+}
+
+// The output tables, or the store a test put in their place.
+output_store& currentStore() {
+    static output_store store{storeOutputTables, readOutputTables};
+    return store;
+}
+
+}  // namespace
+
+void setOutputStore(output_store store) {
+    if (!store.store) store.store = storeOutputTables;
+    if (!store.read) store.read = readOutputTables;
+    currentStore() = std::move(store);
+}
+
+bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return currentStore().store(db, id, outputs, errors);
+}
+
+bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return currentStore().read(db, id, outputs, errors);
 }
 
 }  // namespace sb

@@ -3,7 +3,10 @@
 // back. A store replaces everything stored earlier under the record's ID: the
 // old rows are deleted, then the new ones inserted through one prepared insert
 // per table, all inside one session (one transaction) for the whole record.
+// Within a caller's session (a record saved with its outputs) the store is part
+// of the caller's transaction.
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace sb {
@@ -19,6 +22,15 @@ bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::strin
 // Replaces `outputs` with the rows stored under `id`: annual, monthly and daily
 // rows in year order, at most 14 soil layers.
 bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+
+// Where storeOutputs and readOutputs put and find a record's outputs: the
+// output tables, unless a test puts another store in their place to inject
+// failures. An empty member stands for the output tables.
+struct output_store {
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> store;
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> read;
+};
+void setOutputStore(output_store store);
 
 // The single tables, for callers that store or read one kind only.
 bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);

@@ -1,5 +1,6 @@
 #include "modeloutput/output_to_input.h"
 
+#include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 
@@ -28,19 +29,19 @@ void copyValues(const table_record& output, tellura_control_record& record) {
 
 }  // namespace
 
-bool copyAnnualOutputToInput(tellura_control_record& record, std::string& errors) {
-    if (record.outputs.annual.empty()) {
+bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors) {
+    if (outputs.annual.empty()) {
         errors += "No annual output exists for record.\n";
         return false;
     }
-    const auto& last = record.outputs.annual.back();
+    const auto& last = outputs.annual.back();
     if (allZero(last)) return false;
     copyValues(last, record);
     return true;
 }
 
-bool copyMonthlyOutputToInput(tellura_control_record& record, std::string& errors) {
-    auto ordered = record.outputs.monthlyInOrder();
+bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors) {
+    auto ordered = outputs.monthlyInOrder();
     if (ordered.empty()) {
         errors += "No monthly output exists for record.\n";
         return false;
@@ -50,13 +51,13 @@ bool copyMonthlyOutputToInput(tellura_control_record& record, std::string& error
     return true;
 }
 
-bool fillSoilFromOutput(const tellura_control_record& record, TelluraSoils* soil, std::string& errors) {
+bool fillSoilFromOutput(const tellura_outputs& outputs, TelluraSoils* soil, std::string& errors) {
     if (!soil) {
         errors += "ERROR, No soil record to fill.\n";
         return false;
     }
     bool filled = false;
-    for (const auto& layerOutput : record.outputs.soilLayers) {
+    for (const auto& layerOutput : outputs.soilLayers) {
         int number = layerOutput.layerNumber();
         if (number < 1 || number > soil->layerCount || number > kMaxSoilLayers) continue;
         auto& layer = soil->layers[static_cast<size_t>(number - 1)];

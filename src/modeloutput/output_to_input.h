@@ -9,21 +9,22 @@ namespace sb {
 
 class tellura_control_record;
 class TelluraSoils;
+struct tellura_outputs;
 
 // The eight values aglcis(1), aglcis(2), aglive(1..3), aminrl(1..3) of the last
 // annual record into the site's AGLCIS(1), AGLCIS(2), AGLIVE(1..3), AMINRL(1..3).
 // No annual record: "No annual output exists for record.\n". All eight zero:
 // nothing changes and nothing is reported. Returns true when values were copied.
-bool copyAnnualOutputToInput(tellura_control_record& record, std::string& errors);
+bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors);
 
 // The same from the last monthly record (no all-zero test); reports
 // "Monthly copied for record.\n" or "No monthly output exists for record.\n".
-bool copyMonthlyOutputToInput(tellura_control_record& record, std::string& errors);
+bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors);
 
-// Each soil layer of the record's soil takes Mineral N, Mineral P, Mineral S and
+// Each soil layer of the record's soil (`soil`) takes Mineral N, Mineral P, Mineral S and
 // Initial Relative Water Content from the output soil-layer row of the same
 // layer number. soil is null when the record has no soil:
 // "ERROR, No soil record to fill.\n".
-bool fillSoilFromOutput(const tellura_control_record& record, TelluraSoils* soil, std::string& errors);
+bool fillSoilFromOutput(const tellura_outputs& outputs, TelluraSoils* soil, std::string& errors);
 
 }  // namespace sb

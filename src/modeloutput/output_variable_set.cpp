@@ -54,9 +54,9 @@ const std::vector<output_column_definition>& output_variable_set::extraList(int 
     return validSlot(versionIndex) ? extra_[static_cast<size_t>(versionIndex - 1)] : noDefinitions();
 }
 
-bool output_variable_set::extraListWanted(int versionIndex, const tellura_control_record& record) {
+bool output_variable_set::extraListWanted(int versionIndex, const std::vector<tellura_event_block>& blocks) {
     if (versionIndex == 4) return true;
-    for (const auto& block : record.blocks)
+    for (const auto& block : blocks)
         if (block.outputInterval < 12.0f) return true;
     return false;
 }
@@ -74,7 +74,7 @@ bool output_variable_set::writeRequestFile(const std::string& runDirectory, cons
         for (const auto& definition : list) ok = std::fprintf(file, "%s\n", definition.name.c_str()) >= 0 && ok;
     };
     writeList(mainList(current_));
-    if (extraListWanted(current_, record)) writeList(extraList(current_));
+    if (extraListWanted(current_, record.blocks)) writeList(extraList(current_));
     ok = std::fclose(file) == 0 && ok;
     if (!ok) appendf(errors, "ERROR, can't write outvars file \"%s\".\n", path.c_str());
     return ok;

@@ -13,6 +13,7 @@
 namespace sb {
 
 class tellura_control_record;
+struct tellura_event_block;
 
 class output_variable_set {
 public:
@@ -33,7 +34,7 @@ public:
 
     // Version index 4 always wants the monthly root names; other versions when an
     // event block writes output more often than every 12 months.
-    static bool extraListWanted(int versionIndex, const tellura_control_record& record);
+    static bool extraListWanted(int versionIndex, const std::vector<tellura_event_block>& blocks);
 
     // "sb_outvars.txt" in the run directory: the current version's main list, then
     // the extra list when wanted, one name per line.

@@ -4,8 +4,8 @@
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
+#include "modeloutput/tellura_output.h"
 #include "modeloutput/text_output_readers.h"
-#include "records/tellura_control_record.h"
 
 namespace sb {
 
@@ -38,7 +38,7 @@ bool headerMatches(std::string_view header, const std::string& path, std::string
 
 }  // namespace
 
-bool readYearSummary(const std::string& path, tellura_control_record& record, std::string& errors) {
+bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::string& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
         errors += "ERROR, can't open annual summary file \"" + path + "\".\n";
@@ -65,7 +65,7 @@ bool readYearSummary(const std::string& path, tellura_control_record& record, st
             continue;
         }
         int year = annualYear(time);
-        TelluraOutputAnnual& annual = record.outputs.annualFor(year);
+        TelluraOutputAnnual& annual = outputs.annualFor(year);
         for (size_t i = 1; i < std::size(kSummaryColumns); ++i) {
             const auto& column = kSummaryColumns[i];
             if (column.last > line.size()) continue;  // a range past the line's end leaves the value

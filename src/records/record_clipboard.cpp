@@ -33,17 +33,4 @@ bool record_clipboard::decodeId(const std::optional<std::string>& idItem, int32_
     return true;
 }
 
-bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors) {
-    tellura_control_record record;
-    if (!readControlRecord(db, sourceId, true, record, errors)) return false;
-    record.setId(newId);
-    return writeControlRecord(record, db, errors, nullptr, true);
-}
-
-bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors) {
-    int32_t sourceId = 0;
-    if (!record_clipboard::decodeId(idItem, sourceId, errors)) return false;
-    return copyRecord(db, sourceId, newId, errors);
-}
-
 }  // namespace sb

@@ -2,7 +2,8 @@
 // The clipboard exchange of control records, without any widget: the two items
 // a copy puts on the clipboard (the record's ID in the private format, and the
 // record's text) and the reading of the ID item on paste. The desktop glue puts
-// these items on the system clipboard and takes them back.
+// these items on the system clipboard and takes them back; copying a record with
+// its outputs under a new ID is the output code's (modeloutput/record_outputs.h).
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,7 +12,6 @@
 
 namespace sb {
 
-class database;
 class tellura_weather_station_list;
 
 class record_clipboard {
@@ -40,11 +40,5 @@ public:
     // no item in that format.
     static bool decodeId(const std::optional<std::string>& idItem, int32_t& id, std::string& errors);
 };
-
-// Copies the record named by the clipboard's ID item, whole and with its outputs,
-// under `newId` in the same project (an existing record of that ID is replaced).
-bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors);
-// The same for a known source ID (the command-line copy).
-bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors);
 
 }  // namespace sb

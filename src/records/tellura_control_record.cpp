@@ -2,8 +2,6 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "modeloutput/output_table_text.h"
-#include "modeloutput/output_tables.h"
 #include "records/store_session.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
@@ -31,12 +29,6 @@ struct control_columns {
 const control_columns& columns() {
     static const control_columns c;
     return c;
-}
-
-// The output tables store and read a record's outputs; a test may put another store in their place.
-control_record_output_store& outputStore() {
-    static control_record_output_store store{storeOutputs, readOutputs};
-    return store;
 }
 
 // Reads the one row of `table` with this ID into `target`; false (and the row
@@ -101,12 +93,6 @@ int32_t tellura_control_record::weatherId() const { return row.integer(columns()
 std::string tellura_control_record::initialCrop() const { return row.text(columns().initialCrop); }
 std::string tellura_control_record::initialTree() const { return row.text(columns().initialTree); }
 
-void setControlRecordOutputStore(control_record_output_store store) {
-    if (!store.store) store.store = storeOutputs;
-    if (!store.read) store.read = readOutputs;
-    outputStore() = std::move(store);
-}
-
 // --- Site data -----------------------------------------------------------------
 
 bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors) {
@@ -148,8 +134,7 @@ bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::s
 
 // --- Whole record --------------------------------------------------------------
 
-bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record,
-                       std::string& errors) {
+bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors) {
     db_status status;
     TelluraControlRecords row;
     switch (readOneRow(db, table_id::control_records, id, row, status)) {
@@ -167,14 +152,12 @@ bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_contr
     bool ok = readSiteData(db, id, record.site, errors);
     record.site.setNumber(std::string_view("ID"), id);
     ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
-    record.outputs.clear();
-    if (withOutputs) ok = outputStore().read(db, id, record.outputs, errors) && ok;
     record.modified = false;
     return ok;
 }
 
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
-                        const tellura_soil_list* soils, bool withOutputs) {
+                        const tellura_soil_list* soils) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     const int32_t id = record.id();
@@ -188,7 +171,6 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
-    if (withOutputs) ok = outputStore().store(db, id, record.outputs, errors) && ok;
     return s.finish() && ok;
 }
 
@@ -218,7 +200,6 @@ std::string controlRecordText(const tellura_control_record& record, const tellur
             s.number("EPNFS(2)"));
     appendClimateMeansText(*station, text);
     for (const tellura_event_block& block : record.blocks) appendEventBlockText(block, text);
-    if (!record.outputs.annual.empty()) text += annualOutputCsv(record.outputs);
     return text;
 }
 

@@ -1,14 +1,13 @@
 #pragma once
 // One simulation set-up: the Control Records row (run control and the fixed
-// parameters are columns of the row itself), its Site Data row, its event
-// blocks, and the outputs of its last run.
+// parameters are columns of the row itself), its Site Data row and its event
+// blocks. The outputs of its last run are kept beside it, by the output code
+// (src/modeloutput), which reads and stores them under the record's ID.
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "db/table_record.h"
-#include "modeloutput/tellura_output.h"
 #include "records/tellura_event_block.h"
 
 namespace sb {
@@ -37,7 +36,6 @@ public:
     TelluraControlRecords row;
     TelluraSiteData site;
     std::vector<tellura_event_block> blocks;
-    tellura_outputs outputs;
     bool modified = false;
     bool runDone = false;  // set by a successful model run
 
@@ -53,15 +51,16 @@ public:
     double value(std::string_view column) const { return row.number(column); }
 };
 
-// Reads the whole record (row, site data, blocks and events, outputs when asked).
-// When the row is missing or its table cannot be opened the record keeps its
-// defaults; the other parts are all read even when one of them fails.
-bool readControlRecord(database& db, int32_t id, bool withOutputs, tellura_control_record& record, std::string& errors);
+// Reads the whole record (row, site data, blocks and events). When the row is
+// missing or its table cannot be opened the record keeps its defaults; the
+// other parts are all read even when one of them fails.
+bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
 // Replaces the record and everything stored under its ID, in one session: the
-// row, the site data, the blocks and events, the record's soil when `soils`
-// holds it, and the outputs when asked. A failing step does not stop the others.
+// row, the site data, the blocks and events, and the record's soil when `soils`
+// holds it. A failing step does not stop the others. Inside a caller's session
+// (which may store more under the ID) it all commits with that session.
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
-                        const tellura_soil_list* soils = nullptr, bool withOutputs = false);
+                        const tellura_soil_list* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,
 // events, outputs), in one session.
 bool deleteControlRecord(database& db, int32_t id, std::string& errors);
@@ -70,17 +69,9 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors);
 bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors);
 bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors);
 
-// Where a record's outputs are stored and read back: the output tables, unless
-// another store is put in their place (tests inject failures this way).
-struct control_record_output_store {
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> store;
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> read;
-};
-void setControlRecordOutputStore(control_record_output_store store);
-
-// The text form of a record (the clipboard's plain text), ending with its annual
-// outputs as comma-separated lines when it holds any. Empty when the record's
-// weather station is not in the list.
+// The text form of a record (the clipboard's plain text); the output code
+// appends the record's annual outputs to it. Empty when the record's weather
+// station is not in the list.
 std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations);
 
 }  // namespace sb

@@ -11,6 +11,7 @@
 #include "modeloutput/daily_file_keeper.h"
 #include "modeloutput/list_file_reader.h"
 #include "modeloutput/output_variable_set.h"
+#include "modeloutput/tellura_output.h"
 #include "modeloutput/text_output_readers.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
@@ -63,8 +64,8 @@ void record_runner::applyBlockChoice(tellura_control_record& record, const run_c
     record.blocks = std::move(chosen);
 }
 
-bool record_runner::run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog,
-                        std::string& errors, const std::function<bool()>& cancelNow) const {
+bool record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& workDirectory,
+                        std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow) const {
     const int version = settings_.version;
     const std::string modelExe = executableIn(settings_.modelExecutable(version));
     const std::string listExe = executableIn(settings_.list100Executable(version));
@@ -82,7 +83,7 @@ bool record_runner::run(tellura_control_record& record, const std::string& workD
     model_process_runner model(processes);
     model.setWorkingDirectory(workDirectory.empty() ? "" : runDirectory);
 
-    record.outputs.clear();
+    outputs.clear();
     record.runDone = false;
     removeStaleTextOutputs(runDirectory, version);
     if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return false;
@@ -95,23 +96,23 @@ bool record_runner::run(tellura_control_record& record, const std::string& workD
         if (!variables.writeRequestFile(runDirectory, record, errors)) ok = false;
         else if (!model.runList100(version, listExe, settings_.runVisible, runLog, errors)) ok = false;
     }
-    if (!readOutputs(record, runDirectory, errors)) ok = false;
+    if (!readOutputs(record, outputs, runDirectory, errors)) ok = false;
     if (ok) record.runDone = true;
     return ok;
 }
 
-bool record_runner::readOutputs(tellura_control_record& record, const std::string& runDirectory,
-                                std::string& errors) const {
+bool record_runner::readOutputs(const tellura_control_record& record, tellura_outputs& outputs,
+                                const std::string& runDirectory, std::string& errors) const {
     const int version = settings_.version;
     bool ok = true;
-    if (version == kTellura5) return readCsvOutputs(runDirectory, record, errors);
+    if (version == kTellura5) return readCsvOutputs(runDirectory, outputs, errors);
 
     // Release 1 is always read from its binary file: it has no variable lists.
     if (settings_.readBinaryOutput || version == kTellura4Agricultural) {
-        ok = readBinaryOutput(runDirectory + "sb.bin", version, inputs_.layouts, record, errors) && ok;
+        ok = readBinaryOutput(runDirectory + "sb.bin", version, inputs_.layouts, record.blocks, outputs, errors) && ok;
     } else {
         output_variable_set variables;
-        ok = readListFile(variables, runDirectory + "sb.lis", version, record, errors) && ok;
+        ok = readListFile(variables, runDirectory + "sb.lis", version, record.blocks, outputs, errors) && ok;
     }
     if (version == kDiurna45) {
         // Only the files the model was asked to write are read back.
@@ -120,9 +121,9 @@ bool record_runner::readOutputs(tellura_control_record& record, const std::strin
                    fileExists(runDirectory + output.file);
         };
         if (selected(kReadTextOutputs[0]))
-            ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, record, errors) && ok;
+            ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, outputs, errors) && ok;
         if (selected(kReadTextOutputs[1]))
-            ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, record, errors) && ok;
+            ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, outputs, errors) && ok;
         if (settings_.saveDailyFirstYear <= settings_.saveDailyLastYear && !settings_.outputPath.empty())
             ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix, settings_.saveDailyFirstYear,
                                 settings_.saveDailyLastYear, errors) &&

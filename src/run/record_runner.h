@@ -1,7 +1,7 @@
 #pragma once
 // One record's trip through the model, without the database: write its run
-// directory, run the model (and the list utility), read the outputs into the
-// record. The run controller loads and stores around it; several record
+// directory, run the model (and the list utility), read the outputs back into
+// the record's outputs. The run controller loads and stores around it; several record
 // runners may work at once, each in its own working directory.
 #include <functional>
 #include <string>
@@ -16,6 +16,7 @@ class option_lists;
 class tellura_control_record;
 class tellura_soil_list;
 class tellura_weather_station_list;
+struct tellura_outputs;
 
 // The project data every run of a run set reads; shared, read-only.
 struct run_inputs {
@@ -33,15 +34,16 @@ public:
     // Runs in `workDirectory` when given (a scratch copy of the run directory),
     // otherwise in the folder of the version's executable. The model is ended
     // early when `cancelNow` returns true. True only when every step succeeded;
-    // outputs read before a failure stay in the record.
-    bool run(tellura_control_record& record, const std::string& workDirectory, std::string& runLog, std::string& errors,
-             const std::function<bool()>& cancelNow = {}) const;
+    // outputs read before a failure stay in `outputs`.
+    bool run(tellura_control_record& record, tellura_outputs& outputs, const std::string& workDirectory,
+             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {}) const;
 
     // The record's blocks reduced to and ordered as the choice says.
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
 
 private:
-    bool readOutputs(tellura_control_record& record, const std::string& runDirectory, std::string& errors) const;
+    bool readOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
+                     std::string& errors) const;
     std::string dailyOutputFolder() const;
 
     app_soilbench settings_;

@@ -212,30 +212,32 @@ bool run_controller::checkRecord(const tellura_control_record& record, std::stri
 
 bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors) {
     if (!loaded_) loadProjectData(errors);
-    if (!readControlRecord(db_, id, false, record, errors)) return false;
+    if (!readControlRecord(db_, id, record, errors)) return false;
     return checkRecord(record, errors);
 }
 
-bool run_controller::storeRun(tellura_control_record& record, std::string& errors) {
-    return storeOutputs(db_, record.id(), record.outputs, errors);
+bool run_controller::storeRun(const tellura_control_record& record, tellura_outputs& outputs, std::string& errors) {
+    return storeOutputs(db_, record.id(), outputs, errors);
 }
 
-bool run_controller::runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
-                                     std::string& errors, const std::function<bool()>& cancelNow) {
+bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs,
+                                     const run_choices& choices, std::string& runLog, std::string& errors,
+                                     const std::function<bool()>& cancelNow) {
     settings_.saveDailyFirstYear = choices.saveDailyFirstYear;
     settings_.saveDailyLastYear = choices.saveDailyLastYear;
     settings_.readBinaryOutput = choices.readBinaryOutput;
     record_runner::applyBlockChoice(record, choices);
     record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
-    bool ok = runner.run(record, "", runLog, errors, cancelNow);
-    ok = storeRun(record, errors) && ok;
+    bool ok = runner.run(record, outputs, "", runLog, errors, cancelNow);
+    ok = storeRun(record, outputs, errors) && ok;
     return ok;
 }
 
 bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors) {
     elapsed_timer timer;
     tellura_control_record record;
-    bool ok = loadAndCheck(id, record, errors) && runLoadedRecord(record, choices, runLog, errors);
+    tellura_outputs outputs;
+    bool ok = loadAndCheck(id, record, errors) && runLoadedRecord(record, outputs, choices, runLog, errors);
     appendf(runLog, "Total Elapsed: %.3f seconds\n", timer.seconds());
     return ok;
 }
@@ -249,6 +251,7 @@ struct run_controller::pending_record {
     long position = 0;
     int32_t id = 0;
     tellura_control_record record;
+    tellura_outputs outputs;
     bool prechecked = false;
     std::string precheckMessages;
     std::string runLog;
@@ -322,12 +325,13 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             errors += p.errors;
             if (p.ok) ++result.good;
             else ++result.failed;
-            storeRun(p.record, errors);
+            storeRun(p.record, p.outputs, errors);
         }
         observer.statusText(
             strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
         observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
-        p.record = tellura_control_record();  // outputs stored: free them
+        p.record = tellura_control_record();  // outputs stored: free them and the record
+        p.outputs = tellura_outputs();
     };
 
     while (true) {
@@ -354,7 +358,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             ++nextRow;
             observer.progressText(strprintf("Running TELLURA #%ld Record=%ld ID=%ld", p->runNumber, p->position,
                                             static_cast<long>(p->id)));
-            readControlRecord(db_, p->id, false, p->record, p->precheckMessages);
+            readControlRecord(db_, p->id, p->record, p->precheckMessages);
             if (!options.blockOrder.empty()) {
                 run_choices choice;
                 choice.blockOrder = options.blockOrder;
@@ -370,7 +374,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                     raw->scratch = dir;
                     raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow, &finished, &dataFiles] {
                         clearScratchCopy(dir, dataFiles);
-                        raw->ok = runner.run(raw->record, dir, raw->runLog, raw->errors, cancelNow);
+                        raw->ok = runner.run(raw->record, raw->outputs, dir, raw->runLog, raw->errors, cancelNow);
                         finished.signal();
                     });
                 } else {
@@ -380,7 +384,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                         if (observer.cancelRequested() == cancel_request::end_running) endNow = true;
                         return endNow.load();
                     };
-                    raw->ok = runner.run(raw->record, "", raw->runLog, raw->errors, endRequested);
+                    raw->ok = runner.run(raw->record, raw->outputs, "", raw->runLog, raw->errors, endRequested);
                 }
             }
             // A record that failed its precheck never took its slot: when it is

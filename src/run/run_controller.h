@@ -16,6 +16,7 @@
 
 #include "app/app_soilbench.h"
 #include "modeloutput/binary_layout.h"
+#include "modeloutput/tellura_output.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -60,11 +61,11 @@ public:
     // it. False when it cannot run (the messages say why).
     bool loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors);
     // Second half, after the Run dialog: write the run directory, run the model,
-    // store the outputs under the record's ID (also after a failed run, with
-    // whatever was read). `cancelNow`, asked while the model runs, ends it early
-    // (the run then fails with "Process Cancelled/Error").
-    bool runLoadedRecord(tellura_control_record& record, const run_choices& choices, std::string& runLog,
-                         std::string& errors, const std::function<bool()>& cancelNow = {});
+    // read its outputs into `outputs` and store them under the record's ID (also
+    // after a failed run, with whatever was read). `cancelNow`, asked while the
+    // model runs, ends it early (the run then fails with "Process Cancelled/Error").
+    bool runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs, const run_choices& choices,
+                         std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {});
     // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
     // in the run log.
     bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);
@@ -84,7 +85,7 @@ private:
     struct pending_record;
     class job_pool;
     bool checkRecord(const tellura_control_record& record, std::string& errors) const;
-    bool storeRun(tellura_control_record& record, std::string& errors);
+    bool storeRun(const tellura_control_record& record, tellura_outputs& outputs, std::string& errors);
 
     database& db_;
     app_soilbench settings_;

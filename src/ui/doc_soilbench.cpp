@@ -4,26 +4,12 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "modeloutput/output_tables.h"
 #include "records/list_control_record_proxies.h"
 #include "records/new_project.h"
 #include "records/tellura_control_record.h"
 #include "ui/control_record_table_model.h"
 
 namespace sb {
-namespace {
-
-// Records are read and written with their outputs through the output tables;
-// the program says so once, before the first project is opened.
-void useOutputTables() {
-    static const bool done = [] {
-        setControlRecordOutputStore({storeOutputs, readOutputs});
-        return true;
-    }();
-    (void)done;
-}
-
-}  // namespace
 
 doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList)
     : db_(std::move(db)),
@@ -31,7 +17,6 @@ doc_soilbench::doc_soilbench(std::unique_ptr<database> db, QString path, bool pr
       prebuildList_(prebuildList),
       list_(std::make_unique<list_control_record_proxies>()) {
     setObjectName(QString::fromLatin1(kTypeName));
-    useOutputTables();
 }
 
 doc_soilbench::~doc_soilbench() = default;
@@ -80,7 +65,6 @@ void doc_soilbench::prebuildSlice() {
 
 std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {
     const std::string file = path.toStdString();
-    useOutputTables();
     auto db = createNewProject(file, errors);
     if (!db) return nullptr;
     std::unique_ptr<doc_soilbench> doc(new doc_soilbench(std::move(db), path, prebuildList));

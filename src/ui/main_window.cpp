@@ -25,6 +25,9 @@
 #include "app/app_soilbench.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/option_member.h"
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
@@ -486,10 +489,12 @@ void main_window::copyRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     recordCommand(QStringLiteral("Errors"), [this](std::string& errors) {
         tellura_control_record record;
-        if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) return;
+        tellura_outputs outputs;
+        if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
         tellura_weather_station_list stations;
         loadWeatherStations(doc_->db(), stations, errors);
-        const auto items = record_clipboard::makeItems(record, stations);
+        auto items = record_clipboard::makeItems(record, stations);
+        appendAnnualOutputText(outputs, items.text);
         putRecordItems(*QApplication::clipboard(), items.idItem, items.text);
     });
 }
@@ -541,7 +546,7 @@ void main_window::deleteRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     std::string errors;
     tellura_control_record record;
-    readControlRecord(doc_->db(), doc_->currentId(), false, record, errors);
+    readControlRecord(doc_->db(), doc_->currentId(), record, errors);
     const QString question =
         QString::fromStdString(strprintf("Delete record, ID = %ld?", static_cast<long>(doc_->currentId())));
     if (QMessageBox::question(this, QStringLiteral("Delete"), question, QMessageBox::Yes | QMessageBox::No,

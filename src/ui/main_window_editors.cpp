@@ -5,6 +5,8 @@
 
 #include "app/app_soilbench.h"
 #include "help/help_tables.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/option_list.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -31,7 +33,8 @@ void main_window::editRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     std::string errors;
     tellura_control_record record;
-    if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) {
+    tellura_outputs outputs;
+    if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) {
         showErrorsIfAny(this, errors);
         return;
     }
@@ -44,7 +47,7 @@ void main_window::editRecord() {
     }
     recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
         e += errors;
-        writeControlRecord(record, doc_->db(), e, nullptr, true);
+        writeControlRecordWithOutputs(record, outputs, doc_->db(), e);
     });
     std::string ignored;
     doc_->moveToId(record.id(), ignored);

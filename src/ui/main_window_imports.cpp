@@ -10,6 +10,8 @@
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_to_input.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_weather_station.h"
 #include "ui/dialog_errors.h"
@@ -24,7 +26,7 @@ namespace {
 TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_station_list& stations,
                                        std::string& errors) {
     tellura_control_record record;
-    if (!readControlRecord(doc.db(), doc.currentId(), false, record, errors)) return nullptr;
+    if (!readControlRecord(doc.db(), doc.currentId(), record, errors)) return nullptr;
     loadWeatherStations(doc.db(), stations, errors);
     TelluraWeatherStations* station = stations.find(record.weatherId());
     if (!station) appendf(errors, "ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
@@ -71,14 +73,16 @@ void main_window::copyOutputToInput() {
     if (!doc_ || doc_->currentRow() < 0) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         tellura_control_record record;
-        if (!readControlRecord(doc_->db(), doc_->currentId(), true, record, errors)) return;
+        tellura_outputs outputs;
+        if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
         std::string annualMessages;
         // Annual values when the run stored them, else the last month's.
-        if (!copyAnnualOutputToInput(record, annualMessages) && !copyMonthlyOutputToInput(record, errors)) {
+        if (!copyAnnualOutputToInput(outputs, record, annualMessages) &&
+            !copyMonthlyOutputToInput(outputs, record, errors)) {
             errors += annualMessages;
             return;
         }
-        writeControlRecord(record, doc_->db(), errors, nullptr, true);
+        writeControlRecordWithOutputs(record, outputs, doc_->db(), errors);
     });
 }
 
@@ -89,12 +93,15 @@ void main_window::readBinFile() {
                                      QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
     if (path.isEmpty()) return;
     std::string errors;
+    // A scratch record: its default blocks say which years and intervals to read.
     tellura_control_record scratch;
-    readBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(), scratch, errors);
-    appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", scratch.outputs.annual.size(),
-            scratch.outputs.monthlyCount(), path.toStdString().c_str());
-    errors += annualOutputCsv(scratch.outputs);
-    errors += monthlyOutputCsv(scratch.outputs);
+    tellura_outputs outputs;
+    readBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(), scratch.blocks, outputs,
+                     errors);
+    appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
+            outputs.monthlyCount(), path.toStdString().c_str());
+    errors += annualOutputCsv(outputs);
+    errors += monthlyOutputCsv(outputs);
     showErrorsIfAny(this, errors, QStringLiteral("Read .BIN file"));
 }
 

@@ -9,6 +9,7 @@
 #include "app/app_soilbench.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
 #include "run/run_controller.h"
 #include "ui/background_run.h"
@@ -74,8 +75,9 @@ void main_window::runOneRecord() {
                 run_controller controller(*db, settings);
                 // Cancel ends the model at once; the run then fails with the core's message.
                 const auto cancelNow = [&feedback] { return feedback.cancelled(); };
+                tellura_outputs outputs;
                 if (controller.loadProjectData(errors))
-                    controller.runLoadedRecord(record, choices, runLog, errors, cancelNow);
+                    controller.runLoadedRecord(record, outputs, choices, runLog, errors, cancelNow);
             });
         }
     }

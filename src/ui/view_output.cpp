@@ -16,6 +16,8 @@
 #include <QVBoxLayout>
 #include <QValueAxis>
 
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
 #include "ui/dialog_errors.h"
 #include "ui/doc_soilbench.h"
@@ -144,7 +146,8 @@ void view_output::reload() {
     std::string errors;
     if (doc_.currentRow() >= 0) {
         tellura_control_record record;
-        if (readControlRecord(doc_.db(), doc_.currentId(), true, record, errors)) outputs = record.outputs;
+        // Outputs that could not all be read are not shown in part.
+        if (!readControlRecordWithOutputs(doc_.db(), doc_.currentId(), record, outputs, errors)) outputs.clear();
     }
     model_->setRows(outputRows(outputs, table_));
     setWindowTitle(QStringLiteral("%1 - ID %2").arg(titleFor(table_)).arg(doc_.currentId()));

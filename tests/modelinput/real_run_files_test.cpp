@@ -116,7 +116,7 @@ TEST_P(RealRunFiles, ImportThenWriteBackKeepsEveryValue) {
     // Read everything back from the project, as a run would.
     tellura_control_record record;
     std::string readErrors;
-    ASSERT_TRUE(readControlRecord(*db, 500, false, record, readErrors)) << readErrors;
+    ASSERT_TRUE(readControlRecord(*db, 500, record, readErrors)) << readErrors;
     tellura_soil_list soils;
     soils.load(*db, readErrors);
     tellura_weather_station_list stations;

@@ -40,7 +40,7 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     tellura_weather_station_list stations;
     option_lists options;
     std::string readErrors;
-    ASSERT_TRUE(readControlRecord(*db, 77, false, record, readErrors)) << readErrors;
+    ASSERT_TRUE(readControlRecord(*db, 77, record, readErrors)) << readErrors;
     soils.load(*db, readErrors);
     loadWeatherStations(*db, stations, readErrors);
     for (TelluraWeatherStations& station : stations.stations) loadDailyHistory(*db, station, readErrors);
@@ -81,7 +81,7 @@ TEST(RunFilesImport, MissingScheduleStopsTheImport) {
     EXPECT_NE(errors.find("ERROR, can't open file \"" + folder.path() + "/sb.sch\".\n"), std::string::npos);
     tellura_control_record record;
     std::string readErrors;
-    readControlRecord(*db, 5, false, record, readErrors);
+    readControlRecord(*db, 5, record, readErrors);
     EXPECT_NE(readErrors.find("ERROR, can't find record, ID=5, in [Control Records].\n"), std::string::npos)
         << readErrors;
 }

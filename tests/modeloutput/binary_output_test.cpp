@@ -32,15 +32,16 @@ std::vector<unsigned char> smallRecord(float t) {
 struct binary_run {
     bool ok;
     std::string errors;
-    tellura_control_record record;
+    tellura_outputs outputs;
 };
 
 binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_shape>& blocks, int version = 4) {
     sbtest::temp_dir dir;
     binary_layout_catalogue catalogue = smallCatalogue(dir);
     sbtest::writeFile(dir.file("sb.bin"), bytes);
-    binary_run run{false, "", sbtest::recordWithBlocks(blocks)};
-    run.ok = readBinaryOutput(dir.file("sb.bin"), version, catalogue, run.record, run.errors);
+    binary_run run{false, "", {}};
+    run.ok =
+        readBinaryOutput(dir.file("sb.bin"), version, catalogue, sbtest::blocksOf(blocks), run.outputs, run.errors);
     // Paths differ per run; messages name them, so make them comparable.
     for (size_t at; (at = run.errors.find(dir.path())) != std::string::npos;)
         run.errors.replace(at, dir.path().size(), "DIR");
@@ -212,7 +213,7 @@ TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
         EXPECT_EQ(run.errors,
                   "3 records read, from years 1990 to 1992.\n"
                   "3 records read, from years 1992 to 1992.\n");
-        const auto& out = run.record.outputs;
+        const auto& out = run.outputs;
         ASSERT_EQ(out.annual.size(), 3u);
         EXPECT_EQ(out.annual[2].year(), 1992);
         EXPECT_FLOAT_EQ(cell(out.annual[2], "agcacc"), 1993.0f);  // array 1 into the year too
@@ -267,7 +268,7 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
               "2 records read, from years 1990 to 1991.\n"
               "ERROR in physical record (length = 36, trailer length = 7).\n"
               "0 records read, from years 999999 to -999999.\n");
-    EXPECT_EQ(damaged.record.outputs.annual.size(), 2u);
+    EXPECT_EQ(damaged.outputs.annual.size(), 2u);
 
     // Truncated: the file ends inside the last record.
     std::string cut = sbtest::byteMarkedFile(records, false);
@@ -277,7 +278,7 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
     EXPECT_EQ(truncated.errors,
               "ERROR in physical record.\n"
               "3 records read, from years 1990 to 1992.\n");
-    EXPECT_EQ(truncated.record.outputs.annual.size(), 3u);
+    EXPECT_EQ(truncated.outputs.annual.size(), 3u);
 
     // Values the model could not compute are left unset and reported once each.
     records[1] = binaryRecord(1991, {1, 2, std::numeric_limits<float>::quiet_NaN(), 4, 5, 6, 7, 8});
@@ -286,22 +287,23 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
     EXPECT_EQ(nan.errors,
               "WARNING, binary output file record 2: value \"NaN\" of \"somsc\" is not a finite number; left unset.\n"
               "4 records read, from years 1990 to 1993.\n");
-    EXPECT_EQ(nan.record.outputs.annual[1].number("somsc"), 0.0);
+    EXPECT_EQ(nan.outputs.annual[1].number("somsc"), 0.0);
 }
 
 TEST(BinaryOutput, UserLayoutsServeTheirOwnBuilds) {
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("mine.tsv"), sbtest::layoutText(kSmallLayout));
     sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({smallRecord(1990), smallRecord(1991)}));
-    tellura_control_record record = sbtest::recordWithBlocks({{1991, 12.0f}});
+    const auto blocks = sbtest::blocksOf({{1991, 12.0f}});
+    tellura_outputs outputs;
     std::string errors;
     // The shipped layouts (beside the program) know only 2432 and 3212 bytes.
-    EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), 4, std::vector<std::string>{}, record, errors));
+    EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), 4, std::vector<std::string>{}, blocks, outputs, errors));
     EXPECT_EQ(errors, "ERROR, binary output file \"" + dir.file("sb.bin") +
                           "\" has records of 36 bytes, but the layouts known for this model version have "
                           "2432, 3212 bytes. Add the layout of this model build to the binary layout files.\n");
     errors.clear();
-    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("mine.tsv")}, record, errors)) << errors;
+    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("mine.tsv")}, blocks, outputs, errors)) << errors;
     EXPECT_EQ(errors, "2 records read, from years 1990 to 1991.\n");
-    EXPECT_FLOAT_EQ(record.outputs.annual.at(1).single(record.outputs.annual[1].column("somsc")), 1994.0f);
+    EXPECT_FLOAT_EQ(outputs.annual.at(1).single(outputs.annual[1].column("somsc")), 1994.0f);
 }

@@ -62,9 +62,9 @@ TEST(OutputVariables, ListsPerVersionKeepTheirOrderAndRepeats) {
 }
 
 TEST(OutputVariables, ExtraListWantedByVersionOrOutputInterval) {
-    auto annual = sbtest::recordWithBlocks({{1900, 12.0f}, {1950, 12.0f}});
-    auto monthly = sbtest::recordWithBlocks({{1900, 12.0f}, {1950, 1.0f}});
-    auto none = sbtest::recordWithBlocks({});
+    auto annual = sbtest::blocksOf({{1900, 12.0f}, {1950, 12.0f}});
+    auto monthly = sbtest::blocksOf({{1900, 12.0f}, {1950, 1.0f}});
+    auto none = sbtest::blocksOf({});
     EXPECT_TRUE(output_variable_set::extraListWanted(4, annual));
     EXPECT_TRUE(output_variable_set::extraListWanted(4, none));
     EXPECT_FALSE(output_variable_set::extraListWanted(3, annual));
@@ -202,16 +202,15 @@ namespace {
 struct list_run {
     std::string errors;
     bool ok = false;
-    tellura_control_record record;
+    tellura_outputs outputs;
 };
 
 list_run readList(const std::string& text, int version, const std::vector<block_shape>& blocks) {
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("sb.lis"), text);
     list_run run;
-    run.record = sbtest::recordWithBlocks(blocks);
     output_variable_set set;
-    run.ok = readListFile(set, dir.file("sb.lis"), version, run.record, run.errors);
+    run.ok = readListFile(set, dir.file("sb.lis"), version, sbtest::blocksOf(blocks), run.outputs, run.errors);
     return run;
 }
 
@@ -233,15 +232,15 @@ TEST(ListFile, AnnualRowsFillRecordsBlockByBlock) {
     EXPECT_EQ(run.errors,
               "3 records read, from years 1990 to 1992.\n"
               "3 records read, from years 1993 to 1995.\n");
-    const auto& annual = run.record.outputs.annual;
+    const auto& annual = run.outputs.annual;
     ASSERT_EQ(annual.size(), 6u);
     EXPECT_EQ(annual[0].year(), 1990);
     EXPECT_FLOAT_EQ(annual[0].single(annual[0].column("agcacc")), 995.0f);
     EXPECT_FLOAT_EQ(annual[5].single(annual[5].column("somsc")), 1995.25f);
     EXPECT_FLOAT_EQ(annual[3].single(annual[3].column("aglcn")), 12.5f);
     EXPECT_EQ(annual[3].number("crpval"), 3.0);
-    EXPECT_FALSE(run.record.outputs.hasEndOfRun);
-    EXPECT_EQ(run.record.outputs.monthlyCount(), 0u);
+    EXPECT_FALSE(run.outputs.hasEndOfRun);
+    EXPECT_EQ(run.outputs.monthlyCount(), 0u);
 }
 
 TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
@@ -254,7 +253,7 @@ TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
     list_run run = readList(sbtest::listFile(content), 4, {{2001, 12.0f}});
     ASSERT_TRUE(run.ok) << run.errors;
     EXPECT_EQ(run.errors, "4 records read, from years 1999 to 2000.\n");
-    auto months = run.record.outputs.monthlyInOrder();
+    auto months = run.outputs.monthlyInOrder();
     ASSERT_EQ(months.size(), 4u);
     EXPECT_EQ(months[0]->year(), 1999);  // 2000.00 is December 1999
     EXPECT_EQ(months[0]->month(), 12);
@@ -266,7 +265,7 @@ TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
     EXPECT_FLOAT_EQ(months[1]->single(months[1]->column("bgcjmth")), 1.0f);
     EXPECT_FLOAT_EQ(months[2]->single(months[2]->column("bgcjmth")), 2.0f);
     EXPECT_EQ(months[3]->number("bgcjmth"), 0.0);
-    EXPECT_TRUE(run.record.outputs.annual.empty());
+    EXPECT_TRUE(run.outputs.annual.empty());
 }
 
 TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
@@ -277,7 +276,7 @@ TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
         content.values = {{1, 2, 3}, {4, 5, 6}};
         list_run run = readList(sbtest::listFile(content), version, {{1991, 12.0f}});
         ASSERT_TRUE(run.ok) << run.errors;
-        const auto& out = run.record.outputs;
+        const auto& out = run.outputs;
         ASSERT_TRUE(out.hasEndOfRun);
         EXPECT_FLOAT_EQ(out.endOfRun.single(out.endOfRun.column("strcis(1,1)")), 4.0f);
         EXPECT_FLOAT_EQ(out.endOfRun.single(out.endOfRun.column("metabe(2,3)")), 5.0f);
@@ -292,15 +291,15 @@ TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
     content.values = {{7, 8}};
     list_run run = readList(sbtest::listFile(content), 2, {{1990, 12.0f}});
     ASSERT_TRUE(run.ok) << run.errors;
-    ASSERT_EQ(run.record.outputs.annual.size(), 1u);
-    EXPECT_FLOAT_EQ(run.record.outputs.annual[0].single(run.record.outputs.annual[0].column("somsc")), 8.0f);
+    ASSERT_EQ(run.outputs.annual.size(), 1u);
+    EXPECT_FLOAT_EQ(run.outputs.annual[0].single(run.outputs.annual[0].column("somsc")), 8.0f);
 }
 
 TEST(ListFile, OpenEmptyAndHeaderOnlyFilesFail) {
-    tellura_control_record record = sbtest::recordWithBlocks({{1990, 12.0f}});
+    tellura_outputs outputs;
     output_variable_set set;
     std::string errors;
-    EXPECT_FALSE(readListFile(set, "/no/such/sb.lis", 4, record, errors));
+    EXPECT_FALSE(readListFile(set, "/no/such/sb.lis", 4, sbtest::blocksOf({{1990, 12.0f}}), outputs, errors));
     EXPECT_EQ(errors, "ERROR, unable to open LIS file: /no/such/sb.lis\n");
 
     list_run empty = readList("", 4, {{1990, 12.0f}});
@@ -318,7 +317,7 @@ TEST(ListFile, OpenEmptyAndHeaderOnlyFilesFail) {
     list_run noBlocks = readList(sbtest::listFile(content), 3, {});
     EXPECT_TRUE(noBlocks.ok);
     EXPECT_EQ(noBlocks.errors, "");
-    EXPECT_TRUE(noBlocks.record.outputs.empty());
+    EXPECT_TRUE(noBlocks.outputs.empty());
 }
 
 TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
@@ -330,7 +329,7 @@ TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
     std::string cut = text.substr(0, text.size() - 30);
     list_run truncated = readList(cut, 3, {{1995, 12.0f}});
     EXPECT_TRUE(truncated.ok) << truncated.errors;
-    EXPECT_EQ(truncated.record.outputs.annual.size(), 6u);
+    EXPECT_EQ(truncated.outputs.annual.size(), 6u);
     EXPECT_EQ(truncated.errors, "6 records read, from years 1990 to 1995.\n");
 
     // A row whose time is not a number fails its block; earlier blocks stay.
@@ -342,7 +341,7 @@ TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
               "3 records read, from years 1990 to 1992.\n"
               "ERROR, LIS file line 7: time \"garbage\" is not a number.\n"
               "1 records read, from years 1993 to 1993.\n");
-    EXPECT_EQ(broken.record.outputs.annual.size(), 4u);
+    EXPECT_EQ(broken.outputs.annual.size(), 4u);
 
     // Values the model overflowed or could not compute are left unset and reported.
     std::string odd = text;
@@ -355,7 +354,7 @@ TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
               "WARNING, LIS file line 5: value \"1e999\" of \"agcacc\" is not a finite number; left unset.\n"
               "WARNING, LIS file line 5: value \"nan\" of \"somsc\" is not a finite number; left unset.\n"
               "6 records read, from years 1990 to 1995.\n");
-    const auto& y1992 = overflow.record.outputs.annual[2];
+    const auto& y1992 = overflow.outputs.annual[2];
     EXPECT_EQ(y1992.number("agcacc"), 0.0);
     EXPECT_EQ(y1992.number("somsc"), 0.0);
     EXPECT_FLOAT_EQ(y1992.single(y1992.column("aglcn")), 12.5f);
@@ -372,7 +371,7 @@ TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
     ASSERT_TRUE(wide.ok);
     EXPECT_EQ(std::count(wide.errors.begin(), wide.errors.end(), '\n'), 5000);
     EXPECT_NE(wide.errors.find("WARNING, LIS file column 5000 name not requested: \"v4998\".\n"), std::string::npos);
-    EXPECT_FLOAT_EQ(wide.record.outputs.annual.at(0).single(wide.record.outputs.annual[0].column("agcacc")), 2.0f);
+    EXPECT_FLOAT_EQ(wide.outputs.annual.at(0).single(wide.outputs.annual[0].column("agcacc")), 2.0f);
 
     // A row of 100,000 characters is one row, not fifty.
     list_file_content shortSpec = annualContent();
@@ -381,8 +380,8 @@ TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
     list_run longLine = readList(text, 3, {{1991, 12.0f}});
     EXPECT_TRUE(longLine.ok);
     EXPECT_EQ(longLine.errors, "2 records read, from years 1990 to 1991.\n");
-    ASSERT_EQ(longLine.record.outputs.annual.size(), 2u);
-    EXPECT_FLOAT_EQ(longLine.record.outputs.annual[1].single(longLine.record.outputs.annual[1].column("somsc")), 6.0f);
+    ASSERT_EQ(longLine.outputs.annual.size(), 2u);
+    EXPECT_FLOAT_EQ(longLine.outputs.annual[1].single(longLine.outputs.annual[1].column("somsc")), 6.0f);
 }
 
 TEST(ListFile, WindowsLineEndsAndBlankTrailingLines) {
@@ -393,5 +392,5 @@ TEST(ListFile, WindowsLineEndsAndBlankTrailingLines) {
     list_run run = readList(crlf + "\r\n", 3, {{1995, 12.0f}});
     EXPECT_TRUE(run.ok);
     EXPECT_EQ(run.errors, "6 records read, from years 1990 to 1995.\n");
-    EXPECT_FLOAT_EQ(run.record.outputs.annual[5].single(run.record.outputs.annual[5].column("crpval")), 3.0f);
+    EXPECT_FLOAT_EQ(run.outputs.annual[5].single(run.outputs.annual[5].column("crpval")), 3.0f);
 }

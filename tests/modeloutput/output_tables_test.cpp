@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "db/database.h"
-#include "db/database_maker.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/output_to_input.h"
 #include "modeloutput/tellura_output.h"
@@ -14,17 +13,6 @@
 using namespace sb;
 
 namespace {
-
-std::unique_ptr<database> makeProject(const sbtest::temp_dir& dir) {
-    std::string errors;
-    std::string path = dir.file("outputs.db");
-    EXPECT_TRUE(database::create(path, errors)) << errors;
-    auto db = database::open(path, errors);
-    if (!db) return nullptr;
-    database_maker maker(*db);
-    EXPECT_TRUE(maker.createAllTables(errors)) << errors;
-    return db;
-}
 
 float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
 
@@ -58,7 +46,7 @@ tellura_outputs sampleOutputs() {
 
 TEST(OutputTables, StoreAndReadBackEveryTable) {
     sbtest::temp_dir dir;
-    auto db = makeProject(dir);
+    auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
     tellura_outputs out = sampleOutputs();
     std::string errors;
@@ -95,7 +83,7 @@ TEST(OutputTables, StoreAndReadBackEveryTable) {
 
 TEST(OutputTables, AStoreReplacesOnlyThatRecordsRows) {
     sbtest::temp_dir dir;
-    auto db = makeProject(dir);
+    auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
     tellura_outputs first = sampleOutputs(), second = sampleOutputs();
     std::string errors;
@@ -114,7 +102,7 @@ TEST(OutputTables, AStoreReplacesOnlyThatRecordsRows) {
 
 TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     sbtest::temp_dir dir;
-    auto db = makeProject(dir);
+    auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
     tellura_outputs out;
     out.annual.resize(3);
@@ -157,7 +145,7 @@ TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
 
 TEST(OutputTables, OtherInsertFailuresEndTheTableAndKeepEarlierRows) {
     sbtest::temp_dir dir;
-    auto db = makeProject(dir);
+    auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
     tellura_outputs out;
     out.annualFor(1990);
@@ -181,7 +169,7 @@ TEST(OutputTables, OtherInsertFailuresEndTheTableAndKeepEarlierRows) {
 
 TEST(OutputTables, ReadBackKeepsFourteenSoilLayers) {
     sbtest::temp_dir dir;
-    auto db = makeProject(dir);
+    auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
     tellura_outputs out;
     for (int layer = 1; layer <= 15; ++layer) {
@@ -198,18 +186,19 @@ TEST(OutputTables, ReadBackKeepsFourteenSoilLayers) {
 
 TEST(OutputToInput, AnnualAndMonthlyCopies) {
     tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    EXPECT_FALSE(copyAnnualOutputToInput(record, errors));
-    EXPECT_FALSE(copyMonthlyOutputToInput(record, errors));
+    EXPECT_FALSE(copyAnnualOutputToInput(outputs, record, errors));
+    EXPECT_FALSE(copyMonthlyOutputToInput(outputs, record, errors));
     EXPECT_EQ(errors, "No annual output exists for record.\nNo monthly output exists for record.\n");
 
     // All eight zero: nothing changes, nothing said.
     record.site.setNumber("AGLIVE(1)", 9);
-    record.outputs.annualFor(1990).setNumber("aglive(1)", 4);
-    record.outputs.annualFor(1991).setNumber("somsc", 4);
+    outputs.annualFor(1990).setNumber("aglive(1)", 4);
+    outputs.annualFor(1991).setNumber("somsc", 4);
     record.modified = false;
     errors.clear();
-    EXPECT_FALSE(copyAnnualOutputToInput(record, errors));
+    EXPECT_FALSE(copyAnnualOutputToInput(outputs, record, errors));
     EXPECT_EQ(errors, "");
     EXPECT_EQ(record.site.number("AGLIVE(1)"), 9.0);
     EXPECT_FALSE(record.modified);
@@ -218,38 +207,38 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
                            "aglive(3)", "aminrl(1)", "aminrl(2)", "aminrl(3)"};
     const char* site[] = {"AGLCIS(1)", "AGLCIS(2)", "AGLIVE(1)", "AGLIVE(2)",
                           "AGLIVE(3)", "AMINRL(1)", "AMINRL(2)", "AMINRL(3)"};
-    for (int i = 0; i < 8; ++i) record.outputs.annualFor(1991).setNumber(names[i], i + 1.5);
-    EXPECT_TRUE(copyAnnualOutputToInput(record, errors));
+    for (int i = 0; i < 8; ++i) outputs.annualFor(1991).setNumber(names[i], i + 1.5);
+    EXPECT_TRUE(copyAnnualOutputToInput(outputs, record, errors));
     EXPECT_EQ(errors, "");
     for (int i = 0; i < 8; ++i) EXPECT_FLOAT_EQ(static_cast<float>(record.site.number(site[i])), i + 1.5f) << site[i];
     EXPECT_TRUE(record.modified);
 
     // The monthly copy takes the last month, zeros included, and says so.
-    record.outputs.monthlyFor(1991, 12).setNumber("aminrl(1)", 0);
-    record.outputs.monthlyFor(1991, 3).setNumber("aminrl(1)", 99);
-    EXPECT_TRUE(copyMonthlyOutputToInput(record, errors));
+    outputs.monthlyFor(1991, 12).setNumber("aminrl(1)", 0);
+    outputs.monthlyFor(1991, 3).setNumber("aminrl(1)", 99);
+    EXPECT_TRUE(copyMonthlyOutputToInput(outputs, record, errors));
     EXPECT_EQ(errors, "Monthly copied for record.\n");
     EXPECT_EQ(record.site.number("AMINRL(1)"), 0.0);
 }
 
 TEST(OutputToInput, SoilFillTakesTheLayerRows) {
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    EXPECT_FALSE(fillSoilFromOutput(record, nullptr, errors));
+    EXPECT_FALSE(fillSoilFromOutput(outputs, nullptr, errors));
     EXPECT_EQ(errors, "ERROR, No soil record to fill.\n");
 
     TelluraSoils soil;
     soil.layerCount = 2;
     for (int layer : {2, 3}) {
-        record.outputs.soilLayers.emplace_back();
-        auto& row = record.outputs.soilLayers.back();
+        outputs.soilLayers.emplace_back();
+        auto& row = outputs.soilLayers.back();
         row.setNumber(1, layer);
         row.setNumber("Mineral N", layer + 0.5);
         row.setNumber("Mineral S", layer + 0.25);
         row.setNumber("Initial Relative Water Content", 0.5);
     }
     errors.clear();
-    EXPECT_TRUE(fillSoilFromOutput(record, &soil, errors));
+    EXPECT_TRUE(fillSoilFromOutput(outputs, &soil, errors));
     EXPECT_EQ(errors, "");
     EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral N")), 2.5f);
     EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral S")), 2.25f);

@@ -3,20 +3,36 @@
 #include <cstring>
 
 #include "app/text_format.h"
+#include "db/database_maker.h"
 
 namespace sbtest {
 
-sb::tellura_control_record recordWithBlocks(const std::vector<block_shape>& blocks) {
-    sb::tellura_control_record record;
-    record.blocks.clear();
+std::unique_ptr<sb::database> makeOutputProject(const temp_dir& dir) {
+    std::string errors;
+    std::string path = dir.file("outputs.db");
+    EXPECT_TRUE(sb::database::create(path, errors)) << errors;
+    auto db = sb::database::open(path, errors);
+    if (!db) return nullptr;
+    EXPECT_TRUE(sb::database_maker(*db).createAllTables(errors)) << errors;
+    return db;
+}
+
+std::vector<sb::tellura_event_block> blocksOf(const std::vector<block_shape>& shapes) {
+    std::vector<sb::tellura_event_block> blocks;
     int16_t number = 1;
-    for (const auto& shape : blocks) {
+    for (const auto& shape : shapes) {
         sb::tellura_event_block block;
         block.blockNumber = number++;
         block.lastYear = static_cast<int16_t>(shape.lastYear);
         block.outputInterval = shape.outputInterval;
-        record.blocks.push_back(block);
+        blocks.push_back(block);
     }
+    return blocks;
+}
+
+sb::tellura_control_record recordWithBlocks(const std::vector<block_shape>& blocks) {
+    sb::tellura_control_record record;
+    record.blocks = blocksOf(blocks);
     return record;
 }
 

@@ -3,19 +3,28 @@
 // the list utility's layouts, binary files in both framings, control records
 // with chosen event blocks.
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "db/database.h"
+#include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
+#include "test_support.h"
 
 namespace sbtest {
+
+// A project with every table, "outputs.db" in `dir`.
+std::unique_ptr<sb::database> makeOutputProject(const temp_dir& dir);
 
 struct block_shape {
     int lastYear;
     float outputInterval;  // months
 };
 
-// A record whose event blocks are exactly these (no blocks for an empty list).
+// Event blocks numbered from 1 with these last years and output intervals, and
+// a record whose event blocks are exactly these (no blocks for an empty list).
+std::vector<sb::tellura_event_block> blocksOf(const std::vector<block_shape>& shapes);
 sb::tellura_control_record recordWithBlocks(const std::vector<block_shape>& blocks);
 
 // A list file as the utility writes it: "time" right-aligned in the time field,

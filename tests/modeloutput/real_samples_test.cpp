@@ -120,15 +120,16 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
     SB_REQUIRE_SAMPLES();
     plain_table lis = readPlainTable(sample("diurna-2012/outputs/example.lis"));
     // The sample's schedule: yearly output to 1919, then monthly blocks to 1992, 1994, 2006.
-    tellura_control_record record = sbtest::recordWithBlocks({{1919, 12.0f}, {1992, 1.0f}, {1994, 1.0f}, {2006, 1.0f}});
+    const auto blocks = sbtest::blocksOf({{1919, 12.0f}, {1992, 1.0f}, {1994, 1.0f}, {2006, 1.0f}});
+    tellura_outputs out;
     std::string errors;
-    ASSERT_TRUE(readBinaryOutput(sample("diurna-2012/outputs/example.bin"), 4, shipped(), record, errors)) << errors;
+    ASSERT_TRUE(readBinaryOutput(sample("diurna-2012/outputs/example.bin"), 4, shipped(), blocks, out, errors))
+        << errors;
     EXPECT_EQ(errors,
               "20 records read, from years 1 to 1919.\n"
               "14 records read, from years 1919 to 1991.\n"
               "24 records read, from years 1992 to 1993.\n"
               "144 records read, from years 1994 to 2005.\n");
-    const auto& out = record.outputs;
     ASSERT_EQ(out.annual.size(), 20u);
     // Row 3 of the list file is 1902.00; agcacc, aglivc, cproda and somtc are output columns.
     EXPECT_EQ(out.annual[2].year(), 1902);
@@ -154,23 +155,26 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
 TEST(RealSamples, GfortranBinaryOf2008BuildWithItsLayout) {
     SB_REQUIRE_SAMPLES();
     binary_layout_catalogue catalogue = shipped();
-    tellura_control_record record = sbtest::recordWithBlocks({{2005, 1.0f}});
+    const auto blocks = sbtest::blocksOf({{2005, 1.0f}});
+    tellura_outputs outputs;
     std::string errors;
     // Only the first 30 records are kept in the sample: the block cannot finish.
-    EXPECT_FALSE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, record, errors));
+    EXPECT_FALSE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, blocks, outputs, errors));
     EXPECT_EQ(errors, "30 records read, from years 1799 to 1802.\n");
-    auto months = record.outputs.monthlyInOrder();
+    auto months = outputs.monthlyInOrder();
     ASSERT_EQ(months.size(), 30u);
     EXPECT_EQ(months[0]->year(), 1799);  // time 1800.0 is December 1799
     EXPECT_EQ(months[0]->month(), 12);
     EXPECT_NEAR(cell(*months[0], "somsc"), 1851.537f, 0.001);
 
     // Read as yearly output the same first record lands in year 1800.
-    tellura_control_record yearly = sbtest::recordWithBlocks({{1800, 12.0f}});
+    tellura_outputs yearly;
     errors.clear();
-    ASSERT_TRUE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, yearly, errors)) << errors;
+    ASSERT_TRUE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue,
+                                 sbtest::blocksOf({{1800, 12.0f}}), yearly, errors))
+        << errors;
     EXPECT_EQ(errors, "1 records read, from years 1800 to 1800.\n");
-    EXPECT_NEAR(cell(yearly.outputs.annual.at(0), "somsc"), 1851.537f, 0.001);
+    EXPECT_NEAR(cell(yearly.annual.at(0), "somsc"), 1851.537f, 0.001);
 }
 
 TEST(RealSamples, ListFileOf2008BuildFillsItsMonths) {
@@ -185,11 +189,12 @@ TEST(RealSamples, ListFileOf2008BuildFillsItsMonths) {
     for (const auto& d : set.extraList(4)) ours.push_back(d.name);
     EXPECT_EQ(requested, ours);
 
-    tellura_control_record record = sbtest::recordWithBlocks({{2006, 1.0f}});
+    const auto blocks = sbtest::blocksOf({{2006, 1.0f}});
+    tellura_outputs outputs;
     std::string errors;
-    ASSERT_TRUE(readListFile(set, sample("diurna45-2008-outputs/sb.lis"), 4, record, errors)) << errors;
+    ASSERT_TRUE(readListFile(set, sample("diurna45-2008-outputs/sb.lis"), 4, blocks, outputs, errors)) << errors;
     EXPECT_EQ(errors, "133 records read, from years 1994 to 2005.\n");
-    auto months = record.outputs.monthlyInOrder();
+    auto months = outputs.monthlyInOrder();
     ASSERT_EQ(months.size(), 133u);
     EXPECT_EQ(months[0]->year(), 1994);  // 1995.00 is December 1994
     EXPECT_EQ(months[1]->year(), 1995);
@@ -226,11 +231,11 @@ TEST(RealSamples, YearSummariesOfBothReleasesReadWhole) {
          0.009763f, 13.84f},
     };
     for (const auto& c : cases) {
-        tellura_control_record record = sbtest::recordWithBlocks({});
+        tellura_outputs outputs;
         std::string errors;
-        ASSERT_TRUE(readYearSummary(sample(c.file), record, errors)) << errors;
+        ASSERT_TRUE(readYearSummary(sample(c.file), outputs, errors)) << errors;
         EXPECT_EQ(errors, c.message);
-        const auto& first = record.outputs.annual.at(0);
+        const auto& first = outputs.annual.at(0);
         EXPECT_EQ(first.year(), c.firstYear);
         EXPECT_FLOAT_EQ(cell(first, "n2oflux"), c.firstN2O);
         EXPECT_FLOAT_EQ(cell(first, "ppt"), c.firstPpt);
@@ -256,23 +261,23 @@ TEST(RealSamples, DailyFilesOfTheReleasesAgainstOurColumns) {
          "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n"},
     };
     for (const auto& c : cases) {
-        tellura_control_record record = sbtest::recordWithBlocks({});
+        tellura_outputs outputs;
         std::string errors;
-        EXPECT_EQ(readDailyOutput(sample(c.file), record, errors), c.ok) << c.file;
+        EXPECT_EQ(readDailyOutput(sample(c.file), outputs, errors), c.ok) << c.file;
         EXPECT_EQ(errors, c.message) << c.file;
     }
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    ASSERT_TRUE(readDailyOutput(sample("diurna-2012/outputs/summary.out"), record, errors));
-    const auto& day1 = record.outputs.daily.at(0);
+    ASSERT_TRUE(readDailyOutput(sample("diurna-2012/outputs/summary.out"), outputs, errors));
+    const auto& day1 = outputs.daily.at(0);
     EXPECT_EQ(day1.year(), 1900);
     EXPECT_EQ(day1.julianDay(), 1);
     EXPECT_FLOAT_EQ(cell(day1, "tmax"), 10.6f);
     EXPECT_FLOAT_EQ(cell(day1, "CO2resp"), 3429.2802f);
-    EXPECT_EQ(record.outputs.daily.at(729).julianDay(), 365);
+    EXPECT_EQ(outputs.daily.at(729).julianDay(), 365);
 
     // A daily summary is not a year summary: its columns message says why.
     errors.clear();
-    EXPECT_FALSE(readYearSummary(sample("diurna-2012/outputs/summary.out"), record, errors));
+    EXPECT_FALSE(readYearSummary(sample("diurna-2012/outputs/summary.out"), outputs, errors));
     EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"ti\", expected \"time\".\n");
 }

@@ -33,12 +33,12 @@ TEST(YearSummary, FixedRangesFillTheYearsRecords) {
     // A short last line: ranges past its end leave their values alone.
     text += summaryRow(1902.92, 2.5).substr(0, 8 + 14 * 2) + "\n";
     sbtest::writeFile(dir.file("year_summary.out"), text);
-    tellura_control_record record = sbtest::recordWithBlocks({});
-    record.outputs.annualFor(1901).setNumber("somsc", 77);  // another reader's value of the same year
+    tellura_outputs outputs;
+    outputs.annualFor(1901).setNumber("somsc", 77);  // another reader's value of the same year
     std::string errors;
-    ASSERT_TRUE(readYearSummary(dir.file("year_summary.out"), record, errors));
+    ASSERT_TRUE(readYearSummary(dir.file("year_summary.out"), outputs, errors));
     EXPECT_EQ(errors, "Year Summary: 3 years read, from 1900 to 1902.\n");
-    const auto& annual = record.outputs.annual;
+    const auto& annual = outputs.annual;
     ASSERT_EQ(annual.size(), 3u);
     EXPECT_EQ(annual[0].year(), 1901);  // merged into the existing record
     EXPECT_FLOAT_EQ(cell(annual[0], "somsc"), 77.0f);
@@ -55,19 +55,19 @@ TEST(YearSummary, HeaderIsCheckedExactly) {
     std::string header = kSummaryHeader;
     header.replace(header.find("N2Oflux"), 7, "n2oflux");
     sbtest::writeFile(dir.file("summary.out"), header + summaryRow(1900.92, 1));
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    EXPECT_FALSE(readYearSummary(dir.file("summary.out"), record, errors));
+    EXPECT_FALSE(readYearSummary(dir.file("summary.out"), outputs, errors));
     EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"n2oflux\", expected \"N2Oflux\".\n");
-    EXPECT_TRUE(record.outputs.annual.empty());
+    EXPECT_TRUE(outputs.annual.empty());
 
     errors.clear();
-    EXPECT_FALSE(readYearSummary(dir.file("none.out"), record, errors));
+    EXPECT_FALSE(readYearSummary(dir.file("none.out"), outputs, errors));
     EXPECT_EQ(errors, "ERROR, can't open annual summary file \"" + dir.file("none.out") + "\".\n");
 
     errors.clear();
     sbtest::writeFile(dir.file("empty.out"), "");
-    EXPECT_FALSE(readYearSummary(dir.file("empty.out"), record, errors));
+    EXPECT_FALSE(readYearSummary(dir.file("empty.out"), outputs, errors));
     EXPECT_EQ(errors, "ERROR in columns of \"empty.out\": read \"\", expected \"time\".\n");
 }
 
@@ -79,13 +79,13 @@ TEST(DailyOutput, RowsBecomeDailyRecords) {
     text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 2, 11.0, 2.0, 0.5, 0.25, 3001.0);
     text += strprintf("%10.4f%9d%9.2f%9.2f%13s%13.4f%13.4f\n", 1991.0, 365, 9.0, 1.0, "NaN", 0.5, 2999.0);
     sbtest::writeFile(dir.file("daily.out"), text);
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    ASSERT_TRUE(readDailyOutput(dir.file("daily.out"), record, errors));
+    ASSERT_TRUE(readDailyOutput(dir.file("daily.out"), outputs, errors));
     EXPECT_EQ(errors,
               "WARNING, daily output file line 4: value \"NaN\" of \"N2Oflux\" is not a finite number; left unset.\n"
               "DAILY.OUT: 3 days read, from 1990 to 1991.\n");
-    const auto& daily = record.outputs.daily;
+    const auto& daily = outputs.daily;
     ASSERT_EQ(daily.size(), 3u);
     EXPECT_EQ(daily[1].year(), 1990);
     EXPECT_EQ(daily[1].julianDay(), 2);
@@ -106,14 +106,14 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
         "CO2resp\n"
         " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n";
     sbtest::writeFile(dir.file("summary.out"), text);
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    ASSERT_TRUE(readDailyOutput(dir.file("summary.out"), record, errors)) << errors;
-    ASSERT_EQ(record.outputs.daily.size(), 1u);
-    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "ppt"), 0.5f);
-    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "CH4"), 2.5821f);
-    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "NIT"), 43.9735f);
-    EXPECT_FLOAT_EQ(cell(record.outputs.daily[0], "CO2resp"), 3429.2802f);
+    ASSERT_TRUE(readDailyOutput(dir.file("summary.out"), outputs, errors)) << errors;
+    ASSERT_EQ(outputs.daily.size(), 1u);
+    EXPECT_FLOAT_EQ(cell(outputs.daily[0], "ppt"), 0.5f);
+    EXPECT_FLOAT_EQ(cell(outputs.daily[0], "CH4"), 2.5821f);
+    EXPECT_FLOAT_EQ(cell(outputs.daily[0], "NIT"), 43.9735f);
+    EXPECT_FLOAT_EQ(cell(outputs.daily[0], "CO2resp"), 3429.2802f);
 
     struct bad_header {
         const char* header;
@@ -129,14 +129,14 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
     };
     for (const auto& c : cases) {
         sbtest::writeFile(dir.file("daily.out"), std::string(c.header) + "\n 1900.0 1 1 1 1 1 1\n");
-        tellura_control_record other = sbtest::recordWithBlocks({});
+        tellura_outputs other;
         errors.clear();
         EXPECT_FALSE(readDailyOutput(dir.file("daily.out"), other, errors));
         EXPECT_EQ(errors, c.message);
-        EXPECT_TRUE(other.outputs.daily.empty());
+        EXPECT_TRUE(other.daily.empty());
     }
     errors.clear();
-    EXPECT_FALSE(readDailyOutput(dir.file("gone.out"), record, errors));
+    EXPECT_FALSE(readDailyOutput(dir.file("gone.out"), outputs, errors));
     EXPECT_EQ(errors, "ERROR, can't open daily output file \"" + dir.file("gone.out") + "\".\n");
 }
 
@@ -151,9 +151,9 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
     co2 += "time,resp(1),resp(2),totsysc\n1990.5,100,200,300\n1991.5,101,201,1e999\n";
     sbtest::writeFile(dir.file("sb.CO2.csv"), co2);
     sbtest::writeFile(dir.file("sb.nps.csv"), "time,aminrl(1),aminrl(2),aminrl(3)\n1990,5,6,7\n1991,8,9,10\n");
-    tellura_control_record record = sbtest::recordWithBlocks({});
+    tellura_outputs outputs;
     std::string errors;
-    EXPECT_TRUE(readCsvOutputs(dir.path(), record, errors));
+    EXPECT_TRUE(readCsvOutputs(dir.path(), outputs, errors));
     EXPECT_EQ(errors,
               "2 years read, from 1990 to 1991.\n"
               "ERROR, unable to open output file: " +
@@ -167,7 +167,7 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
                   "2 years read, from 1990 to 1991.\n"
                   "ERROR, unable to open output file: " +
                   dir.file("sb.wt.csv") + "\n");
-    const auto& annual = record.outputs.annual;
+    const auto& annual = outputs.annual;
     ASSERT_EQ(annual.size(), 2u);
     EXPECT_FLOAT_EQ(cell(annual[0], "agcacc"), 1.0f);
     EXPECT_FLOAT_EQ(cell(annual[0], "stdedc"), 12.0f);
@@ -177,8 +177,8 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
     EXPECT_FLOAT_EQ(cell(annual[1], "resp(1)"), 101.0f);
     EXPECT_EQ(annual[1].number("totsysc"), 0.0);
     EXPECT_FLOAT_EQ(cell(annual[1], "aminrl(3)"), 10.0f);
-    ASSERT_TRUE(record.outputs.hasEndOfRun);  // the last year's mineral pools
-    EXPECT_FLOAT_EQ(cell(record.outputs.endOfRun, "aminrl(1)"), 8.0f);
+    ASSERT_TRUE(outputs.hasEndOfRun);  // the last year's mineral pools
+    EXPECT_FLOAT_EQ(cell(outputs.endOfRun, "aminrl(1)"), 8.0f);
 }
 
 TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {

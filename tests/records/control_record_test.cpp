@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "app/text_format.h"
-#include "modeloutput/output_table_text.h"
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -84,7 +83,7 @@ TEST(ControlRecordStorage, WrittenRecordReadsBackWhole) {
     ASSERT_TRUE(writeControlRecord(written, project.db(), errors)) << errors;
     EXPECT_FALSE(written.modified);
     tellura_control_record read;
-    ASSERT_TRUE(readControlRecord(project.db(), 42, false, read, errors)) << errors;
+    ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.row, written.row);
     EXPECT_EQ(read.site, written.site);
     EXPECT_EQ(read.blocks, written.blocks);
@@ -104,7 +103,7 @@ TEST(ControlRecordStorage, WritingUnderAnExistingIdReplacesEverything) {
     second.row.setText("Description", "Replaced");
     ASSERT_TRUE(writeControlRecord(second, project.db(), errors)) << errors;
     tellura_control_record read;
-    ASSERT_TRUE(readControlRecord(project.db(), 7, false, read, errors)) << errors;
+    ASSERT_TRUE(readControlRecord(project.db(), 7, read, errors)) << errors;
     EXPECT_EQ(read.description(), "Replaced");
     EXPECT_EQ(read.blocks.size(), 1u);
 }
@@ -116,12 +115,12 @@ TEST(ControlRecordStorage, MissingRecordKeepsDefaults) {
     read.row.setText("Description", "Edited");
     tellura_control_record expected = read;
     std::string errors;
-    EXPECT_FALSE(readControlRecord(project.db(), 3, false, read, errors));
+    EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
     EXPECT_EQ(errors, "ERROR, can't find record, ID=3, in [Control Records].\n");
     EXPECT_EQ(read.row, expected.row);
     project.dropTable(table_id::control_records);
     errors.clear();
-    EXPECT_FALSE(readControlRecord(project.db(), 3, false, read, errors));
+    EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to open control record table.\n", 0), 0u) << errors;
 }
 
@@ -139,7 +138,7 @@ TEST(ControlRecordStorage, AFailingPartDoesNotStopTheOthers) {
         << errors;
     errors.clear();
     tellura_control_record read;
-    EXPECT_FALSE(readControlRecord(project.db(), 9, false, read, errors));
+    EXPECT_FALSE(readControlRecord(project.db(), 9, read, errors));
     EXPECT_EQ(errors, "ERROR, unable to open site table.\n");
     EXPECT_EQ(read.row, r.row);  // the row and the blocks were written all the same
     EXPECT_EQ(read.blocks, r.blocks);
@@ -174,7 +173,7 @@ TEST(ControlRecordStorage, RecordWithoutSiteRowIsReported) {
     ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
     project.db().execute("DELETE * FROM `Site Data` WHERE ID = 9");
     tellura_control_record read;
-    EXPECT_FALSE(readControlRecord(project.db(), 9, false, read, errors));
+    EXPECT_FALSE(readControlRecord(project.db(), 9, read, errors));
     EXPECT_EQ(errors, "Error, no matching records in Site table\n");
 }
 
@@ -205,7 +204,7 @@ TEST(ControlRecordStorage, DeleteRemovesEverythingUnderTheId) {
     ASSERT_TRUE(writeControlRecord(b, project.db(), errors));
     ASSERT_TRUE(deleteControlRecord(project.db(), 1, errors)) << errors;
     tellura_control_record read;
-    EXPECT_FALSE(readControlRecord(project.db(), 1, false, read, errors));
+    EXPECT_FALSE(readControlRecord(project.db(), 1, read, errors));
     errors.clear();
     for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events}) {
         db_status status;
@@ -213,7 +212,7 @@ TEST(ControlRecordStorage, DeleteRemovesEverythingUnderTheId) {
         ASSERT_TRUE(rows);
         EXPECT_TRUE(rows->moveFirst().endOfRowset()) << tableName(table);
     }
-    ASSERT_TRUE(readControlRecord(project.db(), 2, false, read, errors)) << errors;
+    ASSERT_TRUE(readControlRecord(project.db(), 2, read, errors)) << errors;
     EXPECT_EQ(read.blocks, b.blocks);
 }
 
@@ -254,10 +253,6 @@ TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
     appendClimateMeansText(stations.stations[0], expected);
     for (const tellura_event_block& b : r.blocks) appendEventBlockText(b, expected);
     EXPECT_EQ(controlRecordText(r, stations), expected);
-    // With annual outputs the text ends with them, one comma-separated line per year.
-    r.outputs.annualFor(1990).setNumber("somsc", 4321.5);
-    r.outputs.annualFor(1991);
-    EXPECT_EQ(controlRecordText(r, stations), expected + annualOutputCsv(r.outputs));
 }
 
 TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
@@ -281,52 +276,6 @@ TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
     EXPECT_EQ(items.idItem, record_clipboard::encodeId(42));
     EXPECT_EQ(items.text, controlRecordText(r, stations));
     EXPECT_STREQ(record_clipboard::kFormatName, "SoilbenchControl");
-}
-
-TEST(RecordClipboard, PasteCopiesUnderTheNewIdWithOutputs) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    tellura_control_record r = sampleRecord(42);
-    r.outputs.annualFor(1990).setNumber("somsc", 4321.5);
-    ASSERT_TRUE(writeControlRecord(r, project.db(), errors, nullptr, true)) << errors;
-    ASSERT_TRUE(pasteRecord(project.db(), record_clipboard::encodeId(42), 43, errors)) << errors;
-    tellura_control_record copy;
-    ASSERT_TRUE(readControlRecord(project.db(), 43, true, copy, errors)) << errors;
-    EXPECT_EQ(copy.id(), 43);
-    EXPECT_EQ(copy.site.integer(0), 43);
-    EXPECT_EQ(copy.description(), "Plot 42");
-    EXPECT_EQ(copy.blocks, r.blocks);
-    ASSERT_EQ(copy.outputs.annual.size(), 1u);
-    EXPECT_EQ(copy.outputs.annual[0].id(), 43);
-    EXPECT_EQ(copy.outputs.annual[0].year(), 1990);
-    EXPECT_FLOAT_EQ(static_cast<float>(copy.outputs.annual[0].number("somsc")), 4321.5f);
-
-    // An 8-byte item changes nothing; an ID the project lacks gives the read error.
-    EXPECT_FALSE(pasteRecord(project.db(), std::string(8, '\0'), 44, errors));
-    EXPECT_EQ(errors, "Binary item size is invalid.\r\n");
-    errors.clear();
-    EXPECT_FALSE(pasteRecord(project.db(), record_clipboard::encodeId(99), 44, errors));
-    EXPECT_EQ(errors, "ERROR, can't find record, ID=99, in [Control Records].\n");
-    EXPECT_FALSE(readControlRecord(project.db(), 44, false, copy, errors));
-}
-
-TEST(RecordClipboard, PasteStopsWhenTheOutputsCannotBeRead) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    tellura_control_record r = sampleRecord(42);
-    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
-    setControlRecordOutputStore({nullptr, [](database&, int32_t, tellura_outputs&, std::string& e) {
-                                     e += "READ FAILED\n";
-                                     return false;
-                                 }});
-    bool pasted = pasteRecord(project.db(), record_clipboard::encodeId(42), 43, errors);
-    setControlRecordOutputStore({});  // back to the output tables
-    EXPECT_FALSE(pasted);
-    EXPECT_EQ(errors, "READ FAILED\n");
-    tellura_control_record copy;
-    EXPECT_FALSE(readControlRecord(project.db(), 43, false, copy, errors));
 }
 
 }  // namespace

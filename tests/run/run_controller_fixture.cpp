@@ -9,7 +9,6 @@
 #include "app/text_format.h"
 #include "modelinput/run_files_import.h"
 #include "records/new_project.h"
-#include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
 
 namespace sbtest {
@@ -70,7 +69,7 @@ run_project::run_project(int records, int years) : records_(records), settings_(
     EXPECT_TRUE(sb::importRunFiles(*db_, std::string(SB_SHARE_DIR) + "/demo/", "demo.sch", kVersion, 1, errors))
         << errors;
     sb::tellura_control_record base;
-    EXPECT_TRUE(sb::readControlRecord(*db_, 1, false, base, errors)) << errors;
+    EXPECT_TRUE(sb::readControlRecord(*db_, 1, base, errors)) << errors;
     for (int id = 1; id <= records; ++id) {
         sb::tellura_control_record record = base;
         record.setId(id);
@@ -119,7 +118,7 @@ long run_project::storedOutputRows(int32_t id) {
 void run_project::setText(int32_t id, const char* column, const std::string& value) {
     std::string errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+    ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
     ASSERT_TRUE(record.row.setText(column, value)) << column;
     ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
 }
@@ -127,7 +126,7 @@ void run_project::setText(int32_t id, const char* column, const std::string& val
 void run_project::setNumber(int32_t id, const char* column, double value) {
     std::string errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+    ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
     ASSERT_TRUE(record.row.setNumber(column, value)) << column;
     ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
 }
@@ -136,7 +135,7 @@ void run_project::saveInIdOrder() {
     std::string errors;
     for (int32_t id = 1; id <= records_; ++id) {
         sb::tellura_control_record record;
-        ASSERT_TRUE(sb::readControlRecord(*db_, id, false, record, errors)) << errors;
+        ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
         ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
     }
 }

@@ -45,7 +45,7 @@ std::string comparable(const std::string& text, const run_project& project) {
 void splitBlock(run_project& project, int32_t id, int splitYear, int firstNumber, const char* laterCrop) {
     std::string errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), id, false, record, errors)) << errors;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), id, record, errors)) << errors;
     ASSERT_EQ(record.blocks.size(), 1u);
     sb::tellura_event_block later = record.blocks[0];
     record.blocks[0].lastYear = static_cast<int16_t>(splitYear - 1);
@@ -201,7 +201,7 @@ TEST_F(RunSetBlocks, ChosenOrderIsTheScheduleOrder) {
     // The stored record keeps its blocks as they were.
     sb::tellura_control_record record;
     std::string errors;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, false, record, errors)) << errors;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
     ASSERT_EQ(record.blocks.size(), 2u);
     EXPECT_EQ(record.blocks[0].lastYear, 1994);
 }

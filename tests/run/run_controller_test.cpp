@@ -36,7 +36,7 @@ protected:
         std::string loadErrors;
         EXPECT_TRUE(controller.loadProjectData(loadErrors)) << loadErrors;
         sb::tellura_control_record record;
-        EXPECT_TRUE(sb::readControlRecord(project.db(), 1, false, record, loadErrors)) << loadErrors;
+        EXPECT_TRUE(sb::readControlRecord(project.db(), 1, record, loadErrors)) << loadErrors;
         return sb::precheck(record, version, controller.soils(), controller.stations(), controller.optionLists(),
                             errors);
     }
@@ -45,7 +45,7 @@ protected:
     void setFirstEventItem(int type, const std::string& item) {
         std::string errors;
         sb::tellura_control_record record;
-        ASSERT_TRUE(sb::readControlRecord(project.db(), 1, false, record, errors)) << errors;
+        ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
         for (auto& event : record.blocks.at(0).events)
             if (event.type == type) {
                 event.item = item;
@@ -146,9 +146,10 @@ protected:
 TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
     sb::run_controller controller(project.db(), project.settings());
     sb::tellura_control_record record;
+    sb::tellura_outputs outputs;
     std::string runLog, errors;
     ASSERT_TRUE(controller.loadAndCheck(1, record, errors)) << errors;
-    ASSERT_TRUE(controller.runLoadedRecord(record, {}, runLog, errors)) << errors;
+    ASSERT_TRUE(controller.runLoadedRecord(record, outputs, {}, runLog, errors)) << errors;
     EXPECT_EQ(errors, "108 records read, from years 1990 to 1998.\n");
     EXPECT_TRUE(record.runDone);
 
@@ -164,7 +165,7 @@ TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
     // What is stored is what was read, row for row.
     sb::tellura_outputs stored;
     ASSERT_TRUE(sb::readOutputs(project.db(), 1, stored, errors)) << errors;
-    auto read = record.outputs.monthlyInOrder();
+    auto read = outputs.monthlyInOrder();
     auto back = stored.monthlyInOrder();
     ASSERT_EQ(back.size(), 108u);
     ASSERT_EQ(read.size(), back.size());
@@ -188,7 +189,7 @@ TEST_F(RunOneRecord, NewOutputsReplaceTheOldOnes) {
     ASSERT_EQ(project.storedOutputRows(1), 108);
     // Five years fewer: the rows of the dropped years must go too.
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, false, record, errors));
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors));
     record.blocks[0].lastYear = 1994;
     ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors));
     errors.clear();
@@ -246,12 +247,13 @@ TEST_F(RunOneRecord, FailedModelRunsAreReportedAndLeaveNoOldOutputsStanding) {
 TEST_F(RunOneRecord, HangingModelCanBeEndedWhileItRuns) {
     sb::run_controller controller(project.db(), project.settings());
     sb::tellura_control_record record;
+    sb::tellura_outputs outputs;
     std::string runLog, errors;
     ASSERT_TRUE(controller.loadAndCheck(1, record, errors)) << errors;
     standin_mode mode("hang");
     const double started = monotonicSeconds();
     auto endAfterHalfASecond = [started] { return monotonicSeconds() - started > 0.5; };
-    EXPECT_FALSE(controller.runLoadedRecord(record, {}, runLog, errors, endAfterHalfASecond));
+    EXPECT_FALSE(controller.runLoadedRecord(record, outputs, {}, runLog, errors, endAfterHalfASecond));
     EXPECT_LT(monotonicSeconds() - started, 3.0);
     EXPECT_EQ(errors, "Process Cancelled/Error\n");
     EXPECT_NE(runLog.find("stand-in model: hang mode"), std::string::npos) << runLog;

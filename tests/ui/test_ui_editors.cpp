@@ -320,7 +320,7 @@ private slots:
         });
         tellura_control_record r;
         std::string errors;
-        QVERIFY(readControlRecord(db(), 1, false, r, errors));
+        QVERIFY(readControlRecord(db(), 1, r, errors));
         QCOMPARE(r.description(), std::string("Edited"));
         QCOMPARE(r.site.number("SNOW"), 12.5);
         QCOMPARE(window_->document()->currentId(), 1);

@@ -223,7 +223,7 @@ private slots:
         QVERIFY(!w.document()->moveToId(6, errors));
         tellura_control_record gone;
         errors.clear();
-        QVERIFY(!readControlRecord(w.document()->db(), 6, false, gone, errors));
+        QVERIFY(!readControlRecord(w.document()->db(), 6, gone, errors));
     }
 
     void copyThenPasteUnderANewId() {
@@ -252,7 +252,7 @@ private slots:
         QCOMPARE(prompt, QStringLiteral("Enter new ID #:"));
         QCOMPARE(w.document()->currentId(), 77);
         tellura_control_record pasted;
-        QVERIFY(readControlRecord(w.document()->db(), 77, false, pasted, errors));
+        QVERIFY(readControlRecord(w.document()->db(), 77, pasted, errors));
         QCOMPARE(QString::fromStdString(pasted.description()), QStringLiteral("Record 2"));
     }
 

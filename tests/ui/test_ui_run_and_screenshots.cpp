@@ -18,6 +18,8 @@
 
 #include "app/app_soilbench.h"
 #include "modelinput/run_files_import.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
 #include "records/new_project.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
@@ -142,15 +144,16 @@ private slots:
         });
         w.runCommand(command_id::copyOutputToInput);
         tellura_control_record after;
-        QVERIFY(readControlRecord(w.document()->db(), 5, true, after, errors));
-        if (after.outputs.annual.empty()) {
+        tellura_outputs outputs;
+        QVERIFY(readControlRecordWithOutputs(w.document()->db(), 5, after, outputs, errors));
+        if (outputs.annual.empty()) {
             QCOMPARE(copied, QStringLiteral("Monthly copied for record.\n"));
             QCOMPARE(after.site.number("AGLIVE(1)"), lastMonth.number("aglive(1)"));
             QCOMPARE(after.site.number("AMINRL(2)"), lastMonth.number("aminrl(2)"));
         } else {
-            QCOMPARE(after.site.number("AGLIVE(1)"), after.outputs.annual.back().number("aglive(1)"));
+            QCOMPARE(after.site.number("AGLIVE(1)"), outputs.annual.back().number("aglive(1)"));
         }
-        QVERIFY(!after.outputs.empty());  // the outputs stay stored with the record
+        QVERIFY(!outputs.empty());  // the outputs stay stored with the record
     }
 
     void runSetShowsProgressAndCancelEndsAHangingModel() {
@@ -271,7 +274,7 @@ private slots:
             if (auto* v = qobject_cast<view_events*>(sub->widget())) events = v;
         QVERIFY(events);
         tellura_control_record record;
-        QVERIFY(readControlRecord(w.document()->db(), 5, false, record, errors));
+        QVERIFY(readControlRecord(w.document()->db(), 5, record, errors));
         QVERIFY(!record.blocks.empty());
         QCOMPARE(events->tree()->topLevelItemCount(), int(record.blocks.size()));
         QCOMPARE(events->tree()->topLevelItem(0)->childCount(), int(record.blocks[0].events.size()));
@@ -291,7 +294,7 @@ private slots:
         std::string errors;
         auto db = database::open(project_.toStdString(), errors);
         tellura_control_record record;
-        QVERIFY(readControlRecord(*db, 5, false, record, errors));
+        QVERIFY(readControlRecord(*db, 5, record, errors));
         propsheet_control_record sheet(record, {}, {});
         sheet.tabs()->setCurrentIndex(1);
         QVERIFY(saveShot(sheet, "record-property-sheet.png"));

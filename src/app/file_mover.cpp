@@ -1,4 +1,4 @@
-#include "run/file_mover.h"
+#include "app/file_mover.h"
 
 #include "app/text_format.h"
 

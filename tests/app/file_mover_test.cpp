@@ -1,5 +1,5 @@
 // Keeping daily output files: folders and moves without a shell.
-#include "run/file_mover.h"
+#include "app/file_mover.h"
 #include "test_support.h"
 
 #include <filesystem>

@@ -1,0 +1,44 @@
+#include "modeloutput/record_outputs.h"
+
+#include "modeloutput/output_tables.h"
+#include "modeloutput/tellura_output.h"
+#include "records/record_clipboard.h"
+#include "records/store_session.h"
+#include "records/tellura_control_record.h"
+
+namespace sb {
+
+bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
+                                  std::string& errors) {
+    outputs.clear();
+    const bool ok = readControlRecord(db, id, record, errors);
+    // A record whose row was read carries its ID, even when another part failed.
+    if (!ok && record.id() != id) return false;
+    return readOutputs(db, id, outputs, errors) && ok;
+}
+
+bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
+                                   std::string& errors, const tellura_soil_list* soils) {
+    // The outer session makes the record's own session and the output store one transaction.
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    bool ok = writeControlRecord(record, db, errors, soils);
+    ok = storeOutputs(db, record.id(), outputs, errors) && ok;
+    return s.finish() && ok;
+}
+
+bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors) {
+    tellura_control_record record;
+    tellura_outputs outputs;
+    if (!readControlRecordWithOutputs(db, sourceId, record, outputs, errors)) return false;
+    record.setId(newId);
+    return writeControlRecordWithOutputs(record, outputs, db, errors);
+}
+
+bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors) {
+    int32_t sourceId = 0;
+    if (!record_clipboard::decodeId(idItem, sourceId, errors)) return false;
+    return copyRecord(db, sourceId, newId, errors);
+}
+
+}  // namespace sb

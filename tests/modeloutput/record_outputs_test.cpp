@@ -1,0 +1,155 @@
+// A control record together with its outputs: its text form, reading and saving
+// both, copying both under another ID, and failures of the output store.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "db/database.h"
+#include "modeloutput/output_table_text.h"
+#include "modeloutput/output_tables.h"
+#include "modeloutput/record_outputs.h"
+#include "modeloutput/tellura_output.h"
+#include "output_test_files.h"
+#include "records/record_clipboard.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_weather_station.h"
+
+using namespace sb;
+
+namespace {
+
+tellura_control_record plot(int32_t id) {
+    tellura_control_record r;
+    r.setId(id);
+    r.row.setText("Description", "Plot " + std::to_string(id));
+    return r;
+}
+
+tellura_outputs oneYear(double somsc) {
+    tellura_outputs out;
+    out.annualFor(1990).setNumber("somsc", somsc);
+    return out;
+}
+
+// Puts another output store in the output tables' place for one test.
+struct substitute_store {
+    explicit substitute_store(output_store store) { setOutputStore(std::move(store)); }
+    ~substitute_store() { setOutputStore({}); }
+};
+
+bool failWith(std::string& errors, const char* text) {
+    errors += text;
+    return false;
+}
+
+}  // namespace
+
+TEST(RecordOutputs, TextEndsWithTheAnnualOutputsWhenThereIsAText) {
+    tellura_control_record r = plot(42);
+    tellura_weather_station_list stations;
+    const std::string withoutStation = controlRecordText(r, stations);
+    stations.stations.resize(1);
+    stations.stations[0].id = r.weatherId();
+    const std::string recordText = controlRecordText(r, stations);
+    ASSERT_FALSE(recordText.empty());
+    tellura_outputs twoYears = oneYear(4321.5);
+    twoYears.annualFor(1991);
+    const std::string csv = annualOutputCsv(twoYears);
+    ASSERT_EQ(std::count(csv.begin(), csv.end(), '\n'), 3);  // the column names, then one line per year
+
+    struct text_case {
+        const char* name;
+        std::string text;
+        tellura_outputs outputs;
+        std::string expected;
+    } cases[] = {
+        {"no outputs", recordText, {}, recordText},
+        {"annual outputs", recordText, twoYears, recordText + csv},
+        {"no station, so no text", withoutStation, twoYears, ""},
+    };
+    for (auto& c : cases) {
+        appendAnnualOutputText(c.outputs, c.text);
+        EXPECT_EQ(c.text, c.expected) << c.name;
+    }
+}
+
+TEST(RecordOutputs, PasteCopiesUnderTheNewIdWithOutputs) {
+    sbtest::temp_dir dir;
+    auto db = sbtest::makeOutputProject(dir);
+    ASSERT_TRUE(db);
+    std::string errors;
+    tellura_control_record r = plot(42);
+    tellura_outputs outputs = oneYear(4321.5);
+    ASSERT_TRUE(writeControlRecordWithOutputs(r, outputs, *db, errors)) << errors;
+    ASSERT_TRUE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors)) << errors;
+    tellura_control_record copy;
+    tellura_outputs copied;
+    ASSERT_TRUE(readControlRecordWithOutputs(*db, 43, copy, copied, errors)) << errors;
+    EXPECT_EQ(copy.id(), 43);
+    EXPECT_EQ(copy.site.integer(0), 43);
+    EXPECT_EQ(copy.description(), "Plot 42");
+    EXPECT_EQ(copy.blocks, r.blocks);
+    ASSERT_EQ(copied.annual.size(), 1u);
+    EXPECT_EQ(copied.annual[0].id(), 43);
+    EXPECT_EQ(copied.annual[0].year(), 1990);
+    EXPECT_FLOAT_EQ(static_cast<float>(copied.annual[0].number("somsc")), 4321.5f);
+
+    // An 8-byte item changes nothing; an ID the project lacks gives the read error.
+    EXPECT_FALSE(pasteRecord(*db, std::string(8, '\0'), 44, errors));
+    EXPECT_EQ(errors, "Binary item size is invalid.\r\n");
+    errors.clear();
+    EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(99), 44, errors));
+    EXPECT_EQ(errors, "ERROR, can't find record, ID=99, in [Control Records].\n");
+    EXPECT_FALSE(readControlRecord(*db, 44, copy, errors));
+}
+
+TEST(RecordOutputs, ReadAndPasteStopAtAnUnreadableOutputStore) {
+    sbtest::temp_dir dir;
+    auto db = sbtest::makeOutputProject(dir);
+    ASSERT_TRUE(db);
+    std::string errors;
+    tellura_control_record r = plot(42);
+    ASSERT_TRUE(writeControlRecord(r, *db, errors));
+    substitute_store unreadable(
+        {nullptr, [](database&, int32_t, tellura_outputs&, std::string& e) { return failWith(e, "READ FAILED\n"); }});
+    tellura_control_record read;
+    tellura_outputs outputs;
+    EXPECT_FALSE(readControlRecordWithOutputs(*db, 42, read, outputs, errors));
+    EXPECT_EQ(read.description(), "Plot 42");  // the record itself is read
+    EXPECT_EQ(errors, "READ FAILED\n");
+    errors.clear();
+    EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors));
+    EXPECT_EQ(errors, "READ FAILED\n");
+    EXPECT_FALSE(readControlRecord(*db, 43, read, errors));
+}
+
+TEST(RecordOutputs, SaveStoresTheOutputsInTheRecordsSession) {
+    struct save_case {
+        const char* name;
+        bool storeFails;
+        std::string expectedErrors;
+    } cases[] = {
+        {"store succeeds", false, ""},
+        {"store fails", true, "STORE FAILED\n"},
+    };
+    for (const auto& c : cases) {
+        sbtest::temp_dir dir;
+        auto db = sbtest::makeOutputProject(dir);
+        ASSERT_TRUE(db);
+        int depthAtStore = -1;
+        substitute_store store({[&](database& d, int32_t, tellura_outputs&, std::string& e) {
+                                    depthAtStore = d.sessionDepth();
+                                    return c.storeFails ? failWith(e, "STORE FAILED\n") : true;
+                                },
+                                nullptr});
+        tellura_control_record r = plot(7);
+        tellura_outputs outputs = oneYear(1);
+        std::string errors;
+        EXPECT_EQ(writeControlRecordWithOutputs(r, outputs, *db, errors), !c.storeFails) << c.name;
+        EXPECT_EQ(errors, c.expectedErrors) << c.name;
+        EXPECT_EQ(depthAtStore, 1) << c.name;  // inside the save's own session, not a session of its own
+        // A failing part does not stop the others: the record is saved either way.
+        tellura_control_record back;
+        EXPECT_TRUE(readControlRecord(*db, 7, back, errors)) << c.name << errors;
+    }
+}
