@@ -2,6 +2,7 @@
 
 #include "binary_file.h"
 #include "standin_text.h"
+#include "strict_outputs.h"
 
 #include <cstdio>
 #include <fstream>
@@ -28,26 +29,62 @@ std::string formatName(const char* pattern, const std::string& name) {
 
 }  // namespace
 
-std::string formatListFile(int release, const std::vector<std::string>& names,
+list_format listFormatOfRelease(int release) {
+    list_format format;
+    format.counts = arrayCounts(release);
+    format.narrow = release == 2;
+    format.timeFormat = release == 2 ? "%7.2f" : release == 1 ? "%-11.2f" : "%11.2f";
+    return format;
+}
+
+std::string formatListFile(const list_format& layout, const std::vector<std::string>& names,
                            const std::vector<const layout_entry*>& entries,
                            const std::vector<std::vector<float>>& records) {
-    bool narrow = release == 2;
-    array_counts counts = arrayCounts(release);
+    bool narrow = layout.narrow;
     std::string text = narrow ? "   time  " : "       time";
     for (const std::string& name : names)
         text += narrow ? formatName("%-15.15s", name) : formatName("     %-11.11s", name);
-    text += "\n\n";
-    const char* timeFormat = narrow ? "%7.2f" : release == 1 ? "%-11.2f" : "%11.2f";
+    text += std::string(layout.lineEnd) + layout.lineEnd;
     for (const std::vector<float>& record : records) {
-        text += format(timeFormat, record[0]);
+        std::string row = format(layout.timeFormat, record[0]);
         for (const layout_entry* entry : entries)
-            text += format(narrow ? "%15.4f" : "     %11.4f", record[1 + entry->offset(counts)]);
-        text += "\n";
+            row += format(narrow ? "%15.4f" : "     %11.4f", record[1 + entry->offset(layout.counts)]);
+        text += (layout.dropLeadingZeros ? withoutLeadingZeros(row) : row) + layout.lineEnd;
     }
     return text;
 }
 
-bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console, std::string& errors) {
+namespace {
+
+// The layout of the records: the strict release's reference file, or the
+// release that the record size tells.
+bool listLayout(const std::vector<std::vector<float>>& records, const std::string& exeDir, const strict_list& strict,
+                list_format& format, binary_layout& layout, std::string& errors) {
+    if (strict.release) {
+        if (!layoutCounts(strict.reference->layoutFile, format.counts, errors) ||
+            !layout.readFile(strict.reference->layoutFile, format.counts, errors))
+            return false;
+        format.dropLeadingZeros = strict.release->dropLeadingZero;
+        format.lineEnd = strict.release->windowsLineEnds ? "\r\n" : "\n";
+        int bytes = records.empty() ? format.counts.recordBytes() : static_cast<int>(records[0].size() * 4);
+        if (bytes == format.counts.recordBytes()) return true;
+        errors += "stand-in list100: error: records of " + std::to_string(bytes) + " bytes, the release writes " +
+                  std::to_string(format.counts.recordBytes()) + "\n";
+        return false;
+    }
+    int release = records.empty() ? 4 : releaseOfRecordBytes(static_cast<int>(records[0].size() * 4));
+    if (release == 0) {
+        errors += "stand-in list100: error: unknown record size in the binary file\n";
+        return false;
+    }
+    format = listFormatOfRelease(release);
+    return layout.load(release, exeDir, errors);
+}
+
+}  // namespace
+
+bool writeListFile(const list_request& request, const std::string& exeDir, std::string& console, std::string& errors,
+                   const strict_list& strict) {
     std::string binaryPath = withExtension(request.binaryFile, ".bin");
     std::ifstream binary(binaryPath, std::ios::binary);
     if (!binary) {
@@ -58,18 +95,14 @@ bool writeListFile(const list_request& request, const std::string& exeDir, std::
     bytes << binary.rdbuf();
     std::vector<std::vector<float>> records;
     if (!decodeBinaryFile(bytes.str(), records, errors)) return false;
-    int release = records.empty() ? 4 : releaseOfRecordBytes(static_cast<int>(records[0].size() * 4));
-    if (release == 0) {
-        errors += "stand-in list100: error: unknown record size in " + binaryPath + "\n";
-        return false;
-    }
     std::vector<std::string> requested;
     if (!readLines(request.variablesFile, requested)) {
         errors += "stand-in list100: error: cannot read " + request.variablesFile + "\n";
         return false;
     }
+    list_format format;
     binary_layout layout;
-    if (!layout.load(release, exeDir, errors)) return false;
+    if (!listLayout(records, exeDir, strict, format, layout, errors)) return false;
     std::vector<std::string> names;
     std::vector<const layout_entry*> entries;
     for (const std::string& line : requested) {
@@ -84,12 +117,12 @@ bool writeListFile(const list_request& request, const std::string& exeDir, std::
         entries.push_back(entry);
     }
     std::ofstream out(withExtension(request.listFile, ".lis"), std::ios::binary);
-    out << formatListFile(release, names, entries, records);
+    out << formatListFile(format, names, entries, records);
     if (!out) {
         errors += "stand-in list100: error: cannot write " + withExtension(request.listFile, ".lis") + "\n";
         return false;
     }
-    console += "Stand-in list100: " + std::to_string(records.size()) + " records listed.\n";
+    if (!strict.release) console += "Stand-in list100: " + std::to_string(records.size()) + " records listed.\n";
     return true;
 }
 

@@ -139,9 +139,9 @@ int releaseFromSchedule(const schedule_file& schedule, bool eventFile) {
     return schedule.hasPhShift ? 3 : 6;
 }
 
-bool run_inputs::read(int releaseCode, const run_file_names& names, std::string& errors) {
+bool run_inputs::read(int releaseCode, const run_file_names& names, std::string& errors, bool impliedDecimals) {
     release = releaseCode;
-    bool ok = schedule.read(names.schedule, errors);
+    bool ok = schedule.read(names.schedule, errors, impliedDecimals);
     ok = site.read(names.site, true, errors) && ok;
     ok = fixed.read(names.fixed, true, errors) && ok;
     for (const char* file : kOptionFiles) ok = options[file].read(file, false, errors) && ok;

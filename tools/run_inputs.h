@@ -26,7 +26,8 @@ struct run_inputs {
     int soilLayers = 0;
 
     // Reads every file the release needs from the current directory.
-    bool read(int release, const run_file_names& names, std::string& errors);
+    // `impliedDecimals`: output intervals read as the real daily-step releases read them.
+    bool read(int release, const run_file_names& names, std::string& errors, bool impliedDecimals = false);
     bool outfileWanted(const std::string& fileName) const;
     double siteValue(const char* name, double fallback) const;
     double optionValue(const char* file, const std::string& item, const char* field, double fallback) const;

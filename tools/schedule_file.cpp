@@ -73,20 +73,27 @@ bool readHeader(line_reader& in, schedule_file& schedule) {
         std::string label = lower(line);
         if (label.find("year month option") != std::string::npos) return true;
         if (label.find("ph shift") != std::string::npos) schedule.hasPhShift = true;
-        if (label.find("initial crop") != std::string::npos && !line.empty() && line[0] != ' ')
-            schedule.initialCrop = splitBlanks(line)[0];
+        bool named = !line.empty() && line[0] != ' ';
+        if (label.find("initial crop") != std::string::npos && named) schedule.initialCrop = splitBlanks(line)[0];
+        if (label.find("initial tree") != std::string::npos && named) schedule.initialTree = splitBlanks(line)[0];
+        if (label.find("n input scalar option") != std::string::npos)
+            schedule.nScalingOption = static_cast<int>(parseInteger(splitBlanks(line)[0]).value_or(0));
     }
     return in.fail("missing \"Year Month Option\" line");
 }
 
-bool readInterval(line_reader& in, schedule_block& block) {
+bool readInterval(line_reader& in, schedule_block& block, bool impliedDecimals) {
     if (in.atEnd()) return in.fail("missing output interval");
     std::vector<std::string> tokens = splitBlanks(in.take());
     std::optional<double> value = tokens.empty() ? std::nullopt : parseNumber(tokens[0]);
     if (!value || *value < 0) return in.fail("bad output interval");
+    bool hasPoint = tokens[0].find('.') != std::string::npos;
+    if (impliedDecimals) {  // a fixed-point read: "1" is 0.001 years
+        block.intervalMonths = (hasPoint ? *value : *value / 1000.0) * 12.0;
+        return true;
+    }
     // Releases 3 to 5 are given whole months; the others a fraction of a year.
-    bool inYears = tokens[0].find('.') != std::string::npos;
-    block.intervalMonths = inYears ? *value * 12.0 : *value;
+    block.intervalMonths = hasPoint ? *value * 12.0 : *value;
     return true;
 }
 
@@ -150,13 +157,13 @@ bool readEvent(line_reader& in, const std::string& line, schedule_file& schedule
     return true;
 }
 
-bool readBlock(line_reader& in, schedule_file& schedule, schedule_block& block) {
+bool readBlock(line_reader& in, schedule_file& schedule, schedule_block& block, bool impliedDecimals) {
     if (!in.takeInteger("block last year", block.lastYear)) return false;
     if (!in.takeInteger("repeats", block.repeats)) return false;
     if (!in.takeInteger("output starting year", block.outputStartYear)) return false;
     int outputMonth = 0;
     if (!in.takeInteger("output month", outputMonth)) return false;
-    if (!readInterval(in, block) || !readWeather(in, block)) return false;
+    if (!readInterval(in, block, impliedDecimals) || !readWeather(in, block)) return false;
     while (!in.atEnd()) {
         const std::string& line = in.take();
         if (trimBlanks(line).empty()) continue;
@@ -178,7 +185,7 @@ bool commandTakesItem(const std::string& command) {
     return info && info->takesItem;
 }
 
-bool schedule_file::read(const std::string& path, std::string& errors) {
+bool schedule_file::read(const std::string& path, std::string& errors, bool impliedDecimals) {
     std::vector<std::string> lines;
     if (!readLines(path, lines)) {
         errors += "stand-in model: error: cannot read " + path + "\n";
@@ -194,7 +201,7 @@ bool schedule_file::read(const std::string& path, std::string& errors) {
         schedule_block block;
         block.number = static_cast<int>(blocks.size()) + 1;
         block.firstYear = nextFirstYear;
-        if (!readBlock(in, *this, block)) return false;
+        if (!readBlock(in, *this, block, impliedDecimals)) return false;
         if (block.lastYear < block.firstYear)
             return in.fail("block " + std::to_string(block.number) + " ends before it starts");
         nextFirstYear = block.lastYear + 1;

@@ -33,6 +33,8 @@ struct schedule_file {
     int lastYear = 0;
     std::string siteFile;
     std::string initialCrop;
+    std::string initialTree;
+    int nScalingOption = 0;  // 2: N inputs scaled by the nscale.dat file
     std::vector<schedule_block> blocks;
     // What the file's shape says about the release that it was written for.
     bool hasIdLine = false;       // "#ID name" first line: releases 3 to 6
@@ -40,7 +42,10 @@ struct schedule_file {
     bool dayOfYearDates = false;  // "%04d %03d" dates: the daily-step release
     bool itemsOnOwnLine = false;  // release 2
 
-    bool read(const std::string& path, std::string& errors);
+    // With `impliedDecimals` the output interval is read as the real releases
+    // read it: years, a number without a decimal point having three implied
+    // decimals ("1" is 0.001 years).
+    bool read(const std::string& path, std::string& errors, bool impliedDecimals = false);
 };
 
 // Commands that name an option, and the option file that must hold it.

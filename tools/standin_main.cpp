@@ -9,6 +9,8 @@
 #include "standin_options.h"
 #include "standin_text.h"
 #include "standin_values.h"
+#include "strict_outputs.h"
+#include "strict_release.h"
 #include "test_modes.h"
 #include "text_outputs.h"
 
@@ -33,21 +35,6 @@ bool writeText(const std::string& path, const std::string& content, std::string&
     out << content;
     if (!out) errors += "stand-in model: error: cannot write " + path + "\n";
     return static_cast<bool>(out);
-}
-
-// One binary record per output time: the time, then the three arrays.
-std::vector<std::vector<float>> binaryRecords(const run_inputs& inputs, const binary_layout& layout) {
-    array_counts counts = arrayCounts(inputs.release);
-    standin_values values(inputs);
-    std::vector<std::vector<float>> records;
-    for (const output_time& when : outputTimes(inputs.schedule)) {
-        std::vector<float> record(1 + counts.count1 + counts.count2 + counts.count3, 0.0f);
-        record[0] = when.time;
-        for (const layout_entry& entry : layout.entries())
-            record[1 + entry.offset(counts)] = static_cast<float>(values.value(entry.name, when));
-        records.push_back(std::move(record));
-    }
-    return records;
 }
 
 run_file_names fileNames(const standin_options& options, int release) {
@@ -109,7 +96,7 @@ bool writeOutputs(const standin_options& options, const run_inputs& inputs, cons
     binary_layout layout;
     if (!layout.load(inputs.release, exeDir, errors)) return false;
     console += "Variable layout: " + layout.source() + "\n";
-    std::vector<std::vector<float>> records = binaryRecords(inputs, layout);
+    std::vector<std::vector<float>> records = binaryRecords(inputs, layout, arrayCounts(inputs.release));
     std::string binaryName = binaryFileName(options);
     bool ok = writeText(binaryName, encodeBinaryFile(records, framingOfRelease(inputs.release)), errors);
     if (mode.kind == mode_kind::garbage) spoilFile(binaryName);
@@ -154,6 +141,62 @@ int runList100(const standin_options& options, const std::string& exeDir, const 
     return 0;
 }
 
+// Strict mode: the run directory is read as the real release reads it. Like the
+// release, the stand-in then exits with status 0 whatever happened: only the
+// console tells a good run from a refused one.
+void runStrictModel(const standin_options& options, const release_behaviour& release, const reference_setup& reference,
+                    std::string& console, std::string& errors) {
+    std::string binaryName = binaryFileName(options);
+    std::string scheduleName = options.arg("-s") + ".sch";
+    if (!checkArguments(options, 4, errors) || !readAsRelease(release, reference, scheduleName, console, errors)) {
+        if (!options.arg("-n").empty()) writeRefusedBinary(release, binaryName);
+        return;
+    }
+    run_file_names names;
+    names.schedule = scheduleName;
+    schedule_file schedule;
+    schedule.read(scheduleName, errors, true);
+    names.site = schedule.siteFile;
+    run_inputs inputs;
+    if (!inputs.read(4, names, errors, true)) return writeRefusedBinary(release, binaryName);
+    if (!writeStrictBinary(inputs, release, reference, binaryName, console, errors)) return;
+    if (!writeStrictTextFiles(inputs, release, reference, errors)) return;
+    if (release.year == 2012)  // printed during good runs of that release, which go on
+        console += "ERROR!  N balance boundary check exceeded.\n  (imitated by the stand-in: the run goes on)\n";
+    console += std::string(release.successLine) + "\n";
+}
+
+int runStrict(const standin_options& options, const std::string& exeDir, const test_mode& mode) {
+    const release_behaviour* release = releaseBehaviour(options.strictYear);
+    reference_setup reference;
+    std::string console, errors;
+    if (!reference.load(options.reference, options.referenceOutputs, errors)) {
+        std::fputs(errors.c_str(), stdout);
+        return 2;  // the stand-in itself is not set up: not something the release would do
+    }
+    std::string year = std::to_string(release->year);
+    if (options.list100) {
+        console += "Stand-in list100 (not the list utility), imitating the " + year + " release strictly\n";
+        bool named = options.positional.size() >= 3;
+        if (!named) errors += "stand-in list100: error: expected BINARY LIST VARIABLES file names\n";
+        list_request request;
+        if (named) request = {options.positional[0], options.positional[1], options.positional[2]};
+        if (named && writeListFile(request, exeDir, console, errors, {release, &reference})) {
+            console += "Done.\n";
+            if (release->listStopLine) console += "Stop - Program terminated.\n";
+        }
+    } else {
+        console += "Stand-in model (not the model), imitating the " + year + " release strictly\n";
+        runStrictModel(options, *release, reference, console, errors);
+        if (mode.kind == mode_kind::garbage) spoilFile(binaryFileName(options));
+    }
+    if (mode.kind == mode_kind::error) errors += "stand-in model: error: printed on request (test mode \"error\")\n";
+    if (mode.kind == mode_kind::silent) return 0;
+    std::fputs(console.c_str(), stdout);
+    std::fputs(errors.c_str(), stdout);
+    return 0;
+}
+
 }  // namespace
 }  // namespace standin
 
@@ -176,6 +219,7 @@ int main(int argc, char** argv) {
     }
     runModeBeforeWork(mode);
     std::string exeDir = exeDirectory(argv[0]);
+    if (options.strictYear) return runStrict(options, exeDir, mode);
     int status = options.list100 ? runList100(options, exeDir, mode, console, errors)
                                  : runModel(options, exeDir, mode, console, errors);
     if (mode.kind == mode_kind::error) errors += "stand-in model: error: printed on request (test mode \"error\")\n";

@@ -23,6 +23,12 @@ const char* helpText() {
            "                  the command line (1, 6) or the schedule's shape (2 to 5)\n"
            "  --mode M        test mode (also SB_STANDIN_MODE): normal, hang, crash, crash=abort,\n"
            "                  silent, error, garbage, huge, slow=SECONDS\n"
+           "  --strict YEAR   read the run directory as the real YEAR release does (2012 or 2008;\n"
+           "                  also SB_STANDIN_STRICT), refuse what it refuses with its messages\n"
+           "  --reference DIR that release's own sample set-up (also SB_STANDIN_REFERENCE): the\n"
+           "                  order of names, line counts and columns are read from its files\n"
+           "  --reference-outputs DIR  its sample outputs (also SB_STANDIN_REFERENCE_OUTPUTS);\n"
+           "                  default: DIR with \"inputs\" replaced by \"outputs\"\n"
            "  --help          this text\n"
            "Layout of variables in the binary file: SB_STANDIN_LAYOUT, or\n"
            "<exe dir>/../share/binary-layouts/version<N>.tsv, or a built-in placement.\n";
@@ -46,6 +52,10 @@ standin_options parseOptions(int argc, char** argv) {
     options.list100 = argc > 0 && std::strstr(name ? name + 1 : argv[0], "list100") != nullptr;
     if (const char* release = std::getenv("SB_STANDIN_RELEASE")) options.release = std::atoi(release);
     if (const char* mode = std::getenv("SB_STANDIN_MODE"); mode && *mode) options.mode = mode;
+    if (const char* strict = std::getenv("SB_STANDIN_STRICT"); strict && *strict)
+        options.strictYear = std::atoi(strict);
+    if (const char* dir = std::getenv("SB_STANDIN_REFERENCE")) options.reference = dir;
+    if (const char* dir = std::getenv("SB_STANDIN_REFERENCE_OUTPUTS")) options.referenceOutputs = dir;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         bool hasValue = i + 1 < argc;
@@ -53,6 +63,12 @@ standin_options parseOptions(int argc, char** argv) {
             options.help = true;
         } else if (arg == "--release" && hasValue) {
             options.release = std::atoi(argv[++i]);
+        } else if (arg == "--strict" && hasValue) {
+            options.strictYear = std::atoi(argv[++i]);
+        } else if (arg == "--reference" && hasValue) {
+            options.reference = argv[++i];
+        } else if (arg == "--reference-outputs" && hasValue) {
+            options.referenceOutputs = argv[++i];
         } else if (arg == "--mode" && hasValue) {
             options.mode = argv[++i];
         } else if (kModelFlags.count(arg) && hasValue) {
@@ -66,6 +82,10 @@ standin_options parseOptions(int argc, char** argv) {
     // The list utility's own command line is three file names and no flags.
     if (options.model.empty() && options.positional.size() >= 3) options.list100 = true;
     if (options.release < 0 || options.release > 6) options.problem = "release must be 1 to 6";
+    if (options.strictYear && options.strictYear != 2012 && options.strictYear != 2008)
+        options.problem = "strict mode imitates the 2012 or the 2008 release";
+    if (options.strictYear && options.reference.empty())
+        options.problem = "strict mode needs the release's sample set-up (--reference or SB_STANDIN_REFERENCE)";
     return options;
 }
 

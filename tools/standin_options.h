@@ -12,6 +12,9 @@ struct standin_options {
     bool list100 = false;                      // act as the list utility
     int release = 0;                           // 0: work it out from the arguments and files
     std::string mode = "normal";               // test mode, see --help
+    int strictYear = 0;                        // 2012 or 2008: imitate that real release strictly
+    std::string reference;                     // that release's own sample set-up (inputs)
+    std::string referenceOutputs;              // its sample outputs; derived from `reference` when empty
     std::map<std::string, std::string> model;  // "-s" -> "sb", ...
     std::vector<std::string> positional;       // list utility: binary, list, variables files
     std::string problem;                       // a bad argument

@@ -91,4 +91,18 @@ double standin_values::value(const std::string& name, const output_time& when) c
     return (hash % 1000) / 10.0 + somsc * ((hash >> 10) % 50) / 1000.0 + aglivc * ((hash >> 16) % 10) / 10.0;
 }
 
+std::vector<std::vector<float>> binaryRecords(const run_inputs& inputs, const binary_layout& layout,
+                                              const array_counts& counts) {
+    standin_values values(inputs);
+    std::vector<std::vector<float>> records;
+    for (const output_time& when : outputTimes(inputs.schedule)) {
+        std::vector<float> record(1 + counts.count1 + counts.count2 + counts.count3, 0.0f);
+        record[0] = when.time;
+        for (const layout_entry& entry : layout.entries())
+            record[1 + entry.offset(counts)] = static_cast<float>(values.value(entry.name, when));
+        records.push_back(std::move(record));
+    }
+    return records;
+}
+
 }  // namespace standin

@@ -2,6 +2,7 @@
 // The stand-in's numbers. They are not simulated: they are simple formulas of
 // the inputs (soil clay, fertilizer, the crop's production) and the time, so
 // that tests can tell different set-ups and different output times apart.
+#include "binary_layout.h"
 #include "run_inputs.h"
 
 #include <string>
@@ -20,6 +21,11 @@ struct output_time {
 // first output year; each block's times end with the first one at or after
 // its last year, which is where the readers start the next block.
 std::vector<output_time> outputTimes(const schedule_file& schedule);
+
+// One binary record per output time: the time, then the three arrays with
+// each variable of the layout at its position.
+std::vector<std::vector<float>> binaryRecords(const run_inputs& inputs, const binary_layout& layout,
+                                              const array_counts& counts);
 
 class standin_values {
 public:

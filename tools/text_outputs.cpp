@@ -16,20 +16,14 @@ file_ptr openOutput(const std::string& path, std::string& errors) {
     return file;
 }
 
+}  // namespace
+
 int daysInYear(int year) {
     bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
     return leap ? 366 : 365;
 }
 
-// The day's time with two decimals, cut (not rounded) so that the last days
-// of a year do not read as the next year.
 double dayTime(int year, int day) { return year + std::floor(100.0 * (day - 1) / daysInYear(year)) / 100.0; }
-
-// Trace-gas numbers of one day: nitrogen fluxes follow the fertilizer given so
-// far and the soil's clay, respiration the soil carbon and the season.
-struct day_values {
-    double tmax, tmin, n2oflux, noflux, n2flux, ch4, nit, co2resp;
-};
 
 day_values dayValues(const run_inputs& inputs, const standin_values& values, int year, int day) {
     double clay = inputs.siteValue("clay", 0.2);
@@ -47,6 +41,8 @@ day_values dayValues(const run_inputs& inputs, const standin_values& values, int
     v.co2resp = values.value("somsc", when) / 1000.0 * (2.0 + season);
     return v;
 }
+
+namespace {
 
 // "time" in characters 1-8, five names of 14 characters, "ANNPPT" in 13.
 const char* const kSummaryHeader = "%8s%14s%14s%14s%14s%14s%13s\n";

@@ -1,6 +1,8 @@
 #include "standin_fixture.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <cstdio>
 #include <filesystem>
 
@@ -70,6 +72,59 @@ std::string outfiles() {
 }
 
 }  // namespace
+
+float floatAt(const std::string& bytes, size_t offset) {
+    uint32_t bits = 0;
+    for (int i = 3; i >= 0; --i) bits = (bits << 8) | static_cast<unsigned char>(bytes[offset + i]);
+    float value;
+    std::memcpy(&value, &bits, 4);
+    return value;
+}
+
+uint32_t uint32At(const std::string& bytes, size_t offset) {
+    uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) value = (value << 8) | static_cast<unsigned char>(bytes[offset + i]);
+    return value;
+}
+
+// The 1-byte-marker framing, strictly: format byte 75, physical records
+// "L data L" (129: 128 bytes, record goes on), a final 130 and nothing after.
+bool parseOneByteFraming(const std::string& file, std::vector<std::string>& records,
+                         std::vector<std::vector<int>>* markers) {
+    if (file.empty() || static_cast<unsigned char>(file[0]) != 75) return false;
+    size_t at = 1;
+    std::string record;
+    std::vector<int> recordMarkers;
+    while (at < file.size()) {
+        int marker = static_cast<unsigned char>(file[at++]);
+        if (marker == 130) return at == file.size() && record.empty();
+        if (marker == 0 || marker > 129) return false;
+        size_t length = marker == 129 ? 128 : static_cast<size_t>(marker);
+        if (at + length + 1 > file.size() || static_cast<unsigned char>(file[at + length]) != marker) return false;
+        record.append(file, at, length);
+        recordMarkers.push_back(marker);
+        at += length + 1;
+        if (marker != 129) {
+            records.push_back(record);
+            if (markers) markers->push_back(recordMarkers);
+            record.clear();
+            recordMarkers.clear();
+        }
+    }
+    return false;  // no end byte
+}
+
+bool parseFourByteFraming(const std::string& file, std::vector<std::string>& records) {
+    size_t at = 0;
+    while (at < file.size()) {
+        if (at + 4 > file.size()) return false;
+        uint32_t length = uint32At(file, at);
+        if (at + 8 + length > file.size() || uint32At(file, at + 4 + length) != length) return false;
+        records.push_back(file.substr(at + 4, length));
+        at += 8 + length;
+    }
+    return true;
+}
 
 std::string standinPath() { return binDir() + "/tellura-standin"; }
 

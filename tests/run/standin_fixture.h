@@ -3,7 +3,9 @@
 // stand-in model linked into it as the model executable (and list utility).
 #include "test_support.h"
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace sbtest {
 
@@ -33,6 +35,14 @@ private:
 };
 
 std::string standinPath();
+
+// Little-endian numbers in a binary output file.
+float floatAt(const std::string& bytes, size_t offset);
+uint32_t uint32At(const std::string& bytes, size_t offset);
+// The two framings of the binary output, parsed strictly into logical records.
+bool parseOneByteFraming(const std::string& file, std::vector<std::string>& records,
+                         std::vector<std::vector<int>>* markers = nullptr);
+bool parseFourByteFraming(const std::string& file, std::vector<std::string>& records);
 // Runs a command in a directory through popen, returning its output (tests only).
 std::string runInDirectory(const std::string& directory, const std::string& command);
 
