@@ -17,16 +17,28 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#else
 #include <unistd.h>
+#endif
 
 namespace standin {
 namespace {
 
 std::string exeDirectory(const char* argv0) {
     char buffer[4096];
-    ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+#ifdef _WIN32
+    long length = static_cast<long>(GetModuleFileNameA(nullptr, buffer, sizeof buffer));
+#else
+    long length = static_cast<long>(readlink("/proc/self/exe", buffer, sizeof buffer - 1));
+#endif
     std::string path = length > 0 ? std::string(buffer, static_cast<size_t>(length)) : argv0;
-    size_t slash = path.rfind('/');
+    size_t slash = path.find_last_of("/\\");
     return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 

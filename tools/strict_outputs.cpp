@@ -98,7 +98,7 @@ bool writeYearSummary(const std::string& header, const run_inputs& inputs, const
         std::string row = fixed(8, 2, year + 0.92);
         for (size_t c = 1; c < columns.size(); ++c) {
             double value = lower(columns[c].name) == "annppt" ? values.precipitation(year)
-                                                               : 365 * columnValue(columns[c].name, v, 0, 180);
+                                                              : 365 * columnValue(columns[c].name, v, 0, 180);
             row += fixed(columns[c].width, 6, value);
         }
         std::fprintf(file.get(), "%s\n", row.c_str());
@@ -149,8 +149,8 @@ bool writeStrictBinary(const run_inputs& inputs, const release_behaviour& releas
     return true;
 }
 
-bool writeStrictTextFiles(const run_inputs& inputs, const release_behaviour& release,
-                          const reference_setup& reference, std::string& errors) {
+bool writeStrictTextFiles(const run_inputs& inputs, const release_behaviour& release, const reference_setup& reference,
+                          std::string& errors) {
     standin_values values(inputs);
     bool ok = true;
     for (const auto& [name, header] : reference.textHeaders) {

@@ -19,8 +19,8 @@ std::string withoutLeadingZeros(std::string line);
 
 bool writeStrictBinary(const run_inputs& inputs, const release_behaviour& release, const reference_setup& reference,
                        const std::string& path, std::string& console, std::string& errors);
-bool writeStrictTextFiles(const run_inputs& inputs, const release_behaviour& release,
-                          const reference_setup& reference, std::string& errors);
+bool writeStrictTextFiles(const run_inputs& inputs, const release_behaviour& release, const reference_setup& reference,
+                          std::string& errors);
 // What a refused run leaves behind: an empty binary file, or one holding only
 // the framing's start and end bytes.
 void writeRefusedBinary(const release_behaviour& release, const std::string& path);

@@ -245,8 +245,7 @@ bool optionsReadable(const run_state& run, const reference_setup& reference, rel
     return true;
 }
 
-bool weatherReadable(const run_state& run, const reference_setup& reference, bool extraDrivers,
-                     std::string& errors) {
+bool weatherReadable(const run_state& run, const reference_setup& reference, bool extraDrivers, std::string& errors) {
     size_t columns = reference.weatherColumns + (extraDrivers ? 3 : 0);  // solrad, rhumid, windsp
     std::set<std::string> files;
     for (const schedule_block& block : run.schedule.blocks)
@@ -320,8 +319,8 @@ bool reference_setup::load(const std::string& inputs, const std::string& outputs
     return true;
 }
 
-bool readAsRelease(const release_behaviour& release, const reference_setup& reference,
-                   const std::string& scheduleFile, std::string& console, std::string& errors) {
+bool readAsRelease(const release_behaviour& release, const reference_setup& reference, const std::string& scheduleFile,
+                   std::string& console, std::string& errors) {
     run_state run;
     if (!run.schedule.read(scheduleFile, errors, true)) return false;
     release_reader reader(release, console, errors);

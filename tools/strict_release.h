@@ -22,10 +22,10 @@ struct release_behaviour {
     int year = 0;  // 2012 or 2008: the release imitated
     const char* successLine = "";
     binary_framing framing = binary_framing::oneByteMarkers;
-    bool siteparExactCount = false;  // refuses sitepar.in with any other line count
-    bool dropLeadingZero = false;    // prints ".1051" for 0.1051 in its Fortran text files
-    bool listStopLine = false;       // the list utility ends with "Stop - Program terminated."
-    bool windowsLineEnds = false;    // its list file lines end in CR LF
+    bool siteparExactCount = false;       // refuses sitepar.in with any other line count
+    bool dropLeadingZero = false;         // prints ".1051" for 0.1051 in its Fortran text files
+    bool listStopLine = false;            // the list utility ends with "Stop - Program terminated."
+    bool windowsLineEnds = false;         // its list file lines end in CR LF
     const char* nscaleMissing = nullptr;  // its message when nscale.dat is missing
     const char* invalidReal = "";         // "%s" is the file's name where the release names it
 
@@ -63,7 +63,7 @@ struct reference_setup {
 // Reads the run directory as the release does, before any simulation. On a
 // refusal the release's messages go to `console` and the result is false;
 // `errors` gets the stand-in's own problems (a file it cannot read).
-bool readAsRelease(const release_behaviour& release, const reference_setup& reference,
-                   const std::string& scheduleFile, std::string& console, std::string& errors);
+bool readAsRelease(const release_behaviour& release, const reference_setup& reference, const std::string& scheduleFile,
+                   std::string& console, std::string& errors);
 
 }  // namespace standin

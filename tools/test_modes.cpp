@@ -7,21 +7,28 @@
 #include <fstream>
 #include <sstream>
 #include <thread>
+#ifndef _WIN32
 #include <unistd.h>
+#endif
 
 namespace standin {
 namespace {
 
 [[noreturn]] void sleepForever() {
-    for (;;) pause();
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
 // Hang mode also starts a helper process that sleeps, so that a time-out
-// must end the whole process group, not only the stand-in.
+// must end the whole process group, not only the stand-in. (The Windows
+// build has no fork: it hangs alone.)
 [[noreturn]] void hang() {
+#ifndef _WIN32
     pid_t helper = fork();
     if (helper == 0) sleepForever();
     std::printf("stand-in model: hang mode, helper process %d\n", static_cast<int>(helper));
+#else
+    std::printf("stand-in model: hang mode\n");
+#endif
     std::fflush(stdout);
     sleepForever();
 }

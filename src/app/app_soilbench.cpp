@@ -110,6 +110,8 @@ private:
         add(kFiles, "OutputPath", &app_.outputPath);
         add(kFiles, "OutputPrefix", &app_.outputPrefix);
         add(kFiles, "BinaryLayouts", &app_.binaryLayouts);
+        add(kFiles, "WineCommand", &app_.wineCommand);
+        add(kFiles, "WinePrefix", &app_.winePrefix);
     }
     void addDailyKeys() {
         for (int number = 1; number <= kOutfileCount; ++number)

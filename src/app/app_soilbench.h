@@ -7,7 +7,8 @@
 //   SaveDailyFirstYear, SaveDailyLastYear, ReadBinaryOutput, Jobs
 // section "Files":
 //   one key per version named after it ("Tellura 4 Agricultural", ...), the same
-//   followed by " LIST100", TelluraHelp, OutputPath, OutputPrefix, BinaryLayouts
+//   followed by " LIST100", TelluraHelp, OutputPath, OutputPrefix, BinaryLayouts,
+//   WineCommand, WinePrefix
 // section "Recent File List": File1..File4.
 // Booleans are stored as 0 or 1; any nonzero integer reads as true.
 //
@@ -62,6 +63,11 @@ public:
     int32_t jobs = 1;
     // Ours: extra binary-layout files of the user's own model builds, ';'-separated.
     std::string binaryLayouts;
+    // Ours: Windows builds (executables ending in ".exe") run through Wine: the
+    // Wine program ("wine" also finds "wine64") and its prefix directory ("":
+    // "~/.local/share/soilbench/wine").
+    std::string wineCommand = "wine";
+    std::string winePrefix;
     // Most recently used project files, newest first, at most 4.
     std::vector<std::string> recentFiles;
 

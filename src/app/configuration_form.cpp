@@ -13,6 +13,8 @@ configuration_form::configuration_form(app_soilbench& settings)
       outputPath(settings.outputPath),
       outputPrefix(settings.outputPrefix),
       readBinaryOutput(settings.readBinaryOutput),
+      wineCommand(settings.wineCommand),
+      winePrefix(settings.winePrefix),
       settings_(settings),
       helpFileText_(settings.helpFile),
       openedModelPaths_(settings.modelExecutables),
@@ -64,6 +66,12 @@ bool configuration_form::accept(std::string& errors) {
         appendf(errors, "Please enter an integer between 0 and %u.\n", kMaxRunTimeout);
         return false;
     }
+    if (trim(wineCommand).empty()) {
+        errors += "Please enter the Wine command, e.g. wine.\n";
+        return false;
+    }
+    settings_.wineCommand = std::string(trim(wineCommand));
+    settings_.winePrefix = std::string(trim(winePrefix));
     settings_.version = static_cast<int16_t>(selectedIndex_ + 1);
     settings_.readBinaryOutput = readBinaryOutput;
     settings_.outputPrefix = outputPrefix;

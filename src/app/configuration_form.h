@@ -14,7 +14,7 @@
 // - Choosing a help file (filter "*.mdb") sets the help file at once; Cancel
 //   does not undo that.
 // - OK copies version, binary output, output prefix and path, record list,
-//   visible console and run timeout back; Cancel changes none of them. A run
+//   visible console, run timeout, Wine command and Wine prefix back; Cancel changes none of them. A run
 //   timeout that is not an integer from 0 to 5000000 refuses OK.
 #include <array>
 #include <string>
@@ -38,6 +38,8 @@ inline constexpr const char* kConfigurationLabels[] = {
     "TELLURA executable locations:",
     "Edit",
     "Read binary output (doesn't work for Daily runs)",
+    "Wine command (.exe builds):",
+    "Wine prefix directory:",
     "OK",
     "Cancel",
 };
@@ -81,9 +83,12 @@ public:
     std::string outputPath;
     std::string outputPrefix;
     bool readBinaryOutput;
+    std::string wineCommand;
+    std::string winePrefix;  // "": the default prefix
 
     // False, with the validation message in `errors`, when the dialog must
-    // stay open; otherwise the settings take the dialog's values.
+    // stay open (a bad run timeout; an empty Wine command); otherwise the
+    // settings take the dialog's values.
     bool accept(std::string& errors);
     void cancel();
 

@@ -51,6 +51,20 @@ int pidfdOpen(pid_t pid) {
 #endif
 }
 
+// Our environment with `changes` ("NAME=value") put in, for posix_spawn.
+std::vector<std::string> childEnvironment(const std::vector<std::string>& changes) {
+    std::vector<std::string> result;
+    auto nameOf = [](const std::string& entry) { return entry.substr(0, entry.find('=')); };
+    for (char** entry = environ; entry && *entry; ++entry) {
+        std::string text = *entry;
+        bool replaced = false;
+        for (const std::string& change : changes) replaced = replaced || nameOf(change) == nameOf(text);
+        if (!replaced) result.push_back(std::move(text));
+    }
+    result.insert(result.end(), changes.begin(), changes.end());
+    return result;
+}
+
 }  // namespace
 
 child_process::~child_process() {
@@ -58,7 +72,7 @@ child_process::~child_process() {
 }
 
 bool child_process::start(const std::vector<std::string>& arguments, const std::string& workingDirectory, int outputFd,
-                          int& errorCode) {
+                          int& errorCode, const std::vector<std::string>& environment) {
     if (arguments.empty()) {
         errorCode = ENOENT;
         return false;
@@ -83,8 +97,13 @@ bool child_process::start(const std::vector<std::string>& arguments, const std::
     argv.push_back(program.data());
     for (size_t i = 1; i < arguments.size(); ++i) argv.push_back(const_cast<char*>(arguments[i].c_str()));
     argv.push_back(nullptr);
+    std::vector<std::string> variables = childEnvironment(environment);
+    std::vector<char*> envp;
+    for (std::string& variable : variables) envp.push_back(variable.data());
+    envp.push_back(nullptr);
     pid_t pid = -1;
-    int result = posix_spawn(&pid, program.c_str(), &setup.actions, &setup.attributes, argv.data(), environ);
+    int result = posix_spawn(&pid, program.c_str(), &setup.actions, &setup.attributes, argv.data(),
+                             environment.empty() ? environ : envp.data());
     if (result != 0) {
         errorCode = result;
         return false;

@@ -20,9 +20,10 @@ public:
 
     // outputFd >= 0: standard output and error go there and standard input is
     // /dev/null; outputFd < 0: all three are inherited (attached to our terminal).
+    // `environment` ("NAME=value") is added to ours, replacing variables of the same name.
     // On failure returns false with the errno of the failed step in errorCode.
     bool start(const std::vector<std::string>& arguments, const std::string& workingDirectory, int outputFd,
-               int& errorCode);
+               int& errorCode, const std::vector<std::string>& environment = {});
     // Waits at most timeoutMs; cancelRequested (may be empty) is polled meanwhile.
     // On a time-out or cancel the whole group is killed before returning.
     wait_result wait(uint32_t timeoutMs, const std::function<bool()>& cancelRequested);

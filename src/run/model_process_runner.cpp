@@ -3,6 +3,7 @@
 #include "app/app_soilbench.h"  // directoryOf: the run directory of an executable
 #include "app/text_format.h"
 #include "run/command_line.h"
+#include "run/wine_launch.h"
 
 #include <filesystem>
 
@@ -26,7 +27,9 @@ bool model_process_runner::runModel(int version, const std::string& modelExecuta
     std::string runDirectory = workingDirectory_.empty() ? directoryOf(modelExecutable) : workingDirectory_;
     std::string commandLine = modelCommandLine(version, modelExecutable, visible);
     deleteStale(runDirectory, staleBinaryFile(version), errors);
-    if (visible) return runner_.runInConsole(commandLine, runDirectory, errors);
+    // Windows programs run captured: Wine's console reads nothing from a terminal.
+    if (visible && !isWindowsProgramName(modelExecutable))
+        return runner_.runInConsole(commandLine, runDirectory, errors);
     return runner_.runCaptured(commandLine, kConsoleFile, runDirectory, false, true, runLog, errors);
 }
 
@@ -35,7 +38,8 @@ bool model_process_runner::runList100(int version, const std::string& list100Exe
     std::string listDirectory = workingDirectory_.empty() ? directoryOf(list100Executable) : workingDirectory_;
     std::string commandLine = list100CommandLine(version, list100Executable);
     deleteStale(listDirectory, "sb.lis", errors);
-    if (inConsole) return runner_.runInConsole(commandLine, listDirectory, errors);
+    if (inConsole && !isWindowsProgramName(list100Executable))
+        return runner_.runInConsole(commandLine, listDirectory, errors);
     return runner_.runCaptured(commandLine, kConsoleFile, listDirectory, false, false, runLog, errors);
 }
 

@@ -24,16 +24,31 @@ void appendStartFailure(std::string& errors, int code, const std::string& comman
     errors += "\n";
 }
 
-// Splits the command line and starts it; reports a failure as the model's
-// process-start message with the errno of the failed step.
+// Splits the command line and starts it (a Windows program through Wine);
+// reports a failure as the model's process-start message with the errno of
+// the failed step.
 bool startProcess(child_process& child, const std::string& commandLine, const std::string& workingDirectory,
-                  int outputFd, std::string& errors) {
-    std::vector<std::string> arguments;
+                  int outputFd, const wine_setup& wine, std::string& errors) {
+    std::vector<std::string> arguments, environment;
     int code = commandLine.empty() ? ENOENT : EINVAL;
-    if (splitCommandLine(commandLine, arguments) && child.start(arguments, workingDirectory, outputFd, code))
-        return true;
+    bool split = splitCommandLine(commandLine, arguments);
+    if (split && isWindowsProgramName(arguments[0]) && !prepareWineLaunch(wine, arguments, environment, errors)) {
+        errors += commandLine + "\n";
+        return false;
+    }
+    if (split && child.start(arguments, workingDirectory, outputFd, code, environment)) return true;
     appendStartFailure(errors, code, commandLine);
     return false;
+}
+
+// A Windows program that did not end in time may be Wine itself hanging.
+void explainWineTimeLimit(const std::string& commandLine, const wine_setup& wine, std::string& errors) {
+    std::vector<std::string> arguments;
+    if (!splitCommandLine(commandLine, arguments) || !isWindowsProgramName(arguments[0])) return;
+    appendf(errors,
+            "The Windows program ran through Wine (\"%s\", prefix \"%s\"); Wine and the program were ended. "
+            "Wine's first start in a new prefix can take a minute.\n",
+            wine.command.c_str(), (wine.prefix.empty() ? defaultWinePrefix() : wine.prefix).c_str());
 }
 
 // The time limit, a cancel, and a crash each leave their own message.
@@ -83,21 +98,6 @@ private:
     int fd_ = -1;
 };
 
-bool isExecutableOnPath(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    if (!path) return false;
-    std::string dirs = path;
-    size_t start = 0;
-    while (start <= dirs.size()) {
-        size_t end = dirs.find(':', start);
-        if (end == std::string::npos) end = dirs.size();
-        std::string candidate = dirs.substr(start, end - start) + "/" + program;
-        if (end > start && access(candidate.c_str(), X_OK) == 0) return true;
-        start = end + 1;
-    }
-    return false;
-}
-
 // A terminal program that stays until the command ends (xterm does; some
 // desktop terminals hand the window to a server and return at once, so xterm
 // is preferred). Empty when there is no display or no terminal.
@@ -105,7 +105,7 @@ std::string findTerminal() {
     const char* display = std::getenv("DISPLAY");
     if (!display || !*display) return "";
     for (const char* program : {"xterm", "x-terminal-emulator"})
-        if (isExecutableOnPath(program)) return program;
+        if (!findOnPath(program).empty()) return program;
     return "";
 }
 
@@ -169,9 +169,10 @@ bool process_runner::runCaptured(const std::string& commandLine, const std::stri
         return false;
     }
     child_process child;
-    if (!startProcess(child, commandLine, workingDirectory, console.fd(), errors)) return false;
+    if (!startProcess(child, commandLine, workingDirectory, console.fd(), wine_, errors)) return false;
     wait_result result = child.wait(runTimeout_, cancel_);
     bool ok = reportWait(result, child, errors);
+    if (result == wait_result::timedOut) explainWineTimeLimit(commandLine, wine_, errors);
     if (result == wait_result::finished) runLog += commandLine + "\nProcess Finished\n";
     // Read also after a time-out or crash, so that what the model printed is kept.
     bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors);
@@ -189,7 +190,7 @@ bool process_runner::runInConsole(const std::string& commandLine, const std::str
         int code = 0;
         started = child.start(terminalArguments(terminal, commandLine, command), workingDirectory, -1, code);
     }
-    if (!started && !startProcess(child, commandLine, workingDirectory, -1, errors)) return false;
+    if (!started && !startProcess(child, commandLine, workingDirectory, -1, wine_, errors)) return false;
     return reportWait(child.wait(runTimeout_, cancel_), child, errors);
 }
 

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "run/wine_launch.h"
+
 namespace sb {
 
 class process_runner {
@@ -17,6 +19,8 @@ public:
     // Asked every few milliseconds while a process runs; when it returns true
     // the process and everything it started are ended ("Process Cancelled/Error").
     void setCancelCheck(std::function<bool()> cancelRequested) { cancel_ = std::move(cancelRequested); }
+    // How programs whose name ends in ".exe" are run through Wine.
+    void setWine(wine_setup wine) { wine_ = std::move(wine); }
 
     // Starts the command line with standard output and error going to the console
     // file (relative to the working directory unless absolute), waits, reads the
@@ -34,6 +38,7 @@ public:
 private:
     uint32_t runTimeout_;
     std::function<bool()> cancel_;
+    wine_setup wine_;
 };
 
 }  // namespace sb

@@ -80,6 +80,7 @@ bool record_runner::run(tellura_control_record& record, tellura_outputs& outputs
 
     process_runner processes(settings_.runTimeout);
     if (cancelNow) processes.setCancelCheck(cancelNow);
+    processes.setWine({settings_.wineCommand, settings_.winePrefix});
     model_process_runner model(processes);
     model.setWorkingDirectory(workDirectory.empty() ? "" : runDirectory);
 

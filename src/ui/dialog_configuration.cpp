@@ -1,5 +1,6 @@
 #include "ui/dialog_configuration.h"
 #include "ui/dialog_buttons.h"
+#include "run/wine_launch.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include "app/configuration_form.h"
+#include "run/wine_launch.h"
 
 namespace sb {
 
@@ -50,6 +52,11 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     locationEdit->setObjectName(QStringLiteral("locationEdit"));
     readBinary_ = new QCheckBox(QStringLiteral("Read binary output (doesn't work for Daily runs)"), this);
     readBinary_->setChecked(f.readBinaryOutput);
+    wineCommand_ = new QLineEdit(QString::fromStdString(f.wineCommand), this);
+    wineCommand_->setObjectName(QStringLiteral("wineCommand"));
+    winePrefix_ = new QLineEdit(QString::fromStdString(f.winePrefix), this);
+    winePrefix_->setObjectName(QStringLiteral("winePrefix"));
+    winePrefix_->setPlaceholderText(QString::fromStdString(defaultWinePrefix()));
     fillLocations();
 
     auto* form = new QFormLayout;
@@ -72,6 +79,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     locationRow->addWidget(locationEdit, 0, Qt::AlignTop);
     form->addRow(locationRow);
     form->addRow(readBinary_);
+    form->addRow(QStringLiteral("Wine command (.exe builds):"), wineCommand_);
+    form->addRow(QStringLiteral("Wine prefix directory:"), winePrefix_);
 
     auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
@@ -90,6 +99,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     setTabOrder(version_, locations_);
     setTabOrder(locations_, locationEdit);
     setTabOrder(locationEdit, readBinary_);
+    setTabOrder(readBinary_, wineCommand_);
+    setTabOrder(wineCommand_, winePrefix_);
 
     connect(version_, &QComboBox::currentIndexChanged, this, [this](int index) {
         form_->selectVersion(index);
@@ -152,6 +163,8 @@ void dialog_configuration::accept() {
     f.outputPath = outputPath_->text().toStdString();
     f.outputPrefix = outputPrefix_->text().toStdString();
     f.readBinaryOutput = readBinary_->isChecked();
+    f.wineCommand = wineCommand_->text().toStdString();
+    f.winePrefix = winePrefix_->text().toStdString();
     f.selectVersion(version_->currentIndex());
     std::string errors;
     if (!f.accept(errors)) {

@@ -47,6 +47,8 @@ private:
     QComboBox* version_;
     QListWidget* locations_;
     QCheckBox* readBinary_;
+    QLineEdit* wineCommand_;
+    QLineEdit* winePrefix_;
 };
 
 }  // namespace sb

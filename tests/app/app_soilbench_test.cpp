@@ -88,6 +88,8 @@ TEST(AppSoilbench, FreshDefaults) {
     EXPECT_EQ(app.outputPrefix, "sb");
     EXPECT_EQ(app.jobs, 1);
     EXPECT_EQ(app.binaryLayouts, "");
+    EXPECT_EQ(app.wineCommand, "wine");
+    EXPECT_EQ(app.winePrefix, "");
     std::vector<int> selected;
     for (int i = 0; i < kOutfileCount; ++i)
         if (app.outfileSelected[i]) selected.push_back(i + 1);
@@ -111,8 +113,8 @@ TEST(AppSoilbench, LoadReadsEveryKeyInOrder) {
     std::vector<std::string> expected = {"read Settings/RunVisible", "read Settings/RecordList",
                                          "read Settings/RunTimeout", "read Settings/TELLURAVersion"};
     append(expected, executableKeys("read"));
-    append(expected,
-           {"read Files/TelluraHelp", "read Files/OutputPath", "read Files/OutputPrefix", "read Files/BinaryLayouts"});
+    append(expected, {"read Files/TelluraHelp", "read Files/OutputPath", "read Files/OutputPrefix",
+                      "read Files/BinaryLayouts", "read Files/WineCommand", "read Files/WinePrefix"});
     append(expected, dailyKeys("read"));
     EXPECT_EQ(store.log, expected);
 }
@@ -123,8 +125,9 @@ TEST(AppSoilbench, SaveWritesEveryKeyInOrder) {
     app.saveSettings(store);
     std::vector<std::string> expected = executableKeys("write");
     append(expected, {"write Files/TelluraHelp", "write Files/OutputPath", "write Files/OutputPrefix",
-                      "write Files/BinaryLayouts", "write Settings/TELLURAVersion", "write Settings/RunVisible",
-                      "write Settings/RecordList", "write Settings/RunTimeout"});
+                      "write Files/BinaryLayouts", "write Files/WineCommand", "write Files/WinePrefix",
+                      "write Settings/TELLURAVersion", "write Settings/RunVisible", "write Settings/RecordList",
+                      "write Settings/RunTimeout"});
     append(expected, dailyKeys("write"));
     EXPECT_EQ(store.log, expected);
     EXPECT_EQ(store.values["Settings/RunVisible"], "1");

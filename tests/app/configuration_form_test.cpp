@@ -113,4 +113,23 @@ TEST(ConfigurationForm, VersionSixIsNeverOfferedNorKept) {
     form.editRowPath(-1, "x");  // ignored
 }
 
+TEST(ConfigurationForm, WineSettingsAreCopiedBackOnlyWhenTheCommandIsGiven) {
+    app_soilbench app;
+    configuration_form form(app);
+    EXPECT_EQ(form.wineCommand, "wine");
+    form.winePrefix = "  /data/wine-prefix ";
+    for (const char* empty : {"", "   "}) {
+        form.wineCommand = empty;
+        std::string errors;
+        EXPECT_FALSE(form.accept(errors));
+        EXPECT_EQ(errors, "Please enter the Wine command, e.g. wine.\n");
+        EXPECT_EQ(app.winePrefix, "");  // nothing was copied
+    }
+    form.wineCommand = "/opt/wine/bin/wine64";
+    std::string errors;
+    EXPECT_TRUE(form.accept(errors)) << errors;
+    EXPECT_EQ(app.wineCommand, "/opt/wine/bin/wine64");
+    EXPECT_EQ(app.winePrefix, "/data/wine-prefix");
+}
+
 }  // namespace

@@ -102,8 +102,8 @@ private:
 
 std::vector<float> recordTimes(const release_setup& setup, const std::string& bytes) {
     std::vector<std::string> records;
-    bool framed = setup.year == 2012 ? sbtest::parseOneByteFraming(bytes, records)
-                                     : sbtest::parseFourByteFraming(bytes, records);
+    bool framed =
+        setup.year == 2012 ? sbtest::parseOneByteFraming(bytes, records) : sbtest::parseFourByteFraming(bytes, records);
     EXPECT_TRUE(framed);
     std::vector<float> times;
     for (const std::string& record : records) {
@@ -124,7 +124,8 @@ TEST(StrictStandin, EachReleaseAcceptsItsOwnSampleSetUp) {
                   run.label("Stand-in model (not the model),"));
         EXPECT_NE(console.find("\n" + success + "status=0\n"), std::string::npos) << console;
         EXPECT_EQ(console.find("error"), std::string::npos) << console;
-        EXPECT_EQ(setup.year == 2012, console.find("ERROR!  N balance boundary check exceeded.\n") != std::string::npos);
+        EXPECT_EQ(setup.year == 2012,
+                  console.find("ERROR!  N balance boundary check exceeded.\n") != std::string::npos);
         EXPECT_GT(recordTimes(setup, sbtest::readFile(run.file("run.bin"))).size(), 100u);
         for (const char* text : {"daily.out", "summary.out", "nflux.out"}) {
             std::string reference = sbtest::samplesDir() + "/" + setup.outputs + "/" + text;
