@@ -66,7 +66,8 @@ bool prepareWineLaunch(const wine_setup& setup, std::vector<std::string>& argume
     const std::string& program = arguments.at(0);
     if (!std::filesystem::exists(program)) return true;  // reported as the usual start failure
     if (!hasWindowsHeader(program)) {
-        appendf(errors, "ERROR, \"%s\" ends in \".exe\" but is not a Windows program (it does not start with \"MZ\").\n",
+        appendf(errors,
+                "ERROR, \"%s\" ends in \".exe\" but is not a Windows program (it does not start with \"MZ\").\n",
                 program.c_str());
         return false;
     }

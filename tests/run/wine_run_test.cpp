@@ -24,15 +24,16 @@ std::string makeExecutable(const std::string& path, const std::string& content) 
 }
 
 TEST(WineLaunch, OnlyNamesEndingInExeAreWindowsPrograms) {
-    const std::pair<const char*, bool> cases[] = {{"/opt/m/tellx.exe", true}, {"LIST100.EXE", true},
-                                                  {"dd.Exe", true},           {"/opt/m/tellx", false},
-                                                  {"tellx.exe.sh", false},    {"exe", false}};
+    const std::pair<const char*, bool> cases[] = {{"/opt/m/tellx.exe", true}, {"LIST100.EXE", true},   {"dd.Exe", true},
+                                                  {"/opt/m/tellx", false},    {"tellx.exe.sh", false}, {"exe", false}};
     for (const auto& [name, windows] : cases) EXPECT_EQ(sb::isWindowsProgramName(name), windows) << name;
 }
 
 TEST(WineLaunch, WhatCannotRunFailsWithAMessageNamingTheProgram) {
     sbtest::temp_dir dir;
-    std::string elf = makeExecutable(dir.file("tellx.exe"), "\x7f" "ELF not a Windows program");
+    std::string elf = makeExecutable(dir.file("tellx.exe"),
+                                     "\x7f"
+                                     "ELF not a Windows program");
     std::string windows = makeExecutable(dir.file("dd.exe"), "MZ\x90");
     struct refusal {
         std::string program, wineCommand, message;
@@ -76,8 +77,7 @@ TEST(WineLaunch, StartsWineWithTheProgramItsPrefixQuietDebugOutputAndNoInput) {
         runner.setWine({command, prefix});
         std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog, errors;
         ASSERT_TRUE(runner.runCaptured(commandLine, "sb.con", dir.file("run"), false, true, runLog, errors)) << errors;
-        EXPECT_EQ(runLog, commandLine + "\nProcess Finished\nargs: " + model + " -s sb -n sb\nprefix: " +
-                              prefix +
+        EXPECT_EQ(runLog, commandLine + "\nProcess Finished\nargs: " + model + " -s sb -n sb\nprefix: " + prefix +
                               "\ndebug: -all\ninput: none\n");
         EXPECT_TRUE(fs::is_directory(prefix));
     }
@@ -88,16 +88,16 @@ TEST(WineLaunch, StartsWineWithTheProgramItsPrefixQuietDebugOutputAndNoInput) {
 
 bool haveWindowsStandin(std::string& reason) {
     if (!fs::exists(SB_WINDOWS_STANDIN))
-        reason = "the Windows build of the stand-in was not built (no mingw-w64 cross compiler, package "
-                 "g++-mingw-w64-x86-64)";
-    else if (sb::resolveWineProgram("wine").empty())
-        reason = "Wine is not installed (packages wine and wine64)";
+        reason =
+            "the Windows build of the stand-in was not built (no mingw-w64 cross compiler, package "
+            "g++-mingw-w64-x86-64)";
+    else if (sb::resolveWineProgram("wine").empty()) reason = "Wine is not installed (packages wine and wine64)";
     return reason.empty();
 }
 
-#define SB_REQUIRE_WINDOWS_STANDIN()                 \
-    do {                                             \
-        std::string reason;                          \
+#define SB_REQUIRE_WINDOWS_STANDIN()                             \
+    do {                                                         \
+        std::string reason;                                      \
         if (!haveWindowsStandin(reason)) GTEST_SKIP() << reason; \
     } while (0)
 
