@@ -84,6 +84,24 @@ TEST(WineLaunch, StartsWineWithTheProgramItsPrefixQuietDebugOutputAndNoInput) {
     setenv("PATH", path.c_str(), 1);
 }
 
+// Wine itself hanging (here a stand-in for it that never ends) is ended at the
+// time limit, with the message saying it ran through Wine.
+TEST(WineLaunch, HangingWineIsEndedAtTheTimeLimit) {
+    sbtest::temp_dir dir;
+    std::string wine = makeExecutable(dir.file("hanging-wine"), "#!/bin/sh\nsleep 30 &\nexec sleep 30\n");
+    std::string model = makeExecutable(dir.file("DD.EXE"), "MZ");
+    sb::process_runner runner(300);
+    runner.setWine({wine, dir.file("prefix")});
+    std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog, errors;
+    EXPECT_FALSE(runner.runCaptured(commandLine, "sb.con", dir.path(), false, true, runLog, errors));
+    EXPECT_EQ(errors,
+              "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
+              "milliseconds\".\nThe Windows program ran through Wine (\"" +
+                  wine + "\", prefix \"" + dir.file("prefix") +
+                  "\"); Wine and the program were ended. Wine's first start in a new prefix can take a minute.\n"
+                  "ERROR in read_console - console file is empty.\n");
+}
+
 // --- The Windows build of the stand-in under the real Wine -----------------------
 
 bool haveWindowsStandin(std::string& reason) {
