@@ -8,6 +8,9 @@
 #include "run_controller_fixture.h"
 
 #include <chrono>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 #include <filesystem>
 #include <thread>
 
@@ -119,6 +122,16 @@ bool haveWindowsStandin(std::string& reason) {
         if (!haveWindowsStandin(reason)) GTEST_SKIP() << reason; \
     } while (0)
 
+// The Wine tests share one prefix: the first to start makes it, alone.
+class wine_prefix_lock {
+public:
+    wine_prefix_lock() : fd_(open(SB_WINE_TEST_PREFIX ".lock", O_CREAT | O_RDWR, 0644)) { flock(fd_, LOCK_EX); }
+    ~wine_prefix_lock() { close(fd_); }
+
+private:
+    int fd_;
+};
+
 // The model and the list utility configured as Windows paths ("z:\...\x.exe").
 void useWindowsStandin(sbtest::run_project& project) {
     auto configure = [&](const char* name) {
@@ -136,6 +149,7 @@ void useWindowsStandin(sbtest::run_project& project) {
 
 TEST(WindowsStandin, RunsThroughWineAndStoresWhatTheLinuxBuildStores) {
     SB_REQUIRE_WINDOWS_STANDIN();
+    wine_prefix_lock lock;
     sbtest::run_project native(1, 10), windows(1, 10);
     useWindowsStandin(windows);
     for (sbtest::run_project* project : {&native, &windows}) {
@@ -163,6 +177,7 @@ int processesNaming(const std::string& path) {
 
 TEST(WindowsStandin, TimeLimitEndsTheWindowsProgram) {
     SB_REQUIRE_WINDOWS_STANDIN();
+    wine_prefix_lock lock;
     sbtest::run_project project(1, 10);
     useWindowsStandin(project);
     project.settings().runTimeout = 8000;
