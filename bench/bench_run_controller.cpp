@@ -44,7 +44,7 @@ public:
         fs::create_directories(folder_ / "model");
         db_ = sb::createNewProject((folder_ / "runs.sbproj").string(), errors_);
         if (!db_) return;
-        const std::string demo = std::string(SB_BIN_DIR) + "/../share/demo/";
+        const std::string demo = std::string(SB_BIN_DIR) + "/../share/soilbench/demo/";
         if (!sb::importRunFiles(*db_, demo, "demo.sch", kVersion, 1, errors_)) return;
         sb::tellura_control_record record;
         sb::readControlRecord(*db_, 1, record, errors_);

@@ -1,15 +1,15 @@
 // soilbench demo: the main job. Builds a demo project from the set-up shipped
-// with the program (share/demo: option files, a site, a soil, a weather
+// with the program (share/soilbench/demo: option files, a site, a soil, a weather
 // station with daily history, a schedule), adds variants (soils, rotations,
 // fertiliser levels), runs them all through the stand-in model (a small
 // program of ours that writes outputs in the model's formats: it is not the
 // model) with one record per core at once, stores the outputs, prints a
 // summary and draws a chart.
-#include <QCoreApplication>
 #include <filesystem>
 #include <iostream>
 #include <thread>
 
+#include "app/program_location.h"
 #include "app/text_format.h"
 #include "chart_png.h"
 #include "cli_context.h"
@@ -55,14 +55,16 @@ const rotation_variant kRotations[] = {
 // Fertiliser options of the demo's fert.100, from none to a high rate.
 const char* const kFertilizers[] = {"N0", "N45", "N90", "N135"};
 
-std::string demoSetupDirectory() {
-    return (fs::path(QCoreApplication::applicationDirPath().toStdString()) / ".." / "share" / "demo")
-        .lexically_normal()
-        .string();
-}
+std::string demoSetupDirectory() { return (fs::path(sb::dataDirectory()) / "demo").string(); }
 
-std::string besideProgram(const char* name) {
-    return (fs::path(QCoreApplication::applicationDirPath().toStdString()) / name).string();
+std::string besideProgram(const char* name) { return (fs::path(sb::programDirectory()) / name).string(); }
+
+// The stand-in sits beside this program in a build tree; an installed tree
+// keeps it off the command path, in libexec/soilbench/.
+std::string standinProgram(const char* name) {
+    std::error_code ec;
+    if (fs::exists(besideProgram(name), ec)) return besideProgram(name);
+    return (fs::path(sb::programDirectory()) / ".." / "libexec" / "soilbench" / name).lexically_normal().string();
 }
 
 // The demo's own settings: the stand-in model as release 4, run quietly, one
@@ -73,8 +75,13 @@ std::string linkInto(const fs::path& folder, const char* program, std::string& e
     std::error_code ec;
     fs::create_directories(folder, ec);
     fs::path link = folder / program;
+    const std::string target = standinProgram(program);
+    if (!fs::exists(target, ec)) {
+        sb::appendf(errors, "ERROR, the stand-in model is missing: %s.\n", target.c_str());
+        return link.string();
+    }
     fs::remove(link, ec);
-    fs::create_symlink(besideProgram(program), link, ec);
+    fs::create_symlink(target, link, ec);
     if (ec) sb::appendf(errors, "ERROR, unable to link \"%s\": %s.\n", link.c_str(), ec.message().c_str());
     return link.string();
 }
@@ -199,7 +206,9 @@ int cmdDemo(const demo_options& opt) {
     if (!addVariants(*db, errors, records)) return finish(false, errors);
     std::cout << "Project with " << records << " records: " << project << "\n";
 
-    sb::app_soilbench settings = demoSettings(dir, errors);
+    std::string setupErrors;
+    sb::app_soilbench settings = demoSettings(dir, setupErrors);
+    if (!setupErrors.empty()) return finish(false, errors + setupErrors);
     sb::run_controller controller(*db, settings);
     sb::run_set_options runSet;
     runSet.jobs = settings.jobs;

@@ -13,6 +13,7 @@
 #include <QApplication>
 #endif
 
+#include "app/program_version.h"
 #include "cli_options.h"
 
 using namespace sbcli;
@@ -43,6 +44,33 @@ std::unique_ptr<QCoreApplication> makeQtApplication(int& argc, char** argv) {
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 
+// "soilbench 0.1.0 (git 1a2b3c4)" and the date of the sources on a second line.
+std::string versionText() {
+    std::string text = "soilbench " + sb::programVersion();
+    if (!sb::programSourceDate().empty()) text += "\nSource date: " + sb::programSourceDate();
+    return text;
+}
+
+// The end of the main help, laid out as the option lists are (the manual page
+// is made from the help texts).
+constexpr const char* kHelpFooter =
+    "Environment:\n"
+    "  SOILBENCH_PROFILE           the per-user profile to use instead of ~/.config/Varnak/Soilbench.ini\n"
+    "  SOILBENCH_DATA_DIR          the folder of the files shipped with the program (help file, binary\n"
+    "                              layouts, demo set-up) instead of ../share/soilbench beside the program\n"
+    "\n"
+    "Files:\n"
+    "  ~/.config/Varnak/Soilbench.ini\n"
+    "                              the per-user profile: model executables, run settings\n"
+    "  ../share/soilbench          beside the program's folder (/usr/share/soilbench when installed from\n"
+    "                              the package): help file, binary layouts, demo set-up\n"
+    "  ../libexec/soilbench        the stand-in model the demo runs (it is not the model)\n"
+    "\n"
+    "Exit status:\n"
+    "  0                           the operation succeeded\n"
+    "  1                           the operation reported an error (messages on standard error)\n"
+    "  2                           the command line was wrong\n";
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -51,9 +79,11 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName("Soilbench");
     std::setlocale(LC_NUMERIC, "C");  // model files use '.' decimals whatever the user's locale
 
-    CLI::App app{"Soilbench: a workbench for the Tellura soil-organic-matter model family"};
+    CLI::App app{"Soilbench: a workbench for the Tellura soil-organic-matter model family", "soilbench"};
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "show help for every subcommand");
+    app.set_version_flag("--version", versionText(), "print the version and exit");
+    app.footer(kHelpFooter);
     static std::function<int()> action;
     auto on = [&](CLI::App* cmd, std::function<int()> fn) { cmd->callback([fn] { action = fn; }); };
 
@@ -212,7 +242,7 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) { return app.exit(e); } catch (const CLI::CallForAllHelp& e) {
         return app.exit(e);
-    } catch (const CLI::ParseError& e) {
+    } catch (const CLI::CallForVersion& e) { return app.exit(e); } catch (const CLI::ParseError& e) {
         app.exit(e);
         return kExitUsage;
     }

@@ -51,6 +51,19 @@ std::string layoutFromIndex(const std::string& dir, int release) {
     return "";
 }
 
+// The workbench's shipped layouts: SOILBENCH_DATA_DIR (as the workbench reads
+// it), else share/soilbench beside bin/ (a build tree) or two levels up from
+// libexec/soilbench/ (an installed tree).
+std::string shippedLayoutDirectory(const std::string& exeDir) {
+    if (const char* data = std::getenv("SOILBENCH_DATA_DIR"); data && *data)
+        return std::string(data) + "/binary-layouts/";
+    for (const char* up : {"/..", "/../.."}) {
+        std::string dir = exeDir + up + "/share/soilbench/binary-layouts/";
+        if (fileExists(dir + "layouts.tsv")) return dir;
+    }
+    return exeDir + "/../share/soilbench/binary-layouts/";
+}
+
 }  // namespace
 
 array_counts arrayCounts(int release) {
@@ -116,7 +129,7 @@ void binary_layout::useDefault(const array_counts& counts) {
 bool binary_layout::load(int release, const std::string& exeDir, std::string& errors) {
     array_counts counts = arrayCounts(release);
     if (const char* path = std::getenv("SB_STANDIN_LAYOUT"); path && *path) return readFile(path, counts, errors);
-    std::string dir = exeDir + "/../share/binary-layouts/";
+    std::string dir = shippedLayoutDirectory(exeDir);
     std::string indexed = layoutFromIndex(dir, release);
     if (!indexed.empty()) return readFile(dir + indexed, counts, errors);
     for (const char* pattern : {"version", "release"}) {

@@ -26,7 +26,7 @@ struct layout_entry {
 
 class binary_layout {
 public:
-    // Looks for SB_STANDIN_LAYOUT, then in <exe dir>/../share/binary-layouts/
+    // Looks for SB_STANDIN_LAYOUT, then in the workbench's share/soilbench/binary-layouts/
     // the release's first file in layouts.tsv, version<N>.tsv or release<N>.tsv;
     // falls back to the built-in placement.
     bool load(int release, const std::string& exeDir, std::string& errors);

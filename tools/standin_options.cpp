@@ -31,7 +31,7 @@ const char* helpText() {
            "                  default: DIR with \"inputs\" replaced by \"outputs\"\n"
            "  --help          this text\n"
            "Layout of variables in the binary file: SB_STANDIN_LAYOUT, or\n"
-           "<exe dir>/../share/binary-layouts/version<N>.tsv, or a built-in placement.\n";
+           "the workbench's share/soilbench/binary-layouts/ (or SOILBENCH_DATA_DIR), or a built-in placement.\n";
 }
 
 int standin_options::releaseFromArguments() const {

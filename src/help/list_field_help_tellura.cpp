@@ -11,6 +11,7 @@
 
 #include "app/app_soilbench.h"
 #include "app/model_version.h"
+#include "app/program_location.h"
 #include "app/text_format.h"
 
 namespace sb {
@@ -180,17 +181,13 @@ std::string list_field_help_tellura::helpBoxText(std::string_view name, int32_t 
     return strprintf("[%s] %s", versionDisplayName(version), help.version->helpText.c_str());
 }
 
-std::string findHelpFile(const std::string& programDir, const app_soilbench& settings) {
+std::string findHelpFile(const std::string& dataDir, const app_soilbench& settings) {
     std::error_code ec;
-    std::filesystem::path beside = std::filesystem::path(programDir) / SB_DATA_DIR_RELATIVE / "SoilbenchHelp.csv";
-    if (!programDir.empty() && std::filesystem::is_regular_file(beside, ec)) return beside.lexically_normal().string();
+    std::filesystem::path shipped = std::filesystem::path(dataDir) / "SoilbenchHelp.csv";
+    if (!dataDir.empty() && std::filesystem::is_regular_file(shipped, ec)) return shipped.lexically_normal().string();
     return localPath(settings.helpFile);
 }
 
-std::string findHelpFile(const app_soilbench& settings) {
-    std::error_code ec;
-    std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
-    return findHelpFile(ec ? std::string() : program.parent_path().string(), settings);
-}
+std::string findHelpFile(const app_soilbench& settings) { return findHelpFile(dataDirectory(), settings); }
 
 }  // namespace sb

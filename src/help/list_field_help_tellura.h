@@ -44,11 +44,11 @@ public:
     std::string helpBoxText(std::string_view name, int32_t table, int version) const;
 };
 
-// The help file to load: <program dir>/../share/SoilbenchHelp.csv when it
-// exists, otherwise the settings' help file (a relative path resolved
-// against the current directory).
+// The help file to load: SoilbenchHelp.csv of the data folder (see
+// app/program_location.h) when it exists, otherwise the settings' help file
+// (a relative path resolved against the current directory).
 std::string findHelpFile(const app_soilbench& settings);
-// Same, with the program directory given (for tests).
-std::string findHelpFile(const std::string& programDir, const app_soilbench& settings);
+// Same, with the data folder given (for tests).
+std::string findHelpFile(const std::string& dataDir, const app_soilbench& settings);
 
 }  // namespace sb

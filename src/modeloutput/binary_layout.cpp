@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include "app/program_location.h"
 #include "app/text_format.h"
 #include "modeloutput/output_line_reader.h"
 
@@ -147,10 +148,7 @@ std::string binary_layout_catalogue::knownSizes(int versionIndex) const {
 }
 
 std::string binary_layout_catalogue::shippedDirectory() {
-    std::error_code ec;
-    std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", ec);
-    std::filesystem::path base = ec ? std::filesystem::current_path(ec) : exe.parent_path();
-    return (base / SB_DATA_DIR_RELATIVE / "binary-layouts").lexically_normal().string();
+    return (std::filesystem::path(dataDirectory()) / "binary-layouts").string();
 }
 
 }  // namespace sb

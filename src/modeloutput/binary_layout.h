@@ -1,7 +1,7 @@
 #pragma once
 // Where each model variable sits in the binary output's three value arrays.
 // The placement belongs to the model build, not to us: the program ships the
-// layouts of the releases it knows (share/binary-layouts/), and users add the
+// layouts of the releases it knows (share/soilbench/binary-layouts/), and users add the
 // layouts of their own builds (the "BinaryLayouts" setting lists extra files).
 //
 // A layout file is tab- or blank-separated text, one variable per line:
@@ -45,7 +45,7 @@ public:
     std::string knownSizes(int versionIndex) const;
     const std::vector<binary_layout>& layouts() const { return layouts_; }
 
-    // share/binary-layouts beside the running program.
+    // binary-layouts/ in the data folder (see app/program_location.h).
     static std::string shippedDirectory();
 
 private:

@@ -1,4 +1,4 @@
-// soilbench-gui [PROJECT] [--screenshot FILE]
+// soilbench-gui [PROJECT] [--screenshot FILE] [--version]
 // Opens the project when one is named. With --screenshot the main window is
 // drawn with the record table and the first record's annual chart, written
 // to FILE as PNG, and the program ends (exit status 0 when the file was written).
@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "app/app_soilbench.h"
+#include "app/program_version.h"
 #include "db/table_catalogue.h"
 #include "ui/dialog_errors.h"
 #include "ui/main_window.h"
@@ -19,10 +20,12 @@ int main(int argc, char* argv[]) {
     QApplication::setOrganizationName(QStringLiteral("Varnak"));
     QApplication::setApplicationName(QStringLiteral("Soilbench"));
     QApplication::setApplicationDisplayName(QStringLiteral("Soilbench2"));
+    QApplication::setApplicationVersion(QString::fromStdString(sb::programVersion()));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Soilbench2: workbench for the Tellura model family"));
     parser.addHelpOption();
+    parser.addVersionOption();
     QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                   QStringLiteral("Write the main window to FILE as PNG and exit."),
                                   QStringLiteral("FILE"));

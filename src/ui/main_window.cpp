@@ -23,6 +23,7 @@
 #include <QToolBar>
 
 #include "app/app_soilbench.h"
+#include "app/program_version.h"
 #include "app/text_format.h"
 #include "db/database.h"
 #include "modeloutput/output_table_text.h"
@@ -563,10 +564,14 @@ void main_window::about() {
     QMessageBox box(this);
     box.setWindowTitle(QStringLiteral("About Soilbench2"));
     box.setObjectName(QStringLiteral("about"));
+    // The date shown is that of the sources, not of the build, so that every
+    // build of one commit is the same program.
+    const std::string date =
+        programSourceDate().empty() ? "" : strprintf("Source Date: %s\n", programSourceDate().c_str());
     box.setText(
         QStringLiteral(
-            "Soilbench2 version %1\n%2\n\nDrives the Tellura model family; the model is not part of this program.")
-            .arg(QStringLiteral(SB_VERSION_STRING), QString::fromStdString(strprintf("Build Date: %s", __DATE__))));
+            "Soilbench2 version %1\n%2\nDrives the Tellura model family; the model is not part of this program.")
+            .arg(QString::fromStdString(programVersion()), QString::fromStdString(date)));
     box.exec();
 }
 

@@ -93,6 +93,13 @@ TEST_F(CliTest, ExitStatusTellsUsageErrorsFromFailedOperations) {
     }
 }
 
+TEST_F(CliTest, VersionIsTheBuildsAndNeedsNoCommand) {
+    auto version = run({"--version"});
+    EXPECT_EQ(version.exitCode, 0) << version.err;
+    EXPECT_EQ(version.out.rfind("soilbench " SB_PROJECT_VERSION, 0), 0u) << version.out;
+    EXPECT_EQ(version.out.find("Usage"), std::string::npos) << version.out;
+}
+
 TEST_F(CliTest, ImportsAndOptionListExport) {
     ASSERT_EQ(run({"new", project}).exitCode, 0);
     auto crops = run({"import", "option-list", project, "crop", demoSetup() + "/crop.100"});

@@ -155,14 +155,12 @@ TEST(FieldHelp, LetterIndex) {
 
 TEST(FieldHelp, HelpFileLocation) {
     sbtest::temp_dir dir;
-    std::filesystem::create_directories(dir.file("bin"));
-    std::filesystem::create_directories(dir.file("share"));
     app_soilbench settings;
     settings.helpFile = "/etc/own-help.csv";
-    EXPECT_EQ(findHelpFile(dir.file("bin"), settings), "/etc/own-help.csv");
-    sbtest::writeFile(dir.file("share/SoilbenchHelp.csv"), kHeaderLine);
-    EXPECT_EQ(findHelpFile(dir.file("bin"), settings), dir.file("share/SoilbenchHelp.csv"));
-    // The test program itself sits in <build>/tests, beside <build>/share.
+    EXPECT_EQ(findHelpFile(dir.path(), settings), "/etc/own-help.csv");
+    sbtest::writeFile(dir.file("SoilbenchHelp.csv"), kHeaderLine);
+    EXPECT_EQ(findHelpFile(dir.path(), settings), dir.file("SoilbenchHelp.csv"));
+    // The test program itself sits in <build>/tests, beside <build>/share/soilbench.
     EXPECT_EQ(findHelpFile(settings),
               std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() + "/SoilbenchHelp.csv");
 }

@@ -326,14 +326,17 @@ private slots:
         QCOMPARE(window_->document()->currentId(), 1);
     }
 
-    void aboutShowsTheBuildDate() {
+    void aboutShowsTheVersionAndTheSourceDateNotTheBuildTime() {
         QString text;
         onNextModal([&](QWidget* m) {
             text = qobject_cast<QMessageBox*>(m)->text();
             m->close();
         });
         window_->runCommand(command_id::about);
-        QVERIFY2(text.contains(QStringLiteral("Build Date: ") + QString::fromLatin1(__DATE__)), qPrintable(text));
+        QVERIFY2(text.startsWith(QStringLiteral("Soilbench2 version " SB_PROJECT_VERSION)), qPrintable(text));
+        const QString date = QStringLiteral(SB_SOURCE_DATE);
+        if (!date.isEmpty()) QVERIFY2(text.contains(QStringLiteral("\nSource Date: ") + date + "\n"), qPrintable(text));
+        QVERIFY2(!text.contains(QStringLiteral("Build Date")), qPrintable(text));
     }
 };
 

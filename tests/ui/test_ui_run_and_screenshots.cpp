@@ -74,7 +74,8 @@ private slots:
         QVERIFY(QDir(dir_.path()).mkpath("model"));
         QVERIFY(QFile::link(SB_BIN_DIR "/tellura-standin", dir_.filePath("model/tellura-standin")));
         QVERIFY(QFile::link(SB_BIN_DIR "/list100-standin", dir_.filePath("model/list100-standin")));
-        QVERIFY(QFile::link(SB_SHARE_DIR, dir_.filePath("share")));
+        QVERIFY(QDir(dir_.path()).mkpath("share"));
+        QVERIFY(QFile::link(SB_SHARE_DIR, dir_.filePath("share/soilbench")));
     }
 
     void runOneRecordFromTheRunDialogToTheChart() {
