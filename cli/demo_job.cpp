@@ -14,6 +14,7 @@
 #include "chart_png.h"
 #include "cli_context.h"
 #include "cli_options.h"
+#include "modelinput/run_directory.h"
 #include "modelinput/run_files_import.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/record_outputs.h"
@@ -96,6 +97,11 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
     settings.outputPath = (dir / "daily-output").string() + "/";
     settings.saveDailyFirstYear = 1;
     settings.saveDailyLastYear = 0;  // keep no daily files: the outputs are in the project
+    // The daily-step release writes its annual trace gases and precipitation
+    // to its year summary: asking for it fills the annual output table too.
+    const auto& files = sb::dailyOutputFiles();
+    for (size_t i = 0; i < files.size(); ++i)
+        if (std::string_view(files[i].file) == "year_summary.out") settings.outfileSelected[i] = true;
     settings.jobs = static_cast<int32_t>(std::max(1u, std::thread::hardware_concurrency()));
     return settings;
 }
@@ -147,15 +153,48 @@ bool addVariants(sb::database& db, std::string& errors, int& records) {
     return true;
 }
 
+// The progress on the terminal, and each record's messages kept to be shown,
+// under its ID, once the runs are over.
+class demo_progress : public progress_reporter {
+public:
+    void recordFinished(int32_t id, const std::string& messages) override {
+        if (messages.empty()) return;
+        std::string shown;
+        std::string label = sb::strprintf("  ID %ld: ", static_cast<long>(id));
+        for (size_t start = 0; start < messages.size();) {
+            size_t end = messages.find('\n', start);
+            if (end == std::string::npos) end = messages.size();
+            shown += label + messages.substr(start, end - start) + "\n";
+            label.assign(label.size(), ' ');
+            start = end + 1;
+        }
+        shown_ += shown;
+    }
+    const std::string& shown() const { return shown_; }
+
+private:
+    std::string shown_;
+};
+
 struct record_summary {
     int id = 0;
     std::string description;
     int years = 0;
-    double finalSoilC = 0, meanProduction = 0;
+    double finalSoilC = 0, meanProduction = 0, meanN2O = 0;
 };
 
-// Annual figures from the annual records, or, for releases whose list file
-// gives monthly rows (the daily-step release), from each year's last month.
+// Each year's last month: the daily-step release lists soil carbon and crop
+// production monthly, so the year's last month holds the year's values.
+std::vector<const sb::table_record*> yearEnds(const sb::tellura_outputs& outputs) {
+    std::vector<const sb::table_record*> ends;
+    auto months = outputs.monthlyInOrder();
+    for (size_t i = 0; i < months.size(); ++i)
+        if (i + 1 == months.size() || months[i + 1]->year() != months[i]->year()) ends.push_back(months[i]);
+    return ends;
+}
+
+// Soil carbon and production from the year ends (or the annual rows of a
+// release that lists annual output), N2O from the annual rows.
 record_summary summarize(sb::database& db, int id, std::string& errors) {
     record_summary s;
     sb::tellura_control_record record;
@@ -163,19 +202,20 @@ record_summary summarize(sb::database& db, int id, std::string& errors) {
     sb::readControlRecordWithOutputs(db, id, record, outputs, errors);
     s.id = id;
     s.description = record.description();
-    std::vector<const sb::table_record*> yearEnds;
-    for (const auto& year : outputs.annual) yearEnds.push_back(&year);
-    if (yearEnds.empty()) {
-        auto months = outputs.monthlyInOrder();
-        for (size_t i = 0; i < months.size(); ++i)
-            if (i + 1 == months.size() || months[i + 1]->year() != months[i]->year()) yearEnds.push_back(months[i]);
-    }
-    s.years = static_cast<int>(yearEnds.size());
-    if (!yearEnds.empty()) {
-        s.finalSoilC = yearEnds.back()->number("somsc");
+    std::vector<const sb::table_record*> years = yearEnds(outputs);
+    if (years.empty())
+        for (const auto& year : outputs.annual) years.push_back(&year);
+    s.years = static_cast<int>(years.size());
+    if (!years.empty()) {
+        s.finalSoilC = years.back()->number("somsc");
         double sum = 0;
-        for (const auto* year : yearEnds) sum += year->number("cprodc");
-        s.meanProduction = sum / static_cast<double>(yearEnds.size());
+        for (const auto* year : years) sum += year->number("cprodc");
+        s.meanProduction = sum / static_cast<double>(years.size());
+    }
+    if (!outputs.annual.empty()) {
+        double sum = 0;
+        for (const auto& year : outputs.annual) sum += year.number("n2oflux");
+        s.meanN2O = sum / static_cast<double>(outputs.annual.size());
     }
     return s;
 }
@@ -209,28 +249,35 @@ int cmdDemo(const demo_options& opt) {
     std::string setupErrors;
     sb::app_soilbench settings = demoSettings(dir, setupErrors);
     if (!setupErrors.empty()) return finish(false, errors + setupErrors);
+    // Messages are shown as they come, before the summary that sums them up.
+    report(errors);
+    errors.clear();
     sb::run_controller controller(*db, settings);
     sb::run_set_options runSet;
     runSet.jobs = settings.jobs;
-    std::string runLog;
+    std::string runLog, runMessages, shownMessages;
     sb::run_set_result result;
     std::cout << "Running " << records << " records, " << runSet.jobs << " at once...\n" << std::flush;
     {
-        progress_reporter progress;
-        result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+        demo_progress progress;
+        result = controller.runMultipleRecords(runSet, progress, runLog, runMessages);
+        shownMessages = progress.shown();
     }
     std::string logPath = (dir / "run-log.txt").string();
-    sb::appendf(runLog, "%s", "");
     if (FILE* f = std::fopen(logPath.c_str(), "w")) {
-        std::fputs(sb::runReport(errors, runLog).c_str(), f);
+        std::fputs(sb::runReport(runMessages, runLog).c_str(), f);
         std::fclose(f);
     }
+    if (!shownMessages.empty()) {
+        std::cout << std::flush;
+        std::cerr << "\nMessages of the runs:\n" << shownMessages << std::flush;
+    }
 
-    std::cout << "\n   ID  Years  Final soil C  Mean crop C  Description\n";
+    std::cout << "\n   ID  Years  Final soil C  Mean crop C  Mean N2O flux  Description\n";
     for (int id = 1; id <= records; ++id) {
         record_summary s = summarize(*db, id, errors);
-        std::cout << sb::strprintf("%5d  %5d  %12.1f  %11.1f  %s\n", s.id, s.years, s.finalSoilC, s.meanProduction,
-                                   s.description.c_str());
+        std::cout << sb::strprintf("%5d  %5d  %12.1f  %11.1f  %13.4f  %s\n", s.id, s.years, s.finalSoilC,
+                                   s.meanProduction, s.meanN2O, s.description.c_str());
     }
     std::cout << sb::strprintf("\n%ld records run: %ld good, %ld failed, in %.1f seconds.\n", result.runNumber,
                                result.good, result.failed, result.elapsedSeconds);
@@ -239,7 +286,8 @@ int cmdDemo(const demo_options& opt) {
     sb::readOutputs(*db, 1, outputs, errors);
     chart_request chart;
     chart.title = "Demo record 1: soil organic C and crop production (stand-in model)";
-    chart.table = outputs.annual.empty() ? "monthly" : "annual";
+    // Soil carbon and crop production are listed monthly by the daily-step release.
+    chart.table = outputs.monthlyCount() > 0 ? "monthly" : "annual";
     chart.variables = {"somsc", "cprodc"};
     const std::string png = (dir / "demo-chart.png").string();
     bool charted = renderOutputChart(outputs, chart, png, errors);

@@ -305,6 +305,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     };
 
     auto commit = [&](pending_record& p) {
+        const size_t messagesBefore = errors.size();
         errors += p.precheckMessages;
         if (!p.prechecked) {
             ++result.failed;
@@ -327,6 +328,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             else ++result.failed;
             storeRun(p.record, p.outputs, errors);
         }
+        observer.recordFinished(p.id, errors.substr(messagesBefore));
         observer.statusText(
             strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
         observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
