@@ -23,7 +23,8 @@ struct new_options {
 struct import_run_files_options {
     std::string project, dir, schedule;
     std::optional<int> id;
-    int version = 0;  // 0 = the configured version
+    int version = 0;     // 0 = the configured version
+    bool force = false;  // replace a record of that ID
 };
 struct import_weather_options {
     std::string project, file, description;

@@ -9,6 +9,7 @@
 #include "modelinput/run_files_import.h"
 #include "modelinput/site_file.h"
 #include "records/option_lists.h"
+#include "records/record_ids.h"
 #include "records/soil_layer_file.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -36,13 +37,6 @@ bool findSchedule(const std::string& dir, std::string& schedule, std::string& er
     }
     schedule = found.front();
     return true;
-}
-
-int32_t nextFreeRecordId(sb::database& db) {
-    sb::db_status status;
-    auto table = db.openTable(sb::table_id::control_records, "", "ID DESC", status);
-    if (table && table->moveFirst().ok()) return table->row().integer(0) + 1;
-    return 1;
 }
 
 // The station to import into: the stored one with its history, or a new one.
@@ -80,7 +74,12 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
     std::string schedule = opt.schedule;
     if (schedule.empty() && !findSchedule(opt.dir, schedule, errors)) return finish(false, errors);
     sb::app_soilbench settings = loadUserSettings();
-    int32_t id = opt.id ? *opt.id : nextFreeRecordId(*db);
+    int32_t id = opt.id ? *opt.id : sb::nextFreeRecordId(*db);
+    if (!opt.force && sb::controlRecordExists(*db, id)) {
+        sb::appendf(errors, "ERROR, record %ld exists already: give another --id, or --force to replace it.\n",
+                    static_cast<long>(id));
+        return finish(false, errors);
+    }
     int version = opt.version ? opt.version : settings.version;
     bool ok = sb::importRunFiles(*db, opt.dir, schedule, version, id, errors);
     if (ok) std::cout << "Imported " << opt.dir << " as record " << id << ".\n";

@@ -100,6 +100,7 @@ int main(int argc, char** argv) {
     cRunFiles->add_option("DIR", runFiles.dir, "the run directory")->required();
     cRunFiles->add_option("--schedule", runFiles.schedule, "schedule file (default: the only .sch in DIR)");
     cRunFiles->add_option("--id", runFiles.id, "ID of the new record (default: one past the highest)");
+    cRunFiles->add_flag("--force", runFiles.force, "replace the record of that ID (and its outputs) if there is one");
     cRunFiles
         ->add_option("--version", runFiles.version,
                      "model version the files are written for (default: the configured one)")

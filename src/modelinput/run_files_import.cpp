@@ -10,6 +10,8 @@
 #include "modelinput/schedule_file.h"
 #include "modelinput/site_file.h"
 #include "modelinput/weather_file.h"
+#include "app/text_file.h"
+#include "records/record_ids.h"
 #include "records/soil_layer_file.h"
 
 namespace sb {
@@ -60,16 +62,19 @@ void readDailyFiles(const std::string& directory, imported_run& run, std::string
     importSitepar(joinPath(directory, "sitepar.in"), run.record, messages);
 }
 
-int32_t nextSoilId(const tellura_soil_list& soils) {
-    int32_t last = 0;
-    for (const TelluraSoils& soil : soils.soils) last = std::max(last, soil.soilId());
-    return last + 1;
-}
-
-int32_t nextStationId(const tellura_weather_station_list& stations) {
-    int32_t last = 0;
-    for (const TelluraWeatherStations& station : stations.stations) last = std::max(last, station.id);
-    return last + 1;
+// The description of a record whose schedule does not name it: the site
+// file's own title (the text after its header name), or the schedule's file
+// name when the site file has none.
+std::string describeRun(const std::string& sitePath, const std::string& scheduleFile) {
+    std::string text;
+    std::string title;
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(sitePath, ec) && readTextFile(sitePath, text)) {
+        std::string_view header = trim(std::string_view(text).substr(0, text.find_first_of("\r\n")));
+        size_t blank = header.find(' ');
+        if (blank != std::string_view::npos) title = std::string(trim(header.substr(blank)));
+    }
+    return (title.empty() ? scheduleFile : title).substr(0, 80);
 }
 
 bool saveHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
@@ -78,7 +83,10 @@ bool saveHistory(database& db, const TelluraWeatherStations& station, std::strin
 }
 
 bool saveRun(database& db, imported_run& run, std::string& errors) {
-    bool ok = writeSoil(run.soil, db, errors);
+    // A record of that ID is replaced whole: nothing of it (its outputs above
+    // all) may pass for the imported set-up's.
+    bool ok = !controlRecordExists(db, run.record.id()) || deleteControlRecord(db, run.record.id(), errors);
+    ok = writeSoil(run.soil, db, errors) && ok;
     ok = saveWeatherStation(db, run.station, errors) && ok;
     if (run.hasWeather) ok = saveHistory(db, run.station, errors) && ok;
     for (const TelluraWeatherStations& station : run.otherStations) {
@@ -101,12 +109,15 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
     run.station.description = strprintf("Imported from %s", scheduleFile.c_str());
     run.record.row.setNumber("Soil ID", soilId);
     run.record.row.setNumber("Weather ID", stationId);
+    run.record.row.setText("Description", "");  // the schedule's "#ID" line may name the set-up
 
     importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, version, messages);
     schedule_references references;
     if (!readScheduleFile(joinPath(directory, scheduleFile), version, run.record, references, messages)) return false;
     if (references.siteFile.empty()) messages += "ERROR, the schedule names no site file.\n";
     else importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages);
+    if (run.record.description().empty())
+        run.record.row.setText("Description", describeRun(joinPath(directory, references.siteFile), scheduleFile));
     std::string status;
     run.options.importRunFiles(directory, messages, status);
     messages += status;
@@ -117,13 +128,10 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
 
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
                     int32_t newId, std::string& errors) {
-    tellura_soil_list soils;
-    tellura_weather_station_list stations;
-    soils.load(db, errors);
-    loadWeatherStations(db, stations, errors);
     imported_run run;
     run.options.loadAll(db, errors);
-    if (!readRunFiles(directory, scheduleFile, version, newId, nextSoilId(soils), nextStationId(stations), run, errors))
+    if (!readRunFiles(directory, scheduleFile, version, newId, nextFreeSoilId(db, newId), nextFreeStationId(db, newId),
+                      run, errors))
         return false;
     return saveRun(db, run, errors);
 }

@@ -69,6 +69,8 @@ private slots:
         auto db = createNewProject(project_.toStdString(), errors);
         QVERIFY(db);
         QVERIFY2(importRunFiles(*db, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, 5, errors), errors.c_str());
+        // Record 1 (the new project's default record) becomes a runnable copy of it.
+        QVERIFY2(copyRecord(*db, 5, 1, errors), errors.c_str());
         // The run directory is the model's folder: links to the stand-in in a
         // folder of the test's own, with the shared data beside it as installed.
         QVERIFY(QDir(dir_.path()).mkpath("model"));
