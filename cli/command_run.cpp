@@ -6,7 +6,6 @@
 #include "cli_context.h"
 #include "cli_options.h"
 #include "modelinput/run_directory.h"
-#include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/tellura_output.h"
@@ -113,22 +112,9 @@ int cmdRun(const run_options& opt) {
 int cmdReadBin(const read_bin_options& opt) {
     std::string errors;
     sb::app_soilbench settings = loadUserSettings();
-    sb::binary_layout_catalogue layouts;
-    layouts.loadShipped(sb::binary_layout_catalogue::shippedDirectory(), errors);
-    for (const auto& file : settings.binaryLayoutFiles()) layouts.addFile(file, errors);
-    // A file on its own has no event blocks: read it as one block over every
-    // year, monthly when asked.
-    std::vector<sb::tellura_event_block> blocks(1);
-    blocks[0].lastYear = 32767;
-    blocks[0].outputInterval = opt.monthly ? 1.0f : 12.0f;
     sb::tellura_outputs outputs;
-    std::string readMessages;
-    bool ok = sb::readBinaryOutput(opt.file, opt.version, layouts, blocks, outputs, readMessages);
-    // With no block end to stop at, reading ends at the end of the file: a
-    // quiet end after whole records is the normal end here, not a failure.
-    bool anyRead = !outputs.annual.empty() || outputs.monthlyCount() > 0;
-    if (!ok && anyRead && readMessages.find("ERROR") == std::string::npos) ok = true;
-    errors += readMessages;
+    bool ok =
+        sb::readWholeBinaryOutput(opt.file, opt.version, settings.binaryLayoutFiles(), opt.monthly, outputs, errors);
     std::cout << (opt.monthly ? sb::monthlyOutputCsv(outputs) : sb::annualOutputCsv(outputs));
     return finish(ok, errors);
 }

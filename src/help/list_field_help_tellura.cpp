@@ -182,9 +182,14 @@ std::string list_field_help_tellura::helpBoxText(std::string_view name, int32_t 
 }
 
 std::string findHelpFile(const std::string& dataDir, const app_soilbench& settings) {
-    std::error_code ec;
-    std::filesystem::path shipped = std::filesystem::path(dataDir) / "SoilbenchHelp.csv";
-    if (!dataDir.empty() && std::filesystem::is_regular_file(shipped, ec)) return shipped.lexically_normal().string();
+    // The setting's default (the bare file name) stands for the help file
+    // shipped in the data folder; any other setting is the user's own choice.
+    if (settings.helpFile == app_soilbench().helpFile) {
+        std::error_code ec;
+        std::filesystem::path shipped = std::filesystem::path(dataDir) / settings.helpFile;
+        if (!dataDir.empty() && std::filesystem::is_regular_file(shipped, ec))
+            return shipped.lexically_normal().string();
+    }
     return localPath(settings.helpFile);
 }
 

@@ -44,9 +44,10 @@ public:
     std::string helpBoxText(std::string_view name, int32_t table, int version) const;
 };
 
-// The help file to load: SoilbenchHelp.csv of the data folder (see
-// app/program_location.h) when it exists, otherwise the settings' help file
-// (a relative path resolved against the current directory).
+// The help file to load: the settings' help file (a relative path resolved
+// against the current directory), except that the default setting
+// "SoilbenchHelp.csv" means SoilbenchHelp.csv of the data folder (see
+// app/program_location.h) when that exists.
 std::string findHelpFile(const app_soilbench& settings);
 // Same, with the data folder given (for tests).
 std::string findHelpFile(const std::string& dataDir, const app_soilbench& settings);

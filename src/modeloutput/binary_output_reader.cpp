@@ -7,6 +7,7 @@
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_record_reader.h"
 #include "modeloutput/output_field_target.h"
+#include "modeloutput/output_soil_layer_target.h"
 #include "modeloutput/output_time.h"
 #include "modeloutput/output_value_parse.h"
 #include "modeloutput/tellura_output.h"
@@ -22,6 +23,7 @@ struct placement {
     std::string name;
     int endOfRunColumn;  // -1: not an end-of-run column (or not in array 1)
     output_field_target periodTarget;
+    soil_layer_target soilLayer;  // array 1 only: a layer's end state
 };
 
 std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) {
@@ -32,10 +34,16 @@ std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) 
         const auto& names = layout.names[static_cast<size_t>(array)];
         for (size_t i = 0; i < names.size(); ++i) {
             if (names[i].empty()) continue;
-            placement p{layout.floatPosition(array, static_cast<int>(i)), names[i], -1,
-                        resolveOutputField(periodTable, names[i], monthly)};
-            if (array == 0) p.endOfRunColumn = resolveOutputField(endTable, names[i], false).column;
-            if (p.endOfRunColumn >= 0 || p.periodTarget.placed()) out.push_back(std::move(p));
+            placement p{layout.floatPosition(array, static_cast<int>(i)),
+                        names[i],
+                        -1,
+                        resolveOutputField(periodTable, names[i], monthly),
+                        {}};
+            if (array == 0) {
+                p.endOfRunColumn = resolveOutputField(endTable, names[i], false).column;
+                p.soilLayer = resolveSoilLayerField(names[i]);
+            }
+            if (p.endOfRunColumn >= 0 || p.periodTarget.placed() || p.soilLayer.placed()) out.push_back(std::move(p));
         }
     }
     return out;
@@ -117,6 +125,9 @@ private:
             }
             if (p.periodTarget.placed() && p.periodTarget.takesMonth(month))
                 storeOutputValue(target, p.periodTarget.column, value);
+            // Each record overwrites the layers: the last one read leaves the end state.
+            if (p.soilLayer.placed())
+                storeOutputValue(outputs_.soilLayerFor(p.soilLayer.layer), p.soilLayer.column, value);
         }
     }
 
@@ -173,6 +184,19 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const std::vect
     for (const auto& file : extraLayoutFiles) layouts.addFile(file, errors);
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
     return readBinaryOutput(path, versionIndex, layouts, blocks, outputs, errors);
+}
+
+bool readWholeBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+                           bool monthly, tellura_outputs& outputs, std::string& errors) {
+    std::vector<tellura_event_block> blocks(1);
+    blocks[0].lastYear = 32767;
+    blocks[0].outputInterval = monthly ? 1.0f : 12.0f;
+    std::string messages;
+    bool ok = readBinaryOutput(path, versionIndex, extraLayoutFiles, blocks, outputs, messages);
+    const bool anyRead = !outputs.annual.empty() || outputs.monthlyCount() > 0;
+    if (!ok && anyRead && messages.find("ERROR") == std::string::npos) ok = true;
+    errors += messages;
+    return ok;
 }
 
 }  // namespace sb

@@ -24,4 +24,10 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
 bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
                       const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
 
+// A binary output file on its own (no control record to say where blocks end):
+// every record of the file as one block, monthly or annual. A quiet end after
+// whole records is the file's normal end here, not a failure.
+bool readWholeBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+                           bool monthly, tellura_outputs& outputs, std::string& errors);
+
 }  // namespace sb

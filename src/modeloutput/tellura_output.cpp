@@ -44,6 +44,15 @@ TelluraOutputMonthly& tellura_outputs::monthlyFor(int year, int month) {
     return bucket.back();
 }
 
+TelluraOutputSoilLayer& tellura_outputs::soilLayerFor(int layer) {
+    auto at = std::find_if(soilLayers.begin(), soilLayers.end(),
+                           [layer](const TelluraOutputSoilLayer& l) { return l.layerNumber() >= layer; });
+    if (at != soilLayers.end() && at->layerNumber() == layer) return *at;
+    at = soilLayers.insert(at, TelluraOutputSoilLayer());
+    at->setLayerNumber(layer);
+    return *at;
+}
+
 std::vector<const TelluraOutputMonthly*> tellura_outputs::monthlyInOrder() const {
     std::vector<const TelluraOutputMonthly*> out;
     out.reserve(monthlyCount());

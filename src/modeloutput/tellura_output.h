@@ -56,6 +56,7 @@ class TelluraOutputSoilLayer : public tellura_output {
 public:
     TelluraOutputSoilLayer() : tellura_output(table_id::output_soil_layers) {}
     int layerNumber() const { return integer(1); }
+    void setLayerNumber(int layer) { setNumber(1, layer); }
 };
 
 constexpr int kMonthlyBuckets = 200;  // monthly records are kept in lists by year modulo 200
@@ -75,6 +76,8 @@ struct tellura_outputs {
     // Find the record of a year (and month), or make one and add it.
     TelluraOutputAnnual& annualFor(int year);
     TelluraOutputMonthly& monthlyFor(int year, int month);
+    // The record of a soil layer, made when missing; layers are kept in number order.
+    TelluraOutputSoilLayer& soilLayerFor(int layer);
     // Monthly records in year, month order (the buckets flattened).
     std::vector<const TelluraOutputMonthly*> monthlyInOrder() const;
     size_t monthlyCount() const;

@@ -21,6 +21,7 @@ constexpr command_def kCommands[] = {
     {C::importRunFiles, kFile, kImport, "&Run Files", false, false},
     {C::importEsa, kFile, kImport, "ES&A", false, false},
     {C::importWeatherDaily, kFile, kImport, "Weather &Daily Records", false, false},
+    {C::importWeatherMonthly, kFile, kImport, "Weather Mon&thly Records", false, false},
     {C::importMonthlyAverages, kFile, kImport, "&Monthly Weather Averages (<site>.100 file)", false, false},
     {C::fileClose, kFile, "", "&Close", false, false},
     {C::configuration, kFile, "", "&Configuration", true, true},

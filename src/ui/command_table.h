@@ -13,6 +13,7 @@ enum class command_id : int {
     importRunFiles,
     importEsa,
     importWeatherDaily,
+    importWeatherMonthly,
     importMonthlyAverages,
     fileClose,
     configuration,

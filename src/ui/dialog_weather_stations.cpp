@@ -2,6 +2,7 @@
 #include "ui/dialog_buttons.h"
 
 #include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -90,6 +91,10 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     daily_->setObjectName(QStringLiteral("dailyHistory"));
     auto* deleteDay = new QPushButton(QStringLiteral("Delete Daily Record"), this);
     deleteDay->setAutoDefault(false);
+    auto* importMonthly = new QPushButton(QStringLiteral("Import Monthly Weather File..."), this);
+    importMonthly->setAutoDefault(false);
+    auto* importDaily = new QPushButton(QStringLiteral("Import Daily Weather File..."), this);
+    importDaily->setAutoDefault(false);
     description_ = new QLineEdit(this);
     description_->setMaxLength(80);
     means_ = new QTableWidget(5, 12, this);
@@ -107,11 +112,19 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
     right->addLayout(form);
     auto* tabs = new QTabWidget(this);
     tabs->addTab(means_, QStringLiteral("Climate Means"));
-    tabs->addTab(monthly_, QStringLiteral("Monthly History"));
+    auto* monthlyPage = new QWidget(this);
+    auto* monthlyLayout = new QVBoxLayout(monthlyPage);
+    monthlyLayout->addWidget(monthly_, 1);
+    monthlyLayout->addWidget(importMonthly, 0, Qt::AlignLeft);
+    tabs->addTab(monthlyPage, QStringLiteral("Monthly History"));
     auto* dailyPage = new QWidget(this);
     auto* dailyLayout = new QVBoxLayout(dailyPage);
     dailyLayout->addWidget(daily_, 1);
-    dailyLayout->addWidget(deleteDay, 0, Qt::AlignLeft);
+    auto* dailyButtons = new QHBoxLayout;
+    dailyButtons->addWidget(importDaily);
+    dailyButtons->addWidget(deleteDay);
+    dailyButtons->addStretch();
+    dailyLayout->addLayout(dailyButtons);
     tabs->addTab(dailyPage, QStringLiteral("Daily History"));
     right->addWidget(tabs, 1);
     auto* left = listWithButtons(list_, {add, remove});
@@ -144,7 +157,36 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& s
             daily_->currentRow(), [this](const QString& q) { return askYesNo(q); }, errors);
         showErrorsIfAny(this, errors);
     });
+    connect(importMonthly, &QPushButton::clicked, this, [this] { importWeatherFileAsk(false); });
+    connect(importDaily, &QPushButton::clicked, this, [this] { importWeatherFileAsk(true); });
     list_->setCurrentRow(stations_.stations.empty() ? -1 : 0);
+}
+
+void dialog_weather_stations::importWeatherFileAsk(bool daily) {
+    const QString path = QFileDialog::getOpenFileName(
+        this, daily ? QStringLiteral("Weather Daily Records") : QStringLiteral("Weather Monthly Records"),
+        QStringLiteral("weather.wth"), QStringLiteral("Weather File (*.wth);;All Files (*)"));
+    if (path.isEmpty()) return;
+    std::string errors;
+    importWeatherFile(path, daily, errors);
+    showErrorsIfAny(this, errors);
+}
+
+bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily, std::string& errors) {
+    if (shown_ < 0) {
+        errors += "Select a weather station to import into.\n";
+        return false;
+    }
+    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    // A file that does not read cleanly changes nothing of the station's history.
+    TelluraWeatherStations read = s;
+    const bool ok = daily ? importDailyWeatherFile(path.toStdString(), read, errors)
+                          : importMonthlyWeatherFile(path.toStdString(), read, errors);
+    if (!ok) return false;
+    s = std::move(read);
+    (daily ? dailyChanged_ : monthlyChanged_).insert(s.id);
+    fillHistory();
+    return true;
 }
 
 bool dialog_weather_stations::applyShown(std::string& errors) {
@@ -246,6 +288,7 @@ bool dialog_weather_stations::deleteStation(int index, std::string& errors) {
     const int32_t id = stations_.stations[static_cast<size_t>(index)].id;
     deleted_.insert(id);
     changed_.erase(id);
+    monthlyChanged_.erase(id);
     dailyChanged_.erase(id);
     historyLoaded_.erase(id);
     stations_.stations.erase(stations_.stations.begin() + index);
@@ -285,6 +328,8 @@ bool dialog_weather_stations::save(database& db, std::string& errors) {
     for (int32_t id : deleted_) ok = deleteWeatherStation(db, id, errors) && ok;
     for (int32_t id : changed_)
         if (const auto* s = stations_.find(id)) ok = saveWeatherStation(db, *s, errors) && ok;
+    for (int32_t id : monthlyChanged_)
+        if (const auto* s = stations_.find(id)) ok = saveMonthlyHistory(db, *s, errors) && ok;
     for (int32_t id : dailyChanged_)
         if (const auto* s = stations_.find(id)) ok = saveDailyHistory(db, *s, errors) && ok;
     return ok;

@@ -3,7 +3,8 @@
 // monthly climate means (precipitation, its deviation and skew, minimum and
 // maximum temperature) that the site file takes, beside the station's
 // historical monthly and daily weather. Stations are added and deleted here,
-// and one daily record at a time can be deleted.
+// weather files are read into the shown station's history, and one daily
+// record at a time can be deleted.
 #include <QDialog>
 #include <cstdint>
 #include <functional>
@@ -36,6 +37,9 @@ public:
     // The daily record in row `row` of the daily list, after the question
     // ("Delete %ld %04d-%02d-%02d ?") is answered Yes by `confirm`.
     bool deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm, std::string& errors);
+    // Adds a monthly ("prec/tmin/tmax YEAR v1..v12") or daily weather file to
+    // the shown station's history; stored when the dialog is saved.
+    bool importWeatherFile(const QString& path, bool daily, std::string& errors);
     bool save(database& db, std::string& errors);
 
 public slots:
@@ -43,6 +47,7 @@ public slots:
 
 private:
     void showStation(int index);
+    void importWeatherFileAsk(bool daily);
     void loadHistory(int index);
     void fillHistory();
     bool askYesNo(const QString& question);
@@ -57,6 +62,7 @@ private:
     int shown_ = -1;
     std::set<int32_t> changed_;
     std::set<int32_t> historyLoaded_;
+    std::set<int32_t> monthlyChanged_;
     std::set<int32_t> dailyChanged_;
     std::set<int32_t> deleted_;
 };

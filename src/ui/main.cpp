@@ -1,7 +1,9 @@
 // soilbench-gui [PROJECT] [--screenshot FILE] [--version]
-// Opens the project when one is named. With --screenshot the main window is
-// drawn with the record table and the first record's annual chart, written
-// to FILE as PNG, and the program ends (exit status 0 when the file was written).
+// Opens the project when one is named, with the first record's output view
+// that has data (annual, else monthly, else daily) beside the record table.
+// With --screenshot the main window is drawn so (an empty annual view when the
+// record has no output), written to FILE as PNG, and the program ends (exit
+// status 0 when the file was written).
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QEventLoop>
@@ -39,16 +41,18 @@ int main(int argc, char* argv[]) {
     sb::main_window window(settings);
     window.show();
     // Settings are read once the window is up, and written back at exit.
-    settings.loadSettings();
+    window.loadProfile();
 
     const QStringList projects = parser.positionalArguments();
-    if (!projects.isEmpty() && !window.openProject(projects.first())) return 1;
+    if (!projects.isEmpty()) {
+        if (!window.openProject(projects.first())) return 1;
+        sb::view_output* outputs = window.showOutputViewWithData();
+        if (!outputs && parser.isSet(screenshot))
+            outputs = window.showOutputView(static_cast<int>(sb::table_id::output_annual));
+        if (outputs) window.mdiArea()->tileSubWindows();
+    }
 
     if (parser.isSet(screenshot)) {
-        if (window.document()) {
-            window.showOutputView(static_cast<int>(sb::table_id::output_annual));
-            window.mdiArea()->tileSubWindows();
-        }
         // Let pending layouts (the chart after tiling) settle before drawing.
         QEventLoop settle;
         QTimer::singleShot(150, &settle, &QEventLoop::quit);
@@ -59,6 +63,6 @@ int main(int argc, char* argv[]) {
 
     const int status = app.exec();
     std::string errors;
-    if (!settings.saveSettings(errors)) fprintf(stderr, "%s", errors.c_str());
+    if (!window.saveProfile(errors)) fprintf(stderr, "%s", errors.c_str());
     return status;
 }

@@ -27,10 +27,12 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "modeloutput/output_table_text.h"
+#include "modeloutput/output_tables.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
 #include "records/option_member.h"
 #include "records/record_clipboard.h"
+#include "records/record_ids.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_weather_station.h"
 #include "ui/control_record_table_model.h"
@@ -200,6 +202,17 @@ void main_window::updateRecentFiles() {
     }
 }
 
+void main_window::loadProfile() {
+    settings_.loadRecentFiles();
+    settings_.loadSettings();
+    updateRecentFiles();
+}
+
+bool main_window::saveProfile(std::string& errors) {
+    const bool saved = settings_.saveSettings(errors);
+    return settings_.saveRecentFiles(errors) && saved;
+}
+
 QStringList main_window::recentFileLabels() const {
     QStringList labels;
     for (QAction* a : recentActions_)
@@ -290,6 +303,17 @@ view_output* main_window::showOutputView(int tableId) {
     return view;
 }
 
+view_output* main_window::showOutputViewWithData() {
+    if (!doc_ || doc_->currentRow() < 0) return nullptr;
+    tellura_outputs outputs;
+    std::string errors;
+    if (!readOutputs(doc_->db(), doc_->currentId(), outputs, errors)) return nullptr;
+    if (!outputs.annual.empty()) return showOutputView(static_cast<int>(table_id::output_annual));
+    if (outputs.monthlyCount() > 0) return showOutputView(static_cast<int>(table_id::output_monthly));
+    if (!outputs.daily.empty()) return showOutputView(static_cast<int>(table_id::output_daily));
+    return nullptr;
+}
+
 void main_window::recordCommand(const QString& title, const std::function<void(std::string&)>& work) {
     std::string errors;
     QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -316,6 +340,8 @@ void main_window::runCommand(command_id id) {
             return importRunFiles();
         case command_id::importWeatherDaily:
             return importWeatherDaily();
+        case command_id::importWeatherMonthly:
+            return importWeatherMonthly();
         case command_id::importMonthlyAverages:
             return importMonthlyAverages();
         case command_id::copyOutputToInput:
@@ -439,10 +465,16 @@ void main_window::importRunFiles() {
                                                           QStringLiteral("Schedule (*.sch *.evt);;All Files (*)"));
     if (schedule.isEmpty()) return;
     bool ok = false;
-    const int newId =
-        QInputDialog::getInt(this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt), 1,
-                             std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
+    const int newId = QInputDialog::getInt(
+        this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
+        nextFreeRecordId(doc_->db()), std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok) return;
+    if (controlRecordExists(doc_->db(), newId) &&
+        QMessageBox::question(
+            this, QStringLiteral("Run Files"),
+            QStringLiteral("Record ID = %1 exists. Replace it, with its outputs, by the imported record?").arg(newId),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+        return;
     const QFileInfo info(schedule);
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         sb::importRunFiles(doc_->db(), info.absolutePath().toStdString() + "/", info.fileName().toStdString(),

@@ -48,10 +48,19 @@ public:
     view_control_records* recordView() const;
     // Opens (or brings forward) the output view of a kind and returns it.
     view_output* showOutputView(int tableId);
+    // Opens the current record's output view that has rows (annual, else
+    // monthly, else daily); null when it has no stored output.
+    view_output* showOutputViewWithData();
     // Recent-file entries as shown in the File menu.
     QStringList recentFileLabels() const;
 
     app_soilbench& settings() { return settings_; }
+    // Start-up, once the window is shown: the recent-file list and every
+    // setting from the user's profile.
+    void loadProfile();
+    // Exit: every setting and the recent-file list back into the profile;
+    // false with a message when the profile cannot be written.
+    bool saveProfile(std::string& errors);
 
     // Title of the messages shown by the navigation commands.
     static constexpr const char* kNavigationTitle = "Cropbench Database";
@@ -76,6 +85,9 @@ private:
     void fileOpen();
     void importRunFiles();
     void importWeatherDaily();
+    void importWeatherMonthly();
+    // A weather file chosen by the user, added to the current record's station's history.
+    void importWeatherHistory(const QString& title, bool daily);
     void importMonthlyAverages();
     void copyOutputToInput();
     void configure();

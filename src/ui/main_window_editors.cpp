@@ -25,7 +25,7 @@ namespace sb {
 // A help file that could not be read leaves every field with "Not Found: ";
 // the status bar says why, so the user is not left guessing.
 void main_window::noteHelpProblems() {
-    const std::string& messages = fieldHelpLoadMessages(settings_);
+    const std::string messages = fieldHelpLoadMessages(settings_);
     if (!messages.empty()) statusBar()->showMessage(QString::fromStdString(messages).section('\n', 0, 0).trimmed());
 }
 

@@ -1,8 +1,12 @@
 // The frame's import commands and the two that take outputs back in: weather
 // history and climate means into a station, output values into the record's
 // inputs, and a binary output file read on its own.
+#include <QAbstractButton>
+#include <QApplication>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QMessageBox>
+#include <QPushButton>
 
 #include "app/app_soilbench.h"
 #include "app/text_format.h"
@@ -13,6 +17,7 @@
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 #include "ui/dialog_errors.h"
 #include "ui/doc_soilbench.h"
@@ -35,20 +40,30 @@ TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_stati
 
 }  // namespace
 
-void main_window::importWeatherDaily() {
+void main_window::importWeatherDaily() { importWeatherHistory(QStringLiteral("Weather Daily Records"), true); }
+
+// Monthly history is what weather choice F writes for the monthly releases.
+void main_window::importWeatherMonthly() { importWeatherHistory(QStringLiteral("Weather Monthly Records"), false); }
+
+void main_window::importWeatherHistory(const QString& title, bool daily) {
     if (!doc_ || doc_->currentRow() < 0) return;
-    const QString path =
-        QFileDialog::getOpenFileName(this, QStringLiteral("Weather Daily Records"), QStringLiteral("weather.wth"),
-                                     QStringLiteral("Weather File (*.wth);;All Files (*)"));
+    const QString path = QFileDialog::getOpenFileName(this, title, QStringLiteral("weather.wth"),
+                                                      QStringLiteral("Weather File (*.wth);;All Files (*)"));
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         tellura_weather_station_list stations;
         TelluraWeatherStations* station = currentStation(*doc_, stations, errors);
         if (!station) return;
         // The file adds to the history already stored for the station.
-        loadDailyHistory(doc_->db(), *station, errors);
-        if (importDailyWeatherFile(path.toStdString(), *station, errors))
-            saveDailyHistory(doc_->db(), *station, errors);
+        if (daily) {
+            loadDailyHistory(doc_->db(), *station, errors);
+            if (importDailyWeatherFile(path.toStdString(), *station, errors))
+                saveDailyHistory(doc_->db(), *station, errors);
+        } else {
+            loadMonthlyHistory(doc_->db(), *station, errors);
+            if (importMonthlyWeatherFile(path.toStdString(), *station, errors))
+                saveMonthlyHistory(doc_->db(), *station, errors);
+        }
     });
 }
 
@@ -75,14 +90,19 @@ void main_window::copyOutputToInput() {
         tellura_control_record record;
         tellura_outputs outputs;
         if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
-        std::string annualMessages;
         // Annual values when the run stored them, else the last month's.
-        if (!copyAnnualOutputToInput(outputs, record, annualMessages) &&
-            !copyMonthlyOutputToInput(outputs, record, errors)) {
-            errors += annualMessages;
-            return;
+        std::string annualMessages;
+        const bool siteCopied = copyAnnualOutputToInput(outputs, record, annualMessages) ||
+                                copyMonthlyOutputToInput(outputs, record, errors);
+        if (!siteCopied) errors += annualMessages;
+        // The soil's layers take the run's end state where the outputs hold it.
+        if (!outputs.soilLayers.empty()) {
+            tellura_soil_list soils;
+            soils.load(doc_->db(), errors);
+            TelluraSoils* soil = soils.find(record.soilId());
+            if (fillSoilFromOutput(outputs, soil, errors)) writeSoil(*soil, doc_->db(), errors);
         }
-        writeControlRecordWithOutputs(record, outputs, doc_->db(), errors);
+        if (siteCopied) writeControlRecordWithOutputs(record, outputs, doc_->db(), errors);
     });
 }
 
@@ -92,16 +112,25 @@ void main_window::readBinFile() {
         QFileDialog::getOpenFileName(this, QStringLiteral("Read .BIN file"), QStringLiteral("varnak_ex.bin"),
                                      QStringLiteral("Binary Output (*.bin);;All Files (*.*)"));
     if (path.isEmpty()) return;
+    // A file on its own says nothing of its output interval: the user does.
+    QMessageBox ask(QMessageBox::Question, QStringLiteral("Read .BIN file"),
+                    QStringLiteral("Read the records of \"%1\" as annual or as monthly output?").arg(path),
+                    QMessageBox::Cancel, this);
+    QAbstractButton* annual = ask.addButton(QStringLiteral("Annual"), QMessageBox::AcceptRole);
+    QAbstractButton* monthly = ask.addButton(QStringLiteral("Monthly"), QMessageBox::AcceptRole);
+    ask.exec();
+    if (ask.clickedButton() != annual && ask.clickedButton() != monthly) return;
     std::string errors;
-    // A scratch record: its default blocks say which years and intervals to read.
-    tellura_control_record scratch;
     tellura_outputs outputs;
-    readBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(), scratch.blocks, outputs,
-                     errors);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    readWholeBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(),
+                          ask.clickedButton() == monthly, outputs, errors);
+    QApplication::restoreOverrideCursor();
     appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
             outputs.monthlyCount(), path.toStdString().c_str());
     errors += annualOutputCsv(outputs);
     errors += monthlyOutputCsv(outputs);
+    if (!outputs.soilLayers.empty()) errors += soilLayerOutputCsv(outputs);
     showErrorsIfAny(this, errors, QStringLiteral("Read .BIN file"));
 }
 

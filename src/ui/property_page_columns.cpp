@@ -60,6 +60,11 @@ property_page_columns::property_page_columns(const table_record& values, std::ve
             editor->setProperty("column", name);
             editor->installEventFilter(this);
             auto* label = new QLabel(name, box);
+            if (help_.toolTip) {
+                const QString tip = help_.toolTip(f.name);
+                editor->setToolTip(tip);
+                label->setToolTip(tip);
+            }
             label->setBuddy(editor);
             grid->addWidget(label, i / kFieldsPerRow, (i % kFieldsPerRow) * 2);
             grid->addWidget(editor, i / kFieldsPerRow, (i % kFieldsPerRow) * 2 + 1);
@@ -131,9 +136,9 @@ QWidget* property_page_columns::editorFor(const std::string& column) const {
 QString property_page_columns::helpText() const { return helpLine_->text(); }
 
 bool property_page_columns::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn && help_) {
+    if (event->type() == QEvent::FocusIn && help_.line) {
         const std::string name = watched->property("column").toString().toStdString();
-        helpLine_->setText(help_(name));
+        helpLine_->setText(help_.line(name));
     }
     return QWidget::eventFilter(watched, event);
 }

@@ -3,7 +3,7 @@
 // catalogue: text columns get a text field, yes/no columns a check box, number
 // columns a number field. Columns can be shown in titled groups. A help line
 // under the fields shows the focused parameter's help for the current model
-// version.
+// version, and each field's tool tip its description.
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -17,8 +17,13 @@ class QCheckBox;
 
 namespace sb {
 
-// Help text for a parameter name ("Not Found: NAME" when there is none).
-using field_help_lookup = std::function<QString(const std::string& name)>;
+// Help for a parameter name: the help line under the fields ("Not Found: NAME"
+// when there is none) and the tool tip of its field (the parameter's
+// description; empty when there is none). Either may be left empty.
+struct field_help_lookup {
+    std::function<QString(const std::string& name)> line;
+    std::function<QString(const std::string& name)> toolTip;
+};
 
 class property_page_columns : public QWidget {
     Q_OBJECT

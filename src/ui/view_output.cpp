@@ -27,10 +27,26 @@ namespace sb {
 namespace {
 
 // What a new chart shows before the user picks: total soil carbon and live
-// above-ground carbon for annual and monthly rows, the trace gases for daily ones.
-QStringList defaultVariables(table_id table) {
-    if (table == table_id::output_daily) return {QStringLiteral("CO2resp"), QStringLiteral("N2Oflux")};
-    return {QStringLiteral("somtc"), QStringLiteral("aglivc")};
+// above-ground carbon for annual and monthly rows, the trace gases for daily
+// ones. When those hold nothing but zeros (the daily-step release's annual
+// rows carry only its year summary), the first two variables that hold data.
+QStringList defaultVariables(table_id table, const output_table_model& model) {
+    const QStringList preferred = table == table_id::output_daily
+                                      ? QStringList{QStringLiteral("CO2resp"), QStringLiteral("N2Oflux")}
+                                      : QStringList{QStringLiteral("somtc"), QStringLiteral("aglivc")};
+    const auto& fields = tableDef(table).fields();
+    auto holdsData = [&](int column) {
+        if (column < 0) return false;
+        for (const table_record& row : model.rows())
+            if (row.number(column) != 0.0) return true;
+        return false;
+    };
+    for (const QString& name : preferred)
+        if (holdsData(tableDef(table).fieldIndex(name.toStdString()))) return preferred;
+    QStringList withData;
+    for (size_t c = static_cast<size_t>(1 + model.keyColumnCount()); c < fields.size() && withData.size() < 2; ++c)
+        if (holdsData(static_cast<int>(c))) withData << QString::fromStdString(fields[c].name);
+    return withData.isEmpty() ? preferred : withData;
 }
 
 std::vector<table_record> outputRows(const tellura_outputs& outputs, table_id table) {
@@ -65,7 +81,6 @@ view_output::view_output(doc_soilbench& doc, table_id table, QWidget* parent)
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(Qt::Unchecked);
     }
-    chooseVariables(defaultVariables(table));
 
     auto* chart = new QChart();
     chart->legend()->setVisible(true);
@@ -103,7 +118,10 @@ view_output::view_output(doc_soilbench& doc, table_id table, QWidget* parent)
     layout->addWidget(split);
     layout->addLayout(buttons);
 
-    connect(variables_, &QListWidget::itemChanged, this, &view_output::rebuildChart);
+    connect(variables_, &QListWidget::itemChanged, this, [this] {
+        userChose_ = true;
+        rebuildChart();
+    });
     connect(resetZoom, &QPushButton::clicked, this, [this] { chartView_->chart()->zoomReset(); });
     connect(exportChartButton, &QPushButton::clicked, this, &view_output::exportChartAsk);
     connect(exportTableButton, &QPushButton::clicked, this, &view_output::exportTableAsk);
@@ -131,12 +149,17 @@ QStringList view_output::chosenVariables() const {
 }
 
 void view_output::chooseVariables(const QStringList& names) {
+    userChose_ = true;
+    checkVariables(names);
+    rebuildChart();
+}
+
+void view_output::checkVariables(const QStringList& names) {
     QSignalBlocker block(variables_);
     for (int i = 0; i < variables_->count(); ++i) {
         auto* item = variables_->item(i);
         item->setCheckState(names.contains(item->text(), Qt::CaseInsensitive) ? Qt::Checked : Qt::Unchecked);
     }
-    if (chartView_) rebuildChart();
 }
 
 int view_output::seriesCount() const { return static_cast<int>(chartView_->chart()->series().size()); }
@@ -151,6 +174,15 @@ void view_output::reload() {
     }
     model_->setRows(outputRows(outputs, table_));
     setWindowTitle(QStringLiteral("%1 - ID %2").arg(titleFor(table_)).arg(doc_.currentId()));
+    // Until the user picks, each record's chart shows variables that hold its data.
+    if (!userChose_) {
+        checkVariables(defaultVariables(table_, *model_));
+        for (int i = 0; i < variables_->count(); ++i)
+            if (variables_->item(i)->checkState() == Qt::Checked) {
+                variables_->scrollToItem(variables_->item(i), QAbstractItemView::PositionAtTop);
+                break;
+            }
+    }
     rebuildChart();
 }
 

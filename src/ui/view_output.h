@@ -28,6 +28,7 @@ public:
     output_table_model& model() { return *model_; }
     QChartView* chartView() const { return chartView_; }
     QStringList chosenVariables() const;
+    // The user's choice: kept from record to record.
     void chooseVariables(const QStringList& names);
     int seriesCount() const;
 
@@ -41,6 +42,7 @@ public slots:
     void rebuildChart();
 
 private:
+    void checkVariables(const QStringList& names);
     void exportChartAsk();
     void exportTableAsk();
 
@@ -50,6 +52,7 @@ private:
     QListWidget* variables_;
     QChartView* chartView_ = nullptr;
     QTableView* tableView_;
+    bool userChose_ = false;
 };
 
 }  // namespace sb

@@ -155,13 +155,28 @@ TEST(FieldHelp, LetterIndex) {
 
 TEST(FieldHelp, HelpFileLocation) {
     sbtest::temp_dir dir;
-    app_soilbench settings;
-    settings.helpFile = "/etc/own-help.csv";
-    EXPECT_EQ(findHelpFile(dir.path(), settings), "/etc/own-help.csv");
-    sbtest::writeFile(dir.file("SoilbenchHelp.csv"), kHeaderLine);
-    EXPECT_EQ(findHelpFile(dir.path(), settings), dir.file("SoilbenchHelp.csv"));
+    const std::string shipped = dir.file("SoilbenchHelp.csv");
+    const std::string here = std::filesystem::current_path().string();
+    struct {
+        const char* setting;
+        bool shippedExists;
+        std::string expected;
+    } cases[] = {
+        {"/etc/own-help.csv", false, "/etc/own-help.csv"},
+        {"/etc/own-help.csv", true, "/etc/own-help.csv"},  // the user's choice wins over the shipped file
+        {"SoilbenchHelp.csv", true, shipped},
+        {"SoilbenchHelp.csv", false, here + "/SoilbenchHelp.csv"},
+        {"help/own.csv", true, here + "/help/own.csv"},
+    };
+    for (const auto& c : cases) {
+        std::filesystem::remove(shipped);
+        if (c.shippedExists) sbtest::writeFile(shipped, kHeaderLine);
+        app_soilbench settings;
+        settings.helpFile = c.setting;
+        EXPECT_EQ(findHelpFile(dir.path(), settings), c.expected) << c.setting << " " << c.shippedExists;
+    }
     // The test program itself sits in <build>/tests, beside <build>/share/soilbench.
-    EXPECT_EQ(findHelpFile(settings),
+    EXPECT_EQ(findHelpFile(app_soilbench()),
               std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() + "/SoilbenchHelp.csv");
 }
 

@@ -48,7 +48,8 @@ QStringList texts(QWidget* w) {
 }
 
 field_help_lookup echoHelp() {
-    return [](const std::string& name) { return QStringLiteral("help of ") + QString::fromStdString(name); };
+    return {[](const std::string& name) { return QStringLiteral("help of ") + QString::fromStdString(name); },
+            [](const std::string& name) { return QStringLiteral("about ") + QString::fromStdString(name); }};
 }
 
 }  // namespace
@@ -276,6 +277,7 @@ private slots:
         sheet.show();
         QApplication::setActiveWindow(&sheet);
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QCOMPARE(dec5->toolTip(), QStringLiteral("about DEC5(1)"));
         dec5->setFocus();
         QTRY_COMPARE(sheet.page(1)->helpText(), QStringLiteral("help of DEC5(1)"));
         dec5->setText("0.125");
@@ -296,11 +298,32 @@ private slots:
         app_soilbench settings(dir_.filePath("help.ini").toStdString());
         settings.version = kDiurna45;
         const field_help_lookup fixed = makeFieldHelpLookup(settings, kHelpFixed);
-        QCOMPARE(fixed("DEC5(1)"),
+        QCOMPARE(fixed.line("DEC5(1)"),
                  QStringLiteral("[Diurna 4.5] Top yearly turnover of the surface slow organic pool."));
-        QCOMPARE(fixed("NOSUCH"), QStringLiteral("Not Found: NOSUCH"));
+        QCOMPARE(fixed.line("NOSUCH"), QStringLiteral("Not Found: NOSUCH"));
+        // The field's tool tip describes it; a parameter without help has none.
+        QCOMPARE(
+            fixed.toolTip("DEC5(1)"),
+            QStringLiteral("dec5(1): Top yearly turnover of the surface slow organic pool.\nVersions: Diurna 4.5"));
+        QCOMPARE(fixed.toolTip("NOSUCH"), QString());
         // Help is per parameter file: the crop file's prdx(1) is not the tree file's.
-        QVERIFY(makeFieldHelpLookup(settings, kHelpCrop)("prdx(1)").endsWith("of the crop or grass."));
+        QVERIFY(makeFieldHelpLookup(settings, kHelpCrop).line("prdx(1)").endsWith("of the crop or grass."));
+
+        // A help file chosen in the settings is read instead of the shipped one,
+        // and read again when it changes.
+        const QString own = dir_.filePath("own-help.csv");
+        auto writeHelp = [&](const char* text) {
+            QFile f(own);
+            QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            f.write(QByteArray("Variable,Table,VersionFirst,VersionLast\n") + text);
+        };
+        writeHelp("DEC5(1),11,1,0,,Own words.\n");
+        settings.helpFile = own.toStdString();
+        QCOMPARE(makeFieldHelpLookup(settings, kHelpFixed).line("DEC5(1)"), QStringLiteral("[Diurna 4.5] Own words."));
+        writeHelp("DEC5(1),11,1,0,,Newer words.\n");
+        QFile(own).setFileTime(QDateTime::currentDateTime().addSecs(5), QFileDevice::FileModificationTime);
+        QCOMPARE(makeFieldHelpLookup(settings, kHelpFixed).line("DEC5(1)"),
+                 QStringLiteral("[Diurna 4.5] Newer words."));
     }
 
     void optionListEditorAddsEditsExportsAndDeletes() {

@@ -93,7 +93,7 @@ private slots:
                  (QStringList{"Run &One Record", "Run &Multiple Records", "Read .BIN file"}));
         QCOMPARE(labels(menuNamed(w, "&Window")), (QStringList{"&New Window", "&Cascade", "&Tile", "&Arrange Icons"}));
         const QStringList file = labels(menuNamed(w, "&File"));
-        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records",
+        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records", "Weather Mon&thly Records",
                               "&Monthly Weather Averages (<site>.100 file)", "&Close", "&Print...", "Print Pre&view"})
             QVERIFY2(file.contains(l), l);
         // The recent-file entry of the project just opened sits above Exit.
@@ -106,6 +106,30 @@ private slots:
         w.runCommand(command_id::fileClose);
         QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
         QVERIFY(!w.document());
+    }
+
+    void recentFilesSurviveARestart() {
+        const QString path = dir_.filePath("recent.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1})), QString());
+        const std::string profilePath = dir_.filePath("recent.ini").toStdString();
+        {
+            app_soilbench settings(profilePath);
+            main_window w(settings);
+            w.loadProfile();
+            QVERIFY(w.recentFileLabels().isEmpty());
+            QVERIFY(w.openProject(path));
+            w.closeProject();
+            std::string errors;
+            QVERIFY2(w.saveProfile(errors), errors.c_str());
+        }
+        app_soilbench settings(profilePath);
+        main_window w(settings);
+        w.loadProfile();
+        QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
+        // The entry opens its project.
+        for (QAction* a : menuNamed(w, "&File")->actions())
+            if (a->text() == "&1 " + path) a->trigger();
+        QVERIFY(w.document());
     }
 
     void navigationMovesAndKeepsRecordOnFailure() {
