@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
+#include <QPointer>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -22,30 +24,42 @@
 #include "ui_test_support.h"
 
 using namespace sb;
-using sbtest_ui::onNextModal;
 using sbtest_ui::pressButton;
 
 namespace {
 
 using modal_handler = std::function<void(QWidget*)>;
 
-// Answers the next modal dialogs in turn, one handler each.
-void onModals(std::vector<modal_handler> handlers) {
+// Answers the next modal dialogs in turn, one handler each. A dialog just
+// answered may still be the active one for a moment: it is not answered twice.
+void onModals(std::vector<modal_handler> handlers, QPointer<QWidget> answered = nullptr, int triesLeft = 500) {
     if (handlers.empty()) return;
-    modal_handler first = handlers.front();
-    handlers.erase(handlers.begin());
-    onNextModal([first, handlers](QWidget* m) {
-        first(m);
-        onModals(handlers);
+    QTimer::singleShot(10, [handlers, answered, triesLeft]() mutable {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (!modal || modal == answered) {
+            if (triesLeft > 0) onModals(handlers, answered, triesLeft - 1);
+            return;
+        }
+        modal_handler first = handlers.front();
+        handlers.erase(handlers.begin());
+        first(modal);
+        onModals(handlers, modal);
     });
+}
+
+// The name is typed into the dialog's file name field: selectFile() leaves a
+// field that has the focus alone, and a dialog just shown may have given it.
+void acceptFile(QFileDialog* d, const QString& path) {
+    if (auto* typed = d->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) typed->setText(path);
+    else d->selectFile(path);
+    static_cast<QDialog*>(d)->accept();
 }
 
 modal_handler chooseFile(const QString& path) {
     return [path](QWidget* m) {
         auto* d = qobject_cast<QFileDialog*>(m);
         QVERIFY(d);
-        d->selectFile(path);
-        static_cast<QDialog*>(d)->accept();
+        acceptFile(d, path);
     };
 }
 
@@ -117,7 +131,9 @@ private slots:
                                                 }};
             if (i.answer)
                 steps.push_back([&](QWidget* m) {
-                    question = qobject_cast<QMessageBox*>(m)->text();
+                    auto* box = qobject_cast<QMessageBox*>(m);
+                    QVERIFY(box);
+                    question = box->text();
                     QVERIFY(pressButton(m, i.answer));
                 });
             if (!i.answer || QString(i.answer) == "Yes") steps.push_back(readErrors(report));
@@ -180,8 +196,10 @@ private slots:
     void readBinFileReadsEveryRecord() {
         const QString path = dir_.filePath("bin.sbproj");
         QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1})), QString());
-        writeText(dir_.filePath("small.tsv"), "block\tindex\tname\nplot1\t1\tsomsc\nplot2\t1\taglivc\nplot3\t1\tcprodc\n");
-        writeText(dir_.filePath("small.bin"), byteMarkedFile({{{1990, 1, 2, 3}}, {{1991, 4, 5, 6}}, {{1992, 7, 8, 9}}}));
+        writeText(dir_.filePath("small.tsv"),
+                  "block\tindex\tname\nplot1\t1\tsomsc\nplot2\t1\taglivc\nplot3\t1\tcprodc\n");
+        writeText(dir_.filePath("small.bin"),
+                  byteMarkedFile({{{1990, 1, 2, 3}}, {{1991, 4, 5, 6}}, {{1992, 7, 8, 9}}}));
         app_soilbench settings;
         settings.version = kDiurna45;
         settings.binaryLayouts = dir_.filePath("small.tsv").toStdString();
