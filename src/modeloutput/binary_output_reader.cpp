@@ -1,5 +1,6 @@
 #include "modeloutput/binary_output_reader.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -47,6 +48,19 @@ std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) 
         }
     }
     return out;
+}
+
+// The state array has room for more layers than a site's profile uses; a
+// layer that holds nothing at the end is not one of the site's and is not kept.
+void dropEmptySoilLayers(tellura_outputs& outputs) {
+    auto& layers = outputs.soilLayers;
+    layers.erase(std::remove_if(layers.begin(), layers.end(),
+                                [](const TelluraOutputSoilLayer& layer) {
+                                    for (int c = 2; c < layer.columnCount(); ++c)
+                                        if (layer.number(c) != 0.0) return false;
+                                    return true;
+                                }),
+                 layers.end());
 }
 
 float floatAt(const std::vector<unsigned char>& record, int position) {
@@ -174,6 +188,7 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
             break;
         }
     blockReader.finish(errors);
+    dropEmptySoilLayers(outputs);
     return ok;
 }
 

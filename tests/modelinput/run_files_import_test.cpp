@@ -87,82 +87,46 @@ TEST(RunFilesImport, MissingScheduleStopsTheImport) {
         << readErrors;
 }
 
-// The shipped demo set-up in a folder of its own, its schedule's "#" line and
-// its site file's header changed as a case asks.
-void copyDemo(const sbtest::temp_dir& folder, bool scheduleNamesIt, const std::string& siteHeader) {
-    for (const auto& entry : std::filesystem::directory_iterator(SB_SHARE_DIR "/demo"))
-        std::filesystem::copy_file(entry.path(), folder.file(entry.path().filename()));
-    std::string schedule = sbtest::readFile(folder.file("demo.sch"));
-    if (!scheduleNamesIt) schedule = withoutFirstLine(schedule);
-    sbtest::writeFile(folder.file("demo.sch"), schedule);
-    sbtest::writeFile(folder.file("demo-site.100"),
-                      siteHeader + "\n" + withoutFirstLine(sbtest::readFile(folder.file("demo-site.100"))));
-}
-
-int countRows(database& db, table_id table, int32_t id) {
-    db_status status;
-    auto rows = db.openTable(table, "ID = " + std::to_string(id), "", status);
-    int n = 0;
-    for (bool more = rows && rows->moveFirst().ok(); more; more = rows->moveNext().ok()) ++n;
-    return n;
-}
-
-TEST(RunFilesImport, RecordIsDescribedByItsScheduleOrSite) {
+// The shipped demo set-up, its schedule's "#" line kept or not and its site
+// file's header replaced: the record is described by the first that names it.
+TEST(RunFilesImport, RecordDescriptionNewSoilAndStationAndReplacing) {
     struct {
         bool scheduleNamesIt;
         const char* siteHeader;
         const char* description;
     } cases[] = {
-        {true, "Demo  Demo cropland site", "Demo cropland"},
-        {false, "Demo  Demo cropland site", "Demo cropland site"},
-        {false, "Demo", "demo.sch"},
-    };
+        {true, "Demo  A site", "Demo cropland"}, {false, "Demo  A site", "A site"}, {false, "Demo", "demo.sch"}};
     for (const auto& c : cases) {
-        sbtest::temp_dir folder;
-        copyDemo(folder, c.scheduleNamesIt, c.siteHeader);
-        imported_run run;
+        sbtest::temp_dir folder, project;
+        for (const auto& entry : std::filesystem::directory_iterator(SB_SHARE_DIR "/demo"))
+            std::filesystem::copy_file(entry.path(), folder.file(entry.path().filename()));
+        const std::string schedule = sbtest::readFile(folder.file("demo.sch"));
+        sbtest::writeFile(folder.file("demo.sch"), c.scheduleNamesIt ? schedule : withoutFirstLine(schedule));
+        const std::string site = sbtest::readFile(folder.file("demo-site.100"));
+        sbtest::writeFile(folder.file("demo-site.100"), c.siteHeader + ("\n" + withoutFirstLine(site)));
+        // A new project's default record 1 names soil 1 and station 1, which are not stored.
         std::string errors;
-        ASSERT_TRUE(readRunFiles(folder.path(), "demo.sch", 4, 3, 1, 1, run, errors)) << errors;
-        EXPECT_EQ(run.record.description(), c.description) << c.siteHeader;
+        std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
+        ASSERT_TRUE(db && importRunFiles(*db, folder.path(), "demo.sch", 4, 2, errors)) << errors;
+        tellura_control_record imported;
+        ASSERT_TRUE(readControlRecord(*db, 2, imported, errors)) << errors;
+        EXPECT_EQ(imported.description(), c.description);
+        EXPECT_EQ(imported.soilId(), 2);
+        EXPECT_EQ(imported.weatherId(), 2);
     }
 }
 
-TEST(RunFilesImport, NewSoilAndStationAndAReplacedRecordKeepsNothingOfItsOwn) {
-    sbtest::temp_dir folder, project;
-    copyDemo(folder, true, "Demo  Demo cropland site");
+TEST(RunFilesImport, ARecordReplacedKeepsNoOutputs) {
+    sbtest::temp_dir project;
     std::string errors;
-    // A new project's default record 1 names soil 1 and station 1, which are not stored.
     std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
-    ASSERT_TRUE(db) << errors;
-    ASSERT_TRUE(importRunFiles(*db, folder.path(), "demo.sch", 4, 2, errors)) << errors;
-    tellura_control_record imported, first;
-    ASSERT_TRUE(readControlRecord(*db, 2, imported, errors)) << errors;
-    ASSERT_TRUE(readControlRecord(*db, 1, first, errors)) << errors;
-    EXPECT_EQ(first.soilId(), 1);
-    EXPECT_EQ(first.weatherId(), 1);
-    EXPECT_EQ(imported.soilId(), 2);
-    EXPECT_EQ(imported.weatherId(), 2);
-    tellura_soil_list soils;
-    soils.load(*db, errors);
-    ASSERT_EQ(soils.soils.size(), 1u);
-    EXPECT_EQ(soils.soils[0].soilId(), 2);
-
-    // Imported again under ID 2: the record's old outputs go with it.
+    ASSERT_TRUE(db);
     db_status status;
-    auto annual = db->openTable(table_id::output_annual, "", "", status);
-    ASSERT_TRUE(annual);
     table_record row(table_id::output_annual);
-    row.setNumber("ID", 2);
-    row.setNumber("Year", 1990);
-    ASSERT_TRUE(annual->insert(row).ok());
-    annual.reset();
-    const int blocks = countRows(*db, table_id::event_blocks, 2);
-    ASSERT_EQ(countRows(*db, table_id::output_annual, 2), 1);
-    ASSERT_TRUE(importRunFiles(*db, folder.path(), "demo.sch", 4, 2, errors)) << errors;
-    EXPECT_EQ(countRows(*db, table_id::output_annual, 2), 0);
-    EXPECT_EQ(countRows(*db, table_id::event_blocks, 2), blocks);
-    ASSERT_TRUE(readControlRecord(*db, 2, imported, errors)) << errors;
-    EXPECT_EQ(imported.soilId(), 3);  // a new soil again: soil 2 is stored
+    row.setNumber("ID", 1);
+    ASSERT_TRUE(db->openTable(table_id::output_annual, "", "", status)->insert(row).ok());
+    ASSERT_TRUE(importRunFiles(*db, SB_SHARE_DIR "/demo", "demo.sch", 4, 1, errors)) << errors;
+    EXPECT_FALSE(db->openTable(table_id::output_annual, "ID = 1", "", status)->moveFirst().ok());
 }
 
 }  // namespace

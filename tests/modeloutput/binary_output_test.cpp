@@ -312,37 +312,24 @@ TEST(BinaryOutput, UserLayoutsServeTheirOwnBuilds) {
 TEST(BinaryOutput, StateArrayFillsTheSoilLayersWithTheLastRecord) {
     struct {
         const char* name;
-        int layer;
-        const char* column;  // nullptr: not a soil-layer value
-    } names[] = {
-        {"minerl(1,1)", 1, "Mineral N"},   {"MINERL(2,2)", 2, "Mineral P"},
-        {"minerl(14,3)", 14, "Mineral S"}, {"rwcf(3)", 3, "Initial Relative Water Content"},
-        {"minerl(15,1)", 0, nullptr},  // beyond the 14 layers kept
-        {"minerl(1,4)", 0, nullptr},   // no fourth element
-        {"minerl(1)", 0, nullptr},         {"rwcf(1,1)", 0, nullptr},
-        {"aminrl(1)", 0, nullptr},
-    };
-    for (const auto& n : names) {
-        soil_layer_target target = resolveSoilLayerField(n.name);
-        EXPECT_EQ(target.layer, n.layer) << n.name;
-        EXPECT_EQ(target.column, n.column ? tableDef(table_id::output_soil_layers).fieldIndex(n.column) : -1) << n.name;
-    }
-
+        int layer;  // 0: not a soil-layer value
+    } names[] = {{"MINERL(14,3)", 14}, {"rwcf(3)", 3}, {"minerl(15,1)", 0}, {"minerl(1,4)", 0}, {"rwcf(1,1)", 0}};
+    for (const auto& n : names) EXPECT_EQ(resolveSoilLayerField(n.name).layer, n.layer) << n.name;
     // Array 1 holds the state; in arrays 2 and 3 the same names are not the state.
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("layers.tsv"),
-                      sbtest::layoutText({{"rwcf(2)", "minerl(2,1)", "minerl(1,1)"}, {"minerl(3,1)"}, {"rwcf(3)"}}));
-    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({binaryRecord(1990, {0.25f, 7, 5, 9, 9}),
-                                                                  binaryRecord(1991, {0.5f, 8, 6, 9, 9})}));
-    tellura_outputs outputs;
+                      sbtest::layoutText({{"rwcf(2)", "minerl(2,1)", "minerl(1,3)", "rwcf(3)"}, {"rwcf(1)"}}));
+    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({binaryRecord(1990, {0.25f, 7, 5, 0, 9}),
+                                                                  binaryRecord(1991, {0.5f, 8, 6, 0, 9})}));
+    tellura_outputs out;
     std::string errors;
     ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("layers.tsv")}, sbtest::blocksOf({{1991, 12.0f}}),
-                                 outputs, errors))
+                                 out, errors))
         << errors;
-    ASSERT_EQ(outputs.soilLayers.size(), 2u);
-    EXPECT_EQ(outputs.soilLayers[0].layerNumber(), 1);
-    EXPECT_FLOAT_EQ(cell(outputs.soilLayers[0], "Mineral N"), 6.0f);
-    EXPECT_EQ(outputs.soilLayers[1].layerNumber(), 2);
-    EXPECT_FLOAT_EQ(cell(outputs.soilLayers[1], "Mineral N"), 8.0f);
-    EXPECT_FLOAT_EQ(cell(outputs.soilLayers[1], "Initial Relative Water Content"), 0.5f);
+    ASSERT_EQ(out.soilLayers.size(), 2u);  // layer 3 holds nothing: not the site's
+    EXPECT_EQ(out.soilLayers[0].layerNumber(), 1);
+    EXPECT_FLOAT_EQ(cell(out.soilLayers[0], "Mineral S"), 6.0f);
+    EXPECT_FLOAT_EQ(cell(out.soilLayers[0], "Initial Relative Water Content"), 0.0f);
+    EXPECT_FLOAT_EQ(cell(out.soilLayers[1], "Mineral N"), 8.0f);
+    EXPECT_FLOAT_EQ(cell(out.soilLayers[1], "Initial Relative Water Content"), 0.5f);
 }
