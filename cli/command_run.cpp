@@ -6,6 +6,7 @@
 #include "cli_context.h"
 #include "cli_options.h"
 #include "modelinput/run_directory.h"
+#include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/tellura_output.h"
@@ -113,8 +114,8 @@ int cmdReadBin(const read_bin_options& opt) {
     std::string errors;
     sb::app_soilbench settings = loadUserSettings();
     sb::tellura_outputs outputs;
-    bool ok =
-        sb::readWholeBinaryOutput(opt.file, opt.version, settings.binaryLayoutFiles(), opt.monthly, outputs, errors);
+    const sb::binary_layout_catalogue layouts = sb::loadBinaryLayouts(settings.binaryLayoutFiles(), errors);
+    bool ok = sb::readWholeBinaryOutput(opt.file, opt.version, layouts, opt.monthly, outputs, errors);
     std::cout << (opt.monthly ? sb::monthlyOutputCsv(outputs) : sb::annualOutputCsv(outputs));
     return finish(ok, errors);
 }

@@ -220,6 +220,10 @@ int main(int argc, char** argv) {
 
     read_bin_options readBin;
     auto* cReadBin = app.add_subcommand("read-bin", "read a model binary output file and list what was read");
+    cReadBin->footer(
+        "The file is read through the binary layout of its release whose record size matches: the shipped ones\n"
+        "(share/soilbench/binary-layouts: release 2, and two builds of release 4) and the files named in the\n"
+        "setting Files/BinaryLayouts, one \"block<TAB>index<TAB>name\" line per variable.");
     cReadBin->add_option("FILE", readBin.file)->required();
     cReadBin->add_option("--version", readBin.version, "model version code 1-6")->required()->check(CLI::Range(1, 6));
     cReadBin->add_flag("--monthly", readBin.monthly, "read the records as monthly output (default: annual)");

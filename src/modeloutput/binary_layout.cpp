@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include "app/model_version.h"
 #include "app/program_location.h"
 #include "app/text_format.h"
 #include "modeloutput/output_line_reader.h"
@@ -145,6 +146,46 @@ std::string binary_layout_catalogue::knownSizes(int versionIndex) const {
     std::string out;
     for (long size : sizes) out += (out.empty() ? "" : ", ") + std::to_string(size);
     return out;
+}
+
+std::string binary_layout_catalogue::noLayoutMessage(const std::string& path, int versionIndex,
+                                                     long recordBytes) const {
+    const std::string name = versionDisplayName(versionIndex);
+    const std::string release = name.empty() ? strprintf("version %d", versionIndex)
+                                             : strprintf("\"%s\" (version %d)", name.c_str(), versionIndex);
+    std::string sizes;  // each layout of the version with its file, so that a wrong one can be found
+    for (const auto& layout : layouts_)
+        if (layout.version == 0 || layout.version == versionIndex)
+            appendf(sizes, "%s%ld bytes (%s)", sizes.empty() ? "" : ", ", layout.recordBytes(), layout.source.c_str());
+    std::string message;
+    if (sizes.empty())
+        appendf(message,
+                "ERROR, no binary layout is known for %s, so its binary output file \"%s\" (records of %ld bytes) "
+                "cannot be read.",
+                release.c_str(), path.c_str(), recordBytes);
+    else
+        appendf(message,
+                "ERROR, binary output file \"%s\" has records of %ld bytes, but the binary layouts known for %s "
+                "have %s.",
+                path.c_str(), recordBytes, release.c_str(), sizes.c_str());
+    appendf(message,
+            " To add the layout of this model build, write one line \"block<TAB>index<TAB>name\" per variable "
+            "(block plot1, plot2 or plot3 for arrays 1 to 3, index from 1) and a line \"# version %d\", as the "
+            "shipped layouts in %s are written, and name the file in the setting Files/BinaryLayouts (see "
+            "\"Binary output layouts\" in the README).",
+            versionIndex, shippedDirectory().c_str());
+    // Release 1 has no variable lists for the list utility: its binary file is all there is.
+    if (versionIndex == kTellura4Agricultural)
+        message += " Release 1 is read from its binary file only: its runs fail until the layout is added.\n";
+    else message += " Meanwhile its outputs can be read through the list utility: turn \"Read binary output\" off.\n";
+    return message;
+}
+
+binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, std::string& errors) {
+    binary_layout_catalogue layouts;
+    for (const auto& file : userFiles) layouts.addFile(file, errors);
+    layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
+    return layouts;
 }
 
 std::string binary_layout_catalogue::shippedDirectory() {

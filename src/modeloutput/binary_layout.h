@@ -43,6 +43,9 @@ public:
     const binary_layout* find(int versionIndex, long recordBytes) const;
     // "2432, 3212": the sizes the catalogue knows for a version; "" for none.
     std::string knownSizes(int versionIndex) const;
+    // Why a binary file of this version and record size cannot be read, and
+    // how to add the layout of its build (one line, "ERROR, ..." to "\n").
+    std::string noLayoutMessage(const std::string& path, int versionIndex, long recordBytes) const;
     const std::vector<binary_layout>& layouts() const { return layouts_; }
 
     // binary-layouts/ in the data folder (see app/program_location.h).
@@ -51,5 +54,12 @@ public:
 private:
     std::vector<binary_layout> layouts_;
 };
+
+// The layouts every reader of binary output uses (runs, the command line's
+// read-bin, the desktop's Read .BIN file): the user's own files (the
+// "BinaryLayouts" setting) first, so that they win over a shipped layout of
+// the same record size, then the shipped ones. A file that cannot be read is
+// reported and left out; the others still serve.
+binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, std::string& errors);
 
 }  // namespace sb

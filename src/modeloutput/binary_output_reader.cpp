@@ -171,12 +171,7 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     if (reader.firstRecordBytes() > 0) {
         layout = layouts.find(versionIndex, reader.firstRecordBytes());
         if (!layout) {
-            std::string sizes = layouts.knownSizes(versionIndex);
-            appendf(errors, "ERROR, binary output file \"%s\" has records of %ld bytes, but ", path.c_str(),
-                    reader.firstRecordBytes());
-            if (sizes.empty()) errors += "no binary layout is known for this model version.";
-            else appendf(errors, "the layouts known for this model version have %s bytes.", sizes.c_str());
-            errors += " Add the layout of this model build to the binary layout files.\n";
+            errors += layouts.noLayoutMessage(path, versionIndex, reader.firstRecordBytes());
             return false;
         }
     }
@@ -192,22 +187,13 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     return ok;
 }
 
-bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
-                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
-    binary_layout_catalogue layouts;
-    // The user's own layouts come first so that they win over a shipped layout of the same size.
-    for (const auto& file : extraLayoutFiles) layouts.addFile(file, errors);
-    layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
-    return readBinaryOutput(path, versionIndex, layouts, blocks, outputs, errors);
-}
-
-bool readWholeBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+bool readWholeBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
                            bool monthly, tellura_outputs& outputs, std::string& errors) {
     std::vector<tellura_event_block> blocks(1);
     blocks[0].lastYear = 32767;
     blocks[0].outputInterval = monthly ? 1.0f : 12.0f;
     std::string messages;
-    bool ok = readBinaryOutput(path, versionIndex, extraLayoutFiles, blocks, outputs, messages);
+    bool ok = readBinaryOutput(path, versionIndex, layouts, blocks, outputs, messages);
     const bool anyRead = !outputs.annual.empty() || outputs.monthlyCount() > 0;
     if (!ok && anyRead && messages.find("ERROR") == std::string::npos) ok = true;
     errors += messages;

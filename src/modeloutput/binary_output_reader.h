@@ -12,7 +12,8 @@ struct tellura_event_block;
 struct tellura_outputs;
 
 // The layout is chosen by the file's record size among the catalogue's layouts
-// for the version. Array 1 (the model's state and annual accumulators) fills the
+// for the version (loadBinaryLayouts in modeloutput/binary_layout.h); none is a
+// failure that says how to add one. Array 1 (the model's state and annual accumulators) fills the
 // end-of-run record where a variable is one of its columns; every array fills the
 // year's or month's record where a variable is one of that record's columns (the
 // model keeps most annual values in array 1, so leaving them out would leave the
@@ -20,14 +21,10 @@ struct tellura_outputs;
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
                       const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
 
-// The shipped layouts plus the user's own layout files (the "BinaryLayouts" setting).
-bool readBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
-                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
-
 // A binary output file on its own (no control record to say where blocks end):
 // every record of the file as one block, monthly or annual. A quiet end after
 // whole records is the file's normal end here, not a failure.
-bool readWholeBinaryOutput(const std::string& path, int versionIndex, const std::vector<std::string>& extraLayoutFiles,
+bool readWholeBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
                            bool monthly, tellura_outputs& outputs, std::string& errors);
 
 }  // namespace sb

@@ -200,8 +200,7 @@ bool run_controller::loadProjectData(std::string& errors) {
         ok = loadMonthlyHistory(db_, station, errors) && ok;
         ok = loadDailyHistory(db_, station, errors) && ok;
     }
-    layouts_.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
-    for (const auto& file : settings_.binaryLayoutFiles()) layouts_.addFile(file, errors);
+    layouts_ = loadBinaryLayouts(settings_.binaryLayoutFiles(), errors);
     loaded_ = true;
     return ok;
 }

@@ -11,6 +11,7 @@
 #include "app/app_soilbench.h"
 #include "app/text_format.h"
 #include "modelinput/site_file.h"
+#include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_to_input.h"
@@ -123,8 +124,9 @@ void main_window::readBinFile() {
     std::string errors;
     tellura_outputs outputs;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    readWholeBinaryOutput(path.toStdString(), settings_.version, settings_.binaryLayoutFiles(),
-                          ask.clickedButton() == monthly, outputs, errors);
+    const binary_layout_catalogue layouts = loadBinaryLayouts(settings_.binaryLayoutFiles(), errors);
+    readWholeBinaryOutput(path.toStdString(), settings_.version, layouts, ask.clickedButton() == monthly, outputs,
+                          errors);
     QApplication::restoreOverrideCursor();
     appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
             outputs.monthlyCount(), path.toStdString().c_str());

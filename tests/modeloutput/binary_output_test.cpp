@@ -1,6 +1,7 @@
 // The binary output: layout files, both framings, and filling the output records.
 #include <gtest/gtest.h>
 
+#include "app/text_format.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/binary_record_reader.h"
@@ -99,16 +100,33 @@ TEST(BinaryLayout, ShippedLayoutsAreTheKnownBuilds) {
     binary_layout_catalogue catalogue;
     std::string errors;
     ASSERT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
-    ASSERT_EQ(catalogue.layouts().size(), 2u);
-    EXPECT_EQ(catalogue.knownSizes(4), "2432, 3212");
-    const binary_layout* current = catalogue.find(4, 3212);
-    ASSERT_NE(current, nullptr);
-    EXPECT_EQ(current->count(0), 445);
-    EXPECT_EQ(current->count(1), 218);
-    EXPECT_EQ(current->count(2), 139);
-    EXPECT_EQ(current->names[0][0], "agcacc");
-    EXPECT_EQ(catalogue.find(4, 2432)->count(0), 350);
+    ASSERT_EQ(catalogue.layouts().size(), 3u);
+    // Release 2's arrays, and the two daily-step builds; releases 1, 3 and 5 have none.
+    struct {
+        int version;
+        long bytes;
+        int counts[3];
+        const char* first;
+    } builds[] = {{2, 1984, {279, 105, 111}, "agcacc"},
+                  {4, 3212, {445, 218, 139}, "agcacc"},
+                  {4, 2432, {350, 128, 129}, "agcacc"}};
+    for (const auto& build : builds) {
+        const binary_layout* layout = catalogue.find(build.version, build.bytes);
+        ASSERT_NE(layout, nullptr) << build.bytes;
+        for (int a = 0; a < 3; ++a) EXPECT_EQ(layout->count(a), build.counts[a]) << build.bytes << " array " << a;
+        EXPECT_EQ(layout->names[0][0], build.first);
+    }
+    for (int version : {1, 3, 5}) EXPECT_EQ(catalogue.knownSizes(version), "") << version;
     EXPECT_EQ(catalogue.find(3, 3212), nullptr);
+
+    // A user's layout of a shipped size wins over the shipped one.
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("mine.tsv"), "# version 2\nplot1\t279\tsomsc\nplot2\t105\tx\nplot3\t111\ty\n");
+    const binary_layout_catalogue mine = loadBinaryLayouts({dir.file("mine.tsv"), dir.file("gone.tsv")}, errors);
+    EXPECT_EQ(errors, "ERROR, unable to open binary layout file \"" + dir.file("gone.tsv") + "\".\n");
+    ASSERT_EQ(mine.layouts().size(), 4u);
+    EXPECT_EQ(mine.find(2, 1984)->source, dir.file("mine.tsv"));
+    EXPECT_EQ(mine.find(4, 3212)->count(0), 445);
 }
 
 TEST(BinaryFraming, ByteMarkedPhysicalRecords) {
@@ -251,13 +269,6 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
     EXPECT_FALSE(reserved.ok);
     EXPECT_EQ(reserved.errors, "ERROR, format of bin file invalid, reserved=103.\n");
 
-    std::vector<std::vector<unsigned char>> bigger = {binaryRecord(1990, std::vector<float>(12, 1.0f))};
-    binary_run unknown = readBinary(sbtest::byteMarkedFile(bigger), {{1993, 12.0f}});
-    EXPECT_FALSE(unknown.ok);
-    EXPECT_EQ(unknown.errors,
-              "ERROR, binary output file \"DIR/sb.bin\" has records of 52 bytes, but the layouts known for "
-              "this model version have 36 bytes. Add the layout of this model build to the binary layout files.\n");
-
     // A wrong trailer in the third record: two records stay, the read fails.
     std::string file = sbtest::byteMarkedFile(records);
     size_t third = 1 + 2 * 38;
@@ -298,15 +309,68 @@ TEST(BinaryOutput, UserLayoutsServeTheirOwnBuilds) {
     const auto blocks = sbtest::blocksOf({{1991, 12.0f}});
     tellura_outputs outputs;
     std::string errors;
-    // The shipped layouts (beside the program) know only 2432 and 3212 bytes.
-    EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), 4, std::vector<std::string>{}, blocks, outputs, errors));
-    EXPECT_EQ(errors, "ERROR, binary output file \"" + dir.file("sb.bin") +
-                          "\" has records of 36 bytes, but the layouts known for this model version have "
-                          "2432, 3212 bytes. Add the layout of this model build to the binary layout files.\n");
-    errors.clear();
-    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("mine.tsv")}, blocks, outputs, errors)) << errors;
+    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, loadBinaryLayouts({dir.file("mine.tsv")}, errors), blocks,
+                                 outputs, errors))
+        << errors;
     EXPECT_EQ(errors, "2 records read, from years 1990 to 1991.\n");
     EXPECT_FLOAT_EQ(outputs.annual.at(1).single(outputs.annual[1].column("somsc")), 1994.0f);
+}
+
+// Without a layout of the file's size the read fails saying which sizes are
+// known (and from which files), how to add a layout, and what works meanwhile.
+TEST(BinaryOutput, NoLayoutOfTheRecordSizeSaysHowToAddOne) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({smallRecord(1990), smallRecord(1991)}));
+    sbtest::writeFile(dir.file("v3.tsv"), "# version 3\nplot1\t1\tsomsc\nplot3\t4\tcgrain\n");
+    const std::string shipped = binary_layout_catalogue::shippedDirectory();
+    const std::string howTo =
+        " To add the layout of this model build, write one line \"block<TAB>index<TAB>name\" per variable (block "
+        "plot1, plot2 or plot3 for arrays 1 to 3, index from 1) and a line \"# version %d\", as the shipped layouts "
+        "in " +
+        shipped +
+        " are written, and name the file in the setting Files/BinaryLayouts (see \"Binary output layouts\" "
+        "in the README).";
+    const std::string listMeanwhile =
+        " Meanwhile its outputs can be read through the list utility: turn \"Read binary output\" off.\n";
+    const std::string bin = "\"" + dir.file("sb.bin") + "\"";
+    struct {
+        int version;
+        std::vector<std::string> userFiles;
+        std::string expected;
+    } cases[] = {
+        {4,
+         {},
+         "ERROR, binary output file " + bin +
+             " has records of 36 bytes, but the binary layouts known for \"Diurna "
+             "4.5\" (version 4) have 3212 bytes (" +
+             shipped + "/version4.tsv), 2432 bytes (" + shipped + "/version4-2008.tsv)." + strprintf(howTo.c_str(), 4) +
+             listMeanwhile},
+        {3,
+         {},
+         "ERROR, no binary layout is known for \"Tellura 4.5\" (version 3), so its binary output file " + bin +
+             " (records of 36 bytes) cannot be read." + strprintf(howTo.c_str(), 3) + listMeanwhile},
+        {3,
+         {dir.file("v3.tsv")},
+         "ERROR, binary output file " + bin +
+             " has records of 36 bytes, but the binary layouts known for \"Tellura "
+             "4.5\" (version 3) have 24 bytes (" +
+             dir.file("v3.tsv") + ")." + strprintf(howTo.c_str(), 3) + listMeanwhile},
+        {1,
+         {},
+         "ERROR, no binary layout is known for \"Tellura 4 Agricultural\" (version 1), so its binary output file " +
+             bin + " (records of 36 bytes) cannot be read." + strprintf(howTo.c_str(), 1) +
+             " Release 1 is read from its binary file only: its runs fail until the layout is added.\n"},
+    };
+    for (const auto& c : cases) {
+        std::string errors;
+        const binary_layout_catalogue layouts = loadBinaryLayouts(c.userFiles, errors);
+        ASSERT_EQ(errors, "");
+        tellura_outputs outputs;
+        EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), c.version, layouts, sbtest::blocksOf({{1991, 12.0f}}),
+                                      outputs, errors));
+        EXPECT_EQ(errors, c.expected) << "version " << c.version;
+        EXPECT_TRUE(outputs.annual.empty());
+    }
 }
 
 TEST(BinaryOutput, StateArrayFillsTheSoilLayersWithTheLastRecord) {
@@ -323,8 +387,8 @@ TEST(BinaryOutput, StateArrayFillsTheSoilLayersWithTheLastRecord) {
                                                                   binaryRecord(1991, {0.5f, 8, 6, 0, 9})}));
     tellura_outputs out;
     std::string errors;
-    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, {dir.file("layers.tsv")}, sbtest::blocksOf({{1991, 12.0f}}),
-                                 out, errors))
+    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, loadBinaryLayouts({dir.file("layers.tsv")}, errors),
+                                 sbtest::blocksOf({{1991, 12.0f}}), out, errors))
         << errors;
     ASSERT_EQ(out.soilLayers.size(), 2u);  // layer 3 holds nothing: not the site's
     EXPECT_EQ(out.soilLayers[0].layerNumber(), 1);
