@@ -47,10 +47,10 @@ TEST(BinaryLayoutRuns, ReleasesWithoutALayoutFailSayingHowToAddOne) {
         run_project project(1, 2);
         release_run run = runAs(project, c.version, c.binary);
         EXPECT_EQ(run.ok, c.shipped) << "release " << c.version << "\n" << run.errors;
-        const std::string expected = sb::binary_layout_catalogue().noLayoutMessage(
-            project.modelFolder() + "/sb.bin", c.version, c.bytes);
-        EXPECT_EQ(run.errors.find(expected) != std::string::npos, !c.shipped)
-            << "release " << c.version << "\n" << run.errors;
+        const std::string expected =
+            sb::binary_layout_catalogue().noLayoutMessage(project.modelFolder() + "/sb.bin", c.version, c.bytes);
+        EXPECT_EQ(run.errors.find(expected) != std::string::npos, !c.shipped) << "release " << c.version << "\n"
+                                                                              << run.errors;
         EXPECT_EQ(run.stored.monthlyCount(), c.shipped ? 12u : 0u) << "release " << c.version;
     }
 }
