@@ -1,30 +1,31 @@
 #include "db/database.h"
 
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QSqlRecord>
 #include <QStringList>
 #include <QVariant>
 
-#include <array>
 #include <atomic>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
-#include <deque>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/text_format.h"
-#include "db/sql_dialect.h"
+#include "db/database_impl.h"
 
 namespace sb {
 
-namespace {
-
 QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+
+db_status statusOf(status_code code, std::string description) {
+    db_status status;
+    status.code = code;
+    if (!description.empty()) status.descriptions.push_back(std::move(description));
+    return status;
+}
+
+namespace {
 
 // Every database object gets a connection name of its own: Qt keeps connections
 // in one process-wide registry, and sharing a name would share the connection.
@@ -41,128 +42,155 @@ bool isWriteProtected(const std::string& path) {
     return (st.st_mode & 0222) == 0 || ::access(path.c_str(), W_OK) != 0;
 }
 
-db_status statusOf(status_code code, std::string description) {
-    db_status status;
-    status.code = code;
-    if (!description.empty()) status.descriptions.push_back(std::move(description));
-    return status;
-}
-
-size_t utf8Length(const std::string& text) {
-    size_t count = 0;
-    for (unsigned char c : text) count += (c & 0xC0) != 0x80;
-    return count;
+// The key a save's lock is known by: the same text gives the same key in every program.
+uint64_t lockKey(std::string_view text) {
+    uint64_t hash = 1469598103934665603ull;  // FNV-1a
+    for (unsigned char c : text) {
+        hash ^= c;
+        hash *= 1099511628211ull;
+    }
+    return hash;
 }
 
 }  // namespace
 
-struct database_impl {
-    std::string path;
-    QString connection = newConnectionName();
-    QSqlDatabase db;
-    std::unique_ptr<sql_dialect> dialect = sql_dialect::sqlite();
-    bool readOnly = false;
-    int depth = 0;
-    bool doomed = false;  // an inner session gave up: the outermost one rolls back
-    std::string lastCommitError;
-    // Per table: the prepared insert (reused by every row set of the table) and where
-    // each catalogue column stands in "SELECT *" (the file's order may differ).
-    std::array<std::unique_ptr<QSqlQuery>, kTableCount> inserts;
-    std::array<std::vector<int>, kTableCount> columnMaps;
+// ---------------------------------------------------------------- connection
 
-    ~database_impl() { closeConnection(); }
+database_impl::database_impl(project_location where)
+    : location(std::move(where)),
+      shown(location.shown()),
+      connection(newConnectionName()),
+      dialect(location.onServer() ? sql_dialect::postgresql() : sql_dialect::sqlite()) {}
 
-    db_status statusFrom(const QSqlError& error) const {
-        std::string text = error.databaseText().toStdString();
-        if (text.empty()) text = error.driverText().toStdString();
-        return statusOf(dialect->classifyError(error.nativeErrorCode().toStdString(), text), text);
-    }
+db_status database_impl::statusFrom(const QSqlError& error) const {
+    std::string text = error.databaseText().toStdString();
+    if (text.empty()) text = error.driverText().toStdString();
+    return statusOf(dialect->classifyError(error.nativeErrorCode().toStdString(), text),
+                    dialect->errorDescription(text));
+}
 
-    bool openConnection(bool readOnlyMode, db_status& status) {
-        return openConnection(path, dialect->connectOptions(readOnlyMode), status);
-    }
+bool database_impl::openConnection(bool readOnlyMode, db_status& status) {
+    if (!location.onServer()) return openConnection(location.path(), dialect->connectOptions(readOnlyMode), status);
+    std::string options = dialect->connectOptions(readOnlyMode);
+    for (const auto& [key, value] : location.options()) options += ";" + key + "=" + value;
+    if (!db.isValid()) db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
+    db.setHostName(qs(location.host()));
+    db.setPort(location.port() > 0 ? location.port() : -1);
+    db.setUserName(qs(location.user()));
+    // Without a password in the URL the client library looks in PGPASSWORD and ~/.pgpass.
+    db.setPassword(qs(location.password()));
+    return openConnection(location.databaseName(), options, status);
+}
 
-    bool openConnection(const std::string& name, const std::string& options, db_status& status) {
-        if (!db.isValid()) db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
-        if (!db.isValid()) {
-            status = statusOf(kStatusStoreError,
-                              strprintf("The database driver %s is not available.", dialect->driverName()));
-            return false;
-        }
-        db.close();
-        db.setDatabaseName(qs(name));
-        db.setConnectOptions(qs(options));
-        if (db.open()) return true;
-        status = statusFrom(db.lastError());
-        status.descriptions.push_back(path);
+bool database_impl::openConnection(const std::string& name, const std::string& options, db_status& status) {
+    if (!db.isValid()) db = QSqlDatabase::addDatabase(QString::fromLatin1(dialect->driverName()), connection);
+    if (!db.isValid()) {
+        status =
+            statusOf(kStatusStoreError, strprintf("The database driver %s is not available.", dialect->driverName()));
         return false;
     }
+    db.close();
+    db.setDatabaseName(qs(name));
+    db.setConnectOptions(qs(options));
+    if (db.open()) return true;
+    status = statusFrom(db.lastError());
+    status.descriptions.push_back(shown);
+    return false;
+}
 
-    db_status run(const std::string& storeSql) {
-        QSqlQuery query(db);
-        if (query.exec(qs(storeSql))) return {};
-        return statusFrom(query.lastError());
+void database_impl::closeConnection() {
+    if (streaming) streaming->close();
+    forgetPreparedStatements();
+    if (db.isValid()) db.close();
+    db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(connection);
+}
+
+void database_impl::releaseStream() {
+    if (rowset* open = streaming) {
+        streaming = nullptr;
+        open->takeRest();
     }
+}
 
-    void forgetPreparedStatements() {
-        for (auto& insert : inserts) insert.reset();
-        for (auto& map : columnMaps) map.clear();
-    }
+void database_impl::noteFailure(const db_status& status) {
+    if (depth == 0 || guarding || !dialect->failureSpoilsTransaction() || spoiled) return;
+    spoiled = true;
+    spoiledBy = status.descriptions.empty() ? std::string() : status.descriptions.front();
+}
 
-    void closeConnection() {
-        forgetPreparedStatements();
-        if (db.isValid()) db.close();
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(connection);
-    }
+db_status database_impl::rawRun(const std::string& storeSql) {
+    releaseStream();
+    QSqlQuery query(db);
+    if (query.exec(qs(storeSql))) return {};
+    db_status status = statusFrom(query.lastError());
+    noteFailure(status);
+    return status;
+}
 
-    // Where each column of the table stands in the store's "SELECT *" result;
-    // fails with the no-table / no-column status when the file lacks either.
-    bool columnMap(table_id table, db_status& status) {
-        std::vector<int>& map = columnMaps[static_cast<size_t>(table)];
-        if (!map.empty()) return true;
+void database_impl::forgetPreparedStatements() {
+    for (auto& insert : inserts) insert.reset();
+    for (auto& map : columnMaps) map.clear();
+}
+
+// Where each column of the table stands in the store's "SELECT *" result;
+// fails with the no-table / no-column status when the project lacks either.
+bool database_impl::columnMap(table_id table, db_status& status) {
+    std::vector<int>& map = columnMaps[static_cast<size_t>(table)];
+    if (!map.empty()) return true;
+    QSqlRecord columns;
+    status = guarded([&] {
+        releaseStream();
         QSqlQuery probe(db);
         std::string sql = "SELECT * FROM " + dialect->quoteIdentifier(tableName(table)) + " LIMIT 0";
-        if (!probe.exec(qs(sql))) {
-            status = statusFrom(probe.lastError());
+        if (probe.exec(qs(sql))) {
+            columns = probe.record();
+            return db_status{};
+        }
+        db_status failed = statusFrom(probe.lastError());
+        noteFailure(failed);
+        return failed;
+    });
+    if (!status.ok()) return false;
+    const database_maker_table& def = tableDef(table);
+    map.assign(def.fields().size(), -1);
+    for (size_t i = 0; i < def.fields().size(); ++i) {
+        map[i] = columns.indexOf(qs(def.fields()[i].name));
+        if (map[i] < 0) {
+            status = statusOf(kStatusNoColumn, strprintf("no such column: [%s] in table [%s]",
+                                                         def.fields()[i].name.c_str(), tableName(table)));
+            map.clear();
             return false;
         }
-        QSqlRecord columns = probe.record();
-        const database_maker_table& def = tableDef(table);
-        map.assign(def.fields().size(), -1);
-        for (size_t i = 0; i < def.fields().size(); ++i) {
-            map[i] = columns.indexOf(qs(def.fields()[i].name));
-            if (map[i] < 0) {
-                status = statusOf(kStatusNoColumn, strprintf("no such column: [%s] in table [%s]",
-                                                             def.fields()[i].name.c_str(), tableName(table)));
-                map.clear();
-                return false;
-            }
-        }
-        return true;
     }
+    return true;
+}
 
-    QSqlQuery* preparedInsert(table_id table, db_status& status) {
-        auto& insert = inserts[static_cast<size_t>(table)];
-        if (insert) return insert.get();
-        std::vector<std::string> names;
-        for (const auto& field : tableDef(table).fields()) names.push_back(field.name);
-        auto query = std::make_unique<QSqlQuery>(db);
-        if (!query->prepare(qs(dialect->insertText(tableName(table), names)))) {
-            status = statusFrom(query->lastError());
-            return nullptr;
-        }
-        insert = std::move(query);
-        return insert.get();
-    }
-};
+QSqlQuery* database_impl::preparedInsert(table_id table, db_status& status) {
+    auto& insert = inserts[static_cast<size_t>(table)];
+    if (insert) return insert.get();
+    std::vector<std::string> names;
+    for (const auto& field : tableDef(table).fields()) names.push_back(field.name);
+    auto query = std::make_unique<QSqlQuery>(db);
+    status = guarded([&] {
+        releaseStream();
+        if (query->prepare(qs(dialect->insertText(tableName(table), names)))) return db_status{};
+        db_status failed = statusFrom(query->lastError());
+        noteFailure(failed);
+        return failed;
+    });
+    if (!status.ok()) return nullptr;
+    insert = std::move(query);
+    return insert.get();
+}
 
 // ---------------------------------------------------------------- database
 
 database::database(std::unique_ptr<database_impl> impl) : impl_(std::move(impl)) {}
 database::~database() = default;
 
-const std::string& database::path() const { return impl_->path; }
+const std::string& database::path() const { return impl_->shown; }
+const project_location& database::location() const { return impl_->location; }
 const sql_dialect& database::dialect() const { return *impl_->dialect; }
 bool database::readOnly() const { return impl_->readOnly; }
 int database::sessionDepth() const { return impl_->depth; }
@@ -186,40 +214,93 @@ void appendRemoveFailure(int error, const std::string& path, std::string& errors
     errors += path + "\"\n";
 }
 
+// A location that cannot be used: its text (password masked) and what is wrong with it.
+bool parseLocation(const std::string& where, project_location& location, const char* failure, std::string& errors) {
+    std::string problem;
+    if (project_location::parse(where, location, problem)) return true;
+    errors += failure + project_location::shown(where) + "\n" + problem + "\n";
+    return false;
+}
+
+bool holdsProjectTable(const QStringList& tables) {
+    for (int i = 0; i < kTableCount; ++i)
+        if (tables.contains(QString::fromUtf8(tableName(static_cast<table_id>(i))), Qt::CaseInsensitive)) return true;
+    return false;
+}
+
+// Makes the location's database on its server, through the server's maintenance
+// database (the one every server has, or the template it is made from).
+db_status makeServerDatabase(const project_location& location) {
+    db_status status;
+    for (const char* maintenance : {"postgres", "template1"}) {
+        database_impl server(location.onDatabase(maintenance));
+        if (!server.openConnection(false, status)) {
+            if (status.code == kStatusNotADatabase) continue;
+            return status;
+        }
+        status = server.rawRun(server.dialect->createDatabaseText(location.databaseName()));
+        if (!status.ok()) status.descriptions.push_back(location.shown());
+        return status;
+    }
+    return status;
+}
+
+// A database on a server is made when it does not exist; an existing one is used
+// only when it holds no tables at all. A project on a server is shared: it is never
+// replaced by a new one the way a file is.
+bool createOnServer(database_impl& impl, db_status& status) {
+    if (impl.openConnection(false, status)) {
+        if (impl.db.tables().isEmpty()) return true;
+        status = statusOf(kStatusStoreError,
+                          strprintf("The database \"%s\" already holds tables; a new project is made only in a new "
+                                    "or empty database, and a shared project is never replaced.",
+                                    impl.location.databaseName().c_str()));
+        return false;
+    }
+    if (status.code != kStatusNotADatabase) return false;
+    status = makeServerDatabase(impl.location);
+    return status.ok() && impl.openConnection(false, status);
+}
+
 }  // namespace
 
-bool database::create(const std::string& path, std::string& errors) {
-    bool ok = true;
-    std::error_code ec;
-    if (std::filesystem::exists(std::filesystem::symlink_status(path, ec))) {
-        if (int error = removeOldFile(path)) {
-            appendRemoveFailure(error, path, errors);
-            ok = false;  // the creation below is still tried
-        }
-    }
+bool database::create(const std::string& where, std::string& errors) {
+    project_location location;
+    if (!parseLocation(where, location, "ERROR, CreateDataSource failed.\n", errors)) return false;
     auto fail = [&](const db_status& status) {
         errors += "ERROR, CreateDataSource failed.\n";
         appendStatusText(status, errors);
         return false;
     };
-    if (std::filesystem::exists(std::filesystem::symlink_status(path, ec)))
-        return fail(statusOf(kStatusStoreError, "The old file is still there and was not replaced: " + path));
-
-    auto impl = std::make_unique<database_impl>();
-    impl->path = path;
+    auto impl = std::make_unique<database_impl>(location);
     db_status status;
-    if (!impl->openConnection(false, status)) return fail(status);
+    bool ok = true;
+    if (location.onServer()) {
+        if (!createOnServer(*impl, status)) return fail(status);
+    } else {
+        const std::string& path = location.path();
+        std::error_code ec;
+        if (std::filesystem::exists(std::filesystem::symlink_status(path, ec))) {
+            if (int error = removeOldFile(path)) {
+                appendRemoveFailure(error, path, errors);
+                ok = false;  // the creation below is still tried
+            }
+        }
+        if (std::filesystem::exists(std::filesystem::symlink_status(path, ec)))
+            return fail(statusOf(kStatusStoreError, "The old file is still there and was not replaced: " + path));
+        if (!impl->openConnection(false, status)) return fail(status);
+    }
     std::vector<std::string> statements = impl->dialect->connectionSetup();
-    statements.insert(statements.begin(), impl->dialect->markProjectText());
+    statements.push_back(impl->dialect->markProjectText());
     for (const std::string& sql : statements) {
-        status = impl->run(sql);
+        status = impl->rawRun(sql);
         if (!status.ok()) return fail(status);
     }
     return ok;
 }
 
 namespace {
-// The first read of the file: a file that is no database fails here.
+// The first read of the project: a file that is no database fails here.
 db_status readMark(database_impl& impl, long long& mark) {
     QSqlQuery query(impl.db);
     if (!query.exec(qs(impl.dialect->readMarkText())) || !query.next()) return impl.statusFrom(query.lastError());
@@ -228,20 +309,22 @@ db_status readMark(database_impl& impl, long long& mark) {
 }
 }  // namespace
 
-std::unique_ptr<database> database::open(const std::string& path, std::string& errors) {
+std::unique_ptr<database> database::open(const std::string& where, std::string& errors) {
+    project_location location;
+    if (!parseLocation(where, location, "ERROR, unable to open database: ", errors)) return nullptr;
     auto fail = [&](const db_status& status) -> std::unique_ptr<database> {
-        errors += "ERROR, unable to open database: " + path + "\n";
+        errors += "ERROR, unable to open database: " + location.shown() + "\n";
         appendStatusText(status, errors);
         return nullptr;
     };
     std::error_code ec;
+    const std::string& path = location.path();
     // The store would quietly make a new empty file for a wrong path; refuse instead.
-    if (!std::filesystem::is_regular_file(path, ec))
+    if (!location.onServer() && !std::filesystem::is_regular_file(path, ec))
         return fail(statusOf(kStatusStoreError, std::filesystem::exists(path, ec) ? "The path is not a file."
                                                                                   : "The file does not exist."));
-    auto impl = std::make_unique<database_impl>();
-    impl->path = path;
-    impl->readOnly = isWriteProtected(path);
+    auto impl = std::make_unique<database_impl>(location);
+    impl->readOnly = !location.onServer() && isWriteProtected(path);
     db_status status;
     if (!impl->openConnection(impl->readOnly, status)) return fail(status);
 
@@ -253,29 +336,39 @@ std::unique_ptr<database> database::open(const std::string& path, std::string& e
         if (impl->openConnection(fallbackName, fallbackOptions, again)) status = readMark(*impl, mark);
     }
     if (!status.ok()) return fail(status);
-    bool ours = mark == impl->dialect->projectMark();
-    if (!ours) {
-        // A project made elsewhere (no mark) is still ours when it holds our tables.
-        const QStringList tables = impl->db.tables();
-        for (int i = 0; i < kTableCount && !ours; ++i)
-            ours = tables.contains(QString::fromUtf8(tableName(static_cast<table_id>(i))), Qt::CaseInsensitive);
-    }
-    if (!ours)
+    // A project made elsewhere (no mark) is still ours when it holds our tables.
+    if (mark != impl->dialect->projectMark() && !holdsProjectTable(impl->db.tables()))
         return fail(statusOf(kStatusNotADatabase,
-                             "The file is not a Soilbench project: it holds none of the project's tables."));
+                             location.onServer()
+                                 ? "The database is not a Soilbench project: it holds none of the project's tables."
+                                 : "The file is not a Soilbench project: it holds none of the project's tables."));
     if (!impl->readOnly)
         for (const std::string& sql : impl->dialect->connectionSetup()) {
-            status = impl->run(sql);
+            status = impl->rawRun(sql);
             if (!status.ok()) return fail(status);
         }
     return std::unique_ptr<database>(new database(std::move(impl)));
 }
 
 db_status database::execute(std::string_view sql) {
-    db_status status = impl_->run(impl_->dialect->translate(sql));
+    const std::string storeSql = impl_->dialect->translate(sql);
+    const bool isDelete = istartsWith(trim(sql), "delete");
+    // Two saves replacing the same rows take turns: the second one's delete then
+    // sees the first one's rows, and its inserts replace them whole.
+    if (isDelete && impl_->depth > 0) {
+        db_status locked = holdSaveLock(storeSql);
+        if (!locked.ok()) return locked;
+    }
+    db_status status = impl_->run(storeSql);
     // New or changed tables: prepared inserts and column positions are made afresh.
-    if (status.ok() && !istartsWith(trim(sql), "delete")) impl_->forgetPreparedStatements();
+    if (status.ok() && !isDelete) impl_->forgetPreparedStatements();
     return status;
+}
+
+db_status database::holdSaveLock(std::string_view name) {
+    const std::string text = impl_->dialect->saveLockText(lockKey(name));
+    if (text.empty() || impl_->depth == 0) return {};
+    return impl_->run(text);
 }
 
 std::string database::selectText(std::string_view table, std::string_view filter, std::string_view order) {
@@ -298,16 +391,17 @@ std::unique_ptr<rowset> database::openTable(table_id table, std::string_view fil
 bool database::beginSession(std::string& storeError) {
     if (impl_->depth == 0) {
         if (impl_->readOnly) {
-            storeError = "The project file is read-only, nothing can be saved in it: " + impl_->path;
+            storeError = "The project file is read-only, nothing can be saved in it: " + impl_->shown;
             return false;
         }
-        db_status status = impl_->run(impl_->dialect->beginText());
+        db_status status = impl_->rawRun(impl_->dialect->beginText());
         if (!status.ok()) {
             storeError.clear();
             for (const auto& text : status.descriptions) storeError += text;
             return false;
         }
-        impl_->doomed = false;
+        impl_->doomed = impl_->spoiled = false;
+        impl_->spoiledBy.clear();
     }
     ++impl_->depth;
     return true;
@@ -317,13 +411,20 @@ void database::endSession() {
     if (impl_->depth == 0 || --impl_->depth > 0) return;
     impl_->lastCommitError.clear();
     if (impl_->doomed) {
-        impl_->run("ROLLBACK");
+        impl_->rawRun("ROLLBACK");
         return;
     }
-    db_status status = impl_->run("COMMIT");
+    if (impl_->spoiled) {
+        // The store has refused everything since the failure; its commit would roll back quietly.
+        impl_->rawRun("ROLLBACK");
+        impl_->lastCommitError =
+            "the store refused a statement of this save (" + impl_->spoiledBy + "), so none of the save was kept";
+        return;
+    }
+    db_status status = impl_->rawRun("COMMIT");
     if (status.ok()) return;
     for (const auto& text : status.descriptions) impl_->lastCommitError += text;
-    impl_->run("ROLLBACK");
+    impl_->rawRun("ROLLBACK");
 }
 
 void database::abandonSession() {
@@ -346,240 +447,6 @@ void session::abandon() {
     if (!open_) return;
     open_ = false;
     db_.abandonSession();
-}
-
-// ---------------------------------------------------------------- row sets
-
-// The store's cursor only runs forward and is never read ahead, so opening a big
-// table and taking its first row costs one row. Moving back is served from the
-// last rows seen; further back, the query runs again up to the wanted row.
-struct rowset_impl {
-    static constexpr size_t kWindow = 256;
-
-    std::unique_ptr<QSqlQuery> query;
-    std::vector<int> columns;  // catalogue column -> result column (a copy: DDL may drop the cache)
-    bool executed = false;
-    bool exhausted = false;
-    long fetched = 0;                 // rows taken from the cursor so far
-    long position = -1;               // -1 before the first row; == count after the last
-    std::deque<table_record> window;  // the rows fetched last, ending at fetched - 1
-    long windowStart = 0;
-};
-
-rowset::rowset(database& db, table_id table, std::string selectText)
-    : rowset(db, table, std::move(selectText), std::make_unique<table_record>(table)) {}
-
-rowset::rowset(database& db, table_id table, std::string selectText, std::unique_ptr<table_record> bound)
-    : db_(db),
-      table_(table),
-      select_(std::move(selectText)),
-      row_(std::move(bound)),
-      impl_(std::make_unique<rowset_impl>()) {}
-
-rowset::~rowset() { close(); }
-
-void rowset::close() {
-    if (impl_->query) impl_->query->finish();
-    impl_->query.reset();
-    impl_->executed = impl_->exhausted = false;
-    impl_->fetched = 0;
-    impl_->position = -1;
-    impl_->window.clear();
-}
-
-db_status rowset::prepare() {
-    if (impl_->query) return {};
-    database_impl& dbi = db_.impl();
-    db_status status;
-    if (!dbi.columnMap(table_, status)) return status;
-    impl_->columns = dbi.columnMaps[static_cast<size_t>(table_)];
-    auto query = std::make_unique<QSqlQuery>(dbi.db);
-    query->setForwardOnly(true);
-    if (!query->prepare(qs(dbi.dialect->translate(select_)))) return dbi.statusFrom(query->lastError());
-    impl_->query = std::move(query);
-    return {};
-}
-
-db_status rowset::restart() {
-    db_status status = prepare();
-    if (!status.ok()) return status;
-    impl_->window.clear();
-    impl_->windowStart = impl_->fetched = 0;
-    impl_->exhausted = false;
-    if (impl_->executed) impl_->query->finish();
-    impl_->executed = true;
-    if (!impl_->query->exec()) return db_.impl().statusFrom(impl_->query->lastError());
-    return {};
-}
-
-// Takes the cursor's next row into the window; false at the end of the result.
-bool rowset::fetchOne(db_status& status) {
-    QSqlQuery& query = *impl_->query;
-    if (impl_->exhausted || !query.next()) {
-        if (query.lastError().isValid()) status = db_.impl().statusFrom(query.lastError());
-        impl_->exhausted = true;
-        return false;
-    }
-    // A full window hands its oldest row over for reuse, sparing an allocation per row.
-    std::deque<table_record>& window = impl_->window;
-    if (window.size() == rowset_impl::kWindow) {
-        window.push_back(std::move(window.front()));
-        window.pop_front();
-        ++impl_->windowStart;
-    } else {
-        window.emplace_back(table_);
-    }
-    table_record& record = window.back();
-    const auto& def = record.def();
-    const std::vector<int>& columns = impl_->columns;
-    for (int col = 0; col < record.columnCount(); ++col) {
-        QVariant value = query.value(columns[static_cast<size_t>(col)]);
-        if (def.isText(col)) record.setText(col, value.toString().toStdString());
-        else record.setNumber(col, value.isNull() ? 0.0 : value.toDouble());
-    }
-    ++impl_->fetched;
-    return true;
-}
-
-// Makes row `target` current; the end-of-rowset status when the result has no such row.
-db_status rowset::moveTo(long target) {
-    db_status status;
-    if (!impl_->executed || target < impl_->windowStart) {
-        status = restart();
-        if (!status.ok()) return status;
-    }
-    while (impl_->fetched <= target)
-        if (!fetchOne(status)) {
-            if (status.failed()) return status;
-            impl_->position = impl_->fetched;  // after the last row
-            return statusOf(kStatusEndOfRowset, {});
-        }
-    impl_->position = target;
-    static_cast<table_record&>(*row_) = impl_->window[static_cast<size_t>(target - impl_->windowStart)];
-    return {};
-}
-
-db_status rowset::moveFirst() { return moveTo(0); }
-
-db_status rowset::moveNext() {
-    if (impl_->executed && impl_->exhausted && impl_->position >= impl_->fetched)
-        return statusOf(kStatusEndOfRowset, {});
-    return moveTo(impl_->position + 1);
-}
-
-db_status rowset::movePrevious() {
-    if (impl_->position <= 0) {
-        impl_->position = -1;
-        return statusOf(kStatusEndOfRowset, {});
-    }
-    return moveTo(impl_->position - 1);
-}
-
-db_status rowset::moveLast() {
-    db_status status;
-    if (!impl_->executed) {
-        status = restart();
-        if (!status.ok()) return status;
-    }
-    while (fetchOne(status)) {}
-    if (status.failed()) return status;
-    if (impl_->fetched == 0) {
-        impl_->position = 0;
-        return statusOf(kStatusEndOfRowset, {});
-    }
-    return moveTo(impl_->fetched - 1);
-}
-
-void rowset::setRow(const table_record& record) {
-    if (record.table() == table_) {
-        static_cast<table_record&>(*row_) = record;
-        return;
-    }
-    // A record of another table: the columns of the same name carry over.
-    for (int col = 0; col < row_->columnCount(); ++col) {
-        int from = record.column(row_->def().fields()[static_cast<size_t>(col)].name);
-        if (from < 0) continue;
-        if (row_->isText(col)) row_->setText(col, record.isText(from) ? record.text(from) : std::string());
-        else if (!record.isText(from)) row_->setNumber(col, record.number(from));
-    }
-}
-
-db_status rowset::insert() { return insert(*row_); }
-
-namespace {
-
-// Values the column type cannot hold are refused here, with a message naming the
-// place, instead of being cut or wrapped by the store.
-db_status checkValue(const table_record& record, int col) {
-    const database_maker_field& field = record.def().fields()[static_cast<size_t>(col)];
-    const char* table = tableName(record.table());
-    if (record.isText(col)) {
-        size_t length = utf8Length(record.text(col));
-        if (field.size > 0 && length > static_cast<size_t>(field.size))
-            return statusOf(kStatusValueOutOfRange,
-                            strprintf("The text for column [%s] of table [%s] has %zu characters; "
-                                      "the column holds at most %d: \"%s\"",
-                                      field.name.c_str(), table, length, field.size, record.text(col).c_str()));
-        return {};
-    }
-    double value = record.number(col);
-    double low = -HUGE_VAL, high = HUGE_VAL;
-    switch (field.type) {
-        case kTypeByte:
-        case kTypeByteSigned:
-            low = 0, high = 255;
-            break;
-        case kTypeSmallint:
-            low = -32768, high = 32767;
-            break;
-        case kTypeInteger:
-            low = -2147483648.0, high = 2147483647.0;
-            break;
-        default:
-            break;
-    }
-    if (!std::isfinite(value))
-        return statusOf(kStatusValueOutOfRange,
-                        strprintf("The value %g for column [%s] of table [%s] is not a finite number.", value,
-                                  field.name.c_str(), table));
-    if (value < low || value > high)
-        return statusOf(kStatusValueOutOfRange,
-                        strprintf("The value %.17g for column [%s] of table [%s] is out of range: %s holds "
-                                  "%.0f to %.0f.",
-                                  value, field.name.c_str(), table, sqlTypeText(field.type), low, high));
-    return {};
-}
-
-QVariant storeValue(const table_record& record, int col) {
-    if (record.isText(col)) return QVariant(qs(record.text(col)));
-    switch (record.def().fields()[static_cast<size_t>(col)].type) {
-        case kTypeSingle:
-        case kTypeDouble:
-            return QVariant(record.number(col));
-        case kTypeBit:
-            return QVariant(static_cast<qlonglong>(record.number(col) != 0.0 ? 1 : 0));
-        default:
-            return QVariant(static_cast<qlonglong>(record.number(col)));
-    }
-}
-
-}  // namespace
-
-db_status rowset::insert(const table_record& record) {
-    if (record.table() != table_)
-        return statusOf(kStatusCantConvert, strprintf("A row of [%s] cannot be inserted into [%s].",
-                                                      tableName(record.table()), tableName(table_)));
-    for (int col = 0; col < record.columnCount(); ++col) {
-        db_status status = checkValue(record, col);
-        if (!status.ok()) return status;
-    }
-    database_impl& dbi = db_.impl();
-    db_status status;
-    QSqlQuery* insert = dbi.preparedInsert(table_, status);
-    if (!insert) return status;
-    for (int col = 0; col < record.columnCount(); ++col) insert->bindValue(col, storeValue(record, col));
-    if (!insert->exec()) return dbi.statusFrom(insert->lastError());
-    return {};
 }
 
 }  // namespace sb

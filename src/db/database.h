@@ -1,8 +1,9 @@
 #pragma once
-// The one door to the project database. A project is one file; SQLite is the
-// embedded store. Every other part reaches the database only through this layer,
-// with SQL text in the project's own dialect (back-quoted table names, bracketed
-// column names, "DELETE * FROM"); the store's dialect is produced in sql_dialect.
+// The one door to the project database. A project is one SQLite file (the
+// embedded store) or a database on a PostgreSQL server (see project_location).
+// Every other part reaches the database only through this layer, with SQL text
+// in the project's own dialect (back-quoted table names, bracketed column names,
+// "DELETE * FROM"); the store's dialect is produced in sql_dialect.
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 
 namespace sb {
 
+class project_location;
 class rowset;
 class sql_dialect;
 struct database_impl;
@@ -26,23 +28,32 @@ public:
     database(const database&) = delete;
     database& operator=(const database&) = delete;
 
-    // Makes a new empty project file at the path, replacing any file there. A file
-    // that cannot be removed gives the access / not found / unable-to-remove
-    // message and a false result, but creation is still attempted.
-    static bool create(const std::string& path, std::string& errors);
+    // Makes a new empty project at the location. A file there is replaced; one that
+    // cannot be removed gives the access / not found / unable-to-remove message and
+    // a false result, but creation is still attempted. On a server the database is
+    // made when it does not exist, and an existing one is used only when it holds
+    // no tables: a shared project is never replaced.
+    static bool create(const std::string& location, std::string& errors);
     // Opens a project shared (other programs may have it open too); null on failure
-    // with "ERROR, unable to open database: <path>\n" and the status text. A file
-    // that is not a database of ours is refused here.
-    static std::unique_ptr<database> open(const std::string& path, std::string& errors);
+    // with "ERROR, unable to open database: <location>\n" and the status text. A
+    // database that is not a project of ours is refused here.
+    static std::unique_ptr<database> open(const std::string& location, std::string& errors);
 
+    // The location as messages show it (a file path, or a URL without its password).
     const std::string& path() const;
+    const project_location& location() const;
     const sql_dialect& dialect() const;
     // A write-protected project file is opened for reading; every save then fails
     // at its session with a message saying so, and nothing in the file changes.
     bool readOnly() const;
 
     // Runs a statement in project dialect (DELETE ... / DDL) on the current session.
+    // Inside a session a DELETE first waits for any other connection's session that
+    // deletes the same rows, so that two saves replacing them take turns.
     db_status execute(std::string_view sql);
+    // Inside a session: other connections' sessions asking for the same name wait
+    // until this one ends. A no-op on a store whose sessions exclude each other anyway.
+    db_status holdSaveLock(std::string_view name);
 
     // "SELECT * FROM `name`" + " WHERE " filter + " ORDER BY " order; empty parts are left out.
     static std::string selectText(std::string_view table, std::string_view filter, std::string_view order);
@@ -124,10 +135,14 @@ protected:
 
 private:
     friend class database;
+    friend struct database_impl;
     db_status prepare();  // compiles the SELECT; reports a missing table or column
     db_status restart();  // runs the SELECT from its start
     bool fetchOne(db_status& status);
     db_status moveTo(long target);
+    void readRow(table_record& record) const;
+    void takeRest();  // the rest of a streaming result, before another statement is sent
+    void stopStreaming();
 
     database& db_;
     table_id table_;

@@ -18,12 +18,14 @@ constexpr status_code kStatusCommandError = 0x80040E14;
 constexpr status_code kStatusIntegrityViolation = 0x80040E2F;  // duplicate key, constraint
 constexpr status_code kStatusNoTable = 0x80040E37;
 constexpr status_code kStatusNoColumn = 0x80040E55;
+constexpr status_code kStatusAuthenticationFailed = 0x80040E4D;  // a server refused the login
 constexpr status_code kStatusCantConvert = 0x80040E07;
 // Codes of ours, reported through the "Other error" line.
 constexpr status_code kStatusValueOutOfRange = 0x8004F001;  // value the column type refuses
 constexpr status_code kStatusNotADatabase = 0x8004F002;
 constexpr status_code kStatusReadOnly = 0x8004F003;
 constexpr status_code kStatusBusy = 0x8004F004;
+constexpr status_code kStatusServerUnreachable = 0x8004F005;  // no connection, or it was lost
 constexpr status_code kStatusStoreError = 0x8004F0FF;
 
 struct db_status {

@@ -5,23 +5,29 @@
 #include <cstring>
 
 #include "app/text_format.h"
+#include "db/project_sql_dialect.h"
+#include "db/table_catalogue.h"
 
 namespace sb {
 
 namespace {
 
-// Our mark in the file header: new projects carry it, so an empty new project is
-// told apart from some other program's database.
+// Our mark on a new project: an empty new project is told apart from some other
+// program's database by it.
 constexpr long long kProjectMark = 0x536F696C;  // "Soil"
+
+bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool isWordStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) || c == '_'; }
+bool isWordChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
 bool startsWithWords(std::string_view text, std::initializer_list<std::string_view> words, size_t& end) {
     size_t at = 0;
     for (std::string_view word : words) {
-        while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+        while (at < text.size() && isSpace(text[at])) ++at;
         if (!istartsWith(text.substr(at), word)) return false;
         at += word.size();
-        if (at < text.size() && !std::isspace(static_cast<unsigned char>(text[at])) && text[at] != '*' &&
-            text[at] != '[' && text[at] != '`' && text[at] != '(')
+        if (at < text.size() && !isSpace(text[at]) && text[at] != '*' && text[at] != '[' && text[at] != '`' &&
+            text[at] != '(')
             return false;
     }
     end = at;
@@ -30,7 +36,7 @@ bool startsWithWords(std::string_view text, std::initializer_list<std::string_vi
 
 // Reads "[name]" (or "`name`") at `at`, leaving `at` after the closing mark.
 bool readBracketed(std::string_view text, size_t& at, std::string& name) {
-    while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+    while (at < text.size() && isSpace(text[at])) ++at;
     if (at >= text.size() || (text[at] != '[' && text[at] != '`')) return false;
     char close = text[at] == '[' ? ']' : '`';
     size_t end = text.find(close, at + 1);
@@ -61,29 +67,193 @@ std::vector<std::string_view> splitList(std::string_view body) {
     return parts;
 }
 
-class sqlite_dialect final : public sql_dialect {
+// The first bracketed or back-quoted name of the statement that names a catalogue table.
+const database_maker_table* statementTable(std::string_view sql) {
+    for (size_t at = 0; at < sql.size(); ++at) {
+        if (sql[at] == '\'' || sql[at] == '"') {
+            size_t end = sql.find(sql[at], at + 1);
+            if (end == std::string_view::npos) return nullptr;
+            at = end;
+            continue;
+        }
+        std::string name;
+        size_t from = at;
+        if ((sql[at] == '[' || sql[at] == '`') && readBracketed(sql, from, name)) {
+            if (const database_maker_table* table = catalogueTable(name)) return table;
+            at = from - 1;
+        }
+    }
+    return nullptr;
+}
+
+// Copies a quoted literal starting at `at` ('...' or the project's "..."), as a
+// single-quoted store literal; returns the position of its closing quote.
+size_t copyLiteral(std::string_view sql, size_t at, std::string& out) {
+    const char quote = sql[at];
+    out += '\'';
+    size_t j = at + 1;
+    for (; j < sql.size(); ++j) {
+        if (sql[j] == quote) {
+            if (j + 1 < sql.size() && sql[j + 1] == quote) {  // doubled: an escaped quote
+                out += quote == '\'' ? "''" : "\"";
+                ++j;
+                continue;
+            }
+            break;
+        }
+        out += sql[j] == '\'' ? std::string("''") : std::string(1, sql[j]);
+    }
+    out += '\'';
+    return j;
+}
+
+size_t skipSpaces(std::string_view sql, size_t at) {
+    while (at < sql.size() && isSpace(sql[at])) ++at;
+    return at;
+}
+
+}  // namespace
+
+const database_maker_table* catalogueTable(std::string_view name) {
+    for (int i = 0; i < kTableCount; ++i)
+        if (iequals(name, tableName(static_cast<table_id>(i)))) return &tableDef(static_cast<table_id>(i));
+    return nullptr;
+}
+
+std::string sql_dialect::errorDescription(std::string_view storeText) const { return std::string(trim(storeText)); }
+std::string sql_dialect::saveLockText(uint64_t) const { return {}; }
+std::string sql_dialect::createDatabaseText(std::string_view) const { return {}; }
+
+// ---------------------------------------------------------------- shared reading of project SQL
+
+std::string project_sql_dialect::translate(std::string_view sql) const {
+    size_t end = 0;
+    if (startsWithWords(sql, {"create", "table"}, end)) return createTable(sql, end);
+    if (startsWithWords(sql, {"create", "index"}, end)) return createIndex(sql, end, false);
+    if (startsWithWords(sql, {"create", "unique", "index"}, end)) return createIndex(sql, end, true);
+    const database_maker_table* context = statementTable(sql);
+    // The project's "DELETE * FROM" names no columns; the store wants "DELETE FROM".
+    if (startsWithWords(sql, {"delete", "*", "from"}, end))
+        return "DELETE FROM" + expression(sql.substr(end), context, false);
+    return expression(sql, context, startsWithWords(sql, {"select"}, end));
+}
+
+std::string project_sql_dialect::insertText(std::string_view table, const std::vector<std::string>& columns) const {
+    std::string sql = "INSERT INTO " + quoteIdentifier(table) + " (";
+    std::string values;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        sql += (i ? ", " : "") + quoteIdentifier(columns[i]);
+        values += i ? ", ?" : "?";
+    }
+    return sql + ") VALUES (" + values + ")" + insertOptions();
+}
+
+// Bracketed and back-quoted names become the store's names; the project's
+// double-quoted strings become single-quoted literals; single-quoted literals and
+// numbers pass untouched. For a SELECT the store's last sort key is added to its
+// top-level ORDER BY (or makes one), before any LIMIT.
+std::string project_sql_dialect::expression(std::string_view sql, const database_maker_table* context,
+                                            bool isSelect) const {
+    std::string out;
+    out.reserve(sql.size() + 16);
+    int depth = 0;
+    bool ordered = false;
+    size_t limitAt = std::string::npos;  // in `out`
+    for (size_t i = 0; i < sql.size(); ++i) {
+        const char c = sql[i];
+        if (c == '[' || c == '`') {
+            const char close = c == '[' ? ']' : '`';
+            size_t end = sql.find(close, i + 1);
+            if (end == std::string_view::npos) end = sql.size();
+            out += storeName(sql.substr(i + 1, end - i - 1), context);
+            i = end;
+        } else if (c == '\'' || c == '"') {
+            i = copyLiteral(sql, i, out);
+        } else if (isWordStart(c)) {
+            size_t end = i;
+            while (end < sql.size() && isWordChar(sql[end])) ++end;
+            std::string_view word = sql.substr(i, end - i);
+            size_t next = skipSpaces(sql, end);
+            if (depth == 0 && isSelect) {
+                if (iequals(word, "order")) {
+                    size_t by = next;
+                    while (by < sql.size() && isWordChar(sql[by])) ++by;
+                    ordered = ordered || iequals(sql.substr(next, by - next), "by");
+                }
+                if ((iequals(word, "limit") || iequals(word, "offset")) && limitAt == std::string::npos)
+                    limitAt = out.size();
+            }
+            out += bareWord(word, next < sql.size() && sql[next] == '(', context);
+            i = end - 1;
+        } else if (std::isdigit(static_cast<unsigned char>(c))) {
+            size_t end = i;  // a number with its exponent or hex digits
+            while (end < sql.size() && (isWordChar(sql[end]) || sql[end] == '.')) ++end;
+            out.append(sql.substr(i, end - i));
+            i = end - 1;
+        } else {
+            if (c == '(') ++depth;
+            else if (c == ')') --depth;
+            out += c;
+        }
+    }
+    const std::string key = lastSortKey();
+    if (!isSelect || key.empty()) return out;
+    std::string head = limitAt == std::string::npos ? out : out.substr(0, limitAt);
+    std::string tail = limitAt == std::string::npos ? std::string() : " " + out.substr(limitAt);
+    while (!head.empty() && (isSpace(head.back()) || head.back() == ';')) head.pop_back();
+    return head + (ordered ? ", " : " ORDER BY ") + key + tail;
+}
+
+std::string project_sql_dialect::createTable(std::string_view sql, size_t at) const {
+    std::string table;
+    size_t open = 0, close = sql.rfind(')');
+    if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
+        close == std::string_view::npos || close < open)
+        return expression(sql, nullptr, false);
+    std::string out = "CREATE TABLE " + quoteIdentifier(table) + "(" + leadingColumns();
+    std::vector<std::string_view> columns = splitList(sql.substr(open + 1, close - open - 1));
+    for (size_t i = 0; i < columns.size(); ++i) {
+        std::string_view column = trim(columns[i]);
+        std::string name;
+        size_t pos = 0;
+        out += i ? ", " : "";
+        if (readBracketed(column, pos, name)) {
+            // Names are made exactly as the project spells them.
+            const std::string quoted = quoteIdentifier(name);
+            out += quoted + " " + columnType(trim(column.substr(pos)), quoted);
+        } else {
+            out += expression(column, nullptr, false);
+        }
+    }
+    return out + ")" + tableOptions();
+}
+
+std::string project_sql_dialect::createIndex(std::string_view sql, size_t at, bool unique) const {
+    std::string index, table;
+    size_t on = 0;
+    if (!readBracketed(sql, at, index) || !startsWithWords(sql.substr(at), {"on"}, on))
+        return expression(sql, nullptr, false);
+    at += on;
+    size_t open = 0, close = sql.rfind(')');
+    if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
+        close == std::string_view::npos || close < open)
+        return expression(sql, nullptr, false);
+    std::string_view tail = trim(sql.substr(close + 1));
+    bool primary = istartsWith(tail, "with") && toLower(tail).find("primary") != std::string::npos;
+    // Index names are per table in the project but global in the store.
+    std::string out = (unique || primary) ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+    out += quoteIdentifier(table + "." + index) + " ON " + quoteIdentifier(table) + "(";
+    out += expression(sql.substr(open + 1, close - open - 1), catalogueTable(table), false);
+    return out + ")";
+}
+
+// ---------------------------------------------------------------- SQLite
+
+namespace {
+
+class sqlite_dialect final : public project_sql_dialect {
 public:
     const char* driverName() const override { return "QSQLITE"; }
-
-    std::string translate(std::string_view sql) const override {
-        size_t end = 0;
-        if (startsWithWords(sql, {"create", "table"}, end)) return createTable(sql, end);
-        if (startsWithWords(sql, {"create", "index"}, end)) return createIndex(sql, end, false);
-        if (startsWithWords(sql, {"create", "unique", "index"}, end)) return createIndex(sql, end, true);
-        // The project's "DELETE * FROM" names no columns; the store wants "DELETE FROM".
-        if (startsWithWords(sql, {"delete", "*", "from"}, end)) return "DELETE FROM" + identifiers(sql.substr(end));
-        return identifiers(sql);
-    }
-
-    std::string insertText(std::string_view table, const std::vector<std::string>& columns) const override {
-        std::string sql = "INSERT INTO " + quoteIdentifier(table) + " (";
-        std::string values;
-        for (size_t i = 0; i < columns.size(); ++i) {
-            sql += (i ? ", " : "") + quoteIdentifier(columns[i]);
-            values += i ? ", ?" : "?";
-        }
-        return sql + ") VALUES (" + values + ")";
-    }
 
     // Grave accents, not double quotes: SQLite reads a double-quoted name that matches
     // no column as a string, so a misspelt column in a filter would silently compare
@@ -157,47 +327,10 @@ public:
         return kStatusStoreError;
     }
 
-private:
-    // Back-quoted and bracketed names become the store's quoted identifiers; the
-    // project's double-quoted strings become single-quoted literals; single-quoted
-    // literals pass through untouched.
-    std::string identifiers(std::string_view sql) const {
-        std::string out;
-        out.reserve(sql.size() + 8);
-        for (size_t i = 0; i < sql.size(); ++i) {
-            char c = sql[i];
-            if (c == '[' || c == '`') {
-                char close = c == '[' ? ']' : '`';
-                size_t end = sql.find(close, i + 1);
-                if (end == std::string_view::npos) end = sql.size();
-                out += quoteIdentifier(sql.substr(i + 1, end - i - 1));
-                i = end;
-            } else if (c == '\'' || c == '"') {
-                out += '\'';
-                size_t j = i + 1;
-                for (; j < sql.size(); ++j) {
-                    if (sql[j] == c) {
-                        if (j + 1 < sql.size() && sql[j + 1] == c) {  // doubled: an escaped quote
-                            out += c == '\'' ? "''" : "\"";
-                            ++j;
-                            continue;
-                        }
-                        break;
-                    }
-                    out += sql[j] == '\'' ? std::string("''") : std::string(1, sql[j]);
-                }
-                out += '\'';
-                i = j;
-            } else {
-                out += c;
-            }
-        }
-        return out;
-    }
-
+protected:
     // The project's column type words in store terms; an unknown word is passed on
     // as it stands, and the STRICT table then refuses it like the project expects.
-    static std::string columnType(std::string_view type) {
+    std::string columnType(std::string_view type, const std::string&) const override {
         static const struct {
             const char* project;
             const char* store;
@@ -211,45 +344,8 @@ private:
             if (iequals(type, t.project)) return t.store;
         return std::string(type);
     }
-
-    std::string createTable(std::string_view sql, size_t at) const {
-        std::string table;
-        size_t open = 0, close = sql.rfind(')');
-        if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
-            close == std::string_view::npos || close < open)
-            return identifiers(sql);
-        std::string out = "CREATE TABLE " + quoteIdentifier(table) + "(";
-        std::vector<std::string_view> columns = splitList(sql.substr(open + 1, close - open - 1));
-        for (size_t i = 0; i < columns.size(); ++i) {
-            std::string_view column = trim(columns[i]);
-            std::string name;
-            size_t pos = 0;
-            out += i ? ", " : "";
-            if (readBracketed(column, pos, name))
-                out += quoteIdentifier(name) + " " + columnType(trim(column.substr(pos)));
-            else out += identifiers(column);
-        }
-        // STRICT: the store keeps each column's declared kind and refuses unknown types.
-        return out + ") STRICT";
-    }
-
-    std::string createIndex(std::string_view sql, size_t at, bool unique) const {
-        std::string index, table;
-        size_t on = 0;
-        if (!readBracketed(sql, at, index) || !startsWithWords(sql.substr(at), {"on"}, on)) return identifiers(sql);
-        at += on;
-        size_t open = 0, close = sql.rfind(')');
-        if (!readBracketed(sql, at, table) || (open = sql.find('(', at)) == std::string_view::npos ||
-            close == std::string_view::npos || close < open)
-            return identifiers(sql);
-        std::string_view tail = trim(sql.substr(close + 1));
-        bool primary = istartsWith(tail, "with") && toLower(tail).find("primary") != std::string::npos;
-        // Index names are per table in the project but global in the store.
-        std::string out = (unique || primary) ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
-        out += quoteIdentifier(table + "." + index) + " ON " + quoteIdentifier(table) + "(";
-        out += identifiers(sql.substr(open + 1, close - open - 1));
-        return out + ")";
-    }
+    // STRICT: the store keeps each column's declared kind and refuses unknown types.
+    std::string tableOptions() const override { return " STRICT"; }
 };
 
 }  // namespace

@@ -11,11 +11,13 @@
 
 namespace sbtest {
 
-// Creates and opens a new project with all tables; fails the test on any message.
+// Creates and opens a new project with all tables (at the path, or on the test
+// server in its place); fails the test on any message.
 inline std::unique_ptr<sb::database> makeProject(const std::string& path) {
     std::string errors;
-    EXPECT_TRUE(sb::database::create(path, errors)) << errors;
-    auto db = sb::database::open(path, errors);
+    const std::string location = projectLocation(path);
+    EXPECT_TRUE(sb::database::create(location, errors)) << errors;
+    auto db = sb::database::open(location, errors);
     EXPECT_TRUE(db) << errors;
     if (!db) return nullptr;
     sb::database_maker maker(*db);

@@ -106,16 +106,18 @@ int checkWhole(const std::string& path) {
 
 TEST(CrashSafety, KilledSavesLeaveOldOrNewRecords) {
     sbtest::temp_dir dir;
-    const std::string path = dir.file("crash.sbproj");
+    const std::string path = sbtest::projectLocation(dir.file("crash.sbproj"));
     {
-        auto db = sbtest::makeProject(path);
+        auto db = sbtest::makeProject(dir.file("crash.sbproj"));
         ASSERT_TRUE(db);
         for (int id = 1; id <= kRecords; ++id) ASSERT_TRUE(saveRecord(*db, id, 0));
     }
     std::mt19937 rng(7);
     std::set<int> generationsSeen;
     int generation = 0;
-    for (int kill = 0; kill < 120; ++kill) {
+    // A killed client of a server is the server's to roll back: fewer kills show it.
+    const int kills = sbtest::onPostgresql() ? 40 : 120;
+    for (int kill = 0; kill < kills; ++kill) {
         int progress[2];
         ASSERT_EQ(pipe(progress), 0);
         pid_t child = fork();
@@ -143,5 +145,5 @@ TEST(CrashSafety, KilledSavesLeaveOldOrNewRecords) {
         generationsSeen.insert(generation);
     }
     // The kills fell while saves were going on, not only before the first one.
-    EXPECT_GT(generationsSeen.size(), 50u);
+    EXPECT_GT(generationsSeen.size(), static_cast<size_t>(kills * 5 / 12));
 }

@@ -217,6 +217,7 @@ TEST(ControlRecordStorage, DeleteRemovesEverythingUnderTheId) {
 }
 
 TEST(ControlRecordStorage, SessionThatCannotStartStopsTheWrite) {
+    SB_FILE_STORE_ONLY();
     sbtest::temp_dir dir;
     std::string path = dir.file("readonly.sbproj"), errors;
     {

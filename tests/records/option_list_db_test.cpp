@@ -139,6 +139,7 @@ TEST(OptionListStorage, ValuesTheColumnCannotHoldAreRefusedOnInsert) {
 
 // A write-protected project opens for reading only; no session can be made on it.
 TEST(OptionListStorage, NoSessionOnAReadOnlyProjectLeavesTheTableAlone) {
+    SB_FILE_STORE_ONLY();
     sbtest::temp_dir dir;
     std::string path = dir.file("locked.sbproj");
     std::string errors;

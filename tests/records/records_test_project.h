@@ -12,7 +12,7 @@ namespace sbtest {
 class records_project {
 public:
     records_project() {
-        path_ = dir_.file("project.sbproj");
+        path_ = projectLocation(dir_.file("project.sbproj"));
         std::string errors;
         created_ = sb::database::create(path_, errors);
         db_ = sb::database::open(path_, errors);
@@ -22,7 +22,7 @@ public:
     bool ok() const { return created_ && db_ != nullptr; }
     const std::string& setupErrors() const { return setupErrors_; }
     sb::database& db() { return *db_; }
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return path_; }  // the file, or the URL on a server
     // Closes the database (everything written is in the file afterwards).
     void close() { db_.reset(); }
     // Drops a table so that the next operation on it fails as with a damaged file.

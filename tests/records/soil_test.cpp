@@ -413,6 +413,7 @@ TEST(SoilStorage, MissingTablesAreReported) {
 }
 
 TEST(SoilStorage, NoSessionOnAReadOnlyProject) {
+    SB_FILE_STORE_ONLY();
     sbtest::temp_dir dir;
     std::string path = dir.file("locked.sbproj");
     std::string errors;

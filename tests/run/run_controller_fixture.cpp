@@ -58,9 +58,11 @@ constexpr sb::table_id kOutputTables[] = {sb::table_id::output, sb::table_id::ou
 
 }  // namespace
 
-run_project::run_project(int records, int years) : records_(records), settings_(dir_.file("profile.ini")) {
+run_project::run_project(int records, int years, project_store store)
+    : records_(records), settings_(dir_.file("profile.ini")) {
     std::string errors;
-    db_ = sb::createNewProject(dir_.file("runs.sbproj"), errors);
+    const std::string file = dir_.file("runs.sbproj");
+    db_ = sb::createNewProject(store == project_store::file ? file : projectLocation(file), errors);
     if (!db_) {
         ADD_FAILURE() << errors;
         std::abort();

@@ -15,12 +15,16 @@
 
 namespace sbtest {
 
+// Where a test project lives: where this run keeps projects (a file, or the
+// test server), or always in a file.
+enum class project_store { of_this_run, file };
+
 class run_project {
 public:
     // Records 1..records, each the demo record with its own fertiliser, crop
     // and length (at most `years` years when given, at least 10 keeps every
     // record's outputs distinct); version 4 with the stand-in.
-    explicit run_project(int records = 1, int years = 0);
+    explicit run_project(int records = 1, int years = 0, project_store store = project_store::of_this_run);
 
     sb::database& db() { return *db_; }
     sb::app_soilbench& settings() { return settings_; }

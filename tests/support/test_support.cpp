@@ -1,6 +1,12 @@
 #include "test_support.h"
 
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+
+#include <cctype>
 #include <cstdlib>
+#include <set>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -29,6 +35,100 @@ temp_dir::~temp_dir() {
                                      ec);
     std::filesystem::permissions(path_, std::filesystem::perms::owner_all, std::filesystem::perm_options::add, ec);
     std::filesystem::remove_all(path_, ec);
+}
+
+namespace {
+
+postgresql_server readServerInfo(const std::string& infoFile) {
+    postgresql_server server;
+    std::ifstream in(infoFile);
+    if (!in) {
+        server.why = "the PostgreSQL test server left no word at " + infoFile;
+        return server;
+    }
+    for (std::string line; std::getline(in, line);) {
+        const size_t eq = line.find('=');
+        if (eq == std::string::npos) continue;
+        const std::string key = line.substr(0, eq), value = line.substr(eq + 1);
+        if (key == "unavailable") server.why = value;
+        else if (key == "dir") server.dir = value;
+        else if (key == "socket") server.socket = value;
+        else if (key == "bin") server.bin = value;
+        else if (key == "login") server.login = value;
+        else if (key == "password") server.password = value;
+    }
+    server.available = server.why.empty() && !server.socket.empty();
+    if (!server.available && server.why.empty()) server.why = "the PostgreSQL test server's word is incomplete";
+    return server;
+}
+
+// The databases this program's tests were given, dropped when it ends so that the
+// server's folder does not grow with every test.
+std::set<std::string>& databasesGiven() {
+    static std::set<std::string> names;
+    return names;
+}
+
+void dropDatabasesGiven(const postgresql_server& server) {
+    if (databasesGiven().empty()) return;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase("QPSQL", "sbtest-cleanup");
+        db.setHostName(QString::fromStdString(server.socket));
+        db.setDatabaseName("postgres");
+        if (db.open()) {
+            QSqlQuery drop(db);
+            for (const std::string& name : databasesGiven())
+                drop.exec(QString::fromStdString("DROP DATABASE IF EXISTS \"" + name + "\" WITH (FORCE)"));
+        }
+    }
+    QSqlDatabase::removeDatabase("sbtest-cleanup");
+    databasesGiven().clear();
+}
+
+// When the server asked for is not there, every test of the program is skipped
+// with the reason the server gave.
+class postgresql_environment : public testing::Environment {
+public:
+    void SetUp() override {
+        const postgresql_server* server = postgresqlServer();
+        if (server && !server->available) GTEST_SKIP() << "PostgreSQL test server not available: " << server->why;
+    }
+    void TearDown() override {
+        const postgresql_server* server = postgresqlServer();
+        if (server && server->available) dropDatabasesGiven(*server);
+    }
+};
+
+const bool kEnvironmentAdded = [] {
+    testing::AddGlobalTestEnvironment(new postgresql_environment);
+    return true;
+}();
+
+}  // namespace
+
+const postgresql_server* postgresqlServer() {
+    static const char* infoFile = std::getenv("SB_TEST_POSTGRESQL");
+    static const postgresql_server server = infoFile ? readServerInfo(infoFile) : postgresql_server();
+    return infoFile ? &server : nullptr;
+}
+
+bool onPostgresql() { return postgresqlServer() != nullptr; }
+
+std::string postgresql_server::url(const std::string& database) const {
+    return "postgresql:///" + database + "?host=" + socket;
+}
+
+std::string projectLocation(const std::string& filePath) {
+    const postgresql_server* server = postgresqlServer();
+    if (!server) return filePath;
+    uint64_t hash = 1469598103934665603ull;
+    for (unsigned char c : filePath) hash = (hash ^ c) * 1099511628211ull;
+    std::string name = "sbtest_" + std::to_string(hash % 1000000000000ull) + "_";
+    for (char c : std::filesystem::path(filePath).filename().string())
+        if (name.size() < 60)
+            name += std::isalnum(static_cast<unsigned char>(c)) ? static_cast<char>(std::tolower(c)) : '_';
+    databasesGiven().insert(name);
+    return server->url(name);
 }
 
 std::string readFile(const std::string& path) {

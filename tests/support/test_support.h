@@ -24,12 +24,46 @@ private:
     std::string path_;
 };
 
+// Where a test's project lives: the file path itself, or, when this program runs
+// against the suite's PostgreSQL server, the URL of a database named after the
+// path (the same path always gives the same database).
+std::string projectLocation(const std::string& filePath);
+// True when projects live on the suite's PostgreSQL server.
+bool onPostgresql();
+// What the store says of the same failure: the first on SQLite, the second on a server.
+inline std::string byStore(const std::string& sqlite, const std::string& postgresql) {
+    return onPostgresql() ? postgresql : sqlite;
+}
+
+// The suite's PostgreSQL server, as its start-up left word (SB_TEST_POSTGRESQL
+// names the file): available, or why not.
+struct postgresql_server {
+    bool available = false;
+    std::string why;     // when not available
+    std::string dir;     // the cluster's folder
+    std::string socket;  // the folder of its Unix socket
+    std::string bin;     // its programs
+    std::string login;   // a role that must give a password
+    std::string password;
+    // A URL for a database of that name on the server.
+    std::string url(const std::string& database) const;
+};
+// Null when no server was asked for; otherwise the server's state (read once).
+const postgresql_server* postgresqlServer();
+
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& content);
 std::string testDataDir();
 std::string binDir();
 
 }  // namespace sbtest
+
+// Skips a test of what only a project file has (permissions, journals, the file
+// itself) when projects live on a server.
+#define SB_FILE_STORE_ONLY()                                                                                    \
+    do {                                                                                                        \
+        if (sbtest::onPostgresql()) GTEST_SKIP() << "about project files; this run keeps projects on a server"; \
+    } while (0)
 
 // Skips the current test with a clear reason when the real sample files are absent.
 #define SB_REQUIRE_SAMPLES()                                                                \

@@ -1,0 +1,80 @@
+#pragma once
+// The connection behind a database object, shared by the database and its row
+// sets. Only the database layer includes this.
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/database.h"
+#include "db/project_location.h"
+#include "db/sql_dialect.h"
+
+namespace sb {
+
+QString qs(std::string_view text);
+db_status statusOf(status_code code, std::string description);
+
+struct database_impl {
+    project_location location;
+    std::string shown;  // the location as messages name it (no password)
+    QString connection;
+    QSqlDatabase db;
+    std::unique_ptr<sql_dialect> dialect;
+    bool readOnly = false;
+    int depth = 0;
+    bool doomed = false;  // an inner session gave up: the outermost one rolls back
+    // A statement failed where the store then refuses the rest of the transaction.
+    bool spoiled = false;
+    bool guarding = false;
+    std::string spoiledBy;
+    std::string lastCommitError;
+    // The row set whose result the connection is still streaming, where the driver
+    // streams only one at a time.
+    rowset* streaming = nullptr;
+    // Per table: the prepared insert (reused by every row set of the table) and where
+    // each catalogue column stands in "SELECT *" (the store's order may differ).
+    std::array<std::unique_ptr<QSqlQuery>, kTableCount> inserts;
+    std::array<std::vector<int>, kTableCount> columnMaps;
+
+    explicit database_impl(project_location where);
+    ~database_impl() { closeConnection(); }
+
+    db_status statusFrom(const QSqlError& error) const;
+    bool openConnection(bool readOnlyMode, db_status& status);
+    bool openConnection(const std::string& name, const std::string& options, db_status& status);
+    void closeConnection();
+
+    // Before anything else is sent: the result still streaming is taken in whole.
+    void releaseStream();
+    // A statement as it stands; a failure inside a transaction may spoil it.
+    db_status rawRun(const std::string& storeSql);
+    // Runs `statement`; inside a transaction of a store where a failure spoils it,
+    // within a savepoint, so that the caller may ride over the failure.
+    template <class Statement>
+    db_status guarded(Statement statement) {
+        if (depth == 0 || !dialect->failureSpoilsTransaction()) return statement();
+        db_status status = rawRun("SAVEPOINT sb_statement");
+        if (!status.ok()) return status;
+        const bool outer = guarding;
+        guarding = true;  // a failure here is undone at the savepoint, not spoiling the rest
+        status = statement();
+        guarding = outer;
+        db_status end = rawRun(status.ok() ? "RELEASE SAVEPOINT sb_statement" : "ROLLBACK TO SAVEPOINT sb_statement");
+        return status.ok() ? end : status;
+    }
+    db_status run(const std::string& storeSql) {
+        return guarded([&] { return rawRun(storeSql); });
+    }
+    void noteFailure(const db_status& status);
+
+    void forgetPreparedStatements();
+    bool columnMap(table_id table, db_status& status);
+    QSqlQuery* preparedInsert(table_id table, db_status& status);
+};
+
+}  // namespace sb
