@@ -20,6 +20,10 @@ struct record_selection {
 struct new_options {
     std::string project;
 };
+struct copy_project_options {
+    std::string source, target;
+    bool force = false;
+};
 struct import_run_files_options {
     std::string project, dir, schedule;
     std::optional<int> id;
@@ -92,6 +96,7 @@ struct demo_options {
 };
 
 int cmdNew(const new_options&);
+int cmdCopyProject(const copy_project_options&);
 int cmdImportRunFiles(const import_run_files_options&);
 int cmdImportWeatherDaily(const import_weather_options&);
 int cmdImportWeatherMonthly(const import_weather_options&);

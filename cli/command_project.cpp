@@ -1,4 +1,6 @@
-// Project-level commands: new, list, show, copy, delete.
+// Project-level commands: new, copy-project, list, show, copy, delete.
+#include <unistd.h>
+
 #include <iostream>
 
 #include "app/text_format.h"
@@ -7,6 +9,8 @@
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
+#include "db/project_copy.h"
+#include "db/project_location.h"
 #include "records/id_list_filter.h"
 #include "records/new_project.h"
 #include "records/tellura_control_record.h"
@@ -22,8 +26,57 @@ std::string record_selection::filter() const {
 int cmdNew(const new_options& opt) {
     std::string errors;
     auto db = sb::createNewProject(opt.project, errors);
-    if (db) std::cout << "Created project " << opt.project << " with one default record (ID 1).\n";
+    if (db) std::cout << "Created project " << db->path() << " with one default record (ID 1).\n";
     return finish(db != nullptr && errors.empty(), errors);
+}
+
+namespace {
+
+// Copy progress on standard error: one line redrawn on a terminal, a line per table otherwise.
+class copy_progress_line {
+public:
+    copy_progress_line() : terminal_(isatty(STDERR_FILENO) != 0) {}
+    ~copy_progress_line() {
+        if (terminal_ && drawn_) std::cerr << "\n";
+    }
+    void operator()(const sb::copy_progress& p) {
+        const bool tableDone = p.tableRows == p.tableTotal;
+        if (!terminal_) {
+            if (tableDone && p.table != lastTable_)
+                std::cerr << sb::strprintf("Copied [%s]: %lld rows\n", p.table, p.tableRows);
+            if (tableDone) lastTable_ = p.table;
+            return;
+        }
+        const int percent = p.total > 0 ? static_cast<int>(100 * p.rows / p.total) : 100;
+        std::cerr << sb::strprintf("\r%3d%%  [%s] %lld/%lld rows%-20s", percent, p.table, p.tableRows, p.tableTotal, "")
+                  << std::flush;
+        drawn_ = true;
+    }
+
+private:
+    bool terminal_;
+    bool drawn_ = false;
+    const char* lastTable_ = nullptr;
+};
+
+}  // namespace
+
+int cmdCopyProject(const copy_project_options& opt) {
+    std::string errors;
+    sb::copy_options options;
+    options.replace = opt.force;
+    long long rows = 0;
+    bool ok = false;
+    {
+        copy_progress_line line;
+        options.progress = [&line](const sb::copy_progress& p) { line(p); };
+        ok = sb::copyProject(opt.source, opt.target, options, rows, errors);
+    }
+    if (ok)
+        std::cout << sb::strprintf("Copied project %s to %s: %lld rows in %d tables.\n",
+                                   sb::project_location::shown(opt.source).c_str(),
+                                   sb::project_location::shown(opt.target).c_str(), rows, sb::kTableCount);
+    return finish(ok, errors);
 }
 
 int cmdList(const list_options& opt) {

@@ -89,8 +89,21 @@ int main(int argc, char** argv) {
 
     new_options newOpt;
     auto* cNew = app.add_subcommand("new", "create a project with every table and a default record");
-    cNew->add_option("PROJECT", newOpt.project, "project file to create (replaced if it exists)")->required();
+    cNew->add_option("PROJECT", newOpt.project,
+                     "project file to create (replaced if it exists), or a postgresql:// URL of a database "
+                     "(made if it does not exist; an existing one must hold no tables)")
+        ->required();
     on(cNew, [&] { return cmdNew(newOpt); });
+
+    copy_project_options copyProjectOpt;
+    auto* cCopyProject = app.add_subcommand(
+        "copy-project", "copy a whole project between files and PostgreSQL databases, in either direction");
+    cCopyProject->add_option("SOURCE", copyProjectOpt.source, "the project to copy (file or postgresql:// URL)")
+        ->required();
+    cCopyProject->add_option("TARGET", copyProjectOpt.target, "where the copy goes (made if it does not exist)")
+        ->required();
+    cCopyProject->add_flag("--force", copyProjectOpt.force, "replace a target that already holds data");
+    on(cCopyProject, [&] { return cmdCopyProject(copyProjectOpt); });
 
     auto* cImport = app.add_subcommand("import", "import files into a project");
     cImport->require_subcommand(1);

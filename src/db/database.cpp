@@ -94,7 +94,7 @@ bool database_impl::openConnection(const std::string& name, const std::string& o
     db.setConnectOptions(qs(options));
     if (db.open()) return true;
     status = statusFrom(db.lastError());
-    status.descriptions.push_back(shown);
+    if (!location.onServer()) status.descriptions.push_back(shown);  // a server's text names it already
     return false;
 }
 
@@ -113,6 +113,13 @@ void database_impl::releaseStream() {
     }
 }
 
+bool database_impl::connectionLost(db_status& status) {
+    if (db.isOpen()) return false;
+    status = statusOf(kStatusServerUnreachable, "The connection to the project was lost: " + shown);
+    noteFailure(status);
+    return true;
+}
+
 void database_impl::noteFailure(const db_status& status) {
     if (depth == 0 || guarding || !dialect->failureSpoilsTransaction() || spoiled) return;
     spoiled = true;
@@ -121,6 +128,8 @@ void database_impl::noteFailure(const db_status& status) {
 
 db_status database_impl::rawRun(const std::string& storeSql) {
     releaseStream();
+    db_status lost;
+    if (connectionLost(lost)) return lost;
     QSqlQuery query(db);
     if (query.exec(qs(storeSql))) return {};
     db_status status = statusFrom(query.lastError());
@@ -141,6 +150,8 @@ bool database_impl::columnMap(table_id table, db_status& status) {
     QSqlRecord columns;
     status = guarded([&] {
         releaseStream();
+        db_status lost;
+        if (connectionLost(lost)) return lost;
         QSqlQuery probe(db);
         std::string sql = "SELECT * FROM " + dialect->quoteIdentifier(tableName(table)) + " LIMIT 0";
         if (probe.exec(qs(sql))) {
@@ -174,6 +185,8 @@ QSqlQuery* database_impl::preparedInsert(table_id table, db_status& status) {
     auto query = std::make_unique<QSqlQuery>(db);
     status = guarded([&] {
         releaseStream();
+        db_status lost;
+        if (connectionLost(lost)) return lost;
         if (query->prepare(qs(dialect->insertText(tableName(table), names)))) return db_status{};
         db_status failed = statusFrom(query->lastError());
         noteFailure(failed);
@@ -263,6 +276,40 @@ bool createOnServer(database_impl& impl, db_status& status) {
 }
 
 }  // namespace
+
+database::presence database::probe(const std::string& where, std::string& errors) {
+    project_location location;
+    if (!parseLocation(where, location, "ERROR, unable to open database: ", errors)) return presence::failed;
+    std::error_code ec;
+    if (!location.onServer())
+        return std::filesystem::exists(std::filesystem::symlink_status(location.path(), ec)) ? presence::present
+                                                                                             : presence::absent;
+    database_impl impl(location);
+    db_status status;
+    if (impl.openConnection(false, status)) return presence::present;
+    if (status.code == kStatusNotADatabase) return presence::absent;
+    errors += "ERROR, unable to open database: " + location.shown() + "\n";
+    appendStatusText(status, errors);
+    return presence::failed;
+}
+
+bool database::remove(const std::string& where, std::string& errors) {
+    project_location location;
+    if (!parseLocation(where, location, "ERROR, unable to remove database: ", errors)) return false;
+    if (!location.onServer()) {
+        int error = removeOldFile(location.path());
+        if (error) appendRemoveFailure(error, location.path(), errors);
+        return error == 0;
+    }
+    database_impl server(location.onDatabase("postgres"));
+    db_status status;
+    if (server.openConnection(false, status))
+        status = server.rawRun(server.dialect->dropDatabaseText(location.databaseName()));
+    if (status.ok()) return true;
+    errors += "ERROR, unable to remove database: " + location.shown() + "\n";
+    appendStatusText(status, errors);
+    return false;
+}
 
 bool database::create(const std::string& where, std::string& errors) {
     project_location location;
@@ -371,6 +418,24 @@ db_status database::holdSaveLock(std::string_view name) {
     return impl_->run(text);
 }
 
+db_status database::countRows(table_id table, long long& count) {
+    count = 0;
+    return impl_->guarded([&] {
+        impl_->releaseStream();
+        db_status lost;
+        if (impl_->connectionLost(lost)) return lost;
+        QSqlQuery query(impl_->db);
+        if (query.exec(qs("SELECT COUNT(*) FROM " + impl_->dialect->quoteIdentifier(tableName(table)))) &&
+            query.next()) {
+            count = query.value(0).toLongLong();
+            return db_status{};
+        }
+        db_status failed = impl_->statusFrom(query.lastError());
+        impl_->noteFailure(failed);
+        return failed;
+    });
+}
+
 std::string database::selectText(std::string_view table, std::string_view filter, std::string_view order) {
     std::string sql = "SELECT * FROM `" + std::string(table) + "`";
     if (!filter.empty()) sql += " WHERE " + std::string(filter);
@@ -404,6 +469,21 @@ bool database::beginSession(std::string& storeError) {
         impl_->spoiledBy.clear();
     }
     ++impl_->depth;
+    return true;
+}
+
+bool database::beginSnapshot(std::string& storeError) {
+    if (impl_->depth > 0) {
+        storeError = "A reading transaction cannot start inside another transaction.";
+        return false;
+    }
+    db_status status = impl_->rawRun(impl_->dialect->snapshotText());
+    if (!status.ok()) {
+        storeError = status.descriptions.empty() ? std::string() : status.descriptions.front();
+        return false;
+    }
+    impl_->doomed = impl_->spoiled = false;
+    impl_->depth = 1;
     return true;
 }
 

@@ -39,6 +39,15 @@ public:
     // database that is not a project of ours is refused here.
     static std::unique_ptr<database> open(const std::string& location, std::string& errors);
 
+    // Whether a project location names something that exists: a file, or a database
+    // on a server that answers. `failed` (with the message appended) when a server
+    // cannot tell.
+    enum class presence { absent, present, failed };
+    static presence probe(const std::string& location, std::string& errors);
+    // Removes what `create` made at the location (a copy that failed takes back the
+    // target it made): the file, or the database on its server.
+    static bool remove(const std::string& location, std::string& errors);
+
     // The location as messages show it (a file path, or a URL without its password).
     const std::string& path() const;
     const project_location& location() const;
@@ -57,6 +66,9 @@ public:
 
     // "SELECT * FROM `name`" + " WHERE " filter + " ORDER BY " order; empty parts are left out.
     static std::string selectText(std::string_view table, std::string_view filter, std::string_view order);
+    // The number of rows in the table; fails like openTable when there is no such table.
+    db_status countRows(table_id table, long long& count);
+
     // Opens a table as a scrollable row set positioned before its first row.
     // On failure returns null and fills the status.
     std::unique_ptr<rowset> openTable(table_id table, std::string_view filter, std::string_view order,
@@ -71,6 +83,8 @@ public:
     // The store's text when the last outermost session could not be committed (its
     // work was rolled back); empty after a good commit.
     const std::string& lastCommitError() const;
+    // A reading transaction at depth 0 (see read_snapshot); ended by endSession.
+    bool beginSnapshot(std::string& storeError);
 
     database_impl& impl() { return *impl_; }
 
@@ -99,6 +113,25 @@ private:
     database& db_;
     bool ok_ = false;
     bool open_ = false;
+    std::string storeError_;
+};
+
+// While it is open, everything read sees the project as it stood when the first
+// row was read, whatever other users save meanwhile. Nothing is saved inside it.
+class read_snapshot {
+public:
+    explicit read_snapshot(database& db) : db_(db) { ok_ = db_.beginSnapshot(storeError_); }
+    ~read_snapshot() {
+        if (ok_) db_.endSession();
+    }
+    read_snapshot(const read_snapshot&) = delete;
+    read_snapshot& operator=(const read_snapshot&) = delete;
+    bool ok() const { return ok_; }
+    const std::string& storeError() const { return storeError_; }
+
+private:
+    database& db_;
+    bool ok_ = false;
     std::string storeError_;
 };
 

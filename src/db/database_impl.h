@@ -51,6 +51,8 @@ struct database_impl {
 
     // Before anything else is sent: the result still streaming is taken in whole.
     void releaseStream();
+    // True (with the status) when the connection is gone: a server that went away.
+    bool connectionLost(db_status& status);
     // A statement as it stands; a failure inside a transaction may spoil it.
     db_status rawRun(const std::string& storeSql);
     // Runs `statement`; inside a transaction of a store where a failure spoils it,

@@ -82,7 +82,8 @@ bool project_location::parse(const std::string& text, project_location& location
         std::string_view(text).substr(rest, (queryAt == std::string::npos ? text.size() : queryAt) - rest);
     const size_t slash = beforeQuery.find('/');
     std::string_view authority = beforeQuery.substr(0, slash);
-    const std::string_view dbPart = slash == std::string_view::npos ? std::string_view() : beforeQuery.substr(slash + 1);
+    const std::string_view dbPart =
+        slash == std::string_view::npos ? std::string_view() : beforeQuery.substr(slash + 1);
 
     // user[:password]@
     const size_t at = authority.rfind('@');
@@ -160,7 +161,7 @@ bool project_location::parse(const std::string& text, project_location& location
             } else if (key == "user") l.user_ = value;
             else if (key == "password") {
                 l.password_ = value;
-                } else if (key == "dbname") l.database_ = value;
+            } else if (key == "dbname") l.database_ = value;
             else if (isOptionKey(key) && isPlainOptionValue(value)) l.options_.emplace_back(key, value);
             else {
                 problem = strprintf("The URL setting \"%s\" cannot be passed to the server.", key.c_str());

@@ -40,7 +40,7 @@ public:
 
     // PostgreSQL: each empty when the URL leaves it to the client's defaults.
     const std::string& host() const { return host_; }  // a name, an address or a socket folder
-    int port() const { return port_; }                  // 0: the default
+    int port() const { return port_; }                 // 0: the default
     const std::string& user() const { return user_; }
     const std::string& password() const { return password_; }
     const std::string& databaseName() const { return database_; }

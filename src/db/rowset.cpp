@@ -81,6 +81,8 @@ db_status rowset::prepare() {
     query->setForwardOnly(true);
     status = dbi.guarded([&] {
         dbi.releaseStream();
+        db_status lost;
+        if (dbi.connectionLost(lost)) return lost;
         if (query->prepare(qs(dbi.dialect->translate(select_)))) return db_status{};
         db_status failed = dbi.statusFrom(query->lastError());
         dbi.noteFailure(failed);
@@ -104,6 +106,7 @@ db_status rowset::restart() {
     impl_->exhausted = false;
     if (impl_->executed) impl_->query->finish();
     impl_->executed = true;
+    if (dbi.connectionLost(status)) return status;
     if (!impl_->query->exec()) {
         status = dbi.statusFrom(impl_->query->lastError());
         dbi.noteFailure(status);
@@ -304,6 +307,7 @@ db_status rowset::insert(const table_record& record) {
     if (!insert) return status;
     for (int col = 0; col < record.columnCount(); ++col) insert->bindValue(col, storeValue(record, col));
     dbi.releaseStream();
+    if (dbi.connectionLost(status)) return status;
     if (!insert->exec()) {
         status = dbi.statusFrom(insert->lastError());
         dbi.noteFailure(status);

@@ -123,6 +123,7 @@ const database_maker_table* catalogueTable(std::string_view name) {
 std::string sql_dialect::errorDescription(std::string_view storeText) const { return std::string(trim(storeText)); }
 std::string sql_dialect::saveLockText(uint64_t) const { return {}; }
 std::string sql_dialect::createDatabaseText(std::string_view) const { return {}; }
+std::string sql_dialect::dropDatabaseText(std::string_view) const { return {}; }
 
 // ---------------------------------------------------------------- shared reading of project SQL
 
@@ -222,7 +223,7 @@ std::string project_sql_dialect::createTable(std::string_view sql, size_t at) co
             const std::string quoted = quoteIdentifier(name);
             out += quoted + " " + columnType(trim(column.substr(pos)), quoted);
         } else {
-            out += expression(column, nullptr, false);
+            out += column;  // not a column definition of ours: the store judges it as written
         }
     }
     return out + ")" + tableOptions();
@@ -294,6 +295,8 @@ public:
     }
 
     std::string beginText() const override { return "BEGIN IMMEDIATE"; }
+    // In write-ahead-log mode a reading transaction keeps the state of its first read.
+    std::string snapshotText() const override { return "BEGIN"; }
     std::string markProjectText() const override { return strprintf("PRAGMA application_id = %lld", kProjectMark); }
     std::string readMarkText() const override { return "PRAGMA application_id"; }
     long long projectMark() const override { return kProjectMark; }

@@ -69,8 +69,13 @@ public:
     // Makes this transaction wait, until it ends, for any other transaction holding the
     // same key; empty where a transaction already excludes all other writers.
     virtual std::string saveLockText(uint64_t key) const;
-    // Makes a new database on a server; empty for a store whose projects are files.
+    // Makes a new database on a server, and removes one; empty for a store whose
+    // projects are files.
     virtual std::string createDatabaseText(std::string_view name) const;
+    virtual std::string dropDatabaseText(std::string_view name) const;
+    // Starts a transaction that only reads, and sees the project as it stood when
+    // it began whatever others save meanwhile.
+    virtual std::string snapshotText() const = 0;
 
     static std::unique_ptr<sql_dialect> sqlite();
     static std::unique_ptr<sql_dialect> postgresql();

@@ -1,6 +1,8 @@
 // The PostgreSQL dialect: projects that live in a database on a server.
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <unordered_map>
 
 #include "app/text_format.h"
@@ -17,13 +19,14 @@ constexpr long long kProjectMark = 0x536F696C;  // "Soil", as on every project
 // spelt like one ("Order" in Events is always written bracketed).
 bool isKeyword(std::string_view word) {
     static const char* const kKeywords[] = {
-        "all",   "and",   "any",    "as",     "asc",      "between", "by",      "case",    "cast",   "collate",
-        "create", "cross", "default", "delete", "desc",   "distinct", "drop",   "else",    "end",    "escape",
-        "except", "exists", "false", "first",  "from",    "glob",    "group",   "having",  "if",     "ilike",
-        "in",    "index", "inner",  "insert", "intersect", "into",   "is",      "join",    "key",    "last",
-        "left",  "like",  "limit",  "not",    "null",     "nulls",   "offset",  "on",      "or",     "order",
-        "outer", "primary", "right", "select", "some",    "table",   "then",    "true",    "union",  "unique",
-        "using", "values", "when",  "where",  "with",
+        "all",    "and",     "any",     "as",      "asc",       "between",  "by",     "case",   "cast",  "collate",
+        "create", "cross",   "default", "delete",  "desc",      "distinct", "drop",   "else",   "end",   "escape",
+        "except", "exists",  "false",   "first",   "from",      "glob",     "group",  "having", "if",    "ilike",
+        "in",     "index",   "inner",   "insert",  "intersect", "into",     "is",     "join",   "key",   "last",
+        "left",   "like",    "limit",   "not",     "null",      "nulls",    "offset", "on",     "or",    "order",
+        "outer",  "primary", "right",   "select",  "some",      "table",    "then",   "true",   "union", "unique",
+        "using",  "values",  "when",    "where",   "with",      "alter",    "column", "type",   "set",   "update",
+        "add",    "rename",  "to",      "comment", "database",
     };
     for (const char* keyword : kKeywords)
         if (iequals(word, keyword)) return true;
@@ -81,8 +84,9 @@ public:
 
     std::vector<std::string> connectionSetup() const override {
         return {
-            // The server's notices ("table does not exist, skipping") are not ours to print.
-            "SET client_min_messages = warning",
+            // The server's notices and warnings ("table does not exist, skipping",
+            // "terminating connection") are not ours to print; its errors are reported.
+            "SET client_min_messages = error",
             // Floating-point values travel as text: every digit needed to read them back exactly.
             "SET extra_float_digits = 3",
             // Another user's save of the same record is waited for, but not for ever.
@@ -93,6 +97,7 @@ public:
     // Read committed: each statement sees what others committed before it, and
     // nothing but the rows a save touches is locked.
     std::string beginText() const override { return "BEGIN"; }
+    std::string snapshotText() const override { return "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY"; }
 
     // The mark is the database's comment; the command takes a name, not an expression.
     std::string markProjectText() const override {
@@ -129,17 +134,26 @@ public:
     std::string errorDescription(std::string_view storeText) const override {
         std::string out;
         std::string_view rest = storeText;
+        std::vector<std::string> seen;  // the client library may give one text twice
         while (!rest.empty()) {
             size_t newline = rest.find('\n');
             std::string_view line = trim(rest.substr(0, newline));
+            // An indented line in lower case goes on with the sentence before it.
+            const bool continues = (rest.front() == '\t' || rest.front() == ' ') && !line.empty() &&
+                                   std::islower(static_cast<unsigned char>(line.front()));
             rest = newline == std::string_view::npos ? std::string_view() : rest.substr(newline + 1);
             for (const char* prefix : {"ERROR:", "FATAL:", "PANIC:", "DETAIL:", "HINT:"})
                 if (istartsWith(line, prefix)) line = trim(line.substr(std::char_traits<char>::length(prefix)));
             const bool code = line.size() == 7 && line.front() == '(' && line.back() == ')';
             if (line.empty() || code || istartsWith(line, "LINE ") || line.find_first_not_of("^ ") == line.npos)
                 continue;
-            if (!out.empty()) out += out.back() == '.' ? " " : ". ";
-            out += line;
+            std::string text(line);
+            for (const char* inner : {"FATAL:  ", "ERROR:  "})  // "connection ... failed: FATAL:  ..."
+                for (size_t at; (at = text.find(inner)) != std::string::npos;) text.erase(at, std::strlen(inner));
+            if (std::find(seen.begin(), seen.end(), text) != seen.end()) continue;
+            seen.push_back(text);
+            if (!out.empty()) out += continues || out.back() == '.' ? " " : ". ";
+            out += text;
         }
         return out;
     }
@@ -152,6 +166,9 @@ public:
     }
     std::string createDatabaseText(std::string_view name) const override {
         return "CREATE DATABASE " + quoteIdentifier(name);
+    }
+    std::string dropDatabaseText(std::string_view name) const override {
+        return "DROP DATABASE IF EXISTS " + quoteIdentifier(name);
     }
 
 protected:
@@ -174,9 +191,9 @@ protected:
             const char* project;
             const char* store;
         } kTypes[] = {
-            {"SMALLINT", "SMALLINT"},     {"INTEGER", "INTEGER"},        {"SINGLE", "REAL"},
+            {"SMALLINT", "SMALLINT"},       {"INTEGER", "INTEGER"},        {"SINGLE", "REAL"},
             {"DOUBLE", "DOUBLE PRECISION"}, {"CURRENCY", "NUMERIC(19,4)"}, {"NUMERIC", "NUMERIC"},
-            {"datetime", "TIMESTAMP"},    {"WIDETEXT", "TEXT"},          {"MEMO", "TEXT"},
+            {"datetime", "TIMESTAMP"},      {"WIDETEXT", "TEXT"},          {"MEMO", "TEXT"},
             {"BLOB(2G)", "BYTEA"},
         };
         if (istartsWith(type, "TEXT(") && type.back() == ')')

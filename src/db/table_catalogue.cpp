@@ -264,6 +264,9 @@ const catalogue_entry kCatalogue[] = {
      "TEXT(20): Name; TEXT(80): Description; BYTE: evntyp; SINGLE: remf(1), remf(2), remf(3), "
      "remf(4), remf(5), fd(1), fd(2), retf(1,1), retf(1,2), retf(1,3), retf(1,4), retf(2,1), "
      "retf(2,2), retf(2,3), retf(2,4), retf(3,1), retf(3,2), retf(3,3), retf(3,4)"},
+    // How many times each control record has been saved: a save tells whether
+    // another user saved the record since it was read.
+    {"Record Changes", "Primary", {"ID"}, "INTEGER: ID, Change Count"},
 };
 
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == kTableCount);

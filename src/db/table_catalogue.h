@@ -31,6 +31,7 @@ enum class table_id : int {
     omad,
     trees,
     tree_removal,
+    record_changes,
     count
 };
 

@@ -179,6 +179,7 @@ bool storeOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::
     session whole(db);
     if (!whole.ok()) {
         errors += "ERROR, unable to create session on database.\n";
+        if (!whole.storeError().empty()) errors += whole.storeError() + "\n";  // why: a lost server, a locked file
         return false;
     }
     bool ok = storeEndOfRunOutput(db, id, outputs, errors);

@@ -5,6 +5,8 @@ namespace sb {
 store_session::store_session(database& db, std::string& errors, const char* failure)
     : db_(db), errors_(errors), session_(db) {
     if (!session_.ok()) errors_ += failure;
+    // Why, where the store says more than "no" (a lost server, a locked file).
+    if (!session_.ok() && !session_.storeError().empty() && !db.readOnly()) errors_ += session_.storeError() + "\n";
 }
 
 bool store_session::finish() {

@@ -83,6 +83,7 @@ bool writeRecordSoil(database& db, int32_t soilId, const tellura_soil_list* soil
 int32_t tellura_control_record::id() const { return row.integer(columns().id); }
 
 void tellura_control_record::setId(int32_t id) {
+    if (id != this->id()) changeCount = kChangesUnknown;
     row.setNumber(columns().id, id);
     site.setNumber(std::string_view("ID"), id);
 }
@@ -149,6 +150,7 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
             break;
     }
     record.row = row;
+    record.changeCount = readChangeCount(db, id);
     bool ok = readSiteData(db, id, record.site, errors);
     record.site.setNumber(std::string_view("ID"), id);
     ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
@@ -161,6 +163,7 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     store_session s(db, errors);
     if (!s.ok()) return false;
     const int32_t id = record.id();
+    const int64_t changeCount = claimRecordSave(db, id, record.changeCount, errors);
     bool stop = false;
     bool ok = writeControlRow(db, record.row, id, errors, stop);
     if (stop) {
@@ -171,13 +174,16 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
-    return s.finish() && ok;
+    const bool committed = s.finish();
+    if (committed) record.changeCount = changeCount;
+    return committed && ok;
 }
 
 bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
-    bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
+    bool ok = forgetRecordChanges(db, id, errors);
+    ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors) && ok;
     for (table_id table :
          {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output, table_id::output_annual,
           table_id::output_monthly, table_id::output_daily, table_id::output_soil_layers})

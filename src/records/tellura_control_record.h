@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "db/table_record.h"
+#include "records/record_changes.h"
 #include "records/tellura_event_block.h"
 
 namespace sb {
@@ -38,9 +39,14 @@ public:
     std::vector<tellura_event_block> blocks;
     bool modified = false;
     bool runDone = false;  // set by a successful model run
+    // How many times the record had been saved when it was read (kChangesUnknown for
+    // a record not read from the project): a save warns when it no longer is.
+    int64_t changeCount = kChangesUnknown;
 
     int32_t id() const;
-    void setId(int32_t id);  // also sets the site row's ID
+    // Also sets the site row's ID; a record given another ID is another record,
+    // saved without comparing change counts.
+    void setId(int32_t id);
     std::string description() const;
     int32_t soilId() const;
     int32_t weatherId() const;
@@ -59,6 +65,8 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
 // row, the site data, the blocks and events, and the record's soil when `soils`
 // holds it. A failing step does not stop the others. Inside a caller's session
 // (which may store more under the ID) it all commits with that session.
+// Another save of the same record waits for this one; when someone else saved
+// the record since it was read, a warning says so and this save still wins whole.
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
                         const tellura_soil_list* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,

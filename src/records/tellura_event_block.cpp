@@ -8,6 +8,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "records/option_lists.h"
+#include "records/record_changes.h"
 #include "records/store_session.h"
 #include "records/tellura_weather_station.h"
 
@@ -269,9 +270,10 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
 }
 
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
-                     std::string& errors) {
+                     std::string& errors, int64_t readCount) {
     store_session s(db, errors);
     if (!s.ok()) return false;
+    if (db.sessionDepth() == 1) claimRecordSave(db, recordId, readCount, errors);
     std::string where = strprintf("ID = %ld", static_cast<long>(recordId));
     bool ok = deleteRows(db, table_id::event_blocks, where, errors);
     ok = deleteRows(db, table_id::events, where, errors) && ok;

@@ -85,9 +85,11 @@ struct tellura_event_block {
 // Missing tables or rows are reported; an event whose block is absent is left out.
 bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, std::string& errors);
 // Replaces every block and event stored under the record's ID with the given
-// ones (blocks deleted in the editor disappear too), in one session.
+// ones (blocks deleted in the editor disappear too), in one session. Saved on
+// their own (not as part of the whole record), they count as a save of the
+// record: `readCount` is the record's change count when they were read.
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
-                     std::string& errors);
+                     std::string& errors, int64_t readCount = -1);
 // Replaces one block and its events ("... WHERE ID = %ld AND [Block Number] = %d").
 bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors);
 

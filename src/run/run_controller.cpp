@@ -323,9 +323,10 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             appendf(runLog, "%ld:", static_cast<long>(p.id));
             runLog += p.runLog;
             errors += p.errors;
+            // A record whose outputs could not be stored is no good run, whatever the model did.
+            p.ok = storeRun(p.record, p.outputs, errors) && p.ok;
             if (p.ok) ++result.good;
             else ++result.failed;
-            storeRun(p.record, p.outputs, errors);
         }
         observer.recordFinished(p.id, errors.substr(messagesBefore));
         observer.statusText(

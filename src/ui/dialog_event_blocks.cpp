@@ -15,6 +15,7 @@
 #include "app/text_format.h"
 #include "modelinput/weather_file.h"
 #include "records/option_list.h"
+#include "records/record_changes.h"
 #include "ui/dialog_errors.h"
 #include "ui/doc_soilbench.h"
 
@@ -64,6 +65,7 @@ dialog_event_blocks::dialog_event_blocks(database& db, int32_t recordId, int ver
     : QDialog(parent), db_(db), recordId_(recordId), version_(version) {
     setWindowTitle(QStringLiteral("Event Blocks of Record %1").arg(recordId));
     std::string errors;
+    changeCount_ = readChangeCount(db, recordId);
     loadEventBlocks(db, recordId, blocks_, errors);
     options_.loadAll(db, errors);
     loadWeatherStations(db, stations_, errors);
@@ -363,10 +365,11 @@ void dialog_event_blocks::accept() {
     for (const QString& line : QString::fromStdString(messages_).split('\n'))
         if (line.startsWith(QStringLiteral("ERROR"))) return;
     std::string errors;
-    if (!saveEventBlocks(db_, recordId_, edited, errors)) {
+    if (!saveEventBlocks(db_, recordId_, edited, errors, changeCount_)) {
         showErrorsIfAny(this, errors);
         return;
     }
+    showErrorsIfAny(this, errors);  // saved, perhaps over another user's save
     QDialog::accept();
 }
 

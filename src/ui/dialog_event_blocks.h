@@ -82,6 +82,7 @@ private:
 
     database& db_;
     int32_t recordId_;
+    int64_t changeCount_ = -1;  // the record's change count when its blocks were read
     int version_;
     option_lists options_;
     tellura_weather_station_list stations_;

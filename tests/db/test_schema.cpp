@@ -54,6 +54,7 @@ TEST(TableCatalogue, TablesInCreationOrderWithTheirColumnCounts) {
         {"Omad", 9},
         {"Trees", 155},
         {"Tree Removal", 22},
+        {"Record Changes", 2},
     };
     ASSERT_EQ(std::size(tables), static_cast<size_t>(kTableCount));
     for (int i = 0; i < kTableCount; ++i) {
@@ -88,6 +89,7 @@ TEST(TableCatalogue, KeysAreTheDesignedOnes) {
     EXPECT_EQ(key(table_id::crops), "Primary: Name");
     EXPECT_EQ(key(table_id::graze), "none");
     EXPECT_EQ(key(table_id::tree_removal), "none");
+    EXPECT_EQ(key(table_id::record_changes), "Primary: ID");
     // Every key column is a column of its table.
     for (int i = 0; i < kTableCount; ++i)
         for (const auto& index : tableDef(static_cast<table_id>(i)).indexes())

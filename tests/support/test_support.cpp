@@ -8,8 +8,12 @@
 #include <cstdlib>
 #include <set>
 #include <filesystem>
+#include <chrono>
+#include <csignal>
 #include <fstream>
 #include <sstream>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace sbtest {
@@ -56,6 +60,7 @@ postgresql_server readServerInfo(const std::string& infoFile) {
         else if (key == "bin") server.bin = value;
         else if (key == "login") server.login = value;
         else if (key == "password") server.password = value;
+        else if (key == "script") server.script = value;
     }
     server.available = server.why.empty() && !server.socket.empty();
     if (!server.available && server.why.empty()) server.why = "the PostgreSQL test server's word is incomplete";
@@ -113,6 +118,48 @@ const postgresql_server* postgresqlServer() {
 }
 
 bool onPostgresql() { return postgresqlServer() != nullptr; }
+
+bool killPostgresqlServer(std::string& why) {
+    const postgresql_server* server = postgresqlServer();
+    if (!server || !server->available) {
+        why = "no test server";
+        return false;
+    }
+    std::ifstream pidFile(server->dir + "/data/postmaster.pid");
+    long pid = 0;
+    if (!(pidFile >> pid) || pid <= 0) {
+        why = "the server's process is not known";
+        return false;
+    }
+    // SIGQUIT: the immediate stop; the server ends every client's connection without a word.
+    if (::kill(static_cast<pid_t>(pid), SIGQUIT) != 0) {
+        why = "cannot signal the server";
+        return false;
+    }
+    for (int i = 0; i < 1000 && ::kill(static_cast<pid_t>(pid), 0) == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return true;
+}
+
+bool restartPostgresqlServer(std::string& why) {
+    const postgresql_server* server = postgresqlServer();
+    const char* info = std::getenv("SB_TEST_POSTGRESQL");
+    if (!server || !info || server->script.empty()) {
+        why = "no test server to restart";
+        return false;
+    }
+    pid_t child = fork();
+    if (child == 0) {
+        execl(server->script.c_str(), server->script.c_str(), "restart", info, static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        why = "the test server did not start again";
+        return false;
+    }
+    return true;
+}
 
 std::string postgresql_server::url(const std::string& database) const {
     return "postgresql:///" + database + "?host=" + socket;

@@ -45,11 +45,16 @@ struct postgresql_server {
     std::string bin;     // its programs
     std::string login;   // a role that must give a password
     std::string password;
+    std::string script;  // the script that started it (it restarts it too)
     // A URL for a database of that name on the server.
     std::string url(const std::string& database) const;
 };
 // Null when no server was asked for; otherwise the server's state (read once).
 const postgresql_server* postgresqlServer();
+// Kills the running server at once, as a crash would (its clients lose their
+// connections mid-statement), and starts it again. False with the reason.
+bool killPostgresqlServer(std::string& why);
+bool restartPostgresqlServer(std::string& why);
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& content);
@@ -63,6 +68,14 @@ std::string binDir();
 #define SB_FILE_STORE_ONLY()                                                                                    \
     do {                                                                                                        \
         if (sbtest::onPostgresql()) GTEST_SKIP() << "about project files; this run keeps projects on a server"; \
+    } while (0)
+
+// Skips a test of what only a server project has when projects live in files
+// (the postgresql.* tests run it against the suite's server).
+#define SB_REQUIRE_SERVER()                                                                           \
+    do {                                                                                              \
+        if (!sbtest::onPostgresql())                                                                  \
+            GTEST_SKIP() << "needs the PostgreSQL test server: it runs among the postgresql.* tests"; \
     } while (0)
 
 // Skips the current test with a clear reason when the real sample files are absent.

@@ -1,0 +1,158 @@
+// Projects on a PostgreSQL server: making and opening them, logging in, and what
+// users are told when any of it fails.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "app/text_format.h"
+
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "db/project_location.h"
+#include "db_test_support.h"
+#include "test_support.h"
+
+using namespace sb;
+using sbtest::temp_dir;
+
+namespace {
+
+// The location's database name, for messages that name it.
+std::string databaseOf(const std::string& url) {
+    project_location location;
+    std::string problem;
+    EXPECT_TRUE(project_location::parse(url, location, problem)) << problem;
+    return location.databaseName();
+}
+
+std::string percentEncoded(const std::string& text) {
+    std::string out;
+    for (unsigned char c : text) out += std::isalnum(c) ? std::string(1, static_cast<char>(c)) : strprintf("%%%02X", c);
+    return out;
+}
+
+// The password sources of the client library, set for one test and restored after it.
+class password_sources {
+public:
+    explicit password_sources(const temp_dir& dir) {
+        unsetenv("PGPASSWORD");
+        setenv("PGPASSFILE", dir.file("no-pgpass").c_str(), 1);
+    }
+    ~password_sources() {
+        unsetenv("PGPASSWORD");
+        unsetenv("PGPASSFILE");
+    }
+};
+
+}  // namespace
+
+TEST(ServerProject, NewMakesTheDatabaseAndNeverReplacesAProject) {
+    SB_REQUIRE_SERVER();
+    temp_dir dir;
+    const std::string url = sbtest::projectLocation(dir.file("shared.sbproj"));
+    std::string errors;
+    {
+        auto db = sbtest::makeProject(dir.file("shared.sbproj"));
+        ASSERT_TRUE(db);
+        session s(*db);
+        table_record station(table_id::weather_stations);
+        station.setNumber("ID", 7);
+        db_status status;
+        ASSERT_TRUE(db->openTable(table_id::weather_stations, "", "", status)->insert(station).ok());
+    }
+    EXPECT_FALSE(database::create(url, errors));
+    EXPECT_EQ(errors, "ERROR, CreateDataSource failed.\nOther error: 8004F0FF\nThe database \"" + databaseOf(url) +
+                          "\" already holds tables; a new project is made only in a new or empty database, and a "
+                          "shared project is never replaced.\n");
+    auto db = database::open(url, errors);
+    ASSERT_TRUE(db) << errors;
+    db_status status;
+    auto stations = db->openTable(table_id::weather_stations, "", "", status);
+    ASSERT_TRUE(stations && stations->moveFirst().ok()) << "the project was replaced";
+    EXPECT_EQ(stations->row().integer(0), 7);
+    EXPECT_EQ(db->path(), url);  // no password in it to hide
+}
+
+TEST(ServerProject, OpenTellsProjectsFromOtherDatabases) {
+    SB_REQUIRE_SERVER();
+    temp_dir dir;
+    const std::string ours = sbtest::projectLocation(dir.file("ours.sbproj"));
+    const std::string other = sbtest::projectLocation(dir.file("other.sbproj"));
+    std::string errors;
+    {
+        // Our tables without our mark (made by another tool): still a project.
+        auto db = sbtest::makeProject(dir.file("ours.sbproj"));
+        ASSERT_TRUE(db->execute("COMMENT ON DATABASE [" + databaseOf(ours) + "] IS NULL").ok());
+        // A database of another program: no mark, none of our tables.
+        ASSERT_TRUE(database::create(other, errors)) << errors;
+        auto foreign = database::open(other, errors);
+        ASSERT_TRUE(foreign) << errors;
+        ASSERT_TRUE(foreign->execute("Create Table [Invoices]([No] INTEGER)").ok());
+        ASSERT_TRUE(foreign->execute("COMMENT ON DATABASE [" + databaseOf(other) + "] IS NULL").ok());
+    }
+    EXPECT_TRUE(database::open(ours, errors)) << errors;
+    EXPECT_FALSE(database::open(other, errors));
+    EXPECT_EQ(errors, "ERROR, unable to open database: " + other +
+                          "\nOther error: 8004F002\nThe database is not a Soilbench project: it holds none of the "
+                          "project's tables.\n");
+}
+
+TEST(ServerProject, EveryFailureToReachAProjectIsToldWithoutThePassword) {
+    SB_REQUIRE_SERVER();
+    const sbtest::postgresql_server& server = *sbtest::postgresqlServer();
+    temp_dir dir;
+    password_sources sources(dir);
+    const std::string socket = "?host=" + server.socket;
+    const std::string wrong = "wrong%20horse";
+    const struct {
+        std::string location;
+        std::string told;  // the messages up to the store's own description
+        std::string described;
+    } cases[] = {
+        {"mysql://h/db", "The scheme \"mysql\" is not known: a project is a file path or a postgresql:// URL.\n", ""},
+        {"postgresql://" + server.login + ":" + wrong + "@h:99999/db",
+         "The port \"99999\" in the URL is not a number from 1 to 65535.\n", ""},
+        {"postgresql://" + server.login + ":" + wrong + "@/postgres" + socket, "Authentication failed.\n",
+         "password authentication failed for user \"" + server.login + "\""},
+        {"postgresql://" + server.login + "@/postgres" + socket, "Authentication failed.\n", "no password supplied"},
+        {"postgresql:///postgres?host=" + dir.file("no-server"), "Other error: 8004F005\n",
+         "connection to server on socket \"" + dir.file("no-server") + "/.s.PGSQL.5432\" failed"},
+        {"postgresql:///sbtest_no_such_project" + socket, "Other error: 8004F002\n",
+         "database \"sbtest_no_such_project\" does not exist"},
+    };
+    for (const auto& c : cases) {
+        std::string errors;
+        EXPECT_FALSE(database::open(c.location, errors)) << c.location;
+        const std::string head = "ERROR, unable to open database: " + project_location::shown(c.location) + "\n";
+        EXPECT_EQ(errors.substr(0, head.size() + c.told.size()), head + c.told) << errors;
+        EXPECT_NE(errors.find(c.described), std::string::npos) << errors;
+        EXPECT_EQ(errors.find("wrong"), std::string::npos) << "a password was shown: " << errors;
+    }
+}
+
+TEST(ServerProject, PasswordsComeFromTheUrlTheEnvironmentOrThePasswordFile) {
+    SB_REQUIRE_SERVER();
+    const sbtest::postgresql_server& server = *sbtest::postgresqlServer();
+    temp_dir dir;
+    { ASSERT_TRUE(sbtest::makeProject(dir.file("p.sbproj"))); }
+    const std::string project = databaseOf(sbtest::projectLocation(dir.file("p.sbproj")));
+    const std::string withoutPassword = "postgresql://" + server.login + "@/" + project + "?host=" + server.socket;
+    const std::string withPassword =
+        "postgresql://" + server.login + ":" + percentEncoded(server.password) + "@/" + project + "?host=" + server.socket;
+    sbtest::writeFile(dir.file("pgpass"), "*:*:*:" + server.login + ":" + server.password + "\n");
+    chmod(dir.file("pgpass").c_str(), 0600);
+    enum source { url, environment, file };
+    for (source from : {url, environment, file}) {
+        password_sources sources(dir);
+        if (from == environment) setenv("PGPASSWORD", server.password.c_str(), 1);
+        if (from == file) setenv("PGPASSFILE", dir.file("pgpass").c_str(), 1);
+        std::string errors;
+        auto db = database::open(from == url ? withPassword : withoutPassword, errors);
+        EXPECT_TRUE(db) << "password from source " << from << ": " << errors;
+        if (db) {
+            EXPECT_EQ(db->path().find(server.password), std::string::npos);
+        }
+    }
+}
