@@ -121,8 +121,8 @@ bool copyTable(database& from, database& to, table_id table, long long sourceRow
     return maker.createIndexes(def, errors);
 }
 
-bool copyAll(database& from, database& to, const row_counts& counts, const copy_options& options,
-             long long& rowsCopied, std::string& errors) {
+bool copyAll(database& from, database& to, const row_counts& counts, const copy_options& options, long long& rowsCopied,
+             std::string& errors) {
     copy_progress progress;
     for (long long rows : counts) progress.total += std::max(rows, 0LL);
     session unit(to);

@@ -36,8 +36,8 @@ protected:
                  "Files/Diurna 4.5=" + dir.file("model/tellura-standin"),
                  "Files/Diurna 4.5 LIST100=" + dir.file("model/list100-standin"), "Settings/SaveDailyLastYear=0"})
             ASSERT_EQ(run({"config", "--set", setting}).exitCode, 0) << setting;
-        auto imported = run({"import", "run-files", url, std::string(SB_SHARE_DIR) + "/demo", "--schedule", "demo.sch",
-                             "--id", "2"});
+        auto imported = run(
+            {"import", "run-files", url, std::string(SB_SHARE_DIR) + "/demo", "--schedule", "demo.sch", "--id", "2"});
         ASSERT_EQ(imported.exitCode, 0) << imported.err;
     }
 

@@ -147,9 +147,8 @@ TEST(ProjectCopy, AFailedCopyLeavesTheTargetAsItWas) {
         ASSERT_TRUE(source);
         // A value no column of ours may hold, as a damaged or foreign project may have:
         // the copy stops at it, late, after most tables were copied.
-        const char* insert = sbtest::onPostgresql()
-                                 ? "INSERT INTO [Tree Removal] ([Name], [evntyp]) VALUES ('x', 9)"
-                                 : "INSERT INTO [Tree Removal] ([Name], [evntyp]) VALUES ('x', 300)";
+        const char* insert = sbtest::onPostgresql() ? "INSERT INTO [Tree Removal] ([Name], [evntyp]) VALUES ('x', 9)"
+                                                    : "INSERT INTO [Tree Removal] ([Name], [evntyp]) VALUES ('x', 300)";
         ASSERT_TRUE(source->execute(insert).ok());
         if (sbtest::onPostgresql()) {  // the server's column refuses 300: a text too long does it there
             ASSERT_TRUE(source->execute("ALTER TABLE [Tree Removal] ALTER COLUMN [Name] TYPE VARCHAR(40)").ok());
@@ -161,8 +160,8 @@ TEST(ProjectCopy, AFailedCopyLeavesTheTargetAsItWas) {
         bool server;
         bool existing;
     };
-    for (target_case c : {target_case{false, false}, target_case{false, true}, target_case{true, false},
-                          target_case{true, true}}) {
+    for (target_case c :
+         {target_case{false, false}, target_case{false, true}, target_case{true, false}, target_case{true, true}}) {
         if (c.server && !sbtest::onPostgresql()) continue;
         const std::string name = std::string(c.server ? "server" : "file") + (c.existing ? "-old" : "-new") + ".sbproj";
         const std::string to = fileOrServer(dir, name, c.server);

@@ -139,8 +139,8 @@ TEST(ServerProject, PasswordsComeFromTheUrlTheEnvironmentOrThePasswordFile) {
     { ASSERT_TRUE(sbtest::makeProject(dir.file("p.sbproj"))); }
     const std::string project = databaseOf(sbtest::projectLocation(dir.file("p.sbproj")));
     const std::string withoutPassword = "postgresql://" + server.login + "@/" + project + "?host=" + server.socket;
-    const std::string withPassword =
-        "postgresql://" + server.login + ":" + percentEncoded(server.password) + "@/" + project + "?host=" + server.socket;
+    const std::string withPassword = "postgresql://" + server.login + ":" + percentEncoded(server.password) + "@/" +
+                                     project + "?host=" + server.socket;
     sbtest::writeFile(dir.file("pgpass"), "*:*:*:" + server.login + ":" + server.password + "\n");
     chmod(dir.file("pgpass").c_str(), 0600);
     enum source { url, environment, file };
@@ -151,8 +151,6 @@ TEST(ServerProject, PasswordsComeFromTheUrlTheEnvironmentOrThePasswordFile) {
         std::string errors;
         auto db = database::open(from == url ? withPassword : withoutPassword, errors);
         EXPECT_TRUE(db) << "password from source " << from << ": " << errors;
-        if (db) {
-            EXPECT_EQ(db->path().find(server.password), std::string::npos);
-        }
+        if (db) { EXPECT_EQ(db->path().find(server.password), std::string::npos); }
     }
 }

@@ -35,7 +35,7 @@ void edit(tellura_control_record& record, const std::string& description, int bl
 tellura_control_record readRecord(database& db, int32_t id) {
     tellura_control_record record;
     std::string errors;
-    EXPECT_TRUE(readControlRecord(db, id, false, record, errors)) << errors;
+    EXPECT_TRUE(readControlRecord(db, id, record, errors)) << errors;
     return record;
 }
 
@@ -71,7 +71,7 @@ TEST(RecordChanges, TheLaterSaveWinsWholeAndItsUserIsTold) {
         bool warned;  // the other user saved since this user last read or saved
     };
     const step steps[] = {
-        {false, "theirs 1", 1, false}, {true, "mine 1", 3, true},    {true, "mine 2", 2, false},
+        {false, "theirs 1", 1, false}, {true, "mine 1", 3, true},     {true, "mine 2", 2, false},
         {false, "theirs 2", 4, true},  {false, "theirs 3", 1, false}, {true, "mine 3", 2, true},
     };
     for (const step& s : steps) {
@@ -103,7 +103,9 @@ TEST(RecordChanges, SavesOfOneRecordTakeTurns) {
     tellura_control_record mine = readRecord(project.db(), 1);
     std::atomic<bool> holding{false};
     std::atomic<double> committedAt{0};
-    auto now = [] { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); };
+    auto now = [] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    };
     std::thread other([&] {
         auto db = openAgain(project);  // a database object stays on its own thread
         std::string errors;

@@ -1,12 +1,9 @@
 #include "test_support.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QString>
-
 #include <cctype>
 #include <cstdlib>
 #include <set>
+#include <vector>
 #include <filesystem>
 #include <chrono>
 #include <csignal>
@@ -74,19 +71,28 @@ std::set<std::string>& databasesGiven() {
     return names;
 }
 
+// Runs a program of the server's with these arguments; true when it ends well.
+bool runServerProgram(const postgresql_server& server, const std::string& program, std::vector<std::string> args) {
+    const std::string path = server.bin + "/" + program;
+    args.insert(args.begin(), path);
+    std::vector<char*> argv;
+    for (std::string& arg : args) argv.push_back(arg.data());
+    argv.push_back(nullptr);
+    pid_t child = fork();
+    if (child == 0) {
+        execv(path.c_str(), argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 void dropDatabasesGiven(const postgresql_server& server) {
     if (databasesGiven().empty()) return;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase("QPSQL", "sbtest-cleanup");
-        db.setHostName(QString::fromStdString(server.socket));
-        db.setDatabaseName("postgres");
-        if (db.open()) {
-            QSqlQuery drop(db);
-            for (const std::string& name : databasesGiven())
-                drop.exec(QString::fromStdString("DROP DATABASE IF EXISTS \"" + name + "\" WITH (FORCE)"));
-        }
-    }
-    QSqlDatabase::removeDatabase("sbtest-cleanup");
+    std::vector<std::string> args = {"-q", "-X", "-h", server.socket, "-d", "postgres", "-o", "/dev/null"};
+    for (const std::string& name : databasesGiven())
+        args.insert(args.end(), {"-c", "DROP DATABASE IF EXISTS \"" + name + "\" WITH (FORCE)"});
+    runServerProgram(server, "psql", args);
     databasesGiven().clear();
 }
 
