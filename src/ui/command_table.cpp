@@ -18,6 +18,7 @@ using C = command_id;
 constexpr command_def kCommands[] = {
     {C::fileNew, kFile, "", "&New\tCtrl+N", true, false},
     {C::fileOpen, kFile, "", "&Open...\tCtrl+O", true, false},
+    {C::fileOpenServer, kFile, "", "Open Postgre&SQL Project...", true, false},
     {C::importRunFiles, kFile, kImport, "&Run Files", false, false},
     {C::importEsa, kFile, kImport, "ES&A", false, false},
     {C::importWeatherDaily, kFile, kImport, "Weather &Daily Records", false, false},

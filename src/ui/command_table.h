@@ -10,6 +10,7 @@ namespace sb {
 enum class command_id : int {
     fileNew,
     fileOpen,
+    fileOpenServer,
     importRunFiles,
     importEsa,
     importWeatherDaily,

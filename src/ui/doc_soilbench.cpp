@@ -1,9 +1,11 @@
 #include "ui/doc_soilbench.h"
 
+#include <QFileInfo>
 #include <QTimer>
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/project_location.h"
 #include "records/list_control_record_proxies.h"
 #include "records/new_project.h"
 #include "records/tellura_control_record.h"
@@ -81,6 +83,10 @@ std::unique_ptr<doc_soilbench> doc_soilbench::open(const QString& path, bool pre
     doc->moveFirst(errors);
     return doc;
 }
+
+QString doc_soilbench::title() const { return db_->location().onServer() ? shownPath() : QFileInfo(path_).fileName(); }
+
+QString doc_soilbench::shownPath() const { return QString::fromStdString(db_->path()); }
 
 int32_t doc_soilbench::currentId() const {
     const control_record_proxy* h = current_ >= 0 ? list_->at(current_ + 1) : nullptr;

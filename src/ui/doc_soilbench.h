@@ -33,7 +33,13 @@ public:
     static std::unique_ptr<doc_soilbench> open(const QString& path, bool prebuildList, std::string& errors);
 
     database& db() { return *db_; }
+    // The project as given when opened (a file, or a server URL that may hold a
+    // password): for opening it again, never for showing.
     const QString& path() const { return path_; }
+    // The project as titles show it: a file's name, or the URL without its password.
+    QString title() const;
+    // The project as messages and printouts name it: the path, or the URL without its password.
+    QString shownPath() const;
     control_record_table_model& records() { return *records_; }
     list_control_record_proxies& list() { return *list_; }
 

@@ -26,6 +26,7 @@
 #include "app/program_version.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/project_location.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/record_outputs.h"
@@ -241,11 +242,15 @@ bool main_window::openProject(const QString& path) {
         if (text.isEmpty()) statusBar()->showMessage(QStringLiteral("Ready"));
         else statusBar()->showMessage(text);
     });
-    settings_.addRecentFile(path.toStdString());
+    // A password in a server URL is not kept in the profile: ~/.pgpass or PGPASSWORD give it next time.
+    project_location location;
+    std::string problem;
+    project_location::parse(path.toStdString(), location, problem);
+    settings_.addRecentFile(location.withoutPassword());
     rebuildMenus();
     addSubWindow(new view_control_records(*doc_));
     connect(recordView(), &view_control_records::editRequested, this, &main_window::editRecord);
-    setWindowTitle(QStringLiteral("Soilbench2 - %1").arg(QFileInfo(path).fileName()));
+    setWindowTitle(QStringLiteral("Soilbench2 - %1").arg(doc_->title()));
     updateStatus();
     showErrorsIfAny(this, errors);
     return true;
@@ -348,6 +353,8 @@ void main_window::runCommand(command_id id) {
             return copyOutputToInput();
         case command_id::fileOpen:
             return fileOpen();
+        case command_id::fileOpenServer:
+            return fileOpenServer();
         case command_id::fileClose:
             return closeProject();
         case command_id::configuration:
@@ -489,6 +496,16 @@ void main_window::fileOpen() {
         this, QStringLiteral("Open %1").arg(QString::fromLatin1(doc_soilbench::kTypeDescription)), QString(),
         projectFileFilter());
     if (!path.isEmpty()) openProject(path);
+}
+
+void main_window::fileOpenServer() {
+    bool ok = false;
+    const QString url = QInputDialog::getText(
+        this, QStringLiteral("Open PostgreSQL Project"),
+        QStringLiteral("Project URL, postgresql://user@host:port/database\n"
+                       "(the password from ~/.pgpass or PGPASSWORD, or written in after the user as user:password@):"),
+        QLineEdit::Normal, QStringLiteral("postgresql://"), &ok);
+    if (ok && !url.trimmed().isEmpty()) openProject(url.trimmed());
 }
 
 void main_window::configure() {

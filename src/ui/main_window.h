@@ -83,6 +83,7 @@ private:
 
     void fileNew();
     void fileOpen();
+    void fileOpenServer();
     void importRunFiles();
     void importWeatherDaily();
     void importWeatherMonthly();

@@ -1,6 +1,5 @@
 #include "ui/view_control_records.h"
 
-#include <QFileInfo>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QPrinter>
@@ -15,8 +14,7 @@ namespace sb {
 
 view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) : QWidget(parent), doc_(doc) {
     setObjectName(QStringLiteral("view_control_records"));
-    setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromLatin1(doc_soilbench::kDocumentName),
-                                                 QFileInfo(doc.path()).fileName()));
+    setWindowTitle(QStringLiteral("%1 - %2").arg(QString::fromLatin1(doc_soilbench::kDocumentName), doc.title()));
     table_ = new QTableView(this);
     table_->setModel(&doc.records());
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -48,7 +46,7 @@ void view_control_records::showCurrent(int row) {
 QString view_control_records::printHtml() const {
     auto& model = doc_.records();
     QString html = QStringLiteral("<h3>Control Records</h3><p>%1</p><table border=1 cellspacing=0 cellpadding=2><tr>")
-                       .arg(doc_.path().toHtmlEscaped());
+                       .arg(doc_.shownPath().toHtmlEscaped());
     for (int c = 0; c < model.columnCount(); ++c)
         html += QStringLiteral("<th>%1</th>").arg(model.headerData(c, Qt::Horizontal, Qt::DisplayRole).toString());
     html += QStringLiteral("</tr>");

@@ -66,8 +66,9 @@ private slots:
         main_window w(settings);
         QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
         QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
-        QCOMPARE(labels(menuNamed(w, "&File")), (QStringList{"&New", "&Open...", "&Configuration",
-                                                             "Diurna Output Files", "P&rint Setup...", "E&xit"}));
+        QCOMPARE(labels(menuNamed(w, "&File")),
+                 (QStringList{"&New", "&Open...", "Open Postgre&SQL Project...", "&Configuration",
+                              "Diurna Output Files", "P&rint Setup...", "E&xit"}));
         QCOMPARE(labels(menuNamed(w, "&Help")), QStringList{"&About Tellura && Soilbench..."});
         QCOMPARE(w.action(command_id::fileNew)->shortcut(), QKeySequence("Ctrl+N"));
         QCOMPARE(w.action(command_id::fileOpen)->shortcut(), QKeySequence("Ctrl+O"));
@@ -130,6 +131,31 @@ private slots:
         for (QAction* a : menuNamed(w, "&File")->actions())
             if (a->text() == "&1 " + path) a->trigger();
         QVERIFY(w.document());
+    }
+
+    void aServerProjectIsOpenedByItsUrlAndItsPasswordNeverShown() {
+        app_soilbench settings(profile().toStdString());
+        main_window w(settings);
+        const QString url = "postgresql://ann:secret@/soils?host=" + dir_.filePath("no-server");
+        QString prompt, shown;
+        onNextModal([&](QWidget* m) {
+            auto* d = qobject_cast<QInputDialog*>(m);
+            prompt = d->windowTitle();
+            d->setTextValue(url);
+            d->accept();
+            onNextModal([&](QWidget* box) {
+                shown = qobject_cast<dialog_errors*>(box)->text();
+                box->close();
+            });
+        });
+        w.runCommand(command_id::fileOpenServer);
+        QCOMPARE(prompt, QStringLiteral("Open PostgreSQL Project"));
+        QVERIFY2(shown.startsWith("ERROR, unable to open database: postgresql://ann:****@/soils?host=" +
+                                  dir_.filePath("no-server") + "\n"),
+                 qPrintable(shown));
+        QVERIFY2(!shown.contains("secret"), qPrintable(shown));
+        QVERIFY(!w.document());
+        QVERIFY(w.recentFileLabels().isEmpty());
     }
 
     void navigationMovesAndKeepsRecordOnFailure() {
