@@ -1,0 +1,19 @@
+// Any bytes as each of the comma-separated result files: messages, never a crash.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "fuzz_input.h"
+#include "modeloutput/csv_output_reader.h"
+#include "modeloutput/tellura_output.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::string path = sb_fuzz::writeScratch("output.csv", data, size);
+    if (path.empty()) return 0;
+    for (const sb::csv_output_file& file : sb::csvOutputFiles()) {
+        sb::tellura_outputs outputs;
+        std::string errors;
+        sb::readCsvOutputFile(file, path, outputs, errors);
+    }
+    return 0;
+}

@@ -1,0 +1,19 @@
+// Any bytes as a daily and as a monthly weather file: messages, never a crash.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "fuzz_input.h"
+#include "records/tellura_weather_station.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::string errors;
+    sb::TelluraWeatherStations daily;
+    sb::importDailyWeatherText(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz.wth", daily, errors);
+    std::string path = sb_fuzz::writeScratch("monthly.wth", data, size);
+    if (path.empty()) return 0;
+    sb::TelluraWeatherStations monthly;
+    sb::importMonthlyWeatherFile(path, monthly, errors);
+    return 0;
+}
