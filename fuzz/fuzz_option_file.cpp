@@ -1,5 +1,6 @@
 // Any bytes as each of the ten option files ("crop.100", "cult.100", ...)
-// read into that member's records, then written back for every release.
+// read into that member's records, then written back for a release the
+// input's size picks.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -14,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         std::string errors, status;
         list->importText(text, "fuzz.100", errors, status);
         std::string written;
-        for (int version = 1; version <= 6; ++version) list->writeText(written, version);
+        list->writeText(written, 1 + static_cast<int>(size % 6));
     }
     return 0;
 }
