@@ -138,6 +138,7 @@ db_status database_impl::rawRun(const std::string& storeSql) {
 }
 
 void database_impl::forgetPreparedStatements() {
+    for (auto& insert : nativeInserts) insert.reset();
     for (auto& insert : inserts) insert.reset();
     for (auto& map : columnMaps) map.clear();
 }
@@ -187,7 +188,11 @@ QSqlQuery* database_impl::preparedInsert(table_id table, db_status& status) {
         releaseStream();
         db_status lost;
         if (connectionLost(lost)) return lost;
-        if (query->prepare(qs(dialect->insertText(tableName(table), names)))) return db_status{};
+        const std::string text = dialect->insertText(tableName(table), names);
+        if (query->prepare(qs(text))) {
+            nativeInserts[static_cast<size_t>(table)] = dialect->nativeInsert(db, text);
+            return db_status{};
+        }
         db_status failed = statusFrom(query->lastError());
         noteFailure(failed);
         return failed;

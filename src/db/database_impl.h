@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "db/database.h"
+#include "db/native_insert.h"
 #include "db/project_location.h"
 #include "db/sql_dialect.h"
 
@@ -39,6 +40,9 @@ struct database_impl {
     // Per table: the prepared insert (reused by every row set of the table) and where
     // each catalogue column stands in "SELECT *" (the store's order may differ).
     std::array<std::unique_ptr<QSqlQuery>, kTableCount> inserts;
+    // Per table: the store's own statement for the same insert, where it has one
+    // (made with the prepared insert; ended before the connection closes).
+    std::array<std::unique_ptr<native_insert>, kTableCount> nativeInserts;
     std::array<std::vector<int>, kTableCount> columnMaps;
 
     explicit database_impl(project_location where);

@@ -305,9 +305,20 @@ db_status rowset::insert(const table_record& record) {
     db_status status;
     QSqlQuery* insert = dbi.preparedInsert(table_, status);
     if (!insert) return status;
-    for (int col = 0; col < record.columnCount(); ++col) insert->bindValue(col, storeValue(record, col));
     dbi.releaseStream();
     if (dbi.connectionLost(status)) return status;
+    if (native_insert* native = dbi.nativeInserts[static_cast<size_t>(table_)].get()) {
+        bool lost = false;
+        std::string code, failure;
+        if (native->run(record, lost, code, failure)) return {};
+        if (lost) {  // the store ended the transaction: sending the row again would store it outside one
+            status = statusOf(dbi.dialect->classifyError(code, failure), dbi.dialect->errorDescription(failure));
+            dbi.noteFailure(status);
+            return status;
+        }
+        // Not stored: the driver runs it again and says why in its own words.
+    }
+    for (int col = 0; col < record.columnCount(); ++col) insert->bindValue(col, storeValue(record, col));
     if (!insert->exec()) {
         status = dbi.statusFrom(insert->lastError());
         dbi.noteFailure(status);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "app/text_format.h"
+#include "db/native_insert.h"
 #include "db/project_sql_dialect.h"
 #include "db/table_catalogue.h"
 
@@ -124,6 +125,7 @@ std::string sql_dialect::errorDescription(std::string_view storeText) const { re
 std::string sql_dialect::saveLockText(uint64_t) const { return {}; }
 std::string sql_dialect::createDatabaseText(std::string_view) const { return {}; }
 std::string sql_dialect::dropDatabaseText(std::string_view) const { return {}; }
+std::unique_ptr<native_insert> sql_dialect::nativeInsert(QSqlDatabase&, const std::string&) const { return nullptr; }
 
 // ---------------------------------------------------------------- shared reading of project SQL
 
@@ -292,6 +294,10 @@ public:
         // last committed state. NORMAL sync keeps that guarantee against a crash of
         // the program (not of the machine) at a fraction of the cost of FULL.
         return {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"};
+    }
+
+    std::unique_ptr<native_insert> nativeInsert(QSqlDatabase& db, const std::string& insertText) const override {
+        return sqliteNativeInsert(db, insertText);
     }
 
     std::string beginText() const override { return "BEGIN IMMEDIATE"; }

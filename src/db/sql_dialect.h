@@ -26,7 +26,11 @@
 
 #include "db/db_status.h"
 
+class QSqlDatabase;
+
 namespace sb {
+
+class native_insert;
 
 class sql_dialect {
 public:
@@ -76,6 +80,9 @@ public:
     // Starts a transaction that only reads, and sees the project as it stood when
     // it began whatever others save meanwhile.
     virtual std::string snapshotText() const = 0;
+    // The store's own prepared statement for `insertText`, bound without the driver's
+    // per-value conversions; null where rows go through the driver alone.
+    virtual std::unique_ptr<native_insert> nativeInsert(QSqlDatabase& db, const std::string& insertText) const;
 
     static std::unique_ptr<sql_dialect> sqlite();
     static std::unique_ptr<sql_dialect> postgresql();

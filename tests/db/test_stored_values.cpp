@@ -1,0 +1,84 @@
+// What an insert leaves in a project file, byte for byte: bulk stores bind
+// values straight into SQLite, and must store exactly what Qt's driver stores.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <string>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "db_test_support.h"
+#include "test_support.h"
+
+using namespace sb;
+
+namespace {
+
+struct stored_value_case {
+    const char* column;  // of Control Records
+    double number;       // for a numeric column
+    std::string text;    // for a text column
+    int storedType;      // SQLITE_INTEGER, SQLITE_FLOAT or SQLITE_TEXT
+    std::string stored;  // the integer or text as stored; for a float, its %.17g
+};
+
+std::string storedAs(sqlite3_stmt* row, int type) {
+    if (type == SQLITE_INTEGER) return std::to_string(sqlite3_column_int64(row, 0));
+    if (type == SQLITE_FLOAT) return sb::strprintf("%.17g", sqlite3_column_double(row, 0));
+    return std::string(reinterpret_cast<const char*>(sqlite3_column_text(row, 0)),
+                       static_cast<size_t>(sqlite3_column_bytes(row, 0)));
+}
+
+}  // namespace
+
+TEST(StoredValues, EachColumnTypeIsStoredAsTheDriverStoresIt) {
+    SB_FILE_STORE_ONLY();
+    const stored_value_case cases[] = {
+        {"Description", 0, "Plain 'quoted' \"text\" [x]", SQLITE_TEXT, "Plain 'quoted' \"text\" [x]"},
+        {"Description", 0, "Ünïcödé ß", SQLITE_TEXT, "Ünïcödé ß"},
+        {"Description", 0, "bad \xff byte", SQLITE_TEXT, "bad \xef\xbf\xbd byte"},  // read as UTF-8 by the driver
+        {"Description", 0, "", SQLITE_TEXT, ""},                                    // empty, not NULL
+        {"TEXEPP(1)", kBitTrue, "", SQLITE_INTEGER, "1"},
+        {"Simulate Microcosm", 0, "", SQLITE_INTEGER, "0"},
+        {"Rotation", 255, "", SQLITE_INTEGER, "255"},
+        {"State FIPS", -32768, "", SQLITE_INTEGER, "-32768"},
+        {"Soil ID", 2147483647, "", SQLITE_INTEGER, "2147483647"},
+        {"Latitude", 0.1, "", SQLITE_FLOAT, "0.10000000149011612"},  // kept at SINGLE precision
+        {"Longitude", -1e-30, "", SQLITE_FLOAT, "-1.0000000031710769e-30"},
+    };
+    sbtest::temp_dir dir;
+    const std::string path = dir.file("values.sbproj");
+    auto db = sbtest::makeProject(path);
+    ASSERT_TRUE(db);
+    {
+        session s(*db);
+        db_status status;
+        auto rows = db->openTable(table_id::control_records, "", "", status);
+        ASSERT_TRUE(rows);
+        int id = 0;
+        for (const auto& c : cases) {
+            table_record r(table_id::control_records);
+            r.setNumber("ID", ++id);
+            if (r.isText(r.column(c.column))) r.setText(c.column, c.text);
+            else r.setNumber(c.column, c.number);
+            ASSERT_TRUE(rows->insert(r).ok()) << c.column;
+        }
+    }
+    db.reset();
+    sqlite3* file = nullptr;
+    ASSERT_EQ(sqlite3_open_v2(path.c_str(), &file, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    int id = 0;
+    for (const auto& c : cases) {
+        const std::string sql =
+            sb::strprintf("SELECT \"%s\" FROM \"Control Records\" WHERE ID = %d", c.column, ++id);
+        sqlite3_stmt* row = nullptr;
+        ASSERT_EQ(sqlite3_prepare_v2(file, sql.c_str(), -1, &row, nullptr), SQLITE_OK) << sql;
+        ASSERT_EQ(sqlite3_step(row), SQLITE_ROW) << sql;
+        const int type = sqlite3_column_type(row, 0);
+        EXPECT_EQ(type, c.storedType) << c.column << " of row " << id;
+        EXPECT_EQ(storedAs(row, type), c.stored) << c.column << " of row " << id;
+        sqlite3_finalize(row);
+    }
+    sqlite3_close(file);
+}
