@@ -1,6 +1,7 @@
 // The results store on each kind of project: rows stored per second (a record's
 // 100 years of daily outputs, of monthly outputs, and a whole record's outputs),
-// and reading one record's 100 years of daily outputs back for a chart.
+// reading one record's 100 years of daily outputs back for a chart, and opening
+// a project of 10,000 records that all have outputs.
 //
 // SQLite projects are files in the temporary folder. PostgreSQL runs only when
 // SB_BENCH_POSTGRESQL names a server URL without a database, e.g.
@@ -20,7 +21,10 @@
 #include "db/database.h"
 #include "db/database_maker.h"
 #include "modeloutput/output_tables.h"
+#include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
+#include "records/list_control_record_proxies.h"
+#include "records/tellura_control_record.h"
 
 namespace fs = std::filesystem;
 using namespace sb;
@@ -163,6 +167,59 @@ void BM_ChartReadDaily(benchmark::State& state, std::string store) {
     }
 }
 
+// 10,000 records, each with its end-of-run state and 20 years of annual outputs.
+constexpr int kManyRecords = 10000;
+
+bool fillManyRecords(database& db) {
+    std::string errors;
+    tellura_outputs outputs;
+    fillValues(outputs.endOfRun, 1, 0);
+    outputs.hasEndOfRun = true;
+    for (int year = kFirstYear; year < kFirstYear + 20; ++year) fillValues(outputs.annualFor(year), 3, year);
+    session s(db);
+    tellura_control_record record;
+    for (int id = 1; id <= kManyRecords; ++id) {
+        record.setId(id);
+        if (!writeControlRecordWithOutputs(record, outputs, db, errors)) break;
+    }
+    if (!errors.empty()) std::fprintf(stderr, "%s", errors.substr(0, 300).c_str());
+    return errors.empty();
+}
+
+// What the desktop does on opening a project and moving to another record: the
+// lazy record list reaches the first record, which is read with its outputs;
+// then the list moves to the middle record, read the same way.
+void BM_OpenManyRecords(benchmark::State& state, std::string store) {
+    bench_project project(store, "many");
+    if (!project.db || !fillManyRecords(*project.db)) {
+        state.SkipWithError(skipReason(store));
+        return;
+    }
+    project.db.reset();
+    double moveSeconds = 0;
+    for (auto _ : state) {
+        std::string errors;
+        auto db = database::open(project.location, errors);
+        list_control_record_proxies list;
+        tellura_control_record record;
+        tellura_outputs outputs;
+        const control_record_proxy* first = db && list.attach(db.get(), false, errors) ? list.first(errors) : nullptr;
+        if (!first || !readControlRecordWithOutputs(*db, first->id, record, outputs, errors) ||
+            outputs.annual.size() != 20) {
+            state.SkipWithError(("cannot open " + errors.substr(0, 300)).c_str());
+            return;
+        }
+        auto moveStarted = std::chrono::steady_clock::now();
+        const control_record_proxy* middle = list.forward(first, kManyRecords / 2, errors);
+        if (!middle || !readControlRecordWithOutputs(*db, middle->id, record, outputs, errors)) {
+            state.SkipWithError(("cannot move " + errors.substr(0, 300)).c_str());
+            return;
+        }
+        moveSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - moveStarted).count();
+    }
+    state.counters["move_ms"] = 1000 * moveSeconds / static_cast<double>(state.iterations());
+}
+
 }  // namespace
 
 BENCHMARK_CAPTURE(BM_StoreDaily, sqlite, "sqlite")->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -173,5 +230,8 @@ BENCHMARK_CAPTURE(BM_StoreWholeRecord, sqlite, "sqlite")->Unit(benchmark::kMilli
 BENCHMARK_CAPTURE(BM_StoreWholeRecord, postgresql, "postgresql")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(BM_ChartReadDaily, sqlite, "sqlite")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(BM_ChartReadDaily, postgresql, "postgresql")->Unit(benchmark::kMillisecond)->UseRealTime();
+
+BENCHMARK_CAPTURE(BM_OpenManyRecords, sqlite, "sqlite")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(BM_OpenManyRecords, postgresql, "postgresql")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 BENCHMARK_MAIN();

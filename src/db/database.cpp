@@ -139,6 +139,7 @@ db_status database_impl::rawRun(const std::string& storeSql) {
 
 void database_impl::forgetPreparedStatements() {
     for (auto& insert : nativeInserts) insert.reset();
+    for (auto& insert : groupInserts) insert.reset();
     for (auto& insert : inserts) insert.reset();
     for (auto& map : columnMaps) map.clear();
 }
@@ -196,6 +197,24 @@ QSqlQuery* database_impl::preparedInsert(table_id table, db_status& status) {
         db_status failed = statusFrom(query->lastError());
         noteFailure(failed);
         return failed;
+    });
+    if (!status.ok()) return nullptr;
+    insert = std::move(query);
+    return insert.get();
+}
+
+QSqlQuery* database_impl::preparedGroupInsert(table_id table, int rows) {
+    auto& insert = groupInserts[static_cast<size_t>(table)];
+    if (insert) return insert.get();
+    std::vector<std::string> names;
+    for (const auto& field : tableDef(table).fields()) names.push_back(field.name);
+    auto query = std::make_unique<QSqlQuery>(db);
+    db_status status = guarded([&] {
+        releaseStream();
+        db_status lost;
+        if (connectionLost(lost)) return lost;
+        if (query->prepare(qs(dialect->insertText(tableName(table), names, rows)))) return db_status{};
+        return statusFrom(query->lastError());
     });
     if (!status.ok()) return nullptr;
     insert = std::move(query);

@@ -4,9 +4,11 @@
 // Every other part reaches the database only through this layer, with SQL text
 // in the project's own dialect (back-quoted table names, bracketed column names,
 // "DELETE * FROM"); the store's dialect is produced in sql_dialect.
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "db/db_status.h"
 #include "db/table_catalogue.h"
@@ -160,6 +162,14 @@ public:
     // Inserts row() as a new row of the table (prepared once, reused).
     db_status insert();
     db_status insert(const table_record& record);
+    // Inserts the records in order, as insert() would one by one. A record that is
+    // that fails is passed to `refused` with its status; the rest follow while
+    // `refused` returns true. Inside a session, on a store where each statement is
+    // a round trip, the rows go in groups; a group holding a row that cannot be
+    // stored is taken back whole and sent again row by row, so that each refusal
+    // is told exactly as insert() tells it.
+    void insertAll(const std::vector<const table_record*>& records,
+                   const std::function<bool(size_t index, const db_status& status)>& refused);
 
     void close();
 
@@ -174,6 +184,8 @@ private:
     bool fetchOne(db_status& status);
     db_status moveTo(long target);
     void readRow(table_record& record) const;
+    // True when records[first, first + count) were all stored by one statement.
+    bool insertGroup(const std::vector<const table_record*>& records, size_t first, int count);
     void takeRest();  // the rest of a streaming result, before another statement is sent
     void stopStreaming();
 

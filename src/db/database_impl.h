@@ -43,6 +43,8 @@ struct database_impl {
     // Per table: the store's own statement for the same insert, where it has one
     // (made with the prepared insert; ended before the connection closes).
     std::array<std::unique_ptr<native_insert>, kTableCount> nativeInserts;
+    // Per table: the insert of a group of rows in one statement, where the store takes groups.
+    std::array<std::unique_ptr<QSqlQuery>, kTableCount> groupInserts;
     std::array<std::vector<int>, kTableCount> columnMaps;
 
     explicit database_impl(project_location where);
@@ -81,6 +83,8 @@ struct database_impl {
     void forgetPreparedStatements();
     bool columnMap(table_id table, db_status& status);
     QSqlQuery* preparedInsert(table_id table, db_status& status);
+    // The insert of `rows` rows at once (the dialect's group size); null when it cannot be made.
+    QSqlQuery* preparedGroupInsert(table_id table, int rows);
 };
 
 }  // namespace sb

@@ -84,8 +84,7 @@ private:
             else if (fields[static_cast<size_t>(col)].type == kTypeSingle ||
                      fields[static_cast<size_t>(col)].type == kTypeDouble)
                 kind = bound_as::real;
-            else if (fields[static_cast<size_t>(col)].type == kTypeBit)
-                kind = bound_as::bit;
+            else if (fields[static_cast<size_t>(col)].type == kTypeBit) kind = bound_as::bit;
             kinds_.push_back(kind);
         }
     }

@@ -11,7 +11,10 @@ class database_maker_table;
 class project_sql_dialect : public sql_dialect {
 public:
     std::string translate(std::string_view projectSql) const override;
-    std::string insertText(std::string_view table, const std::vector<std::string>& columns) const override;
+    std::string insertText(std::string_view table, const std::vector<std::string>& columns) const override {
+        return insertText(table, columns, 1);
+    }
+    std::string insertText(std::string_view table, const std::vector<std::string>& columns, int rows) const override;
 
 protected:
     // A bracketed or back-quoted name of the project's SQL in store form. `context`

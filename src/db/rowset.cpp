@@ -332,4 +332,51 @@ db_status rowset::insert(const table_record& record) {
     return {};
 }
 
+bool rowset::insertGroup(const std::vector<const table_record*>& records, size_t first, int count) {
+    for (size_t i = first; i < first + static_cast<size_t>(count); ++i) {
+        const table_record& record = *records[i];
+        if (record.table() != table_) return false;
+        for (int col = 0; col < record.columnCount(); ++col)
+            if (!checkValue(record, col).ok()) return false;
+    }
+    database_impl& dbi = db_.impl();
+    QSqlQuery* insert = dbi.preparedGroupInsert(table_, count);
+    if (!insert) return false;
+    int slot = 0;
+    for (size_t i = first; i < first + static_cast<size_t>(count); ++i)
+        for (int col = 0; col < records[i]->columnCount(); ++col)
+            insert->bindValue(slot++, storeValue(*records[i], col));
+    // Within a savepoint: a group with a taken key stores fewer rows, and is taken back whole.
+    db_status status = dbi.guarded([&] {
+        dbi.releaseStream();
+        db_status lost;
+        if (dbi.connectionLost(lost)) return lost;
+        if (!insert->exec()) return dbi.statusFrom(insert->lastError());
+        if (insert->numRowsAffected() != count) return statusOf(kStatusIntegrityViolation, {});
+        return db_status{};
+    });
+    return status.ok();
+}
+
+void rowset::insertAll(const std::vector<const table_record*>& records,
+                       const std::function<bool(size_t index, const db_status& status)>& refused) {
+    database_impl& dbi = db_.impl();
+    const int group = dbi.dialect->insertGroupRows(row_->columnCount());
+    // Outside a session a group's rows could not be taken back: one by one there.
+    const bool grouped = group > 1 && dbi.depth > 0 && dbi.dialect->failureSpoilsTransaction();
+    size_t next = 0;
+    while (next < records.size()) {
+        if (grouped && records.size() - next >= static_cast<size_t>(group) && insertGroup(records, next, group)) {
+            next += static_cast<size_t>(group);
+            continue;
+        }
+        // The rows of a group that could not go whole, or the last few.
+        const size_t end = grouped ? std::min(records.size(), next + static_cast<size_t>(group)) : records.size();
+        for (; next < end; ++next) {
+            db_status status = insert(*records[next]);
+            if (status.failed() && !refused(next, status)) return;
+        }
+    }
+}
+
 }  // namespace sb

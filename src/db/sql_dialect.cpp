@@ -141,14 +141,17 @@ std::string project_sql_dialect::translate(std::string_view sql) const {
     return expression(sql, context, startsWithWords(sql, {"select"}, end));
 }
 
-std::string project_sql_dialect::insertText(std::string_view table, const std::vector<std::string>& columns) const {
+std::string project_sql_dialect::insertText(std::string_view table, const std::vector<std::string>& columns,
+                                            int rows) const {
     std::string sql = "INSERT INTO " + quoteIdentifier(table) + " (";
-    std::string values;
+    std::string row = "(";
     for (size_t i = 0; i < columns.size(); ++i) {
         sql += (i ? ", " : "") + quoteIdentifier(columns[i]);
-        values += i ? ", ?" : "?";
+        row += i ? ", ?" : "?";
     }
-    return sql + ") VALUES (" + values + ")" + insertOptions();
+    sql += ") VALUES " + row + ")";
+    for (int r = 1; r < rows; ++r) sql += ", " + row + ")";
+    return sql + insertOptions();
 }
 
 // Bracketed and back-quoted names become the store's names; the project's

@@ -41,6 +41,14 @@ public:
     // "INSERT INTO <table> (<cols>) VALUES (?, ...)" for a prepared insert. An insert
     // that stores no row (its key is taken) is reported by the caller as a duplicate.
     virtual std::string insertText(std::string_view table, const std::vector<std::string>& columns) const = 0;
+    // The same insert taking `rows` rows at once ("VALUES (?, ...), (?, ...)").
+    virtual std::string insertText(std::string_view table, const std::vector<std::string>& columns, int rows) const = 0;
+    // How many rows of `columns` columns a bulk insert sends in one statement: 1 where
+    // a row costs little on its own, more where each statement costs a round trip.
+    virtual int insertGroupRows(int columns) const {
+        (void)columns;
+        return 1;
+    }
     virtual std::string quoteIdentifier(std::string_view name) const = 0;
 
     // Connection options for the driver (time to wait on a busy file or a server, read-only mode).

@@ -211,6 +211,9 @@ protected:
     // A row whose key is taken is not stored and the transaction goes on, as on SQLite;
     // the caller learns of it from the count of rows stored.
     std::string insertOptions() const override { return " ON CONFLICT DO NOTHING"; }
+    // Each statement is a round trip to the server: bulk inserts send rows in groups
+    // (of some 20,000 values, well within the server's limit on parameters).
+    int insertGroupRows(int columns) const override { return std::clamp(20000 / std::max(columns, 1), 1, 500); }
 
 private:
     // Failures before any statement ran carry no SQLSTATE: told apart by their text.

@@ -61,10 +61,25 @@ public:
         return rows_->insert(record);
     }
 
+    // Every record under the store's ID, in order, until a failure other than a duplicate.
+    bool insertAllKeyed(const std::vector<tellura_output*>& records, const output_table_kind& kind) {
+        std::vector<const table_record*> rows;
+        rows.reserve(records.size());
+        for (tellura_output* record : records) {
+            record->setId(id_);
+            rows.push_back(record);
+        }
+        bool ok = true;
+        rows_->insertAll(rows, [&](size_t index, const db_status& status) {
+            ok = refused(*records[index], status, kind);
+            return ok;
+        });
+        return ok;
+    }
+
+private:
     // False when the store must end; a skipped duplicate is not a failure.
-    bool insertKeyed(tellura_output& record, const output_table_kind& kind) {
-        db_status status = insert(record);
-        if (!status.failed()) return true;
+    bool refused(const tellura_output& record, const db_status& status, const output_table_kind& kind) {
         const char* name = tableName(table_);
         std::string key = kind.keyText(record);
         if (kind.warnDuplicates && status.code == kStatusIntegrityViolation) {
@@ -79,7 +94,6 @@ public:
         return false;
     }
 
-private:
     database& db_;
     table_id table_;
     int32_t id_;
@@ -91,10 +105,7 @@ private:
 bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
                 std::string& errors) {
     table_store store(db, kind.table, id, errors);
-    if (!store.begin()) return false;
-    for (tellura_output* record : records)
-        if (!store.insertKeyed(*record, kind)) return false;
-    return true;
+    return store.begin() && store.insertAllKeyed(records, kind);
 }
 
 template <class Container>

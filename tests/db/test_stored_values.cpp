@@ -70,8 +70,7 @@ TEST(StoredValues, EachColumnTypeIsStoredAsTheDriverStoresIt) {
     ASSERT_EQ(sqlite3_open_v2(path.c_str(), &file, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
     int id = 0;
     for (const auto& c : cases) {
-        const std::string sql =
-            sb::strprintf("SELECT \"%s\" FROM \"Control Records\" WHERE ID = %d", c.column, ++id);
+        const std::string sql = sb::strprintf("SELECT \"%s\" FROM \"Control Records\" WHERE ID = %d", c.column, ++id);
         sqlite3_stmt* row = nullptr;
         ASSERT_EQ(sqlite3_prepare_v2(file, sql.c_str(), -1, &row, nullptr), SQLITE_OK) << sql;
         ASSERT_EQ(sqlite3_step(row), SQLITE_ROW) << sql;
@@ -81,4 +80,51 @@ TEST(StoredValues, EachColumnTypeIsStoredAsTheDriverStoresIt) {
         sqlite3_finalize(row);
     }
     sqlite3_close(file);
+}
+
+// Many rows at once (in groups where the store takes groups): each refused row is
+// told as a single insert tells it, the rest are stored in order, and the insert
+// ends at the first refusal the caller does not ride over.
+TEST(RowSet, InsertAllTellsEachRefusedRowAndKeepsTheOrder) {
+    sbtest::temp_dir dir;
+    auto db = sbtest::makeProject(dir.file("many.sbproj"));
+    ASSERT_TRUE(db);
+    const size_t kDuplicate = 300, kOutOfRange = 900;  // in different groups
+    std::vector<table_record> rows;
+    for (int n = 0; n < 1200; ++n) {
+        rows.emplace_back(table_id::output_daily);
+        rows.back().setNumber("ID", 1);
+        rows.back().setNumber("Year", 1900 + n / 365);
+        rows.back().setNumber("Julian Day", n % 365 + 1);
+        rows.back().setNumber("tmax", n * 0.25);
+    }
+    rows[kDuplicate].setNumber("Julian Day", 11);  // the key of row 10
+    rows[kDuplicate].setNumber("Year", 1900);
+    rows[kOutOfRange].setNumber("Year", 40000);  // beyond a SMALLINT
+    std::vector<const table_record*> pointers;
+    for (const auto& r : rows) pointers.push_back(&r);
+    std::vector<std::pair<size_t, status_code>> refused;
+    {
+        session s(*db);
+        db_status status;
+        auto rs = db->openTable(table_id::output_daily, "", "", status);
+        ASSERT_TRUE(rs);
+        rs->insertAll(pointers, [&](size_t index, const db_status& st) {
+            refused.emplace_back(index, st.code);
+            return st.code == kStatusIntegrityViolation;  // ride over duplicates only
+        });
+    }
+    const std::vector<std::pair<size_t, status_code>> expected = {{kDuplicate, kStatusIntegrityViolation},
+                                                                  {kOutOfRange, kStatusValueOutOfRange}};
+    EXPECT_EQ(refused, expected);
+    db_status status;
+    auto back = db->openTable(table_id::output_daily, "", "", status);
+    ASSERT_TRUE(back);
+    size_t n = 0;
+    for (db_status st = back->moveFirst(); st.ok(); st = back->moveNext(), ++n) {
+        if (n == kDuplicate) ++n;  // skipped
+        ASSERT_LT(n, kOutOfRange);
+        EXPECT_TRUE(back->row() == rows[n]) << "row " << n;
+    }
+    EXPECT_EQ(n, kOutOfRange);
 }
