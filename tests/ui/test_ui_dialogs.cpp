@@ -1,4 +1,4 @@
-// The dialogs on their own: exact labels, the configuration rules, the run
+// The dialogs on their own: the configuration rules, the run
 // set's filter and close question, the Run dialog's lists and version rules,
 // progress and Cancel of background work, the Diurna file list, the record
 // property sheet and the option list and soil editors.
@@ -39,14 +39,6 @@ using sbtest_ui::pressButton;
 
 namespace {
 
-QStringList texts(QWidget* w) {
-    QStringList out;
-    for (auto* l : w->findChildren<QLabel*>()) out << l->text();
-    for (auto* b : w->findChildren<QAbstractButton*>()) out << b->text();
-    for (auto* g : w->findChildren<QGroupBox*>()) out << g->title();
-    return out;
-}
-
 field_help_lookup echoHelp() {
     return {[](const std::string& name) { return QStringLiteral("help of ") + QString::fromStdString(name); },
             [](const std::string& name) { return QStringLiteral("about ") + QString::fromStdString(name); }};
@@ -63,13 +55,6 @@ private slots:
         app_soilbench settings(dir_.filePath("p.ini").toStdString());
         dialog_configuration d(settings);
         QCOMPARE(d.windowTitle(), QStringLiteral("Configuration"));
-        const QStringList t = texts(&d);
-        for (const char* label :
-             {"Prebuild Control Record List", "Run TELLURA in visible console",
-              "Run timeout, milliseconds:", "Help file location:", "Save Diurna output files to:", "Save output path:",
-              "Save output prefix:", "TELLURA executable version:", "TELLURA executable locations:",
-              "Read binary output (doesn't work for Daily runs)", "OK", "Cancel", "Edit"})
-            QVERIFY2(t.contains(label), label);
         auto* version = d.findChild<QComboBox*>();
         QCOMPARE(version->count(), 5);  // "Tellura 5" is offered only through the profile
         QCOMPARE(version->itemText(3), QStringLiteral("Diurna 4.5"));
@@ -121,10 +106,6 @@ private slots:
     void runSetBuildsTheFilterAndAsksBeforeClosingUnbuilt() {
         dialog_run_set d;
         QCOMPARE(d.windowTitle(), QStringLiteral("Configure Run Set"));
-        const QStringList t = texts(&d);
-        for (const char* label : {"Record IDs:", "Like: \"1, 2, 5-9\"", "Make WHERE by ID",
-                                  "SQL WHERE clause for [Control Records]", "Stop if any precheck errors"})
-            QVERIFY2(t.contains(label), label);
         auto* ids = d.findChild<QLineEdit*>("recordIds");
         QTest::keyClicks(ids, "1, 2, 5-9");
         QVERIFY(d.idListEdited());
@@ -169,8 +150,6 @@ private slots:
             dialog_run d(7, "Wheat plot", blocks, settings);
             QCOMPARE(d.windowTitle(), QStringLiteral("Run TELLURA"));
             QCOMPARE(d.heading(), QStringLiteral("7 \"Wheat plot\""));
-            QVERIFY(texts(&d).contains("Event blocks to run:"));
-            QVERIFY(texts(&d).contains("Daily output years to save:"));
             QVERIFY(!d.firstYear()->isEnabled());
             QVERIFY(!d.lastYear()->isEnabled());
             QCOMPARE(d.chosen()->count(), 3);

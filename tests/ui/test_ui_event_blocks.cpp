@@ -2,7 +2,6 @@
 // with the core's message, a fixed one is saved and read back, blocks are
 // reordered and events deleted through the widgets.
 #include <QComboBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -225,19 +224,6 @@ private slots:
         QCOMPARE(pressOk(again), QStringLiteral("ERROR, no weather data specified for event block weather choice.\n"));
         QCOMPARE(again.result(), int(QDialog::Rejected));
         QCOMPARE(stored().back().weatherId, before.back().weatherId);
-    }
-
-    void screenshot() {
-        dialog_event_blocks d(*db_, kRecord, kDiurna45);
-        d.resize(900, 560);
-        d.show();
-        d.blockList()->setCurrentRow(0);
-        const QString shotDir = QStringLiteral(SB_BIN_DIR "/../screenshots");
-        QDir().mkpath(shotDir);
-        QTest::qWait(100);
-        const QPixmap pixmap = d.grab();
-        QVERIFY(!pixmap.isNull());
-        QVERIFY(pixmap.save(shotDir + "/event_blocks.png", "PNG"));
     }
 };
 

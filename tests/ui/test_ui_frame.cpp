@@ -1,4 +1,4 @@
-// The frame: both menus with their exact labels, opening a project, record
+// The frame: the menus with and without a project, opening a project, record
 // navigation and its messages, delete, copy and paste through the clipboard.
 #include <QAction>
 #include <QApplication>
@@ -61,51 +61,28 @@ class test_ui_frame : public QObject {
     QString profile() const { return dir_.filePath("profile.ini"); }
 
 private slots:
-    void shortMenuWithoutProject() {
-        app_soilbench settings(profile().toStdString());
-        main_window w(settings);
-        QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
-        QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
-        QCOMPARE(labels(menuNamed(w, "&File")),
-                 (QStringList{"&New", "&Open...", "Open Postgre&SQL Project...", "&Configuration",
-                              "Diurna Output Files", "P&rint Setup...", "E&xit"}));
-        QCOMPARE(labels(menuNamed(w, "&Help")), QStringList{"&About Tellura && Soilbench..."});
-        QCOMPARE(w.action(command_id::fileNew)->shortcut(), QKeySequence("Ctrl+N"));
-        QCOMPARE(w.action(command_id::fileOpen)->shortcut(), QKeySequence("Ctrl+O"));
-        QVERIFY(!w.action(command_id::runOne)->isEnabled());
-    }
-
-    void fullMenuWithProjectHasEveryCommand() {
-        const QString path = dir_.filePath("full.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
+    void menusGrowWithAProjectAndShrinkWhenItCloses() {
         app_soilbench settings(profile().toStdString());
         settings.recordList = false;
         main_window w(settings);
+        QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
+        const QStringList shortMenu{"&File", "&View", "&Help"};
+        QCOMPARE(menuTitles(w), shortMenu);
+        QVERIFY(!labels(menuNamed(w, "&File")).contains("&Close"));
+        QVERIFY(!w.action(command_id::runOne)->isEnabled());
+
+        const QString path = dir_.filePath("full.sbproj");
+        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
         QVERIFY(w.openProject(path));
         QCOMPARE(menuTitles(w), (QStringList{"&File", "&Edit", "&View", "&Window", "&Record", "E&xecute", "&Help"}));
-        QCOMPARE(labels(menuNamed(w, "&Edit")),
-                 (QStringList{"&Copy", "&Paste", "Edit Selected &Record", "Edit Crops", "Edit Cultivation",
-                              "Edit Fertilizers", "Edit Fi&res", "Edit &OMAD", "Edit &Graze List", "Edit Harvest",
-                              "Edit Irrigation", "Edit T&rees", "Edit Tree Re&moval", "Edit Soils",
-                              "Edit &Weather Stations", "Copy output values to input"}));
-        QCOMPARE(labels(menuNamed(w, "&Record")),
-                 (QStringList{"First", "Previous", "Next", "Last", "Goto", "Goto ID", "Delete"}));
-        QCOMPARE(labels(menuNamed(w, "E&xecute")),
-                 (QStringList{"Run &One Record", "Run &Multiple Records", "Read .BIN file"}));
-        QCOMPARE(labels(menuNamed(w, "&Window")), (QStringList{"&New Window", "&Cascade", "&Tile", "&Arrange Icons"}));
-        const QStringList file = labels(menuNamed(w, "&File"));
-        for (const char* l : {"&Run Files", "ES&A", "Weather &Daily Records", "Weather Mon&thly Records",
-                              "&Monthly Weather Averages (<site>.100 file)", "&Close", "&Print...", "Print Pre&view"})
-            QVERIFY2(file.contains(l), l);
+        QVERIFY(w.action(command_id::runOne)->isEnabled());
         // The recent-file entry of the project just opened sits above Exit.
+        const QStringList file = labels(menuNamed(w, "&File"));
         QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
         QCOMPARE(file[file.size() - 2], "&1 " + path);
-        QCOMPARE(w.action(command_id::print)->shortcut(), QKeySequence("Ctrl+P"));
-        QCOMPARE(w.action(command_id::editCopy)->shortcut(), QKeySequence("Ctrl+C"));
-        QCOMPARE(w.action(command_id::editPaste)->shortcut(), QKeySequence("Ctrl+V"));
-        // Closing goes back to the short menu.
+        QCOMPARE(file.back(), QStringLiteral("E&xit"));
         w.runCommand(command_id::fileClose);
-        QCOMPARE(menuTitles(w), (QStringList{"&File", "&View", "&Help"}));
+        QCOMPARE(menuTitles(w), shortMenu);
         QVERIFY(!w.document());
     }
 
