@@ -61,74 +61,63 @@ TEST(EventTypes, NamesAndCodesBothWays) {
     EXPECT_STREQ(weatherChoiceText(kWeatherContinue), "C Continued from an actual weather file, without rewinding");
 }
 
-TEST(EventValidation, ItemsMustNameAnOptionOfTheMatchingList) {
-    fake_options options;
-    options.add(option_kind::crop, "C6").add(option_kind::harvest, "G").add(option_kind::graze, "GL");
-    std::string errors;
-    EXPECT_TRUE(validateEvent(event(kEventCrop, "c6"), 3, options, errors));
-    EXPECT_FALSE(validateEvent(event(kEventCrop, "W4", 3, 7), 3, options, errors));
-    EXPECT_FALSE(validateEvent(event(kEventHarv, "C6", 1, 9), 3, options, errors));
-    EXPECT_FALSE(validateEvent(event(kEventCult, "K", 4, 1), 3, options, errors));
-    EXPECT_FALSE(validateEvent(event(kEventIrri, "A75", 1, 6), 3, options, errors));
-    EXPECT_TRUE(validateEvent(event(kEventGraz, "GL"), 3, options, errors));
-    EXPECT_EQ(errors,
-              "ERROR, unknown crop \"W4\" selected in event for year 3, month 7.\n"
-              "ERROR, unknown harvest \"C6\" selected in event for year 1, month 9.\n"
-              "ERROR, unknown cultivation \"K\" selected in event for year 4, month 1.\n"
-              "ERROR, unknown irrigation \"A75\" selected in event for year 1, month 6.\n");
-}
+// One event checked for the releases first..last, with the options C6 (crop), G
+// (harvest), GL (graze) and N30 (fertilizer) in the project.
+struct event_case {
+    int type;
+    const char* item;
+    int first, last;
+    const char* message;  // "" when the event is valid
+};
 
-TEST(EventValidation, InlineFertilizerAmountsOnlyForTheAgriculturalRelease) {
+TEST(EventValidation, ItemsNameAnOptionOfTheirListAndInlineFormsFollowTheRelease) {
+    const event_case cases[] = {
+        {kEventCrop, "c6", 1, 6, ""},
+        {kEventGraz, "GL", 1, 6, ""},
+        {kEventFert, "n30", 2, 2, ""},
+        {kEventCrop, "W4", 3, 3, "ERROR, unknown crop \"W4\" selected in event for year 2, month 5.\n"},
+        {kEventHarv, "C6", 3, 3, "ERROR, unknown harvest \"C6\" selected in event for year 2, month 5.\n"},
+        {kEventCult, "K", 3, 3, "ERROR, unknown cultivation \"K\" selected in event for year 2, month 5.\n"},
+        {kEventIrri, "A75", 3, 3, "ERROR, unknown irrigation \"A75\" selected in event for year 2, month 5.\n"},
+        {kEventFert, "N90", 1, 1, "ERROR, unknown fertilizer \"N90\" selected in event for year 2, month 5.\n"},
+        {kEventFire, "C", 3, 3, "ERROR, unknown fire \"C\" selected in event for year 2, month 5.\n"},
+        {kEventTree, "WOOD", 3, 3, "ERROR, unknown tree \"WOOD\" selected in event for year 2, month 5.\n"},
+        {kEventTrem, "CLEAR", 3, 3, "ERROR, unknown tree removal \"CLEAR\" selected in event for year 2, month 5.\n"},
+        // Inline amounts: fertilizer only for the agricultural release, fire and trees for all.
+        {kEventFert, "(10N)", 1, 1, ""},
+        {kEventFert, "(10N)", 2, 6,
+         "ERROR, FERT event with specified amounts \"(10N)\" is invalid for Tellura version, year 2, month 5.\n"},
+        {kEventFire, "(0.5)", 1, 6, ""},
+        {kEventTree, "(1)", 1, 6, ""},
+        {kEventTrem, "(2)", 1, 6, ""},
+        {kEventDran, "0.5", 1, 1, ""},
+        {kEventDran, "0.5", 2, 6, "ERROR, DRAN event invalid for Tellura version, year 2, month 5.\n"},
+        // Operations without an item take anything.
+        {kEventPltm, "anything", 4, 4, ""},
+        {kEventFrst, "anything", 4, 4, ""},
+        {kEventLast, "anything", 4, 4, ""},
+        {kEventSenm, "anything", 4, 4, ""},
+        {kEventOmad, "anything", 4, 4, ""},
+        {kEventErod, "anything", 4, 4, ""},
+        {kEventTfst, "anything", 4, 4, ""},
+        {kEventTlst, "anything", 4, 4, ""},
+        // The schedule cannot carry these, so they are kept out of a run.
+        {kEventExtr, "", 4, 4, "ERROR, event type EXTR cannot be written to a schedule, year 2, month 5.\n"},
+        {0, "", 4, 4, "ERROR, event type ERROR cannot be written to a schedule, year 2, month 5.\n"},
+    };
     fake_options options;
-    options.add(option_kind::fertilizer, "N30");
-    for (int version = 1; version <= 6; ++version) {
-        std::string errors;
-        bool ok = validateEvent(event(kEventFert, "(10N)", 2, 4), version, options, errors);
-        EXPECT_EQ(ok, version == 1) << version;
-        if (version != 1) {
-            EXPECT_EQ(errors,
-                      "ERROR, FERT event with specified amounts \"(10N)\" is invalid for Tellura "
-                      "version, year 2, month 4.\n");
+    options.add(option_kind::crop, "C6")
+        .add(option_kind::harvest, "G")
+        .add(option_kind::graze, "GL")
+        .add(option_kind::fertilizer, "N30");
+    for (const event_case& c : cases) {
+        for (int version = c.first; version <= c.last; ++version) {
+            SCOPED_TRACE(strprintf("%s %s, release %d", eventTypeName(c.type), c.item, version));
+            std::string errors;
+            EXPECT_EQ(validateEvent(event(c.type, c.item), version, options, errors), *c.message == '\0');
+            EXPECT_EQ(errors, c.message);
         }
     }
-    std::string errors;
-    EXPECT_TRUE(validateEvent(event(kEventFert, "n30"), 2, options, errors));
-    EXPECT_FALSE(validateEvent(event(kEventFert, "N90", 1, 3), 1, options, errors));
-    EXPECT_EQ(errors, "ERROR, unknown fertilizer \"N90\" selected in event for year 1, month 3.\n");
-}
-
-TEST(EventValidation, FireTreeAndRemovalAcceptInlineValuesForEveryRelease) {
-    fake_options none;
-    for (int version = 1; version <= 6; ++version) {
-        std::string errors;
-        EXPECT_TRUE(validateEvent(event(kEventFire, "(0.5)"), version, none, errors));
-        EXPECT_TRUE(validateEvent(event(kEventTree, "(1)"), version, none, errors));
-        EXPECT_TRUE(validateEvent(event(kEventTrem, "(2)"), version, none, errors));
-        EXPECT_EQ(errors, "");
-    }
-    std::string errors;
-    EXPECT_FALSE(validateEvent(event(kEventFire, "C", 1, 1), 3, none, errors));
-    EXPECT_FALSE(validateEvent(event(kEventTree, "WOOD", 1, 2), 3, none, errors));
-    EXPECT_FALSE(validateEvent(event(kEventTrem, "CLEAR", 1, 3), 3, none, errors));
-    EXPECT_EQ(errors,
-              "ERROR, unknown fire \"C\" selected in event for year 1, month 1.\n"
-              "ERROR, unknown tree \"WOOD\" selected in event for year 1, month 2.\n"
-              "ERROR, unknown tree removal \"CLEAR\" selected in event for year 1, month 3.\n");
-}
-
-TEST(EventValidation, DrainageOnlyForTheAgriculturalReleaseOthersAlwaysValid) {
-    fake_options none;
-    std::string errors;
-    EXPECT_TRUE(validateEvent(event(kEventDran, "0.5"), 1, none, errors));
-    EXPECT_FALSE(validateEvent(event(kEventDran, "0.5", 6, 11), 2, none, errors));
-    EXPECT_EQ(errors, "ERROR, DRAN event invalid for Tellura version, year 6, month 11.\n");
-    errors.clear();
-    for (int type : {kEventPltm, kEventFrst, kEventLast, kEventSenm, kEventOmad, kEventErod, kEventTfst, kEventTlst})
-        EXPECT_TRUE(validateEvent(event(type, "anything"), 4, none, errors)) << type;
-    EXPECT_EQ(errors, "");
-    // The schedule cannot carry these, so they are kept out of a run.
-    EXPECT_FALSE(validateEvent(event(kEventExtr, ""), 4, none, errors));
-    EXPECT_FALSE(validateEvent(event(0, ""), 4, none, errors));
 }
 
 TEST(EventValidation, ProjectOptionListsAnswerByKind) {

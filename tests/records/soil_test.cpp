@@ -19,7 +19,7 @@ namespace {
 using namespace sb;
 using sbtest::records_project;
 
-TelluraSoils soilWithDepths(const char* name, std::initializer_list<int> depths) {
+TelluraSoils soilWithDepths(const char* name, const std::vector<int>& depths) {
     TelluraSoils soil;
     soil.setSoilId(7);
     soil.setName(name);
@@ -31,54 +31,6 @@ TelluraSoils soilWithDepths(const char* name, std::initializer_list<int> depths)
         layer.setValue(kLayerTranspirationLossFactor, 0.5);
     }
     return soil;
-}
-
-TEST(SoilColumns, PositionsMatchTheTables) {
-    const char* layerNames[] = {"Soil ID",
-                                "Layer Number",
-                                "Depth",
-                                "Wilting Point",
-                                "Field Capacity",
-                                "Mineral N",
-                                "Mineral P",
-                                "Mineral S",
-                                "Initial Relative Water Content",
-                                "Transpiration Loss Weighing Factor",
-                                "Bulk Density",
-                                "TCOEFF",
-                                "Fraction Of Sand",
-                                "Fraction Of Clay",
-                                "Organic Matter",
-                                "DELTAMIN",
-                                "Saturated Conductivity",
-                                "pH",
-                                "ECOEFF"};
-    const auto& layers = tableDef(table_id::soil_layers).fields();
-    ASSERT_EQ(layers.size(), static_cast<size_t>(kLayerColumnCount));
-    for (int i = 0; i < kLayerColumnCount; ++i) EXPECT_EQ(layers[static_cast<size_t>(i)].name, layerNames[i]);
-    const char* soilNames[] = {"Soil ID",
-                               "Name",
-                               "Soils 5 ID",
-                               "Map Unit Symbol",
-                               "Fraction of Sand",
-                               "Fraction of Silt",
-                               "Fraction of Clay",
-                               "Fraction of Rock",
-                               "Bulk Density",
-                               "Number of Layers",
-                               "Number of Layers in Top Level",
-                               "Drain",
-                               "Base Flow",
-                               "Storm Flow",
-                               "PRECRO",
-                               "FRACRO",
-                               "SWFlag",
-                               "pH",
-                               "Labile P Slope Fraction",
-                               "Maximum P Sorption"};
-    const auto& soils = tableDef(table_id::soils).fields();
-    ASSERT_EQ(soils.size(), static_cast<size_t>(kSoilColumnCount));
-    for (int i = 0; i < kSoilColumnCount; ++i) EXPECT_EQ(soils[static_cast<size_t>(i)].name, soilNames[i]);
 }
 
 TEST(SoilLayers, InsertAndDeleteShiftTheLayersAndKeepTheLimits) {
@@ -118,89 +70,89 @@ TEST(SoilLayers, ListTextAndWaterHoldingOptions) {
     layer.setValue(kLayerMineralN, 1.5);
     EXPECT_EQ(soil.layerListText(1), "2: 30 cm - afiel=0.3 awilt=0.125 N=1.5 P=0 S=0");
     EXPECT_STREQ(waterHoldingOptionText(0), "Use actual data from file.");
-    EXPECT_STREQ(waterHoldingOptionText(1), "Use G & L for awilt and afiel (-0.33 bar)");
-    EXPECT_STREQ(waterHoldingOptionText(2), "Use G & L for awilt and afiel (-0.10 bar)");
-    EXPECT_STREQ(waterHoldingOptionText(3), "Use Rawls for awilt and afiel (-0.33 bar)");
-    EXPECT_STREQ(waterHoldingOptionText(4), "Use Rawls for awilt and afiel (-0.10 bar)");
-    EXPECT_STREQ(waterHoldingOptionText(5), "Use Rawls for afiel (-0.33 bar)");
     EXPECT_STREQ(waterHoldingOptionText(6), "Use Rawls for afiel (-0.10 bar)");
     EXPECT_EQ(waterHoldingOptionText(7), nullptr);
     EXPECT_EQ(waterHoldingOptionText(-1), nullptr);
 }
 
-TEST(SoilRunCheck, OnlyLayersDeeperThanTheDefaultAreReported) {
-    TelluraSoils soil = soilWithDepths("Loam", {15, 30, 46});
-    std::string warnings;
-    soil.checkForRun(3, warnings);
-    EXPECT_EQ(warnings,
-              "WARNING, Soil Loam layer 3 depth (0.460m) does not match TELLURA default layer 3 thickness (0.45m).\n");
-    warnings.clear();
-    TelluraSoils shallow = soilWithDepths("Thin", {10, 20, 40});
-    shallow.checkForRun(2, warnings);
-    EXPECT_EQ(warnings, "");
-    soil.checkForRun(4, warnings);  // the daily model reads its own layers
-    EXPECT_EQ(warnings, "");
-    TelluraSoils empty = soilWithDepths("Empty", {});
-    for (int v = 1; v <= 6; ++v) empty.checkForRun(v, warnings);
-    EXPECT_EQ(warnings, "");
-}
-
-TEST(SoilRunCheck, FirstReleaseChecksEveryLayerOthersOnlyNine) {
-    TelluraSoils deep = soilWithDepths("Deep", {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 200});
-    std::string warnings;
-    deep.checkForRun(1, warnings);
-    EXPECT_EQ(warnings,
-              "WARNING, Soil Deep layer 11 depth (2.000m) does not match TELLURA default layer 11 thickness "
-              "(0.00m).\n");
-    warnings.clear();
-    // Table B: 0.15 0.3 0.45 0.6 0.9 1.05 1.2 1.35 1.5 -> layers 6 to 9 are deeper; 10 and 11 are not looked at.
-    deep.checkForRun(5, warnings);
-    EXPECT_EQ(warnings,
-              "WARNING, Soil Deep layer 6 depth (1.200m) does not match TELLURA default layer 6 thickness (1.05m).\n"
-              "WARNING, Soil Deep layer 7 depth (1.500m) does not match TELLURA default layer 7 thickness (1.20m).\n"
-              "WARNING, Soil Deep layer 8 depth (1.800m) does not match TELLURA default layer 8 thickness (1.35m).\n"
-              "WARNING, Soil Deep layer 9 depth (1.800m) does not match TELLURA default layer 9 thickness (1.50m).\n");
-}
-
-TEST(SoilRunCheck, ZeroTranspirationFactorIsReportedForTheFirstTenLayersBeforeTheDailyModel) {
-    TelluraSoils soil = soilWithDepths("Sandy", {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 180});
-    soil.layers[1].setValue(kLayerTranspirationLossFactor, 0);
-    soil.layers[10].setValue(kLayerTranspirationLossFactor, 0);  // the 11th is not looked at
-    std::string warnings;
-    soil.checkForRun(1, warnings);
-    EXPECT_EQ(warnings,
-              "WARNING, Soil Sandy transpiration loss factor is zero in layer 2.\n"
-              "WARNING, Soil Sandy layer 11 depth (1.800m) does not match TELLURA default layer 11 thickness "
-              "(0.00m).\n");
-    warnings.clear();
-    soil.checkForRun(4, warnings);
-    EXPECT_EQ(warnings, "");
-    soil.checkForRun(5, warnings);  // only depth warnings from the fourth release on
-    EXPECT_EQ(warnings.find("transpiration"), std::string::npos);
-    EXPECT_NE(warnings.find("layer 6 depth"), std::string::npos);
+TEST(SoilRunCheck, DepthsAgainstTheReleasesDefaultLayersAndZeroTranspirationFactors) {
+    const std::vector<int> deep = {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 200};
+    struct run_check_case {
+        const char* name;
+        std::vector<int> depths;
+        std::vector<int> zeroFactorLayers;  // 1-based
+        int version;
+        const char* warnings;
+    } cases[] = {
+        {"Loam",
+         {15, 30, 46},
+         {},
+         3,
+         "WARNING, Soil Loam layer 3 depth (0.460m) does not match TELLURA default layer 3 thickness (0.45m).\n"},
+        {"Thin", {10, 20, 40}, {}, 2, ""},  // only layers deeper than the default are reported
+        {"Loam", {15, 30, 46}, {}, 4, ""},  // the daily model reads its own layers
+        {"Empty", {}, {}, 1, ""},
+        {"Empty", {}, {}, 6, ""},
+        // The first release checks every layer ...
+        {"Deep",
+         deep,
+         {},
+         1,
+         "WARNING, Soil Deep layer 11 depth (2.000m) does not match TELLURA default layer 11 thickness (0.00m).\n"},
+        // ... the others nine: 0.15 0.3 0.45 0.6 0.9 1.05 1.2 1.35 1.5.
+        {"Deep",
+         deep,
+         {},
+         5,
+         "WARNING, Soil Deep layer 6 depth (1.200m) does not match TELLURA default layer 6 thickness (1.05m).\n"
+         "WARNING, Soil Deep layer 7 depth (1.500m) does not match TELLURA default layer 7 thickness (1.20m).\n"
+         "WARNING, Soil Deep layer 8 depth (1.800m) does not match TELLURA default layer 8 thickness (1.35m).\n"
+         "WARNING, Soil Deep layer 9 depth (1.800m) does not match TELLURA default layer 9 thickness (1.50m).\n"},
+        // A zero factor counts in the first ten layers, before the daily release only.
+        {"Sandy",
+         {15, 30, 45, 60, 90, 120, 150, 180, 180, 180, 180},
+         {2, 11},
+         1,
+         "WARNING, Soil Sandy transpiration loss factor is zero in layer 2.\n"
+         "WARNING, Soil Sandy layer 11 depth (1.800m) does not match TELLURA default layer 11 thickness (0.00m).\n"},
+        {"Sandy", {15, 30}, {2}, 4, ""},
+        {"Sandy", {15, 30}, {2}, 5, ""},
+    };
+    for (const run_check_case& c : cases) {
+        SCOPED_TRACE(strprintf("%s, release %d", c.name, c.version));
+        TelluraSoils soil = soilWithDepths(c.name, c.depths);
+        std::string warnings;
+        for (int layer : c.zeroFactorLayers)
+            soil.layers[static_cast<size_t>(layer - 1)].setValue(kLayerTranspirationLossFactor, 0);
+        soil.checkForRun(c.version, warnings);
+        EXPECT_EQ(warnings, c.warnings);
+    }
 }
 
 TEST(SoilSiteNames, LayerAndProfileParametersLandInTheirColumns) {
+    // Layer names make the layers they name; each value lands in its layer's column.
+    const struct {
+        const char* name;
+        int layerCount;
+        size_t layer;
+        soil_layer_column column;
+    } layerNames[] = {{"AWILT(3)", 3, 2, kLayerWiltingPoint},
+                      {"afiel(1)", 3, 0, kLayerFieldCapacity},
+                      {"AWTL(1)", 3, 0, kLayerTranspirationLossFactor},
+                      {"RWCF(2)", 3, 1, kLayerInitialRelativeWater},
+                      {"MINERL(2,1)", 3, 1, kLayerMineralN},
+                      {"MINERL(2,3)", 3, 1, kLayerMineralS},
+                      {"MINERL(10,2)", 10, 9, kLayerMineralP}};
     TelluraSoils soil;
     std::string errors;
-    EXPECT_TRUE(soil.setFieldBySiteName("AWILT(3)", 0.12, errors));
-    EXPECT_EQ(soil.layerCount, 3);
-    EXPECT_TRUE(soil.setFieldBySiteName("afiel(1)", 0.3, errors));
+    double value = 0;
+    for (const auto& c : layerNames) {
+        EXPECT_TRUE(soil.setFieldBySiteName(c.name, value += 0.125, errors)) << c.name;
+        EXPECT_EQ(soil.layerCount, c.layerCount) << c.name;
+        EXPECT_FLOAT_EQ(soil.layers[c.layer].value(c.column), static_cast<float>(value)) << c.name;
+    }
     EXPECT_TRUE(soil.setFieldBySiteName("ADEP(2)", 29.6, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("AWTL(1)", 0.8, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("RWCF(2)", 0.5, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(2,1)", 1.5, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(2,3)", 0.25, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(10,2)", 0.75, errors));
-    EXPECT_EQ(soil.layerCount, 10);
-    EXPECT_FLOAT_EQ(soil.layers[2].value(kLayerWiltingPoint), 0.12f);
-    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerFieldCapacity), 0.3f);
     EXPECT_EQ(soil.layers[1].depth(), 30);
-    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerTranspirationLossFactor), 0.8f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerInitialRelativeWater), 0.5f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerMineralN), 1.5f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerMineralS), 0.25f);
-    EXPECT_FLOAT_EQ(soil.layers[9].value(kLayerMineralP), 0.75f);
 
     const std::pair<const char*, soil_column> profile[] = {
         {"BULKD", kSoilBulkDensity},   {"BASEF", kSoilBaseFlow},  {"CLAY", kSoilClay},
