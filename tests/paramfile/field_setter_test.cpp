@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace {
 
@@ -59,106 +60,88 @@ TEST(FieldSetter, BooleanIsZeroOrAllBits) {
     EXPECT_EQ(flag, 65535);
 }
 
-TEST(FieldSetter, OneSubscript) {
+// One subscripted line set into a field of one to three dimensions: the element
+// written (zero-based), or nothing with the message. The arrays are A[3], M[12][3],
+// t[2][3][4] and, read as the file writes it (t(k,j,i)), t[2][3][4] after 5 leading values.
+enum class shape { one, two, three, threeReversed };
+constexpr int kNoElement = -1;
+constexpr int kNotThisField = -2;
+
+struct subscript_case {
+    const char* line;
+    shape form;
+    int element;
+    const char* message;
+};
+
+TEST(FieldSetter, SubscriptsPickTheElementOrAreRefusedWithoutWriting) {
+    const subscript_case cases[] = {
+        {"A(2)", shape::one, 1, ""},
+        {"a(3)", shape::one, 2, ""},
+        // The field's name must be followed immediately by "(".
+        {"AX(1)", shape::one, kNotThisField, ""},
+        {"A", shape::one, kNotThisField, ""},
+        {"A(4)", shape::one, kNoElement, "ERROR, exceeds array size: A\n"},
+        {"A(999999999999)", shape::one, kNoElement, "ERROR, exceeds array size: A\n"},
+        {"A(2147483648)", shape::one, kNoElement, "ERROR, exceeds array size: A\n"},
+        {"A(0)", shape::one, kNoElement, "ERROR, array subscript below 1: A(0)\n"},
+        {"A(-1)", shape::one, kNoElement, "ERROR, array subscript below 1: A(-1)\n"},
+        {"A()", shape::one, kNoElement, "ERROR, array subscript below 1: A()\n"},
+        {"A(x)", shape::one, kNoElement, "ERROR, array subscript below 1: A(x)\n"},
+        {"A(-999999999999)", shape::one, kNoElement, "ERROR, array subscript below 1: A(-999999999999)\n"},
+        {"m(1,2)", shape::two, 1, ""},
+        {"m(10,2)", shape::two, 9 * 3 + 1, ""},
+        {"m(1, 3)", shape::two, 2, ""},  // blanks before a subscript are skipped
+        {"m(13,2)", shape::two, kNoElement, "ERROR, exceeds array size: \"M\" 13 x 2 (12 x 3)\n"},
+        {"m(2,4)", shape::two, kNoElement, "ERROR, exceeds array size: \"M\" 2 x 4 (12 x 3)\n"},
+        {"m(99,999999999999)", shape::two, kNoElement, "ERROR, exceeds array size: \"M\" 99 x 2147483647 (12 x 3)\n"},
+        {"m(1)", shape::two, kNoElement, "ERROR, array subscript below 1: m(1)\n"},
+        {"m(0,1)", shape::two, kNoElement, "ERROR, array subscript below 1: m(0,1)\n"},
+        {"m(1,-1)", shape::two, kNoElement, "ERROR, array subscript below 1: m(1,-1)\n"},
+        // Three-digit first subscripts are not read: the second is taken from
+        // inside the first, here "0,2)" which is 0.
+        {"m(100,2)", shape::two, kNoElement, "ERROR, array subscript below 1: m(100,2)\n"},
+        {"T(2,3,4)", shape::three, 23, ""},
+        {"T(1,2,3)", shape::three, (0 * 3 + 1) * 4 + 2, ""},
+        {"T(3,1,1)", shape::three, kNoElement, "ERROR, exceeds array size: t 3 x 1 x 1 (2 x 3 x 4)\n"},
+        {"T(1,1)", shape::three, kNoElement, "ERROR, array subscript below 1: T(1,1)\n"},
+        {"T(1,0,1)", shape::three, kNoElement, "ERROR, array subscript below 1: T(1,0,1)\n"},
+        {"T(4,3,2)", shape::threeReversed, 5 + 23, ""},
+        {"T(1,1,1)", shape::threeReversed, 5, ""},
+        {"T(2,3,4)", shape::threeReversed, kNoElement, "ERROR, exceeds array size: t 2 x 3 x 4 (4 x 3 x 2)\n"},
+    };
+    for (const subscript_case& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::vector<double> guarded(2 + 5 + 2 * 3 * 4 + 12 * 3, 0.0);  // a guard before and after
+        double* array = guarded.data() + 1;
+        std::string errors;
+        field_setter set(c.line, 7, errors);
+        bool matched = false;
+        switch (c.form) {
+            case shape::one:
+                matched = set.array1("A", array, 3);
+                break;
+            case shape::two:
+                matched = set.array2("M", array, 12, 3);
+                break;
+            case shape::three:
+                matched = set.array3("t", array, 2, 3, 4);
+                break;
+            case shape::threeReversed:
+                matched = set.array3Reversed("t", array, 2, 3, 4, 5);
+                break;
+        }
+        EXPECT_EQ(matched, c.element != kNotThisField);
+        EXPECT_EQ(set.found(), matched);
+        EXPECT_EQ(errors, c.message);
+        for (size_t i = 0; i < guarded.size(); ++i)
+            EXPECT_EQ(guarded[i], c.element >= 0 && i == static_cast<size_t>(c.element) + 1 ? 7.0 : 0.0) << i;
+    }
     std::string errors;
-    double prdx[3] = {0, 0, 0};
-    EXPECT_TRUE(field_setter("prdx(2)", 0.4, errors).array1("PRDX", prdx, 3));
-    EXPECT_EQ(prdx[1], 0.4);
-    // The field's name must be followed immediately by "(".
-    EXPECT_FALSE(field_setter("PRDXX(1)", 1, errors).array1("PRDX", prdx, 3));
-    EXPECT_FALSE(field_setter("PRDX", 1, errors).array1("PRDX", prdx, 3));
-    EXPECT_EQ(errors, "");
-
-    field_setter over("PRDX(4)", 9, errors);
-    EXPECT_TRUE(over.array1("Prdx", prdx, 3));
-    EXPECT_TRUE(over.found());
-    EXPECT_EQ(errors, "ERROR, exceeds array size: Prdx\n");
-    EXPECT_EQ(prdx[0] + prdx[2], 0.0);
-
-    errors.clear();
+    double prdx[3] = {};
     EXPECT_EQ(field_setter("PRDX(3)", 1, errors).array1Index("PRDX", prdx, 3), 2);
     EXPECT_EQ(field_setter("PRDX(4)", 1, errors).array1Index("PRDX", prdx, 3), -1);
     EXPECT_EQ(field_setter("OTHER(1)", 1, errors).array1Index("PRDX", prdx, 3), field_setter::kNoMatch);
-}
-
-TEST(FieldSetter, SubscriptsBelowOneOrHugeAreRefusedWithoutWriting) {
-    double guard[5] = {0, 0, 0, 0, 0};
-    double* array = guard + 1;  // 3 elements with a guard on each side
-    for (const char* name : {"A(0)", "A(-1)", "A()", "A(x)", "A(-999999999999)"}) {
-        std::string errors;
-        field_setter(name, 5, errors).array1("A", array, 3);
-        EXPECT_EQ(errors, std::string("ERROR, array subscript below 1: ") + name + "\n");
-    }
-    std::string errors;
-    field_setter("A(999999999999)", 5, errors).array1("A", array, 3);
-    field_setter("A(2147483648)", 5, errors).array1("A", array, 3);
-    EXPECT_EQ(errors, "ERROR, exceeds array size: A\nERROR, exceeds array size: A\n");
-    for (double value : guard) EXPECT_EQ(value, 0.0);
-}
-
-TEST(FieldSetter, TwoSubscriptsRowMajor) {
-    std::string errors;
-    double m[12 * 3] = {};  // 12 rows x 3 columns
-    field_setter("m(1,2)", 12, errors).array2("M", m, 12, 3);
-    field_setter("m(10,2)", 102, errors).array2("M", m, 12, 3);
-    field_setter("m(1, 3)", 13, errors).array2("M", m, 12, 3);  // blanks before a subscript are skipped
-    EXPECT_EQ(m[1], 12.0);
-    EXPECT_EQ(m[9 * 3 + 1], 102.0);
-    EXPECT_EQ(m[2], 13.0);
-    EXPECT_EQ(errors, "");
-
-    field_setter("m(13,2)", 1, errors).array2("M", m, 12, 3);
-    field_setter("m(2,4)", 1, errors).array2("M", m, 12, 3);
-    EXPECT_EQ(errors,
-              "ERROR, exceeds array size: \"M\" 13 x 2 (12 x 3)\n"
-              "ERROR, exceeds array size: \"M\" 2 x 4 (12 x 3)\n");
-
-    // Three-digit first subscripts are not read: the second is taken from
-    // inside the first, here "0,2)" which is 0.
-    errors.clear();
-    field_setter("m(100,2)", 1, errors).array2("M", m, 200, 3);
-    EXPECT_EQ(errors, "ERROR, array subscript below 1: m(100,2)\n");
-    errors.clear();
-    field_setter("m(1)", 1, errors).array2("M", m, 12, 3);
-    field_setter("m(0,1)", 1, errors).array2("M", m, 12, 3);
-    field_setter("m(1,-1)", 1, errors).array2("M", m, 12, 3);
-    EXPECT_EQ(errors,
-              "ERROR, array subscript below 1: m(1)\n"
-              "ERROR, array subscript below 1: m(0,1)\n"
-              "ERROR, array subscript below 1: m(1,-1)\n");
-    errors.clear();
-    field_setter("m(99,999999999999)", 1, errors).array2("M", m, 12, 3);
-    EXPECT_EQ(errors, "ERROR, exceeds array size: \"M\" 99 x 2147483647 (12 x 3)\n");
-}
-
-TEST(FieldSetter, ThreeSubscripts) {
-    std::string errors;
-    double t[2 * 3 * 4] = {};
-    field_setter("T(2,3,4)", 7, errors).array3("t", t, 2, 3, 4);
-    field_setter("T(1,2,3)", 5, errors).array3("t", t, 2, 3, 4);
-    EXPECT_EQ(t[23], 7.0);
-    EXPECT_EQ(t[(0 * 3 + 1) * 4 + 2], 5.0);
-    EXPECT_EQ(errors, "");
-
-    field_setter("T(3,1,1)", 1, errors).array3("t", t, 2, 3, 4);
-    field_setter("T(1,1)", 1, errors).array3("t", t, 2, 3, 4);
-    field_setter("T(1,0,1)", 1, errors).array3("t", t, 2, 3, 4);
-    EXPECT_EQ(errors,
-              "ERROR, exceeds array size: t 3 x 1 x 1 (2 x 3 x 4)\n"
-              "ERROR, array subscript below 1: T(1,1)\n"
-              "ERROR, array subscript below 1: T(1,0,1)\n");
-}
-
-TEST(FieldSetter, ThreeSubscriptsReversedWithPlaneOffset) {
-    std::string errors;
-    double t[5 + 2 * 3 * 4] = {};
-    // The file writes T(k,j,i): k up to 4, j up to 3, i up to 2.
-    field_setter("T(4,3,2)", 9, errors).array3Reversed("T", t, 2, 3, 4, 5);
-    field_setter("T(1,1,1)", 8, errors).array3Reversed("T", t, 2, 3, 4, 5);
-    EXPECT_EQ(t[5 + 23], 9.0);
-    EXPECT_EQ(t[5], 8.0);
-    field_setter("T(2,3,4)", 1, errors).array3Reversed("T", t, 2, 3, 4, 5);
-    EXPECT_EQ(errors, "ERROR, exceeds array size: T 2 x 3 x 4 (4 x 3 x 2)\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <unistd.h>
 
@@ -95,47 +96,49 @@ TEST(TelluraInputList, ImportingTwiceUpdatesEveryRecord) {
     EXPECT_EQ(list.recordAt(0).fulcan, 5.0);
 }
 
-TEST(TelluraInputList, ValueLinesBeforeAnyHeader) {
-    test_crop_list list;
-    imported r = importText(list, "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n");
-    EXPECT_EQ(r.errors,
-              "Syntax error in cultivation parameter file.\n"
-              "Syntax error in cultivation parameter file.\n");
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list.recordAt(0).prdx[2], 3.0);
-}
+// Lines the reader must get past: what it says, how many records it keeps and
+// the first record's PRDX values.
+struct import_case {
+    const char* name;
+    const char* text;
+    const char* errors;
+    size_t records;
+    std::array<double, 3> prdx;
+};
 
-TEST(TelluraInputList, ValueLineWithoutNameAndUnknownNames) {
-    test_crop_list list;
-    imported r = importText(list, "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n");
-    EXPECT_EQ(r.errors,
-              "Syntax error, no field name, in cultivation parameter file.\n"
-              "Syntax error, no field name, in cultivation parameter file.\n"
-              "ERROR, exceeds array size: PRDX\n");
-    // "abc" starts with a letter: a new record, not a value.
-    EXPECT_EQ(r.counts.imported, 2);
-}
-
-TEST(TelluraInputList, LenientNumbers) {
-    test_crop_list list;
-    importText(list, "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n");
-    EXPECT_EQ(list.recordAt(0).prdx[0], 0.0);
-    EXPECT_EQ(list.recordAt(0).prdx[1], 0.0);
-    EXPECT_EQ(list.recordAt(0).prdx[2], -25.0);
-}
-
-TEST(TelluraInputList, EmptyOrBlankLineEndsTheImport) {
-    test_crop_list list;
-    imported r = importText(list, "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n");
-    EXPECT_EQ(r.counts.imported, 1);
-    EXPECT_EQ(list.size(), 1u);
-    test_crop_list blank;
-    r = importText(blank, "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n");
-    EXPECT_EQ(r.errors, "");
-    EXPECT_EQ(blank.size(), 1u);
-    test_crop_list none;
-    r = importText(none, "");
-    EXPECT_EQ(r.status, "Imported 0 records and updated 0 records from \"crop.100\".\n");
+TEST(TelluraInputList, BadLinesAreReportedAndAnEmptyLineEndsTheImport) {
+    const import_case cases[] = {
+        {"values before any header",
+         "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n",
+         "Syntax error in cultivation parameter file.\n"
+         "Syntax error in cultivation parameter file.\n",
+         1,
+         {0, 0, 3}},
+        // "abc" starts with a letter: a new record, not a value.
+        {"no name, unknown names, subscripts beyond the array",
+         "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n",
+         "Syntax error, no field name, in cultivation parameter file.\n"
+         "Syntax error, no field name, in cultivation parameter file.\n"
+         "ERROR, exceeds array size: PRDX\n",
+         2,
+         {0, 0, 0}},
+        {"numbers read leniently", "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n", "", 1, {0, 0, -25}},
+        {"an empty line ends the import", "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n", "", 1, {1, 0, 0}},
+        {"so does a blank one", "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n", "", 1, {1, 0, 0}},
+        {"nothing at all", "", "", 0, {0, 0, 0}},
+    };
+    for (const import_case& c : cases) {
+        SCOPED_TRACE(c.name);
+        test_crop_list list;
+        imported r = importText(list, c.text);
+        EXPECT_EQ(r.errors, c.errors);
+        EXPECT_EQ(r.status,
+                  "Imported " + std::to_string(c.records) + " records and updated 0 records from \"crop.100\".\n");
+        ASSERT_EQ(list.size(), c.records);
+        if (c.records == 0) continue;
+        const test_crop& first = list.recordAt(0);
+        EXPECT_EQ((std::array<double, 3>{first.prdx[0], first.prdx[1], first.prdx[2]}), c.prdx);
+    }
 }
 
 TEST(TelluraInputList, NameAndDescriptionLimits) {
