@@ -85,58 +85,61 @@ TEST_F(FixedFileTest, TemperatureForms) {
     EXPECT_LT(tmax.find("TMELT(2)"), tmax.find("TOPT"));
 }
 
-TEST_F(FixedFileTest, SetByNameVersionRules) {
-    std::string messages;
+// A fixed parameter line read for one release: taken or not, and where it lands
+// (nullptr: read but not kept).
+struct set_by_name_case {
+    const char* line;
+    int version;
+    bool taken;
+    const char* column;
+};
+
+TEST_F(FixedFileTest, SetByNameFollowsEachReleasesNames) {
+    const set_by_name_case cases[] = {
+        {"DEC5", 2, true, "Dec5"},
+        {"DEC5(1)", 5, false, nullptr},
+        {"dec5(2)", 4, true, "DEC5(2)"},
+        {"DEC5", 4, false, nullptr},
+        {"P2CO2", 5, true, "P2CO2(1)"},
+        {"P2CO2(2)", 4, true, "P2CO2(2)"},
+        {"PCEMIC1(2,3)", 5, true, "PCEMIC(2,3)"},
+        {"PCEMIC1(2,3)", 3, false, nullptr},
+        {"PCEMIC(1,2)", 3, true, "PCEMIC(1,2)"},
+        {"PCEMIC2(1,2)", 3, true, "PCEMIC2(1,2)"},
+        {"PSECOC", 1, true, "PSECOC1"},
+        {"PSECOC2", 3, true, "PSECOC2"},
+        {"VARAT1(2,1)", 2, true, "VARAT12(2,1)"},
+        {"VARAT2(2,1)", 2, true, "VARAT22(2,1)"},
+        {"VARAT2(2,1)", 5, false, nullptr},
+        {"VARAT11(1,1)", 3, false, nullptr},
+        {"VARAT3(3,3)", 4, true, "VARAT3(3,3)"},
+        {"PS1S3(2)", 1, true, "PS1S3(2)"},
+        {"favail(2)", 1, true, nullptr},
+        {"ZZZ", 1, false, nullptr},
+        {"YIELD", 1, false, nullptr},
+        {"1ABC", 1, false, nullptr},
+        {"", 1, false, nullptr},
+    };
+    double value = 0;
+    for (const set_by_name_case& c : cases) {
+        SCOPED_TRACE(strprintf("%s, release %d", c.line, c.version));
+        TelluraControlRecords r;
+        std::string messages;
+        value += 0.25;
+        EXPECT_EQ(setFixedParameterByName(r, c.line, value, c.version, messages), c.taken);
+        EXPECT_EQ(messages, "");
+        if (c.column) EXPECT_EQ(r.number(c.column), value);
+        else EXPECT_TRUE(r == TelluraControlRecords()) << "nothing is kept";
+    }
+    // Yes/no columns and subscripts beyond the array.
     TelluraControlRecords r;
-    EXPECT_TRUE(setFixedParameterByName(r, "DEC5", 0.25, 2, messages));
-    EXPECT_EQ(r.number("Dec5"), 0.25);
-    EXPECT_FALSE(setFixedParameterByName(r, "DEC5(1)", 0.5, 5, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "dec5(2)", 0.5, 4, messages));
-    EXPECT_EQ(r.number("DEC5(2)"), 0.5);
-    EXPECT_FALSE(setFixedParameterByName(r, "DEC5", 0.5, 4, messages));
-
-    EXPECT_TRUE(setFixedParameterByName(r, "P2CO2", 0.75, 5, messages));
-    EXPECT_EQ(r.number("P2CO2(1)"), 0.75);
-    EXPECT_TRUE(setFixedParameterByName(r, "P2CO2(2)", 1.5, 4, messages));
-    EXPECT_EQ(r.number("P2CO2(2)"), 1.5);
-
-    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC1(2,3)", 3.0, 5, messages));
-    EXPECT_EQ(r.number("PCEMIC(2,3)"), 3.0);
-    EXPECT_FALSE(setFixedParameterByName(r, "PCEMIC1(2,3)", 3.0, 3, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC(1,2)", 4.0, 3, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "PCEMIC2(1,2)", 5.0, 3, messages));
-    EXPECT_EQ(r.number("PCEMIC(1,2)"), 4.0);
-    EXPECT_EQ(r.number("PCEMIC2(1,2)"), 5.0);
-
-    EXPECT_TRUE(setFixedParameterByName(r, "PSECOC", 6.0, 1, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "PSECOC2", 7.0, 3, messages));
-    EXPECT_EQ(r.number("PSECOC1"), 6.0);
-    EXPECT_EQ(r.number("PSECOC2"), 7.0);
-
-    EXPECT_TRUE(setFixedParameterByName(r, "VARAT1(2,1)", 8.0, 2, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "VARAT2(2,1)", 9.0, 2, messages));
-    EXPECT_EQ(r.number("VARAT12(2,1)"), 8.0);
-    EXPECT_EQ(r.number("VARAT22(2,1)"), 9.0);
-    EXPECT_FALSE(setFixedParameterByName(r, "VARAT2(2,1)", 9.0, 5, messages));
-    EXPECT_FALSE(setFixedParameterByName(r, "VARAT11(1,1)", 9.0, 3, messages));
-    EXPECT_TRUE(setFixedParameterByName(r, "VARAT3(3,3)", 10.0, 4, messages));
-    EXPECT_EQ(r.number("VARAT3(3,3)"), 10.0);
-
+    std::string messages;
     EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 0.0, 1, messages));
     EXPECT_FALSE(r.flag(r.column("TEXEPP(1)")));
     EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 2.0, 1, messages));
     EXPECT_TRUE(r.flag(r.column("TEXEPP(1)")));
-    EXPECT_TRUE(setFixedParameterByName(r, "PS1S3(2)", 0.125, 1, messages));
-    EXPECT_EQ(r.number("PS1S3(2)"), 0.125);
-    EXPECT_TRUE(setFixedParameterByName(r, "favail(2)", 1.0, 1, messages));  // read, not kept
-    EXPECT_EQ(messages, "");
-
     EXPECT_TRUE(setFixedParameterByName(r, "PHESP(5)", 1.0, 1, messages));
     EXPECT_EQ(messages, "ERROR, exceeds array size: PHESP\n");
-    EXPECT_FALSE(setFixedParameterByName(r, "ZZZ", 1.0, 1, messages));
-    EXPECT_FALSE(setFixedParameterByName(r, "YIELD", 1.0, 1, messages));
-    EXPECT_FALSE(setFixedParameterByName(r, "1ABC", 1.0, 1, messages));
-    EXPECT_FALSE(setFixedParameterByName(r, "", 1.0, 1, messages));
 }
 
 TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
