@@ -122,11 +122,12 @@ TEST(AppSoilbench, IniFileRoundTrip) {
     std::string errors;
     ASSERT_TRUE(app.saveSettings(errors)) << errors;
     std::string text = sbtest::readFile(profile);
-    // Profiles written by earlier versions are read by these key names.
+    // Profiles written by earlier versions are read by these key names (QSettings
+    // percent-encodes blanks in keys and doubles backslashes in values).
     for (const char* line :
          {"[Settings]", "[Files]", "RunVisible=0", "TELLURAVersion=4", "RunTimeout=5000000", "Outfile1=1",
           "Outfile11=1", "Outfile12=0", "ReadBinaryOutput=1", "Jobs=2", "SaveDailyLastYear=-3",
-          "Diurna%204.5=C:\\Diurna\\dd45.exe", "Tellura%204%20Agricultural%20LIST100=tellura\\list100.exe"})
+          "Diurna%204.5=C:\\\\Diurna\\\\dd45.exe", "Tellura%204%20Agricultural%20LIST100=tellura\\\\list100.exe"})
         EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
 
     app_soilbench back(profile);

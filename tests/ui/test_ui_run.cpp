@@ -8,6 +8,7 @@
 #include <QMdiSubWindow>
 #include <QTreeWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QtTest>
 
 #include "app/app_soilbench.h"
