@@ -8,6 +8,10 @@ namespace sb {
 
 class database_maker_table;
 
+// Our mark on a new project, whatever its store: an empty new project is told
+// apart from some other program's database by it.
+inline constexpr long long kProjectMark = 0x536F696C;  // "Soil"
+
 class project_sql_dialect : public sql_dialect {
 public:
     std::string translate(std::string_view projectSql) const override;

@@ -13,10 +13,6 @@ namespace sb {
 
 namespace {
 
-// Our mark on a new project: an empty new project is told apart from some other
-// program's database by it.
-constexpr long long kProjectMark = 0x536F696C;  // "Soil"
-
 bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 bool isWordStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) || c == '_'; }
 bool isWordChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }

@@ -13,8 +13,6 @@ namespace sb {
 
 namespace {
 
-constexpr long long kProjectMark = 0x536F696C;  // "Soil", as on every project
-
 // Words of SQL that are never taken for a column name, though a column may be
 // spelt like one ("Order" in Events is always written bracketed).
 bool isKeyword(std::string_view word) {
