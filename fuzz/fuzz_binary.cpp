@@ -1,6 +1,7 @@
 // Fuzzes the binary output reader: framing detection, physical and length-marked
-// records, layout choice and filling. A small layout of 36-byte records (and the
-// record sizes it implies) is known; the first input byte picks the event blocks.
+// records, layout choice and filling. A small layout of 36-byte records and the
+// shipped layouts (those of the sample files among them) are known; the first
+// input byte picks the event blocks.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -28,6 +29,7 @@ const sb::binary_layout_catalogue& catalogue() {
         }
         std::string errors;
         c.addFile(path, errors);
+        c.loadShipped(SB_FUZZ_LAYOUTS_DIR, errors);
         return c;
     }();
     return layouts;
