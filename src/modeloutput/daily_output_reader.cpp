@@ -13,7 +13,8 @@ namespace sb {
 
 namespace {
 
-// The columns that must stand in this order, and those that may stand between them.
+// The columns that must stand in this order, and those that may stand between them
+// (after "time" and "dayofyr", which lead every row).
 const char* const kRequiredDaily[] = {"time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp"};
 const char* const kOptionalDaily[] = {"ppt", "CH4", "NIT"};
 
@@ -38,7 +39,8 @@ bool mapHeader(std::string_view header, const std::string& path, std::vector<dai
     for (std::string_view name : names) {
         if (next < std::size(kRequiredDaily) && name == kRequiredDaily[next]) {
             ++next;
-        } else if (!isOptional(name)) {
+        } else if (next < 2 || !isOptional(name)) {
+            // Rows are read as time and day first, so nothing may stand before either.
             const char* expected = next < std::size(kRequiredDaily) ? kRequiredDaily[next] : "";
             appendf(errors, "ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n",
                     std::filesystem::path(path).filename().string().c_str(), std::string(name).c_str(), expected);

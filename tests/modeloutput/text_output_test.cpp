@@ -126,6 +126,11 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
         {"time dayofyr tmax tmin N2Oflux NOflux",
          "ERROR in columns of \"daily.out\": read \"\", expected \"CO2resp\".\n"},
         {"", "ERROR in columns of \"daily.out\": read \"\", expected \"time\".\n"},
+        // Optional names before the time or the day (found by fuzzing: they were read past the row's columns).
+        {"CH4 NIT time dayofyr tmax tmin N2Oflux NOflux CO2resp",
+         "ERROR in columns of \"daily.out\": read \"CH4\", expected \"time\".\n"},
+        {"time ppt dayofyr tmax tmin N2Oflux NOflux CO2resp",
+         "ERROR in columns of \"daily.out\": read \"ppt\", expected \"dayofyr\".\n"},
     };
     for (const auto& c : cases) {
         sbtest::writeFile(dir.file("daily.out"), std::string(c.header) + "\n 1900.0 1 1 1 1 1 1\n");
