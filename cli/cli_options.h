@@ -94,6 +94,10 @@ struct config_options {
 struct demo_options {
     std::string dir;
 };
+struct archive_options {
+    std::string project, file;
+    record_selection selection;  // export only; none: every record
+};
 
 int cmdNew(const new_options&);
 int cmdCopyProject(const copy_project_options&);
@@ -115,5 +119,7 @@ int cmdPlot(const plot_options&);
 int cmdReadBin(const read_bin_options&);
 int cmdConfig(const config_options&);
 int cmdDemo(const demo_options&);
+int cmdExportArchive(const archive_options&);
+int cmdImportArchive(const archive_options&);
 
 }  // namespace sbcli

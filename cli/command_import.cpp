@@ -10,6 +10,7 @@
 #include "modelinput/site_file.h"
 #include "records/option_lists.h"
 #include "records/record_ids.h"
+#include "records/site_archive.h"
 #include "records/soil_layer_file.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -175,6 +176,29 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
     bool ok = sb::importSoilLayerFile(soil, opt.file, errors);
     ok = sb::writeSoil(soil, *db, errors) && ok;
     if (ok) std::cout << "Imported " << soil.layerCount << " layers into soil " << opt.soil << ".\n";
+    return finish(ok, errors);
+}
+
+int cmdExportArchive(const archive_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string messages, errors;
+    const std::string filter = opt.selection.filter();
+    if (filter.empty() && !opt.selection.ids.empty()) {
+        sb::appendf(errors, "ERROR, --ids \"%s\" names no record ID.\n", opt.selection.ids.c_str());
+        return finish(false, errors);
+    }
+    bool ok = sb::exportSiteArchive(*db, filter, opt.file, messages, errors);
+    std::cout << messages;
+    return finish(ok, errors);
+}
+
+int cmdImportArchive(const archive_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string messages, errors;
+    bool ok = sb::importSiteArchive(*db, opt.file, messages, errors);
+    std::cout << messages;
     return finish(ok, errors);
 }
 

@@ -154,6 +154,13 @@ int main(int argc, char** argv) {
     cSoil->add_option("--soil", soilLayers.soil)->required();
     on(cSoil, [&] { return cmdImportSoilLayers(soilLayers); });
 
+    archive_options archiveImport, archiveExport;
+    auto* cArchiveImport = cImport->add_subcommand(
+        "archive", "import a site archive (.esa): its records, with new IDs where the project uses theirs");
+    cArchiveImport->add_option("PROJECT", archiveImport.project)->required();
+    cArchiveImport->add_option("FILE", archiveImport.file)->required();
+    on(cArchiveImport, [&] { return cmdImportArchive(archiveImport); });
+
     auto* cExportGroup = app.add_subcommand("export", "export a record's stored outputs, or an option list");
     export_options exportOpt;
     cExportGroup->add_option("PROJECT", exportOpt.project);
@@ -169,8 +176,14 @@ int main(int argc, char** argv) {
         ->required()
         ->check(CLI::Range(1, 6));
     on(cOptExport, [&] { return cmdExportOptionList(optExport); });
+    auto* cArchiveExport = cExportGroup->add_subcommand(
+        "archive", "export records (all without --ids/--where) with everything they use as a site archive (.esa)");
+    cArchiveExport->add_option("PROJECT", archiveExport.project)->required();
+    cArchiveExport->add_option("FILE", archiveExport.file)->required();
+    addSelection(cArchiveExport, archiveExport.selection);
+    on(cArchiveExport, [&] { return cmdExportArchive(archiveExport); });
     cExportGroup->callback([&] {
-        if (cOptExport->parsed()) return;
+        if (cOptExport->parsed() || cArchiveExport->parsed()) return;
         if (exportOpt.project.empty() || exportOpt.table.empty() || exportOpt.id == 0)
             throw CLI::RequiredError("export needs PROJECT, --id and --table (or the option-list subcommand)");
         action = [&] { return cmdExport(exportOpt); };

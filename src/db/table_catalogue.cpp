@@ -11,6 +11,8 @@ struct catalogue_entry {
     const char* keyName;  // null: the table is made without any index (and so without a key)
     std::vector<std::string> keyColumns;
     const char* columns;  // runs "TYPE: a, b; TYPE(n): c"; "x(1) to x(4)" spans a subscript range
+    row_owner owner;      // what the rows belong to (left out: unclassified, which a test refuses)
+    const char* ownerColumn;
 };
 
 // Creation order; the position is the table_id. Column names are kept exactly as
@@ -55,7 +57,9 @@ const catalogue_entry kCatalogue[] = {
      "SMALLINT: CO2TM(1), CO2TM(2); BYTE: PHSYS; SMALLINT: PHTM; BYTE: STSYS; SMALLINT: "
      "STSTART; SINGLE: STAMT; BYTE: Ninput; SMALLINT: Nstart; BYTE: OMADinput; SMALLINT: "
      "OMADstart; BYTE: WTHINPUT; SMALLINT: WTHSTART; BYTE: Initial System; TEXT(5): Initial "
-     "Crop, Initial Tree"},
+     "Crop, Initial Tree",
+     row_owner::record,
+     "ID"},
     {"Site Data",
      "Primary",
      {"ID"},
@@ -89,18 +93,24 @@ const catalogue_entry kCatalogue[] = {
      "FRAC_NO3_FERT, TBOTMN, TBOTMX, TIMLAG, NCOEFF; BYTE: LYRMIN(1), LYRMAX(1), LYRMIN(2), "
      "LYRMAX(2), LYRMIN(3), LYRMAX(3), LYRMIN(4), LYRMAX(4); SMALLINT: JDAYSTART, JDAYEND; "
      "SINGLE: N2OADJ, N2Oadjust_fc, N2Oadjust_wp, Maximum Daily Nitrification, Snow Effect "
-     "Soil Surface Temp, NO3 Mineralization, wfpsdnitadj, n2n2oadj"},
+     "Soil Surface Temp, NO3 Mineralization, wfpsdnitadj, n2n2oadj",
+     row_owner::record,
+     "ID"},
     {"Events",
      "ByID",
      {"ID", "Block Number", "Order"},
      "INTEGER: ID; SMALLINT: Block Number, Order, Year; BYTE: Month, Day, Type; TEXT(20): "
-     "Item; SINGLE: Parameter 1, Parameter 2"},
+     "Item; SINGLE: Parameter 1, Parameter 2",
+     row_owner::record,
+     "ID"},
     {"Event Blocks",
      "Primary",
      {"ID", "Block Number"},
      "INTEGER: ID; SMALLINT: Block Number; TEXT(80): Description; SMALLINT: First Year, Last "
      "Year, Repeating Years, Output Starting Year; BYTE: Output Month; SINGLE: Output "
-     "Interval; BYTE: Weather Choice; INTEGER: Weather ID"},
+     "Interval; BYTE: Weather Choice; INTEGER: Weather ID",
+     row_owner::record,
+     "ID"},
     {"Output",
      "Primary",
      {"ID"},
@@ -122,7 +132,9 @@ const catalogue_entry kCatalogue[] = {
      "froote(3), frtcis(1), frtcis(2), rleave(1), rleave(2), rleave(3), rlvcis(1), rlvcis(2), "
      "rlwode(1), rlwode(2), rlwode(3), rlwcis(1), rlwcis(2), som1c1(1,1), som1c1(1,2), "
      "som1c1(2,1), som1c1(2,2), w1lig, w2lig, w3lig, wd1cis(1), wd1cis(2), wd2cis(1), "
-     "wd2cis(2), wd3cis(1), wd3cis(2)"},
+     "wd2cis(2), wd3cis(1), wd3cis(2)",
+     row_owner::record_local,
+     "ID"},
     {"Output Annual",
      "Primary",
      {"ID", "Year"},
@@ -136,7 +148,9 @@ const catalogue_entry kCatalogue[] = {
      "sdrema, shrema, som1c(1), som1c(2), som2c(1), som2c(2), som3c, somsc, somtc, somte(1), "
      "stdedc, strmac(1) to strmac(8), strucc(1), strucc(2), tcerat(1), tcrem, tminrl, totc, "
      "totsysc, totsyse(1), totsyse(2), totsyse(3), wdfx, woode(1), woode(2), woode(3), "
-     "n2oflux, noflux, n2flux, ch4, nit, ppt"},
+     "n2oflux, noflux, n2flux, ch4, nit, ppt",
+     row_owner::record_local,
+     "ID"},
     {"Output Monthly",
      "Primary",
      {"ID", "Year", "Month"},
@@ -150,24 +164,32 @@ const catalogue_entry kCatalogue[] = {
      "resp(1), resp(2), rleavc, rlwodc, runoff, sclosa, scloss, sdrema, shrema, som1c(1), "
      "som1c(2), som2c(1), som2c(2), som3c, somsc, somtc, somte(1), stdedc, strmac(1) to "
      "strmac(8), strucc(1), strucc(2), tcerat(1), tcrem, tminrl, totc, totsysc, totsyse(1), "
-     "totsyse(2), totsyse(3), wdfx, woode(1), woode(2), woode(3)"},
+     "totsyse(2), totsyse(3), wdfx, woode(1), woode(2), woode(3)",
+     row_owner::record_local,
+     "ID"},
     {"Output Daily",
      "Primary",
      {"ID", "Year", "Julian Day"},
      "INTEGER: ID; SMALLINT: Year, Julian Day; SINGLE: tmax, tmin, ppt, N2Oflux, NOflux, CH4, "
-     "NIT, CO2resp"},
+     "NIT, CO2resp",
+     row_owner::record_local,
+     "ID"},
     {"Output Soil Layers",
      "Primary",
      {"ID", "Layer Number"},
      "INTEGER: ID; BYTE: Layer Number; SINGLE: Mineral N, Mineral P, Mineral S, Initial "
-     "Relative Water Content"},
+     "Relative Water Content",
+     row_owner::record_local,
+     "ID"},
     {"Soil Layers",
      "Primary",
      {"Soil ID", "Layer Number"},
      "INTEGER: Soil ID; BYTE: Layer Number; SMALLINT: Depth; SINGLE: Wilting Point, Field "
      "Capacity, Mineral N, Mineral P, Mineral S, Initial Relative Water Content, Transpiration"
      " Loss Weighing Factor, Bulk Density, TCOEFF, Fraction Of Sand, Fraction Of Clay, Organic"
-     " Matter, DELTAMIN, Saturated Conductivity, pH, ECOEFF"},
+     " Matter, DELTAMIN, Saturated Conductivity, pH, ECOEFF",
+     row_owner::soil,
+     "Soil ID"},
     {"Soils",
      "Primary",
      {"Soil ID"},
@@ -175,22 +197,30 @@ const catalogue_entry kCatalogue[] = {
      "Fraction of Sand, Fraction of Silt, Fraction of Clay, Fraction of Rock, Bulk Density; "
      "BYTE: Number of Layers, Number of Layers in Top Level; SINGLE: Drain, Base Flow, Storm "
      "Flow, PRECRO, FRACRO; BYTE: SWFlag; SINGLE: pH, Labile P Slope Fraction, Maximum P "
-     "Sorption"},
+     "Sorption",
+     row_owner::soil,
+     "Soil ID"},
     {"Weather Averages",
      "Primary",
      {"ID", "Month"},
-     "INTEGER: ID; SMALLINT: Month; SINGLE: PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M"},
+     "INTEGER: ID; SMALLINT: Month; SINGLE: PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M",
+     row_owner::station,
+     "ID"},
     {"Weather Historical Monthly",
      "Primary",
      {"ID", "Year", "Month"},
      "INTEGER: ID; SMALLINT: Year, Month; SINGLE: PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M, "
-     "SOLRAD, RHUMID, WINDSP"},
+     "SOLRAD, RHUMID, WINDSP",
+     row_owner::station,
+     "ID"},
     {"Weather Historical Daily",
      "Primary",
      {"ID", "Year", "Month", "Day"},
      "INTEGER: ID; SMALLINT: Year, Month, Day; SINGLE: PRECIP, TMN2M, TMX2M, SOLRAD, RHUMID, "
-     "WINDSP"},
-    {"Weather Stations", "Primary", {"ID"}, "INTEGER: ID; TEXT(80): Description"},
+     "WINDSP",
+     row_owner::station,
+     "ID"},
+    {"Weather Stations", "Primary", {"ID"}, "INTEGER: ID; TEXT(80): Description", row_owner::station, "ID"},
     {"Crops",
      "Primary",
      {"Name"},
@@ -209,42 +239,58 @@ const catalogue_entry kCatalogue[] = {
      "cmrspnpp(1), cmrspnpp(2), cmrspnpp(3), cmrspnpp(4), cmrspnpp(5), cmrspnpp(6), cgresp(1),"
      " cgresp(2), cgresp(3), no3pref; BYTE: claypg; SINGLE: cmix, tmpgerm, ddbase, tmpkill, "
      "basetemp(1), basetemp(2), mnddhrv, mxddhrv, curgdys, clsgres, cmxturn, wscoeff(1,1), "
-     "wscoeff(1,2), npp2cs(1), sfavail(1)"},
+     "wscoeff(1,2), npp2cs(1), sfavail(1)",
+     row_owner::option,
+     "Name"},
     {"Cultivation",
      "Primary",
      {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: cultra(1), cultra(2), cultra(3), "
-     "cultra(4), cultra(5), cultra(6), cultra(7), clteff(1), clteff(2), clteff(3), clteff(4)"},
+     "cultra(4), cultra(5), cultra(6), cultra(7), clteff(1), clteff(2), clteff(3), clteff(4)",
+     row_owner::option,
+     "Name"},
     {"Fertilizer",
      "Primary",
      {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: feramt(1), feramt(2), feramt(3), aufert, "
-     "ninhib, ninhtm, frac_nh4, frac_no3"},
+     "ninhib, ninhtm, frac_nh4, frac_no3",
+     row_owner::option,
+     "Name"},
     {"Fire",
      "Primary",
      {"Name"},
      "TEXT(255): Name, Description; SINGLE: flfrem, fdfrem(1), fdfrem(2), fdfrem(3), "
      "fdfrem(4), fret(1,1), fret(1,2), fret(1,3), fret(1,4), fret(2,1), fret(2,2), fret(2,3), "
-     "fret(2,4), fret(3,1), fret(3,2), fret(3,3), fret(3,4), frtsh, fnue(1), fnue(2)"},
+     "fret(2,4), fret(3,1), fret(3,2), fret(3,3), fret(3,4), frtsh, fnue(1), fnue(2)",
+     row_owner::option,
+     "Name"},
     {"Harvest",
      "Primary",
      {"Name"},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: aglrem, bglrem, hibg, rmvstr, remwsd; "
-     "BIT: flghrv"},
+     "BIT: flghrv",
+     row_owner::option,
+     "Name"},
     {"Graze",
      nullptr,
      {},
      "TEXT(20): Name; TEXT(80): Description; SINGLE: flgrem, fdgrem, gfcret, gret(1), gret(2),"
-     " gret(3); BYTE: grzeff; SINGLE: fecf(1), fecf(2), fecf(3), feclig"},
+     " gret(3); BYTE: grzeff; SINGLE: fecf(1), fecf(2), fecf(3), feclig",
+     row_owner::option,
+     "Name"},
     {"Irrigation",
      "Primary",
      {"Name"},
-     "TEXT(20): Name; TEXT(80): Description; BYTE: auirri; SINGLE: fawhc, irraut, irramt"},
+     "TEXT(20): Name; TEXT(80): Description; BYTE: auirri; SINGLE: fawhc, irraut, irramt",
+     row_owner::option,
+     "Name"},
     {"Omad",
      "Primary",
      {"Name"},
      "TEXT(20): Name; TEXT(80): Description; BYTE: omadtyp; SINGLE: astgc, astlbl, astlig, "
-     "astrec(1), astrec(2), astrec(3)"},
+     "astrec(1), astrec(2), astrec(3)",
+     row_owner::option,
+     "Name"},
     {"Trees",
      "Primary",
      {"Name"},
@@ -257,16 +303,20 @@ const catalogue_entry kCatalogue[] = {
      "co2ice(2,2,3), co2irs(2), basfc2, basfct, sitpot, maxnp, kmrsp(1), kmrsp(2), fkmrspmx(1)"
      " to fkmrspmx(6), no3pref(1), no3pref(2); BYTE: tlaypg; SINGLE: tmplff, tmplfs, wrdsrfc, "
      "wmrtfrac, fmrsplai(1) to fmrsplai(6), fgresp(1) to fgresp(6), tmix, furgdys, flsgres, "
-     "tmxturn, wscoeff(2,1), wscoeff(2,2), npp2cs(2), sfavail(2)"},
+     "tmxturn, wscoeff(2,1), wscoeff(2,2), npp2cs(2), sfavail(2)",
+     row_owner::option,
+     "Name"},
     {"Tree Removal",
      nullptr,
      {},
      "TEXT(20): Name; TEXT(80): Description; BYTE: evntyp; SINGLE: remf(1), remf(2), remf(3), "
      "remf(4), remf(5), fd(1), fd(2), retf(1,1), retf(1,2), retf(1,3), retf(1,4), retf(2,1), "
-     "retf(2,2), retf(2,3), retf(2,4), retf(3,1), retf(3,2), retf(3,3), retf(3,4)"},
+     "retf(2,2), retf(2,3), retf(2,4), retf(3,1), retf(3,2), retf(3,3), retf(3,4)",
+     row_owner::option,
+     "Name"},
     // How many times each control record has been saved: a save tells whether
     // another user saved the record since it was read.
-    {"Record Changes", "Primary", {"ID"}, "INTEGER: ID, Change Count"},
+    {"Record Changes", "Primary", {"ID"}, "INTEGER: ID, Change Count", row_owner::record_local, "ID"},
 };
 
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == kTableCount);
@@ -292,6 +342,11 @@ std::array<database_maker_table, kTableCount> buildCatalogue() {
 }  // namespace
 
 const char* tableName(table_id id) { return kCatalogue[static_cast<int>(id)].name; }
+
+table_owner tableOwner(table_id id) {
+    const catalogue_entry& entry = kCatalogue[static_cast<int>(id)];
+    return {entry.owner, entry.ownerColumn ? entry.ownerColumn : ""};
+}
 
 const database_maker_table& tableDef(table_id id) {
     static const std::array<database_maker_table, kTableCount> tables = buildCatalogue();

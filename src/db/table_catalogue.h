@@ -37,9 +37,23 @@ enum class table_id : int {
 
 constexpr int kTableCount = static_cast<int>(table_id::count);
 
+// What the rows of a table belong to, told by their owner column: a control
+// record's set-up (its ID), what a record keeps only in its own project (its
+// run's outputs, its change count; by its ID), a soil (its Soil ID), a weather
+// station (its ID) or a management option entry (its name; the table says
+// which list). A site archive carries records' set-ups with the soils,
+// stations and option entries they use, and nothing kept only at home.
+enum class row_owner { unclassified, record, record_local, soil, station, option };
+
+struct table_owner {
+    row_owner owner;
+    std::string column;  // "" when unclassified
+};
+
 // "Control Records", "Site Data", ... exactly as stored in the project file.
 const char* tableName(table_id id);
 // The full description (columns, types, sizes, keys) of one table.
 const database_maker_table& tableDef(table_id id);
+table_owner tableOwner(table_id id);
 
 }  // namespace sb

@@ -13,6 +13,7 @@ constexpr const char* kRecord = "&Record";
 constexpr const char* kExecute = "E&xecute";
 constexpr const char* kHelp = "&Help";
 constexpr const char* kImport = "&Import";
+constexpr const char* kExport = "&Export";
 
 using C = command_id;
 constexpr command_def kCommands[] = {
@@ -24,6 +25,7 @@ constexpr command_def kCommands[] = {
     {C::importWeatherDaily, kFile, kImport, "Weather &Daily Records", false, false},
     {C::importWeatherMonthly, kFile, kImport, "Weather Mon&thly Records", false, false},
     {C::importMonthlyAverages, kFile, kImport, "&Monthly Weather Averages (<site>.100 file)", false, false},
+    {C::exportEsa, kFile, kExport, "ES&A", false, false},
     {C::fileClose, kFile, "", "&Close", false, false},
     {C::configuration, kFile, "", "&Configuration", true, true},
     {C::diurnaOutputFiles, kFile, "", "Diurna Output Files", true, false},

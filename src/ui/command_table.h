@@ -16,6 +16,7 @@ enum class command_id : int {
     importWeatherDaily,
     importWeatherMonthly,
     importMonthlyAverages,
+    exportEsa,
     fileClose,
     configuration,
     diurnaOutputFiles,

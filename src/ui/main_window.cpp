@@ -55,17 +55,6 @@ namespace {
 QString actionText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 0, 0); }
 QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 1, 1); }
 
-// Commands whose work lives in parts of the core that are not in this build yet.
-// They stay in the menus with their labels and say so when chosen.
-bool pendingInCore(command_id id) {
-    switch (id) {
-        case command_id::importEsa:  // TODO(core): site archive import
-            return true;
-        default:
-            return false;
-    }
-}
-
 // The Edit menu lists the option lists in its own order.
 option_kind optionKindOf(command_id id) {
     switch (id) {
@@ -158,7 +147,9 @@ void main_window::rebuildMenus() {
             }
             QMenu* target = menu;
             if (*c.submenu) {
-                if (!sub) sub = menu->addMenu(QString::fromLatin1(c.submenu));
+                // A menu's commands of one sub-menu stand together in the table.
+                if (!sub || sub->title() != QString::fromLatin1(c.submenu))
+                    sub = menu->addMenu(QString::fromLatin1(c.submenu));
                 target = sub;
             } else if (c.separatorBefore) {
                 menu->addSeparator();
@@ -337,7 +328,6 @@ void main_window::navigate(const std::function<bool(std::string&)>& move) {
 }
 
 void main_window::runCommand(command_id id) {
-    if (pendingInCore(id)) return notYetAvailable(id);
     switch (id) {
         case command_id::fileNew:
             return fileNew();
@@ -349,6 +339,10 @@ void main_window::runCommand(command_id id) {
             return importWeatherMonthly();
         case command_id::importMonthlyAverages:
             return importMonthlyAverages();
+        case command_id::importEsa:
+            return importSiteArchive();
+        case command_id::exportEsa:
+            return exportSiteArchive();
         case command_id::copyOutputToInput:
             return copyOutputToInput();
         case command_id::fileOpen:

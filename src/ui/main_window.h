@@ -87,6 +87,8 @@ private:
     void importRunFiles();
     void importWeatherDaily();
     void importWeatherMonthly();
+    void importSiteArchive();
+    void exportSiteArchive();
     // A weather file chosen by the user, added to the current record's station's history.
     void importWeatherHistory(const QString& title, bool daily);
     void importMonthlyAverages();

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -17,6 +18,8 @@
 #include "modeloutput/output_to_input.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
+#include "records/id_list_filter.h"
+#include "records/site_archive.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
@@ -40,6 +43,43 @@ TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_stati
 }
 
 }  // namespace
+
+namespace {
+const QString kArchiveFilter = QStringLiteral("Site archive (*.esa);;All Files (*)");
+}
+
+// The archive's records come in beside the project's, with new IDs where the
+// project uses theirs; the report lists each changed ID.
+void main_window::importSiteArchive() {
+    if (!doc_) return;
+    const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Import ES&A"), QString(), kArchiveFilter);
+    if (path.isEmpty()) return;
+    recordCommand(QStringLiteral("Import ES&A"), [&](std::string& report) {
+        std::string messages, errors;
+        sb::importSiteArchive(doc_->db(), path.toStdString(), messages, errors);
+        report = messages + errors;
+    });
+}
+
+void main_window::exportSiteArchive() {
+    if (!doc_ || doc_->currentRow() < 0) return;
+    bool ok = false;
+    const QString ids = QInputDialog::getText(this, QStringLiteral("Export ES&A"),
+                                              QStringLiteral("IDs of the records to export, like \"1, 2, 5-9\":"),
+                                              QLineEdit::Normal, QString::number(doc_->currentId()), &ok);
+    if (!ok || ids.trimmed().isEmpty()) return;
+    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Export ES&A"),
+                                                      QStringLiteral("records.esa"), kArchiveFilter);
+    if (path.isEmpty()) return;
+    recordCommand(QStringLiteral("Export ES&A"), [&](std::string& report) {
+        std::string messages, errors;
+        const std::string filter(trim(id_list_filter::whereClause(ids.toStdString(), errors)));
+        if (filter.empty() && errors.empty())
+            appendf(errors, "ERROR, \"%s\" names no record ID.\n", ids.toStdString().c_str());
+        if (errors.empty()) sb::exportSiteArchive(doc_->db(), filter, path.toStdString(), messages, errors);
+        report = messages + errors;
+    });
+}
 
 void main_window::importWeatherDaily() { importWeatherHistory(QStringLiteral("Weather Daily Records"), true); }
 

@@ -28,14 +28,18 @@ protected:
     // A project with the shipped demo set-up imported as record 2 and the
     // stand-in configured as the daily-step release.
     void makeRunnableProject() {
+        configureStandIn();
+        auto imported = run({"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"});
+        ASSERT_EQ(imported.exitCode, 0) << imported.err;
+    }
+    // A new project and the stand-in configured as the daily-step release.
+    void configureStandIn() {
         ASSERT_EQ(run({"new", project}).exitCode, 0);
         for (const std::string& setting : std::vector<std::string>{
                  "Settings/TELLURAVersion=4", "Settings/RunTimeout=60000",
                  "Files/Diurna 4.5=" + dir.file("model/tellura-standin"),
                  "Files/Diurna 4.5 LIST100=" + dir.file("model/list100-standin"), "Settings/SaveDailyLastYear=0"})
             ASSERT_EQ(run({"config", "--set", setting}).exitCode, 0) << setting;
-        auto imported = run({"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"});
-        ASSERT_EQ(imported.exitCode, 0) << imported.err;
     }
 
     static std::string demoSetup() { return std::string(SB_SHARE_DIR) + "/demo"; }
@@ -232,3 +236,45 @@ TEST_F(CliTest, ConfigReadsAndChecksSettings) {
 }
 
 }  // namespace
+
+namespace {
+std::map<std::string, std::string> filesOf(const std::string& dir) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(dir))
+        files[entry.path().filename()] = sbtest::readFile(entry.path());
+    return files;
+}
+}  // namespace
+
+// The demo's records, moved into a fresh project through a site archive, give
+// the same run directories and, run again, the same outputs.
+TEST_F(CliTest, ArchiveOfTheDemoGivesTheSameRunDirectoriesAndOutputs) {
+    ASSERT_EQ(run({"demo", dir.file("demo")}).exitCode, 0);
+    const std::string demo = dir.file("demo/demo.sbproj"), archive = dir.file("demo.esa");
+    auto exported = run({"export", "archive", demo, archive});
+    EXPECT_EQ(exported.out, "Exported 24 records to \"" + archive + "\".\n") << exported.err;
+    configureStandIn();
+    ASSERT_EQ(run({"config", "--set", "Settings/Outfile13=1"}).exitCode, 0);  // year_summary.out, as the demo
+    ASSERT_EQ(run({"delete", project, "--id", "1"}).exitCode, 0);  // the new project's record uses the demo's IDs
+    auto imported = run({"import", "archive", project, archive});
+    ASSERT_EQ(imported.exitCode, 0) << imported.err;
+    EXPECT_EQ(imported.out, "Imported 24 records from \"" + archive + "\".\n");
+    for (int id = 1; id <= 24; ++id) {
+        const std::string n = std::to_string(id), a = dir.file("a" + n), b = dir.file("b" + n);
+        ASSERT_EQ(run({"prepare", demo, "--id", n, "--version", "4", "--dir", a}).exitCode, 0);
+        ASSERT_EQ(run({"prepare", project, "--id", n, "--version", "4", "--dir", b}).exitCode, 0);
+        const auto before = filesOf(a), after = filesOf(b);
+        EXPECT_EQ(before.size(), after.size()) << "record " << id;
+        for (const auto& [name, text] : before)
+            EXPECT_TRUE(after.count(name) && after.at(name) == text) << "record " << id << ": " << name;
+    }
+    auto ran = run({"run", project, "--ids", "1,24", "--jobs", "2"});
+    ASSERT_EQ(ran.exitCode, 0) << ran.err;
+    for (const char* id : {"1", "24"})
+        for (const char* table : {"annual", "monthly", "daily", "layers", "end"}) {
+            auto before = run({"export", demo, "--id", id, "--table", table});
+            auto after = run({"export", project, "--id", id, "--table", table});
+            EXPECT_GT(before.out.size(), 40u) << id << " " << table;
+            EXPECT_TRUE(before.out == after.out) << id << " " << table;
+        }
+}

@@ -12,6 +12,7 @@
 #include "app/app_soilbench.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/tellura_output.h"
+#include "records/record_ids.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 #include "ui/command_table.h"
@@ -147,6 +148,37 @@ private slots:
         QVERIFY(editor.save(db, errors));
         QVERIFY(loadMonthlyHistory(db, station, errors));
         QCOMPARE(station.monthly.size(), size_t(2));  // 1990 and 1992
+    }
+
+    void siteArchiveExportAndImportFromTheMenus() {
+        database& from = open({1});
+        const QString file = dir_.filePath("one.esa");
+        auto exportRecord = [&](QString& report) {
+            onModals({[](QWidget* m) {
+                          QCOMPARE(qobject_cast<QInputDialog*>(m)->textValue(), QString("1"));
+                          static_cast<QDialog*>(m)->accept();
+                      },
+                      chooseFile(file), readErrors(report)});
+            w_->runCommand(command_id::exportEsa);
+        };
+        QString report;
+        exportRecord(report);  // the record names soil 1 and station 1, which the project lacks
+        QCOMPARE(report, QString("ERROR, record 1 names soil 1, which the project does not hold.\n"
+                                 "ERROR, record 1 names weather station 1, which the project does not hold.\n"));
+        TelluraWeatherStations station;
+        station.id = 1;
+        TelluraSoils soil;
+        soil.setSoilId(1);
+        std::string errors;
+        QVERIFY(saveWeatherStation(from, station, errors) && writeSoil(soil, from, errors));
+        exportRecord(report);
+        QCOMPARE(report, "Exported 1 record to \"" + file + "\".\n");
+        open({1});
+        onModals({chooseFile(file), readErrors(report)});
+        w_->runCommand(command_id::importEsa);
+        QCOMPARE(report,
+                 "record 1 -> 2\nsoil 1 -> 2\nweather station 1 -> 2\nImported 1 record from \"" + file + "\".\n");
+        QVERIFY(controlRecordExists(w_->document()->db(), 2));
     }
 
     void readBinFileReadsEveryRecord() {
