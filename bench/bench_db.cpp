@@ -37,6 +37,8 @@ void insertControlRecords(database& db, int count) {
     session s(db);
     auto rs = openTable(db, table_id::control_records);
     for (int id = 1; id <= count; ++id) rs->insert(controlRecord(id));
+    rs.reset();
+    s.commit();
 }
 
 // 10,000 records, each with 5 event blocks of 40 events, saved in one session,
@@ -74,6 +76,8 @@ void BM_SaveAndReadRecordsWithEvents(benchmark::State& state) {
                     }
                 }
             }
+            rows.reset(), blocks.reset(), events.reset();
+            s.commit();
         }
         auto saved = std::chrono::steady_clock::now();
         long rowsRead = 0;

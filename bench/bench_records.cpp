@@ -111,6 +111,8 @@ database& bigProject() {
             r.row.setText("Description", strprintf("Record %d", id));
             rows->insert(r.row);
         }
+        rows.reset();
+        s.commit();
         return made;
     }();
     return *db;

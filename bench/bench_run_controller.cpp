@@ -53,7 +53,7 @@ public:
             record.setId(id);
             sb::writeControlRecord(record, *db_, errors_);
         }
-        db_->endSession();
+        db_->commitSession(errors_);
         settings_ = sb::app_soilbench((folder_ / "profile.ini").string());
         settings_.version = kVersion;
         settings_.modelExecutables[kVersion - 1] = link("tellura-standin");

@@ -231,7 +231,6 @@ const project_location& database::location() const { return impl_->location; }
 const sql_dialect& database::dialect() const { return *impl_->dialect; }
 bool database::readOnly() const { return impl_->readOnly; }
 int database::sessionDepth() const { return impl_->depth; }
-const std::string& database::lastCommitError() const { return impl_->lastCommitError; }
 
 namespace {
 
@@ -511,46 +510,63 @@ bool database::beginSnapshot(std::string& storeError) {
     return true;
 }
 
-void database::endSession() {
-    if (impl_->depth == 0 || --impl_->depth > 0) return;
-    impl_->lastCommitError.clear();
-    if (impl_->doomed) {
-        impl_->rawRun("ROLLBACK");
-        return;
-    }
-    if (impl_->spoiled) {
-        // The store has refused everything since the failure; its commit would roll back quietly.
-        impl_->rawRun("ROLLBACK");
-        impl_->lastCommitError =
-            "the store refused a statement of this save (" + impl_->spoiledBy + "), so none of the save was kept";
-        return;
-    }
-    db_status status = impl_->rawRun("COMMIT");
-    if (status.ok()) return;
-    for (const auto& text : status.descriptions) impl_->lastCommitError += text;
-    impl_->rawRun("ROLLBACK");
+void database::endSnapshot() {
+    if (impl_->depth != 1) return;
+    impl_->depth = 0;
+    impl_->rawRun("ROLLBACK");  // nothing was written in it
 }
 
-void database::abandonSession() {
+bool database::commitSession(std::string& storeError) {
+    static const char* const kEarlierFailure = "An earlier part of this save failed, so none of it is kept.";
+    if (impl_->depth == 0) {
+        storeError = "No transaction is open to commit.";
+        return false;
+    }
+    if (--impl_->depth > 0) {
+        if (!impl_->doomed) return true;
+        storeError = kEarlierFailure;
+        return false;
+    }
+    if (impl_->doomed || impl_->spoiled) {
+        impl_->rawRun("ROLLBACK");
+        // After a refused statement the store keeps refusing; its commit would roll back quietly.
+        storeError = impl_->doomed ? kEarlierFailure
+                                   : "the store refused a statement of this save (" + impl_->spoiledBy +
+                                         "), so none of the save was kept";
+        return false;
+    }
+    db_status status = impl_->rawRun("COMMIT");
+    if (status.ok()) return true;
+    storeError.clear();
+    for (const auto& text : status.descriptions) storeError += text;
+    if (storeError.empty()) storeError = "The store refused the commit.";
+    impl_->rawRun("ROLLBACK");
+    return false;
+}
+
+void database::rollbackSession() {
     if (impl_->depth == 0) return;
     impl_->doomed = true;
-    endSession();
+    if (--impl_->depth == 0) impl_->rawRun("ROLLBACK");
 }
 
 session::session(database& db) : db_(db) { ok_ = open_ = db_.beginSession(storeError_); }
 
-session::~session() { close(); }
+session::~session() { rollback(); }
 
-void session::close() {
-    if (!open_) return;
+bool session::commit() {
+    if (!open_) {
+        if (storeError_.empty()) storeError_ = "The session is not open.";
+        return false;
+    }
     open_ = false;
-    db_.endSession();
+    return db_.commitSession(storeError_);
 }
 
-void session::abandon() {
+void session::rollback() {
     if (!open_) return;
     open_ = false;
-    db_.abandonSession();
+    db_.rollbackSession();
 }
 
 }  // namespace sb

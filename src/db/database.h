@@ -79,14 +79,17 @@ public:
     // Sessions nest: only the outermost one begins and commits the transaction,
     // so a whole record save (row, site data, blocks, soil) is one unit.
     bool beginSession(std::string& storeError);
-    void endSession();      // commits when the outermost session ends
-    void abandonSession();  // rolls back the outermost transaction
+    // Ends the innermost session keeping its work. The outermost one commits: false
+    // (with the store's reason) when the commit fails or an inner session of the unit
+    // was rolled back; the whole unit is then rolled back. An inner one hands its
+    // work on to the unit and is false only when the unit is already given up.
+    bool commitSession(std::string& storeError);
+    // Ends the innermost session keeping nothing: the whole unit is rolled back.
+    void rollbackSession();
     int sessionDepth() const;
-    // The store's text when the last outermost session could not be committed (its
-    // work was rolled back); empty after a good commit.
-    const std::string& lastCommitError() const;
-    // A reading transaction at depth 0 (see read_snapshot); ended by endSession.
+    // A reading transaction at depth 0 (see read_snapshot); ended by endSnapshot.
     bool beginSnapshot(std::string& storeError);
+    void endSnapshot();
 
     database_impl& impl() { return *impl_; }
 
@@ -95,21 +98,26 @@ private:
     std::unique_ptr<database_impl> impl_;
 };
 
-// A unit of write work. Opening fails when the store cannot start a transaction;
-// callers then append "ERROR, unable to create session on database.\n" themselves.
-// Ending it (destructor or close()) commits; a process killed before that leaves
-// the old state.
+// A unit of write work that keeps nothing unless committed: a save that stops
+// half-way (an error, an early return, an exception) leaves the project as it was.
+// Opening fails when the store cannot start a transaction (the project busy past
+// the wait, a read-only file); callers then append "ERROR, unable to create session
+// on database.\n" and storeError(). A process killed before the commit leaves the
+// old state too.
 class session {
 public:
     explicit session(database& db);
-    ~session();
+    ~session();  // rolls back unless committed
     session(const session&) = delete;
     session& operator=(const session&) = delete;
     bool ok() const { return ok_; }
+    // Why the session could not be opened, or why its commit failed.
     const std::string& storeError() const { return storeError_; }
-    void close();
-    // Gives up the work: the outermost transaction is rolled back when it ends.
-    void abandon();
+    // Keeps the work; false (see storeError()) when the store refused it, and then
+    // nothing of the unit is kept. A session that is not open cannot commit.
+    bool commit();
+    // Gives up the work: the whole unit is rolled back.
+    void rollback();
 
 private:
     database& db_;
@@ -124,7 +132,7 @@ class read_snapshot {
 public:
     explicit read_snapshot(database& db) : db_(db) { ok_ = db_.beginSnapshot(storeError_); }
     ~read_snapshot() {
-        if (ok_) db_.endSession();
+        if (ok_) db_.endSnapshot();
     }
     read_snapshot(const read_snapshot&) = delete;
     read_snapshot& operator=(const read_snapshot&) = delete;

@@ -33,7 +33,6 @@ struct database_impl {
     bool spoiled = false;
     bool guarding = false;
     std::string spoiledBy;
-    std::string lastCommitError;
     // The row set whose result the connection is still streaming, where the driver
     // streams only one at a time.
     rowset* streaming = nullptr;

@@ -71,4 +71,11 @@ void appendStatusText(const db_status& status, std::string& errors) {
     for (const std::string& description : status.descriptions) errors += description + "\n";
 }
 
+bool readToTheEnd(const db_status& last, const char* table, std::string& errors) {
+    if (!last.failed()) return true;
+    appendf(errors, "ERROR, unable to read table [%s]\n", table);
+    appendStatusText(last, errors);
+    return false;
+}
+
 }  // namespace sb

@@ -41,4 +41,10 @@ struct db_status {
 // Appends the message for the status code, then each description followed by "\n".
 void appendStatusText(const db_status& status, std::string& errors);
 
+// After a loop over a row set: true when it ended at the end of the rows;
+// otherwise (a damaged file, a lost connection) appends "ERROR, unable to read
+// table [<table>]\n" and the status text, so that a read cut short is never
+// taken for all there is.
+bool readToTheEnd(const db_status& last, const char* table, std::string& errors);
+
 }  // namespace sb

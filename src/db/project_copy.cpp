@@ -134,12 +134,10 @@ bool copyAll(database& from, database& to, const row_counts& counts, const copy_
     for (int i = 0; i < kTableCount; ++i)
         if (!copyTable(from, to, static_cast<table_id>(i), counts[static_cast<size_t>(i)], progress, options.progress,
                        errors)) {
-            unit.abandon();
-            return false;
+            return false;  // the unit rolls back
         }
-    unit.close();
-    if (!to.lastCommitError().empty()) {
-        errors += "ERROR, unable to commit changes to the database: " + to.lastCommitError() + "\n";
+    if (!unit.commit()) {
+        errors += "ERROR, unable to commit changes to the database: " + unit.storeError() + "\n";
         return false;
     }
     rowsCopied = progress.rows;

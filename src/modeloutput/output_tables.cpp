@@ -5,6 +5,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "modeloutput/tellura_output.h"
+#include "records/store_session.h"
 
 namespace sb {
 
@@ -28,19 +29,16 @@ const output_table_kind kMonthlyKind{table_id::output_monthly, true, monthKey};
 const output_table_kind kDailyKind{table_id::output_daily, true, dayKey};
 const output_table_kind kLayerKind{table_id::output_soil_layers, false, layerKey};
 
-// The delete-then-insert of one table. `rows` yields each record to insert.
+// The delete-then-insert of one table, kept only when committed.
 class table_store {
 public:
     table_store(database& db, table_id table, int32_t id, std::string& errors)
-        : db_(db), table_(table), id_(id), errors_(errors), session_(db) {}
+        : db_(db), table_(table), id_(id), errors_(errors), session_(db, errors) {}
 
     // Session, delete of the record's old rows, and the table opened for inserting.
     bool begin() {
         const char* name = tableName(table_);
-        if (!session_.ok()) {
-            errors_ += "ERROR, unable to create session on database.\n";
-            return false;
-        }
+        if (!session_.ok()) return false;
         db_status status = db_.execute(strprintf("DELETE * FROM `%s` WHERE ID = %ld", name, static_cast<long>(id_)));
         if (status.failed()) {
             errors_ += std::string("ERROR, unable to delete from [") + name + "]\n";
@@ -77,6 +75,11 @@ public:
         return ok;
     }
 
+    bool commit() {
+        rows_.reset();
+        return session_.commit();
+    }
+
 private:
     // False when the store must end; a skipped duplicate is not a failure.
     bool refused(const tellura_output& record, const db_status& status, const output_table_kind& kind) {
@@ -98,14 +101,14 @@ private:
     table_id table_;
     int32_t id_;
     std::string& errors_;
-    session session_;
+    store_session session_;
     std::unique_ptr<rowset> rows_;
 };
 
 bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
                 std::string& errors) {
     table_store store(db, kind.table, id, errors);
-    return store.begin() && store.insertAllKeyed(records, kind);
+    return store.begin() && store.insertAllKeyed(records, kind) && store.commit();
 }
 
 template <class Container>
@@ -156,9 +159,9 @@ Record recordFrom(const table_record& row) {
 bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     table_store store(db, table_id::output, id, errors);
     if (!store.begin()) return false;
-    if (!outputs.hasEndOfRun) return true;
+    if (!outputs.hasEndOfRun) return store.commit();
     db_status status = store.insert(outputs.endOfRun);
-    if (!status.failed()) return true;
+    if (!status.failed()) return store.commit();
     errors += "ERROR, unable to insert Tellura Output.\n";
     appendStatusText(status, errors);
     return false;
@@ -186,19 +189,16 @@ bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, st
 namespace {
 
 bool storeOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    // One outer session: the five stores nest inside it and commit together.
-    session whole(db);
-    if (!whole.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        if (!whole.storeError().empty()) errors += whole.storeError() + "\n";  // why: a lost server, a locked file
-        return false;
-    }
+    // One outer session: the five stores nest inside it and are kept together or not at all.
+    store_session whole(db, errors);
+    if (!whole.ok()) return false;
+    // Every table is tried, so that each failure is reported.
     bool ok = storeEndOfRunOutput(db, id, outputs, errors);
     ok = storeAnnualOutput(db, id, outputs, errors) && ok;
     ok = storeMonthlyOutput(db, id, outputs, errors) && ok;
     ok = storeDailyOutput(db, id, outputs, errors) && ok;
     ok = storeSoilLayerOutput(db, id, outputs, errors) && ok;
-    return ok;
+    return whole.commitIf(ok);
 }
 
 bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {

@@ -2,9 +2,9 @@
 // Storing a control record's outputs in the five output tables and reading them
 // back. A store replaces everything stored earlier under the record's ID: the
 // old rows are deleted, then the new ones inserted through one prepared insert
-// per table, all inside one session (one transaction) for the whole record.
-// Within a caller's session (a record saved with its outputs) the store is part
-// of the caller's transaction.
+// per table, all inside one session (one transaction) for the whole record,
+// committed only when every table was stored. Within a caller's session (a
+// record saved with its outputs) the store is part of the caller's transaction.
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -16,7 +16,8 @@ struct tellura_outputs;
 
 // All five tables. Sets the ID of every record to `id`. Within a table a row
 // whose key is already stored (a year read twice) is warned about and skipped;
-// any other insert failure ends that table's store, keeping the rows before it.
+// any other failure ends the store and keeps nothing of it: the outputs stored
+// earlier stay as they were.
 bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
 
 // Replaces `outputs` with the rows stored under `id`: annual, monthly and daily

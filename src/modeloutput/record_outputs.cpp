@@ -24,7 +24,7 @@ bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outpu
     if (!s.ok()) return false;
     bool ok = writeControlRecord(record, db, errors, soils);
     ok = storeOutputs(db, record.id(), outputs, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors) {

@@ -21,7 +21,8 @@ bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_reco
                                   std::string& errors);
 
 // Replaces the record (with its soil when `soils` holds it) and its outputs, in
-// one session. A failing part does not stop the others.
+// one session. A failing part does not stop the others, but then nothing of it
+// is kept.
 bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
                                    std::string& errors, const tellura_soil_list* soils = nullptr);
 

@@ -116,10 +116,12 @@ bool list_control_record_proxies::loadAll(std::string& errors, const progress_ca
         return false;
     }
     long count = 0;
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         store(static_cast<int32_t>(++count), rows->row());
         if (count % kProgressStep == 0 && progress) progress(strprintf("Scanning Records %ld", count));
     }
+    if (!readToTheEnd(s, tableName(table_id::control_records), errors)) return false;
     complete_ = true;
     return true;
 }

@@ -5,6 +5,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "records/store_session.h"
 
 namespace sb {
 
@@ -35,11 +36,8 @@ option_record& option_list::addRecord(std::string name) {
 bool option_list::saveToDatabase(database& db, std::string& errors) const {
     const option_member& m = member();
     const char* table = tableName(m.table);
-    session unit(db);
-    if (!unit.ok()) {
-        errors += m.sessionErrorMessage();
-        return false;
-    }
+    store_session unit(db, errors, m.sessionErrorMessage());
+    if (!unit.ok()) return false;
     bool ok = true;
     db_status status = db.execute(strprintf("DELETE * FROM `%s`", table));
     if (status.failed()) {
@@ -59,7 +57,8 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
             return false;
         }
     }
-    return ok;
+    rows.reset();
+    return unit.commitIf(ok);
 }
 
 bool option_list::loadFromDatabase(database& db, std::string& errors) {

@@ -37,7 +37,7 @@ public:
 
     // Replaces the member's table with this list: one session, the table
     // emptied, then every record inserted in list order. The first insert
-    // that fails stops the save (the records after it are not saved).
+    // that fails stops the save, and the table stays as it was.
     bool saveToDatabase(database& db, std::string& errors) const;
     // Replaces this list with the rows of the member's table, in table order.
     bool loadFromDatabase(database& db, std::string& errors);

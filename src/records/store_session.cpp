@@ -2,20 +2,28 @@
 
 namespace sb {
 
-store_session::store_session(database& db, std::string& errors, const char* failure)
-    : db_(db), errors_(errors), session_(db) {
-    if (!session_.ok()) errors_ += failure;
-    // Why, where the store says more than "no" (a lost server, a locked file).
-    if (!session_.ok() && !session_.storeError().empty() && !db.readOnly()) errors_ += session_.storeError() + "\n";
+void appendStoreReason(const std::string& reason, std::string& errors) {
+    if (reason.empty()) return;
+    errors += reason;
+    if (reason.back() != '\n') errors += '\n';
 }
 
-bool store_session::finish() {
-    if (finished_ || !session_.ok()) return session_.ok();
-    finished_ = true;
+store_session::store_session(database& db, std::string& errors, const char* failure)
+    : db_(db), errors_(errors), session_(db) {
+    if (session_.ok()) return;
+    errors_ += failure;
+    appendStoreReason(session_.storeError(), errors_);
+}
+
+bool store_session::commit() {
+    if (!session_.ok()) return false;
     const bool outermost = db_.sessionDepth() == 1;
-    session_.close();
-    if (!outermost || db_.lastCommitError().empty()) return true;
-    errors_ += "ERROR, unable to commit changes to the database: " + db_.lastCommitError() + "\n";
+    if (session_.commit()) return true;
+    // An inner part of a larger save only hands its work on; the outer save says why it failed.
+    if (outermost) {
+        errors_ += "ERROR, unable to commit changes to the database";
+        errors_ += session_.storeError().empty() ? ".\n" : ": " + session_.storeError() + "\n";
+    }
     return false;
 }
 

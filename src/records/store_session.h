@@ -1,8 +1,13 @@
 #pragma once
-// The session of one record save: opens it with the save's own message, and on
-// finishing tells whether the work reached the file. A commit can still fail
-// (disk full, the file locked by another program); the save then reports it
-// instead of claiming success, and nothing of it is kept.
+// The session of one save: opens it with the save's own message, keeps nothing
+// unless the save commits, and tells whether the commit reached the file. A
+// commit can still fail (disk full, the file locked by another program); the
+// save then reports it instead of claiming success, and nothing of it is kept.
+//
+//   store_session s(db, errors);
+//   if (!s.ok()) return false;
+//   ... every step; on any failure `return false` (the destructor rolls back)
+//   return s.commit();
 #include <string>
 
 #include "db/database.h"
@@ -11,27 +16,31 @@ namespace sb {
 
 class store_session {
 public:
-    // Appends `failure` when the session cannot be opened.
+    // Appends `failure` and the store's reason when the session cannot be opened.
     store_session(database& db, std::string& errors,
                   const char* failure = "ERROR, unable to create session on database.\n");
-    ~store_session() { finish(); }
     store_session(const store_session&) = delete;
     store_session& operator=(const store_session&) = delete;
 
     bool ok() const { return session_.ok(); }
-    // Ends the session; false (with a message) when the outermost commit failed.
-    bool finish();
-    // Gives the work up: nothing of the save is kept.
-    void abandon() {
-        finished_ = true;
-        session_.abandon();
+    // Keeps the work; false with a message when the commit failed (nothing kept).
+    bool commit();
+    // Keeps the work only when `keep` is true; the result is true only when it was kept.
+    bool commitIf(bool keep) {
+        if (keep) return commit();
+        session_.rollback();
+        return false;
     }
+    // Gives the work up: nothing of the save is kept.
+    void rollback() { session_.rollback(); }
 
 private:
     database& db_;
     std::string& errors_;
     session session_;
-    bool finished_ = false;
 };
+
+// Appends the store's reason for a failed session or commit, as its own line.
+void appendStoreReason(const std::string& reason, std::string& errors);
 
 }  // namespace sb

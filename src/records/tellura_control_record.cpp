@@ -130,7 +130,7 @@ bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::s
         appendStatusText(inserted, errors);
         return false;
     }
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 // --- Whole record --------------------------------------------------------------
@@ -166,29 +166,50 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     const int64_t changeCount = claimRecordSave(db, id, record.changeCount, errors);
     bool stop = false;
     bool ok = writeControlRow(db, record.row, id, errors, stop);
-    if (stop) {
-        s.abandon();  // the old record stays as it was
-        return false;
-    }
-    record.modified = false;
+    if (stop) return false;  // the old record stays as it was
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
-    const bool committed = s.finish();
-    if (committed) record.changeCount = changeCount;
-    return committed && ok;
+    // Any part that failed leaves the whole record as it was stored before.
+    if (!s.commitIf(ok)) return false;
+    record.modified = false;
+    record.changeCount = changeCount;
+    return true;
+}
+
+bool controlRecordExists(database& db, int32_t id, std::string& errors) {
+    db_status status;
+    TelluraControlRecords row;
+    switch (readOneRow(db, table_id::control_records, id, row, status)) {
+        case row_read::found:
+            return true;
+        case row_read::missing:
+            return false;
+        case row_read::unopened:
+            errors += "ERROR, unable to open control record table.\n";
+            appendStatusText(status, errors);
+            return false;
+    }
+    return false;
 }
 
 bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
+    // Asked to delete what is not there is a mistake (a wrong ID), not a success.
+    std::string lookup;
+    if (!controlRecordExists(db, id, lookup)) {
+        if (lookup.empty()) appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
+        errors += lookup;
+        return false;
+    }
     bool ok = forgetRecordChanges(db, id, errors);
     ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors) && ok;
     for (table_id table :
          {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output, table_id::output_annual,
           table_id::output_monthly, table_id::output_daily, table_id::output_soil_layers})
         ok = deleteById(db, kDeleteDependentRows, table, id, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 // --- Text form -----------------------------------------------------------------

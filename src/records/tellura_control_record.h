@@ -63,14 +63,15 @@ public:
 bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
 // Replaces the record and everything stored under its ID, in one session: the
 // row, the site data, the blocks and events, and the record's soil when `soils`
-// holds it. A failing step does not stop the others. Inside a caller's session
+// holds it. A failing step does not stop the others (each reports), but then
+// nothing is kept: the record stays as stored before. Inside a caller's session
 // (which may store more under the ID) it all commits with that session.
 // Another save of the same record waits for this one; when someone else saved
 // the record since it was read, a warning says so and this save still wins whole.
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
                         const tellura_soil_list* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,
-// events, outputs), in one session.
+// events, outputs), in one session. A record that is not there is an error.
 bool deleteControlRecord(database& db, int32_t id, std::string& errors);
 
 // The site data row alone.

@@ -239,7 +239,9 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         appendStatusText(status, errors);
         return false;
     }
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) blocks.push_back(blockFromRow(rows->row()));
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) blocks.push_back(blockFromRow(rows->row()));
+    if (!readToTheEnd(s, tableName(table_id::event_blocks), errors)) return false;
 
     std::map<int, tellura_event_block*> byNumber;
     for (tellura_event_block& b : blocks) byNumber[b.blockNumber] = &b;
@@ -255,7 +257,7 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
     // Events whose block is gone (a file edited by hand) are left out with a warning;
     // the record itself reads well.
     const int blockColumn = eventColumns().blockNumber;
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         int number = rows->row().integer(blockColumn);
         auto found = byNumber.find(number);
         if (found == byNumber.end()) {
@@ -266,7 +268,7 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         }
         if (found->second) found->second->events.push_back(eventFromRow(rows->row()));
     }
-    return true;
+    return readToTheEnd(s, tableName(table_id::events), errors);
 }
 
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
@@ -280,7 +282,7 @@ bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_e
     std::vector<const tellura_event_block*> all;
     for (const tellura_event_block& b : blocks) all.push_back(&b);
     ok = insertBlocks(db, recordId, all, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors) {
@@ -291,7 +293,7 @@ bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& b
     bool ok = deleteRows(db, table_id::event_blocks, where, errors);
     ok = deleteRows(db, table_id::events, where, errors) && ok;
     ok = insertBlocks(db, recordId, {&block}, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 // --- Validation ------------------------------------------------------------

@@ -7,6 +7,7 @@
 #include "db/database.h"
 #include "db/database_maker.h"
 #include "paramfile/field_setter.h"
+#include "records/store_session.h"
 
 namespace sb {
 
@@ -267,20 +268,14 @@ bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
 }  // namespace
 
 bool deleteSoil(int32_t soilId, database& db, std::string& errors) {
-    session unit(db);
-    if (!unit.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
-    return deleteSoilRows(soilId, db, errors);
+    store_session unit(db, errors);
+    if (!unit.ok()) return false;
+    return unit.commitIf(deleteSoilRows(soilId, db, errors));
 }
 
 bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors) {
-    session unit(db);
-    if (!unit.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
+    store_session unit(db, errors);
+    if (!unit.ok()) return false;
     bool ok = deleteSoilRows(soil.soilId(), db, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::soils, "", "", status);
@@ -304,13 +299,14 @@ bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors) {
         layer.setNumber(kLayerSoilId, soil.soilId());
         layer.setNumber(kLayerNumber, i + 1);
         status = rows->insert(layer);
-        if (status.failed()) {  // reported; the remaining layers are still written
+        if (status.failed()) {  // every refused layer is reported; then nothing is kept
             errors += "ERROR, unable to insert soil layer.\n";
             appendStatusText(status, errors);
             ok = false;
         }
     }
-    return ok;
+    rows.reset();
+    return unit.commitIf(ok);
 }
 
 }  // namespace sb

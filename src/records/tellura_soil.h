@@ -130,7 +130,8 @@ public:
     bool load(database& db, std::string& errors);
 };
 
-// Replaces the soil's `Soils` row and its `Soil Layers` rows in one session.
+// Replaces the soil's `Soils` row and its `Soil Layers` rows in one session;
+// after any failure nothing of it is kept.
 bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors);
 // Removes the soil's `Soils` row and its `Soil Layers` rows in one session.
 bool deleteSoil(int32_t soilId, database& db, std::string& errors);

@@ -132,7 +132,7 @@ bool replaceHistory(database& db, table_id table, int32_t stationId, size_t coun
     }
     bool ok = deleteStationRows(db, table, stationId, errors);
     ok = insertRows(db, table, count, fill, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t stationId, const char* order,
@@ -244,12 +244,14 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
         appendStatusText(status, errors);
         return false;
     }
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         TelluraWeatherStations station;
         station.id = rows->row().integer(0);
         station.description = rows->row().text(1);
         list.stations.push_back(std::move(station));
     }
+    if (!readToTheEnd(s, tableName(table_id::weather_stations), errors)) return false;
 
     rows = db.openTable(table_id::weather_averages, "", "", status);
     if (!rows) {
@@ -259,7 +261,7 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
     }
     const means_columns& c = meansColumns();
     bool ok = true;
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         TelluraWeatherStations* station = list.find(row.integer(c.id));
         if (!station) continue;  // means of a deleted station
@@ -277,7 +279,7 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
         m.tmx2m = row.single(c.tmx2m);
         station->hasMeans = true;
     }
-    return ok;
+    return readToTheEnd(s, tableName(table_id::weather_averages), errors) && ok;
 }
 
 namespace {
@@ -327,7 +329,7 @@ bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std
     bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
     ok = deleteStationRows(db, table_id::weather_averages, station.id, errors) && ok;
     ok = insertStations(db, {&station}, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 bool saveWeatherStations(database& db, const tellura_weather_station_list& list, std::string& errors) {
@@ -338,7 +340,7 @@ bool saveWeatherStations(database& db, const tellura_weather_station_list& list,
     std::vector<const TelluraWeatherStations*> all;
     for (const TelluraWeatherStations& station : list.stations) all.push_back(&station);
     ok = insertStations(db, all, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) {
@@ -348,7 +350,7 @@ bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) 
     for (table_id table : {table_id::weather_stations, table_id::weather_averages, table_id::weather_historical_monthly,
                            table_id::weather_historical_daily})
         ok = deleteStationRows(db, table, stationId, errors) && ok;
-    return s.finish() && ok;
+    return s.commitIf(ok);
 }
 
 bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
@@ -358,7 +360,8 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
     if (!rows) return false;
     const monthly_columns& c = monthlyColumns();
     bool ok = true;
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         int month = row.integer(c.month);
         if (month < 1 || month > 12) {
@@ -381,7 +384,7 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
             station.monthly.push_back({static_cast<int16_t>(year), {}});
         station.monthly.back().months.push_back(m);
     }
-    return ok;
+    return readToTheEnd(s, tableName(table), errors) && ok;
 }
 
 bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
@@ -390,7 +393,8 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
         openStationRows(db, table_id::weather_historical_daily, station.id, "[Year], [Month], [Day]", errors);
     if (!rows) return false;
     const daily_columns& c = dailyColumns();
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         weather_day_record d;
         d.year = static_cast<int16_t>(row.integer(c.year));
@@ -405,7 +409,7 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
         if (station.daily.empty() || station.daily.back().year != d.year) station.daily.push_back({d.year, {}});
         station.daily.back().days.push_back(d);
     }
-    return true;
+    return readToTheEnd(s, tableName(table_id::weather_historical_daily), errors);
 }
 
 bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {

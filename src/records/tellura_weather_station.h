@@ -80,7 +80,8 @@ bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors);
 // History of one station, replacing what the station holds in memory.
 bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors);
 bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string& errors);
-// Replace the station's stored history with the one it holds in memory.
+// Replace the station's stored history with the one it holds in memory; after
+// any failure the stored history stays as it was.
 bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std::string& errors);
 bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::string& errors);
 

@@ -110,26 +110,28 @@ bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>
         appendStatusText(status, errors);
         return false;
     }
-    for (db_status s = table->moveFirst(); s.ok(); s = table->moveNext()) ids.push_back(table->row().integer(0));
-    return true;
+    db_status s;
+    for (s = table->moveFirst(); s.ok(); s = table->moveNext()) ids.push_back(table->row().integer(0));
+    return readToTheEnd(s, tableName(table_id::control_records), errors);
 }
 
 // The records of a run set as (position in the whole table, ID), in table
 // order. The position counts every row of the table, so that the progress
 // text names the row the user sees in the record list, not the row's place
 // in the run set.
-void readRunSet(database& db, const std::string& filter, std::vector<std::pair<long, int32_t>>& rows,
+bool readRunSet(database& db, const std::string& filter, std::vector<std::pair<long, int32_t>>& rows,
                 std::string& errors) {
     std::vector<int32_t> all;
-    if (!readRecordIds(db, "", all, errors)) return;
+    if (!readRecordIds(db, "", all, errors)) return false;
     std::vector<int32_t> chosen;
-    if (!filter.empty() && !readRecordIds(db, filter, chosen, errors)) return;
+    if (!filter.empty() && !readRecordIds(db, filter, chosen, errors)) return false;
     std::sort(chosen.begin(), chosen.end());
     long position = 0;
     for (int32_t id : all) {
         ++position;
         if (filter.empty() || std::binary_search(chosen.begin(), chosen.end(), id)) rows.emplace_back(position, id);
     }
+    return true;
 }
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to) {
@@ -228,6 +230,8 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     record_runner::applyBlockChoice(record, choices);
     record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
     bool ok = runner.run(record, outputs, "", runLog, errors, cancelNow);
+    // Stored also after a failed run (with whatever was read); a record whose
+    // outputs did not reach the project is a failure whatever the model did.
     ok = storeRun(record, outputs, errors) && ok;
     return ok;
 }
@@ -266,7 +270,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     run_set_result result;
 
     std::vector<std::pair<long, int32_t>> rows;  // (position in the table, ID)
-    readRunSet(db_, options.filter, rows, errors);
+    result.unreadable = !readRunSet(db_, options.filter, rows, errors);
     if (!rows.empty() && !loaded_) loadProjectData(errors);
 
     const int jobs = std::max(1, options.jobs);

@@ -46,6 +46,7 @@ struct run_set_result {
     double elapsedSeconds = 0;
     bool cancelled = false;
     bool stoppedOnPrecheck = false;
+    bool unreadable = false;  // the record table could not be read: nothing was run
 };
 
 class run_controller {

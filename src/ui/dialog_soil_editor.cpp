@@ -15,6 +15,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "records/soil_layer_file.h"
+#include "records/store_session.h"
 #include "records/tellura_soil.h"
 #include "ui/dialog_errors.h"
 
@@ -269,15 +270,13 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
 }
 
 bool dialog_soil_editor::save(database& db, std::string& errors) {
-    session unit(db);
-    if (!unit.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
+    // Every change of the editor is one unit: all of it is kept, or none.
+    store_session unit(db, errors);
+    if (!unit.ok()) return false;
     bool ok = true;
     for (int32_t id : deleted_) ok = sb::deleteSoil(id, db, errors) && ok;
     for (int index : changed_) ok = writeSoil(soils_.soils[static_cast<size_t>(index)], db, errors) && ok;
-    return ok;
+    return unit.commitIf(ok);
 }
 
 void dialog_soil_editor::accept() {

@@ -17,6 +17,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "records/store_session.h"
 #include "records/tellura_weather_station.h"
 #include "ui/dialog_errors.h"
 
@@ -319,11 +320,9 @@ void dialog_weather_stations::addStation(int32_t id, const QString& description)
 }
 
 bool dialog_weather_stations::save(database& db, std::string& errors) {
-    session unit(db);
-    if (!unit.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        return false;
-    }
+    // Every change of the editor is one unit: all of it is kept, or none.
+    store_session unit(db, errors);
+    if (!unit.ok()) return false;
     bool ok = true;
     for (int32_t id : deleted_) ok = deleteWeatherStation(db, id, errors) && ok;
     for (int32_t id : changed_)
@@ -332,7 +331,7 @@ bool dialog_weather_stations::save(database& db, std::string& errors) {
         if (const auto* s = stations_.find(id)) ok = saveMonthlyHistory(db, *s, errors) && ok;
     for (int32_t id : dailyChanged_)
         if (const auto* s = stations_.find(id)) ok = saveDailyHistory(db, *s, errors) && ok;
-    return ok;
+    return unit.commitIf(ok);
 }
 
 void dialog_weather_stations::accept() {

@@ -47,7 +47,8 @@ bool saveRecord(database& db, int id, int generation) {
         e.setNumber("Parameter 1", generation);
         ok = events->insert(e).ok() && ok;
     }
-    return ok;
+    records.reset(), events.reset();
+    return ok && s.commit();
 }
 
 // Saves until killed, writing one byte to `progress` after each committed save.

@@ -58,6 +58,7 @@ void addStations(database& db, int n) {
         r.setText("Description", "Station " + std::to_string(id));
         ASSERT_TRUE(rs->insert(r).ok());
     }
+    ASSERT_TRUE(s.commit()) << s.storeError();
 }
 
 int stationId(rowset& rs) { return rs.row().integer(0); }
@@ -398,6 +399,7 @@ TEST(RowSet, EveryTableKeepsEveryValueInItsRange) {
                 ASSERT_TRUE(st.ok()) << tableName(t) << "\n" << statusText(st);
                 written.push_back(r);
             }
+            ASSERT_TRUE(s.commit()) << s.storeError();
         }
         auto rs = open(*db, t);
         size_t n = 0;
@@ -424,10 +426,13 @@ TEST(RowSet, EveryTableKeepsEveryValueInItsRange) {
     EXPECT_TRUE(sawTrue);
 }
 
-TEST(Session, NestedSessionsAreOneUnit) {
+TEST(Session, NestedSessionsAreOneUnitKeptOnlyWhenCommitted) {
     temp_dir dir;
     auto db = sbtest::makeProject(dir.file("p.sbproj"));
     addStations(*db, 3);
+    auto stationThere = [&](int id) {
+        return open(*db, table_id::weather_stations, "ID = " + std::to_string(id))->moveFirst().ok();
+    };
     {
         session outer(*db);
         ASSERT_TRUE(outer.ok());
@@ -436,30 +441,36 @@ TEST(Session, NestedSessionsAreOneUnit) {
             ASSERT_TRUE(inner.ok());
             EXPECT_EQ(db->sessionDepth(), 2);
             EXPECT_TRUE(db->execute("DELETE FROM `Weather Stations` WHERE ID = 1").ok());
+            EXPECT_TRUE(inner.commit());
         }
         EXPECT_EQ(db->sessionDepth(), 1);
-        outer.abandon();
+        outer.rollback();
     }
     EXPECT_EQ(db->sessionDepth(), 0);
-    auto rs = open(*db, table_id::weather_stations, "ID = 1");
-    EXPECT_TRUE(rs->moveFirst().ok()) << "an abandoned session changes nothing";
-    rs.reset();
+    EXPECT_TRUE(stationThere(1)) << "a rolled back session changes nothing";
     {
         session outer(*db);
-        session inner(*db);
-        EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
-        inner.abandon();  // gives up the whole unit
+        {
+            session inner(*db);
+            EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
+        }  // ended uncommitted: gives up the whole unit
+        EXPECT_FALSE(outer.commit());
+        EXPECT_EQ(outer.storeError(), "An earlier part of this save failed, so none of it is kept.");
     }
-    rs = open(*db, table_id::weather_stations, "ID = 1");
-    EXPECT_TRUE(rs->moveFirst().ok());
-    rs.reset();
+    EXPECT_TRUE(stationThere(1));
     {
         session s(*db);
         EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
+    }  // a save that returns early without committing keeps nothing
+    EXPECT_TRUE(stationThere(1));
+    {
+        session s(*db);
+        EXPECT_TRUE(db->execute("DELETE * FROM `Weather Stations` WHERE ID = 1").ok());
+        EXPECT_TRUE(s.commit()) << s.storeError();
+        EXPECT_FALSE(s.commit()) << "a session commits once";
     }
-    rs = open(*db, table_id::weather_stations, "ID = 1");
-    EXPECT_TRUE(rs->moveFirst().endOfRowset());
-    EXPECT_EQ(db->lastCommitError(), "");
+    EXPECT_FALSE(stationThere(1));
+    EXPECT_EQ(db->sessionDepth(), 0);
 }
 
 TEST(Database, ReadOnlyProjectOpensAndRefusesSavesLosingNothing) {
@@ -512,6 +523,8 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
             r.setNumber("ID", base + i);
             if (rs) st = rs->insert(r);
             if (!rs || !st.ok()) ++failures;
+            rs.reset();
+            if (!s.commit()) ++failures;
         }
     };
     std::thread a(writer, 0), b(writer, 1000);
@@ -540,8 +553,8 @@ TEST(Session, SavingWhileARowSetIsHalfReadOnTheSameConnection) {
         table_record r(table_id::weather_stations);
         r.setNumber("ID", 11);
         EXPECT_TRUE(open(*db, table_id::weather_stations)->insert(r).ok());
+        EXPECT_TRUE(s.commit()) << s.storeError();
     }
-    EXPECT_EQ(db->lastCommitError(), "");
     ASSERT_TRUE(reading->moveNext().ok());
     EXPECT_EQ(stationId(*reading), 3);
     reading.reset();
@@ -648,6 +661,7 @@ TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
         first->openTable(table_id::weather_stations, "", "", st)->insert(r);
         holding = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        s.commit();
     });
     while (!holding) std::this_thread::yield();
     // Readers are not blocked by the open save, and see the state before it.
@@ -660,6 +674,7 @@ TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
         table_record r(table_id::weather_stations);
         r.setNumber("ID", 2);
         EXPECT_TRUE(open(*second, table_id::weather_stations)->insert(r).ok());
+        EXPECT_TRUE(s.commit()) << s.storeError();
     }
     saver.join();
     auto after = open(*second, table_id::weather_stations, "", "ID ASC");

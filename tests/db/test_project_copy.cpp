@@ -47,7 +47,7 @@ project_rows fillEveryTable(database& db, unsigned seed) {
             EXPECT_TRUE(into->insert(r).ok()) << tableName(table);
         }
     }
-    s.close();
+    EXPECT_TRUE(s.commit()) << s.storeError();
     return readAll(db);
 }
 

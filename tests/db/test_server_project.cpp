@@ -61,6 +61,7 @@ TEST(ServerProject, NewMakesTheDatabaseAndNeverReplacesAProject) {
         station.setNumber("ID", 7);
         db_status status;
         ASSERT_TRUE(db->openTable(table_id::weather_stations, "", "", status)->insert(station).ok());
+        ASSERT_TRUE(s.commit()) << s.storeError();
     }
     EXPECT_FALSE(database::create(url, errors));
     EXPECT_EQ(errors, "ERROR, CreateDataSource failed.\nOther error: 8004F0FF\nThe database \"" + databaseOf(url) +

@@ -93,14 +93,15 @@ TEST(OptionListStorage, GrazeAndTreeRemovalKeepDuplicateNames) {
     EXPECT_EQ(rowCount(project.db(), table_id::tree_removal), 2);
 }
 
-TEST(OptionListStorage, FirstFailedInsertStopsTheSave) {
+TEST(OptionListStorage, AFailedInsertStopsTheSaveAndKeepsTheStoredList) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
     list_tellura_crops crops;
     crops.addRecord("CORN");
+    std::string errors;
+    ASSERT_TRUE(crops.saveToDatabase(project.db(), errors)) << errors;
     crops.addRecord("CORN");
     crops.addRecord("WHT");
-    std::string errors;
     EXPECT_FALSE(crops.saveToDatabase(project.db(), errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to insert into table Crops\n"
                            "A specified value violated the integrity constraints for a column or table.\n",
@@ -108,7 +109,7 @@ TEST(OptionListStorage, FirstFailedInsertStopsTheSave) {
               0u);
     list_tellura_crops back;
     ASSERT_TRUE(back.loadFromDatabase(project.db(), errors));
-    ASSERT_EQ(back.size(), 1u);  // the crop before the failure; WHT after it is not saved
+    ASSERT_EQ(back.size(), 1u);  // the list stored before, not the first half of the new one
     EXPECT_EQ(back.recordAt(0).name, "CORN");
 }
 
@@ -156,12 +157,13 @@ TEST(OptionListStorage, NoSessionOnAReadOnlyProjectLeavesTheTableAlone) {
     auto db = database::open(path, errors);
     ASSERT_NE(db, nullptr) << errors;
     list_tellura_crops crops;
+    const std::string reason = "The project file is read-only, nothing can be saved in it: " + path + "\n";
     EXPECT_FALSE(crops.saveToDatabase(*db, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n" + reason);
     errors.clear();
     tellura_cultivation_list cult;
     EXPECT_FALSE(cult.saveToDatabase(*db, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create session on database.\r\n");
+    EXPECT_EQ(errors, "ERROR, unable to create session on database.\r\n" + reason);
     ASSERT_TRUE(cult.loadFromDatabase(*db, errors));
     ASSERT_EQ(cult.size(), 1u);  // the saved list is still there
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);

@@ -24,6 +24,7 @@ void addRecords(database& db, const std::vector<int32_t>& ids) {
         row.setText(1, strprintf("Site %d", id));
         ASSERT_TRUE(rows->insert(row).ok());
     }
+    ASSERT_TRUE(s.commit()) << s.storeError();
 }
 
 class RecordList : public ::testing::Test {

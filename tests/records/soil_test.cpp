@@ -361,7 +361,7 @@ TEST(SoilStorage, MissingTablesAreReported) {
     tellura_soil_list list;
     EXPECT_FALSE(list.load(project.db(), errors));
     EXPECT_EQ(errors, "Unable to open table Soil Layers\n");
-    ASSERT_EQ(list.soils.size(), 1u);  // the soil row itself was written
+    EXPECT_TRUE(list.soils.empty());  // nor was the soil row itself kept
 }
 
 TEST(SoilStorage, NoSessionOnAReadOnlyProject) {
@@ -379,37 +379,43 @@ TEST(SoilStorage, NoSessionOnAReadOnlyProject) {
     auto db = database::open(path, errors);
     ASSERT_NE(db, nullptr) << errors;
     EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), *db, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n");
+    EXPECT_EQ(errors,
+              "ERROR, unable to create session on database.\n"
+              "The project file is read-only, nothing can be saved in it: " +
+                  path + "\n");
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-TEST(SoilStorage, AFailedLayerInsertDoesNotStopTheOthers) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    TelluraSoils soil = soilWithDepths("Loam", {15, 30, 45});
-    soil.layers[1].setDepth(40000);  // beyond the column's 16 bits
-    std::string errors;
-    EXPECT_FALSE(writeSoil(soil, project.db(), errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to insert soil layer.\n", 0), 0u) << errors;
-    tellura_soil_list list;
-    std::string loadErrors;
-    ASSERT_TRUE(list.load(project.db(), loadErrors)) << loadErrors;
-    ASSERT_EQ(list.soils.size(), 1u);
-    EXPECT_EQ(list.soils[0].layers[2].depth(), 45);  // the layer after the failure is saved
-}
-
-TEST(SoilStorage, ARefusedSoilRowIsReportedAndTheLayersStillWritten) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    TelluraSoils soil = soilWithDepths(std::string(51, 'N').c_str(), {15});  // Name is TEXT(50)
-    std::string errors;
-    EXPECT_FALSE(writeSoil(soil, project.db(), errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to insert soil record.\n", 0), 0u) << errors;
-    EXPECT_EQ(errors.find("soil layer"), std::string::npos) << errors;
-    tellura_soil_list list;
-    std::string loadErrors;
-    list.load(project.db(), loadErrors);
-    EXPECT_EQ(loadErrors, "ERROR, layer found but no soil, ID = 7.\n");
+// A refused layer or soil row is reported, the rest still tried and reported,
+// and the soil stored before stays whole.
+TEST(SoilStorage, ARefusedRowKeepsTheStoredSoil) {
+    struct refusal {
+        const char* what;
+        void (*spoil)(TelluraSoils&);
+        const char* firstMessage;
+    };
+    const refusal cases[] = {
+        {"layer depth beyond 16 bits", [](TelluraSoils& s) { s.layers[1].setDepth(40000); },
+         "ERROR, unable to insert soil layer.\n"},
+        {"name longer than TEXT(50)", [](TelluraSoils& s) { s.setName(std::string(51, 'N')); },
+         "ERROR, unable to insert soil record.\n"},
+    };
+    for (const refusal& c : cases) {
+        records_project project;
+        SB_REQUIRE_PROJECT(project);
+        std::string errors;
+        ASSERT_TRUE(writeSoil(soilWithDepths("Loam", {10, 20}), project.db(), errors)) << errors;
+        TelluraSoils soil = soilWithDepths("Clay", {15, 30, 45});
+        c.spoil(soil);
+        EXPECT_FALSE(writeSoil(soil, project.db(), errors)) << c.what;
+        EXPECT_EQ(errors.rfind(c.firstMessage, 0), 0u) << c.what << ": " << errors;
+        tellura_soil_list list;
+        std::string loadErrors;
+        ASSERT_TRUE(list.load(project.db(), loadErrors)) << loadErrors;
+        ASSERT_EQ(list.soils.size(), 1u) << c.what;
+        EXPECT_EQ(list.soils[0].name(), "Loam") << c.what;
+        EXPECT_EQ(list.soils[0].layerDepths(), (std::vector<int>{10, 20})) << c.what;
+    }
 }
 
 }  // namespace

@@ -50,6 +50,7 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
         while (!otherDone && std::chrono::steady_clock::now() < until)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         gaveUp = !otherDone;
+        EXPECT_TRUE(unit.commit()) << unit.storeError();
     });
     while (!holding) std::this_thread::yield();
     // ... while another saves record 2 and stores its run's outputs.
