@@ -4,6 +4,8 @@
 #include <iostream>
 
 #include "app/ini_settings_store.h"
+#include "app/text_file.h"
+#include "app/text_format.h"
 #include "cli_options.h"
 
 namespace sbcli {
@@ -42,17 +44,22 @@ int finish(bool ok, const std::string& messages) {
     return ok ? kExitOk : kExitFailed;
 }
 
-bool parseRange(const std::string& text, int& first, int& last) {
+bool parseRange(const std::string& text, int low, int high, int& first, int& last) {
     size_t dash = text.find('-', 1);
     if (dash == std::string::npos) return false;
-    char* end = nullptr;
-    long a = std::strtol(text.c_str(), &end, 10);
-    if (end != text.c_str() + dash) return false;
-    long b = std::strtol(text.c_str() + dash + 1, &end, 10);
-    if (*end != '\0' || end == text.c_str() + dash + 1) return false;
+    long long a = 0, b = 0;
+    if (!sb::readWholeNumber(sb::trim(std::string_view(text).substr(0, dash)), low, high, a) ||
+        !sb::readWholeNumber(sb::trim(std::string_view(text).substr(dash + 1)), low, high, b) || a > b)
+        return false;
     first = static_cast<int>(a);
     last = static_cast<int>(b);
     return true;
+}
+
+bool allowedToReplace(bool exists, bool force, const std::string& what, const char* forceDoes, std::string& errors) {
+    if (!exists || force) return true;
+    sb::appendf(errors, "ERROR, %s: nothing was changed. Use --force to %s.\n", what.c_str(), forceDoes);
+    return false;
 }
 
 }  // namespace sbcli

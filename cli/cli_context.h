@@ -22,7 +22,13 @@ void report(const std::string& messages);
 // Prints the messages and turns an operation's result into the exit status.
 int finish(bool ok, const std::string& messages);
 
-// "1-3" -> 1, 3; false when the text is not two whole numbers joined by '-'.
-bool parseRange(const std::string& text, int& first, int& last);
+// "1-3" -> 1, 3; false when the text is not two whole numbers within [low, high]
+// joined by '-', the first not after the second.
+bool parseRange(const std::string& text, int low, int high, int& first, int& last);
+
+// The command line never destroys what it was not asked to: when `exists`,
+// appends "ERROR, <what>: nothing was changed. Use --force to <forceDoes>.\n"
+// and returns false, unless `force`.
+bool allowedToReplace(bool exists, bool force, const std::string& what, const char* forceDoes, std::string& errors);
 
 }  // namespace sbcli

@@ -14,11 +14,13 @@ struct record_selection {
     std::string ids;    // "1,2,5-9"
     std::string where;  // an SQL condition on [Control Records]
     // The WHERE text for the record opener: the ID list's clause, or the user's own.
-    std::string filter() const;
+    // False with the message printed when the ID list is not IDs or names none.
+    bool filter(std::string& clause) const;
 };
 
 struct new_options {
     std::string project;
+    bool force = false;  // replace an existing file
 };
 struct copy_project_options {
     std::string source, target;
@@ -53,6 +55,7 @@ struct show_options {
 struct copy_options {
     std::string project;
     int id = 0, to = 0;
+    bool force = false;  // replace an existing record of ID `to`
 };
 struct delete_options {
     std::string project;
@@ -62,6 +65,7 @@ struct prepare_options {
     std::string project, dir;
     int id = 0;
     int version = 0;
+    bool force = false;  // write into a folder that already holds files
 };
 struct run_options {
     std::string project;

@@ -11,6 +11,7 @@
 #include "records/option_lists.h"
 #include "records/record_ids.h"
 #include "records/site_archive.h"
+#include "records/store_session.h"
 #include "records/soil_layer_file.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -92,13 +93,17 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
 using station_import = std::function<bool(sb::TelluraWeatherStations&, std::string&)>;
 using station_save = std::function<bool(sb::database&, const sb::TelluraWeatherStations&, std::string&)>;
 
+// The file is read whole and checked first; then the station and its history
+// are stored in one save, so a failure anywhere leaves the station as it was.
 int importIntoStation(const import_weather_options& opt, const station_import& read, const station_save& save) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
     sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
-    bool ok = read(station, errors) && sb::saveWeatherStation(*db, station, errors) && save(*db, station, errors);
-    return finish(ok, errors);
+    if (sb::hasErrorMessage(errors) || !read(station, errors)) return finish(false, errors);
+    sb::store_session whole(*db, errors);
+    bool ok = whole.ok() && sb::saveWeatherStation(*db, station, errors) && save(*db, station, errors);
+    return finish(whole.commitIf(ok), errors);
 }
 
 int cmdImportWeatherDaily(const import_weather_options& opt) {
@@ -140,10 +145,17 @@ int cmdImportOptionList(const option_list_options& opt) {
     std::string errors, status;
     sb::option_lists lists;
     sb::option_list& list = lists.list(member->kind);
-    bool ok = list.loadFromDatabase(*db, errors);
-    list.importFile(opt.file, errors, status);
-    ok = list.saveToDatabase(*db, errors) && ok;
-    std::cout << status;
+    if (!list.loadFromDatabase(*db, errors)) return finish(false, errors);
+    // The file must read cleanly and hold at least one record before the list is replaced.
+    sb::import_counts counts = list.importFile(opt.file, errors, status);
+    if (!counts.clean()) {
+        if (!counts.unread && counts.badLines == 0)
+            sb::appendf(errors, "ERROR, no option records in \"%s\".\n", opt.file.c_str());
+        sb::appendf(errors, "Nothing imported: the %s list is as it was.\n", opt.kind.c_str());
+        return finish(false, errors);
+    }
+    bool ok = list.saveToDatabase(*db, errors);
+    if (ok) std::cout << status;
     return finish(ok, errors);
 }
 
@@ -165,7 +177,7 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
     if (!db) return kExitFailed;
     std::string errors;
     sb::tellura_soil_list soils;
-    soils.load(*db, errors);
+    if (!soils.load(*db, errors)) return finish(false, errors);
     sb::TelluraSoils soil;
     if (const sb::TelluraSoils* stored = soils.find(opt.soil)) {
         soil = *stored;
@@ -173,8 +185,8 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
         soil.setSoilId(opt.soil);
         soil.setName(sb::strprintf("Soil %d", opt.soil));
     }
-    bool ok = sb::importSoilLayerFile(soil, opt.file, errors);
-    ok = sb::writeSoil(soil, *db, errors) && ok;
+    // A file that does not read cleanly leaves the soil, stored and in memory, as it was.
+    bool ok = sb::importSoilLayerFile(soil, opt.file, errors) && sb::writeSoil(soil, *db, errors);
     if (ok) std::cout << "Imported " << soil.layerCount << " layers into soil " << opt.soil << ".\n";
     return finish(ok, errors);
 }

@@ -1,6 +1,7 @@
 // Project-level commands: new, copy-project, list, show, copy, delete.
 #include <unistd.h>
 
+#include <filesystem>
 #include <iostream>
 
 #include "app/text_format.h"
@@ -18,13 +19,27 @@
 
 namespace sbcli {
 
-std::string record_selection::filter() const {
-    if (!ids.empty()) return std::string(sb::trim(sb::id_list_filter::whereClause(ids)));
-    return where;
+bool record_selection::filter(std::string& clause) const {
+    clause = where;
+    if (ids.empty()) return true;
+    std::string errors;
+    clause = std::string(sb::trim(sb::id_list_filter::whereClause(ids, errors)));
+    if (clause.empty() && errors.empty()) errors = "ERROR, the ID list \"" + ids + "\" names no record.\n";
+    report(errors);
+    return errors.empty();
 }
 
 int cmdNew(const new_options& opt) {
     std::string errors;
+    // A database on a server is never replaced (making one refuses a database holding tables).
+    sb::project_location where;
+    std::string problem;
+    const bool onServer = sb::project_location::parse(opt.project, where, problem) && where.onServer();
+    std::error_code ec;
+    const bool exists = !onServer && std::filesystem::exists(std::filesystem::symlink_status(opt.project, ec));
+    if (!allowedToReplace(exists, opt.force, "\"" + opt.project + "\" exists", "replace it with a new empty project",
+                          errors))
+        return finish(false, errors);
     auto db = sb::createNewProject(opt.project, errors);
     if (db) std::cout << "Created project " << db->path() << " with one default record (ID 1).\n";
     return finish(db != nullptr && errors.empty(), errors);
@@ -82,11 +97,8 @@ int cmdCopyProject(const copy_project_options& opt) {
 int cmdList(const list_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string filter = opt.selection.filter();
-    if (!opt.selection.ids.empty() && filter.empty()) {
-        std::cerr << "ERROR, the ID list \"" << opt.selection.ids << "\" names no record.\n";
-        return kExitUsage;
-    }
+    std::string filter;
+    if (!opt.selection.filter(filter)) return kExitUsage;
     sb::db_status status;
     auto table = db->openTable(sb::table_id::control_records, filter, "", status);
     if (!table) {
@@ -135,6 +147,10 @@ int cmdCopy(const copy_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
+    const bool exists = sb::controlRecordExists(*db, opt.to, errors);
+    if (!errors.empty()) return finish(false, errors);
+    if (!allowedToReplace(exists, opt.force, sb::strprintf("record ID %d exists", opt.to), "replace it", errors))
+        return finish(false, errors);
     bool ok = sb::copyRecord(*db, opt.id, opt.to, errors);
     if (ok) std::cout << "Copied record " << opt.id << " to ID " << opt.to << ".\n";
     return finish(ok, errors);

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "cli_context.h"
 #include "cli_options.h"
@@ -17,14 +18,13 @@
 namespace sbcli {
 namespace {
 
-// "1,3" -> {1, 3}; false on anything but whole numbers separated by commas or blanks.
+// "1,3" -> {1, 3}; false on anything but block numbers (1 to 32767) separated by commas or blanks.
 bool parseBlockList(const std::string& text, std::vector<int>& blocks) {
     std::string token;
     auto flush = [&]() -> bool {
         if (token.empty()) return true;
-        char* end = nullptr;
-        long n = std::strtol(token.c_str(), &end, 10);
-        if (*end != '\0' || n < 1) return false;
+        long long n = 0;
+        if (!sb::readWholeNumber(token, 1, 32767, n)) return false;
         blocks.push_back(static_cast<int>(n));
         token.clear();
         return true;
@@ -42,13 +42,25 @@ bool parseBlockList(const std::string& text, std::vector<int>& blocks) {
 }  // namespace
 
 int cmdPrepare(const prepare_options& opt) {
+    if (opt.dir.empty()) {
+        std::cerr << "ERROR, --dir names no folder: give the folder to write the run directory into.\n";
+        return kExitUsage;
+    }
+    std::string errors;
+    std::error_code ec;
+    const bool holdsFiles = std::filesystem::is_directory(opt.dir, ec) && !std::filesystem::is_empty(opt.dir, ec);
+    if (!allowedToReplace(holdsFiles, opt.force, "the folder \"" + opt.dir + "\" is not empty", "write into it",
+                          errors))
+        return finish(false, errors);
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     sb::app_soilbench settings = loadUserSettings();
     int version = opt.version ? opt.version : settings.version;
-    std::error_code ec;
     std::filesystem::create_directories(opt.dir, ec);
-    std::string errors;
+    if (ec) {
+        sb::appendf(errors, "ERROR, unable to make the folder \"%s\": %s.\n", opt.dir.c_str(), ec.message().c_str());
+        return finish(false, errors);
+    }
     sb::run_controller controller(*db, settings);
     controller.loadProjectData(errors);
     sb::tellura_control_record record;
@@ -75,24 +87,25 @@ int cmdRun(const run_options& opt) {
     // does not apply here unless asked for.
     settings.runVisible = opt.visible;
     if (!opt.dailyYears.empty()) {
+        // Years as the daily folders name them: four digits. The run keeps only
+        // those it simulates.
         int first = 0, last = 0;
-        if (!parseRange(opt.dailyYears, first, last)) {
-            std::cerr << "ERROR, --daily-years takes two years joined by '-', like 1990-2000.\n";
+        if (!parseRange(opt.dailyYears, 0, 9999, first, last)) {
+            std::cerr << "ERROR, --daily-years takes two years from 0 to 9999 joined by '-', the first not after the "
+                         "second, like 1990-2000; not \""
+                      << opt.dailyYears << "\".\n";
             return kExitUsage;
         }
         settings.saveDailyFirstYear = first;
         settings.saveDailyLastYear = last;
     }
     sb::run_set_options runSet;
-    runSet.filter = opt.selection.filter();
-    if (!opt.selection.ids.empty() && runSet.filter.empty()) {
-        std::cerr << "ERROR, the ID list \"" << opt.selection.ids << "\" names no record.\n";
-        return kExitUsage;
-    }
+    if (!opt.selection.filter(runSet.filter)) return kExitUsage;
     runSet.stopOnPrecheckErrors = opt.stopOnPrecheck;
     runSet.jobs = opt.jobs ? opt.jobs : std::max(1, settings.jobs);
     if (!opt.blocks.empty() && !parseBlockList(opt.blocks, runSet.blockOrder)) {
-        std::cerr << "ERROR, --blocks takes block numbers like \"1,3\".\n";
+        std::cerr << "ERROR, --blocks takes block numbers from 1 to 32767 like \"1,3\"; not \"" << opt.blocks
+                  << "\".\n";
         return kExitUsage;
     }
 

@@ -90,9 +90,10 @@ int main(int argc, char** argv) {
     new_options newOpt;
     auto* cNew = app.add_subcommand("new", "create a project with every table and a default record");
     cNew->add_option("PROJECT", newOpt.project,
-                     "project file to create (replaced if it exists), or a postgresql:// URL of a database "
+                     "project file to create, or a postgresql:// URL of a database "
                      "(made if it does not exist; an existing one must hold no tables)")
         ->required();
+    cNew->add_flag("--force", newOpt.force, "replace an existing file, losing everything in it");
     on(cNew, [&] { return cmdNew(newOpt); });
 
     copy_project_options copyProjectOpt;
@@ -112,7 +113,8 @@ int main(int argc, char** argv) {
     cRunFiles->add_option("PROJECT", runFiles.project)->required();
     cRunFiles->add_option("DIR", runFiles.dir, "the run directory")->required();
     cRunFiles->add_option("--schedule", runFiles.schedule, "schedule file (default: the only .sch in DIR)");
-    cRunFiles->add_option("--id", runFiles.id, "ID of the new record (default: one past the highest)");
+    cRunFiles->add_option("--id", runFiles.id, "ID of the new record (default: one past the highest)")
+        ->check(CLI::Range(0, 2147483647));
     cRunFiles->add_flag("--force", runFiles.force, "replace the record of that ID (and its outputs) if there is one");
     cRunFiles
         ->add_option("--version", runFiles.version,
@@ -206,6 +208,7 @@ int main(int argc, char** argv) {
     cCopy->add_option("PROJECT", copyOpt.project)->required();
     cCopy->add_option("--id", copyOpt.id)->required();
     cCopy->add_option("--to", copyOpt.to)->required();
+    cCopy->add_flag("--force", copyOpt.force, "replace an existing record of that ID");
     on(cCopy, [&] { return cmdCopy(copyOpt); });
 
     delete_options deleteOpt;
@@ -220,6 +223,7 @@ int main(int argc, char** argv) {
     cPrepare->add_option("--id", prepareOpt.id)->required();
     cPrepare->add_option("--version", prepareOpt.version, "model version code 1-6")->check(CLI::Range(1, 6));
     cPrepare->add_option("--dir", prepareOpt.dir, "directory to write into")->required();
+    cPrepare->add_flag("--force", prepareOpt.force, "write into a folder that already holds files");
     on(cPrepare, [&] { return cmdPrepare(prepareOpt); });
 
     run_options runOpt;

@@ -1,34 +1,115 @@
 #include "app/text_file.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <memory>
+#include <unistd.h>
+
+#include "app/text_format.h"
 
 namespace sb::text_file {
 
-bool writeTextFile(const std::string& path, std::string_view text) {
-    // A new file is much cheaper to write than an old one truncated in place,
-    // and run directories are rewritten before every run.
-    std::error_code ec;
-    if (std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ec))) std::filesystem::remove(path, ec);
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(text.data(), static_cast<std::streamsize>(text.size()));
-    file.close();
-    return !file.fail();
+namespace {
+
+struct file_closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using file_handle = std::unique_ptr<std::FILE, file_closer>;
+
+// Checks the lines from `lineStart` on, moving it past each whole line; the
+// number (from 1) of a line longer than the limit, or 0. An unfinished last
+// line counts as too long only once it cannot end within the limit, unless
+// `atEnd` says no more text follows.
+long overlongLine(std::string_view text, size_t& lineStart, long& lineNumber, bool atEnd) {
+    while (true) {
+        size_t end = text.find('\n', lineStart);
+        size_t stop = end == std::string_view::npos ? text.size() : end;
+        size_t length = stop - lineStart;
+        if (length > 0 && text[stop - 1] == '\r' && (end != std::string_view::npos || atEnd)) --length;
+        size_t allowed = end == std::string_view::npos && !atEnd ? kMaxLineLength + 1 : kMaxLineLength;
+        if (length > allowed) return lineNumber;
+        if (end == std::string_view::npos) return 0;
+        ++lineNumber;
+        lineStart = end + 1;
+    }
 }
 
-bool readTextFile(const std::string& path, std::string& text) {
+void appendLineTooLong(long line, const std::string& path, std::string& errors) {
+    appendf(errors, "ERROR, line %ld of \"%s\" is longer than %zu characters.\n", line, path.c_str(), kMaxLineLength);
+}
+
+}  // namespace
+
+bool writeTextFile(const std::string& path, std::string_view text) {
+    namespace fs = std::filesystem;
+    // A new file beside the old one, renamed over it: the rename replaces the
+    // name itself, so a symbolic link there is replaced rather than followed.
+    std::string temporary = path + ".sbnew";
     std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) return false;
-    std::ifstream file(path, std::ios::binary);
+    fs::remove(temporary, ec);
+    file_handle file(std::fopen(temporary.c_str(), "wbx"));
     if (!file) return false;
-    std::ostringstream buffer;
-    buffer << file.rdbuf();
-    text = buffer.str();
-    return !file.bad();
+    bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
+    written = std::fclose(file.release()) == 0 && written;
+    if (written) {
+        fs::rename(temporary, path, ec);
+        written = !ec;
+    }
+    if (!written) fs::remove(temporary, ec);
+    return written;
+}
+
+bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen) {
+    text.clear();
+    std::error_code ec;
+    file_handle file(std::filesystem::is_directory(path, ec) ? nullptr : std::fopen(path.c_str(), "rb"));
+    if (!file) {
+        errors += cannotOpen;
+        return false;
+    }
+    // Read in pieces, checking the limits as the text grows: a device or a file
+    // without line ends is stopped after one line's worth of bytes.
+    char buffer[1 << 16];
+    size_t lineStart = 0;
+    long lineNumber = 1;
+    while (size_t got = std::fread(buffer, 1, sizeof buffer, file.get())) {
+        text.append(buffer, got);
+        if (long line = overlongLine(text, lineStart, lineNumber, false)) {
+            text.clear();
+            appendLineTooLong(line, path, errors);
+            return false;
+        }
+        if (static_cast<long long>(text.size()) > kMaxTextFileBytes) {
+            text.clear();
+            appendf(errors, "ERROR, \"%s\" is larger than %lld bytes.\n", path.c_str(), kMaxTextFileBytes);
+            return false;
+        }
+    }
+    if (std::ferror(file.get())) {
+        text.clear();
+        errors += cannotOpen;
+        return false;
+    }
+    if (long line = overlongLine(text, lineStart, lineNumber, true)) {
+        text.clear();
+        appendLineTooLong(line, path, errors);
+        return false;
+    }
+    return true;
+}
+
+bool checkTextLimits(std::string_view text, const std::string& path, std::string& errors) {
+    size_t lineStart = 0;
+    long lineNumber = 1;
+    if (long line = overlongLine(text, lineStart, lineNumber, true)) {
+        appendLineTooLong(line, path, errors);
+        return false;
+    }
+    return true;
 }
 
 std::vector<std::string> splitLines(std::string_view text) {
@@ -64,6 +145,30 @@ double toReal(std::string_view text) {
 long toInteger(std::string_view text) {
     std::string copy(text);
     return std::strtol(copy.c_str(), nullptr, 10);
+}
+
+bool readFiniteNumber(std::string_view token, double& value) {
+    if (token.empty()) return false;
+    // Digits, sign, point and exponent only: strtod would also take "nan", "inf" and hexadecimal.
+    for (char c : token)
+        if (!std::strchr("0123456789+-.eE", c)) return false;
+    std::string copy(token);
+    char* end = nullptr;
+    double v = std::strtod(copy.c_str(), &end);
+    if (end != copy.c_str() + copy.size() || !std::isfinite(v)) return false;
+    value = v;
+    return true;
+}
+
+bool readWholeNumber(std::string_view token, long long low, long long high, long long& value) {
+    const char* first = token.data();
+    const char* last = token.data() + token.size();
+    if (first != last && *first == '+') ++first;
+    long long v = 0;
+    auto [end, ec] = std::from_chars(first, last, v);
+    if (ec != std::errc() || end != last || first == last || v < low || v > high) return false;
+    value = v;
+    return true;
 }
 
 }  // namespace sb::text_file

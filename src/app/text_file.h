@@ -10,11 +10,24 @@
 namespace sb {
 namespace text_file {
 
+// Every text file we read keeps within these: a longer line or a bigger file is
+// not a file of the model (a binary file, a device, a file cut or damaged), and
+// reading stops there instead of filling memory.
+constexpr size_t kMaxLineLength = 65536;
+constexpr long long kMaxTextFileBytes = 256LL * 1024 * 1024;
+
 // Creates (replaces) the file with exactly these bytes; false when it cannot be
-// created or written.
+// created or written. The bytes go to a new file that then takes the name, so a
+// symbolic link standing there is replaced, never written through, and a reader
+// never sees half a file.
 bool writeTextFile(const std::string& path, std::string_view text);
-// The whole file; false when it cannot be opened (or is a folder).
-bool readTextFile(const std::string& path, std::string& text);
+// The whole file. False when it cannot be opened (or is a folder): `cannotOpen`
+// is appended to `errors`; or when it breaks a limit above: "ERROR, line %ld of
+// \"%s\" is longer than %zu characters.\n" or "ERROR, \"%s\" is larger than %lld
+// bytes.\n" is appended, and `text` is left empty.
+bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen);
+// The same limits on a text already in memory (`path` names it in the message).
+bool checkTextLimits(std::string_view text, const std::string& path, std::string& errors);
 // The lines of a text, without their LF or CR LF ends; a last line without a
 // line end counts.
 std::vector<std::string> splitLines(std::string_view text);
@@ -38,6 +51,11 @@ std::vector<std::string_view> splitTokenViews(std::string_view text);
 double toReal(std::string_view text);
 // Integer conversion: leading integer of the text, 0 when there is none.
 long toInteger(std::string_view text);
+// A whole token as a finite decimal number: false for "nan", "inf", hexadecimal,
+// an out-of-range magnitude, and a number followed by anything else.
+bool readFiniteNumber(std::string_view token, double& value);
+// A whole token as a decimal integer within [low, high]; false otherwise.
+bool readWholeNumber(std::string_view token, long long low, long long high, long long& value);
 
 }  // namespace text_file
 using namespace text_file;

@@ -23,4 +23,8 @@ std::string toUpper(std::string_view text);
 // Blanks (space, tab, CR, LF) removed from both ends.
 std::string_view trim(std::string_view text);
 
+// Does any line of the messages report an error ("ERROR, ...", "Error, ...",
+// "Syntax error ...")? Warnings and counts do not.
+bool hasErrorMessage(std::string_view messages);
+
 }  // namespace sb

@@ -100,10 +100,7 @@ std::string versionLabels(const field_help_version_tellura& entry) {
 
 bool list_field_help_tellura::load(const std::string& path, std::string& messages) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        messages += "ERROR, unable to open help file \"" + path + "\"\r\n";
-        return false;
-    }
+    if (!readTextFile(path, text, messages, "ERROR, unable to open help file \"" + path + "\"\r\n")) return false;
     return loadText(text, path, messages);
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cctype>
+#include <cmath>
 
 #include "app/text_format.h"
 #include "modelinput/parameter_names.h"
@@ -330,11 +331,9 @@ bool setParameterByName(std::string_view name, double value, TelluraControlRecor
 bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
                      std::string& messages) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(messages, "ERROR, can't open file %s.\n", path.c_str());
-        return false;
-    }
+    if (!readTextFile(path, text, messages, strprintf("ERROR, can't open file %s.\n", path.c_str()))) return false;
     std::vector<std::string> lines = splitLines(text);
+    bool ok = true;
     for (size_t i = 1; i < lines.size(); ++i) {  // the first line is the title
         std::string_view line = lines[i];
         if (line.size() > 79) line = line.substr(0, 79);  // the reader's 80-byte buffer
@@ -342,15 +341,21 @@ bool importFixedFile(tellura_control_record& record, const std::string& path, Te
         if (line.front() == '*') continue;
         double value = toReal(line.substr(0, 12));
         if (line.size() < 15) continue;
+        const size_t messagesBefore = messages.size();
         std::string_view rest = trim(line.substr(14));
         std::string name = std::string(rest.substr(0, rest.find_first_of(" \t")));
         // The model's own files quote their names: 'ADEP(1)'.
         while (!name.empty() && name.front() == '\'') name.erase(0, 1);
         while (!name.empty() && name.back() == '\'') name.pop_back();
-        setParameterByName(name, value, record.row, soil, nullptr, version, messages);
+        if (!std::isfinite(value))
+            appendf(messages, "ERROR, value \"%s\" is not a number.\n", std::string(trim(line.substr(0, 12))).c_str());
+        else setParameterByName(name, value, record.row, soil, nullptr, version, messages);
+        if (messages.size() == messagesBefore) continue;
+        appendf(messages, "File: \"%s\", line %zu\n", path.c_str(), i + 1);
+        ok = false;
     }
     appendf(messages, "Imported fixed data from \"%s\"\n", path.c_str());
-    return true;
+    return ok;
 }
 
 }  // namespace sb

@@ -41,6 +41,8 @@ bool setParameterByName(std::string_view name, double value, TelluraControlRecor
 // Reads a fixed file: the title line is passed over, "*" lines are comments,
 // an empty line ends it; the value is in the first 12 characters, the name
 // from the 15th on. "ERROR, can't open file %s.\n" when it cannot be opened.
+// Every message a line gives is followed by "File: \"<path>\", line <n>\n", and
+// the result is then false (the values of the other lines are still read).
 bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
                      std::string& messages);
 

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <vector>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "modelinput/soil_site_names.h"
 
@@ -13,17 +14,20 @@ namespace {
 
 std::string_view baseOf(std::string_view name) { return name.substr(0, name.find('(')); }
 
-// Subscripts between "(" and ")", separated by commas; false when any is not a number.
+// Subscripts can only be this large: larger ones are no subscripts at all.
+constexpr long long kMaxSubscript = 999999;
+
+// Subscripts between "(" and ")", separated by commas; false when any is not a
+// whole number (a sign alone, too many digits, anything but digits).
 bool readSubscripts(std::string_view inner, std::vector<long>& subscripts) {
     size_t start = 0;
     while (start <= inner.size()) {
         size_t comma = inner.find(',', start);
-        std::string part(
-            trim(inner.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
-        if (part.empty()) return false;
-        for (char c : part)
-            if (!std::isdigit(static_cast<unsigned char>(c)) && c != '-' && c != '+') return false;
-        subscripts.push_back(std::stol(part));
+        std::string_view part =
+            trim(inner.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start));
+        long long value = 0;
+        if (!readWholeNumber(part, -kMaxSubscript, kMaxSubscript, value)) return false;
+        subscripts.push_back(static_cast<long>(value));
         if (comma == std::string_view::npos) break;
         start = comma + 1;
     }
@@ -81,8 +85,10 @@ std::string siteColumnOfName(const std::string& canonicalName) {
     std::string_view base = baseOf(canonicalName);
     if ((base == "SOM2CI" || base == "RCES2") && canonicalName.find(',') == std::string::npos &&
         base.size() != canonicalName.size()) {
-        std::string inner = canonicalName.substr(base.size() + 1, canonicalName.size() - base.size() - 2);
-        return subscripted(base, 1, static_cast<int>(std::stol(inner)));
+        std::string_view inner =
+            std::string_view(canonicalName).substr(base.size() + 1, canonicalName.size() - base.size() - 2);
+        long long j = 0;
+        if (readWholeNumber(inner, -kMaxSubscript, kMaxSubscript, j)) return subscripted(base, 1, static_cast<int>(j));
     }
     return canonicalName;
 }

@@ -13,6 +13,7 @@
 #include "app/text_file.h"
 #include "records/record_ids.h"
 #include "records/soil_layer_file.h"
+#include "records/store_session.h"
 
 namespace sb {
 
@@ -82,7 +83,11 @@ bool saveHistory(database& db, const TelluraWeatherStations& station, std::strin
     return saveDailyHistory(db, station, errors) && ok;
 }
 
+// Every part of the run is one save: the record, its soil, its stations and the
+// option lists are stored together or not at all.
 bool saveRun(database& db, imported_run& run, std::string& errors) {
+    store_session whole(db, errors);
+    if (!whole.ok()) return false;
     // A record of that ID is replaced whole: nothing of it (its outputs above
     // all) may pass for the imported set-up's.
     bool ok = !controlRecordExists(db, run.record.id()) || deleteControlRecord(db, run.record.id(), errors);
@@ -95,7 +100,8 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
     }
     for (int kind = 0; kind < kOptionKindCount; ++kind)
         ok = run.options.list(static_cast<option_kind>(kind)).saveToDatabase(db, errors) && ok;
-    return writeControlRecord(run.record, db, errors) && ok;
+    ok = writeControlRecord(run.record, db, errors) && ok;
+    return whole.commitIf(ok);
 }
 
 }  // namespace
@@ -130,9 +136,15 @@ bool importRunFiles(database& db, const std::string& directory, const std::strin
                     int32_t newId, std::string& errors) {
     imported_run run;
     run.options.loadAll(db, errors);
+    // Read and check every file first: a directory with any error stores nothing.
+    const size_t messagesBefore = errors.size();
     if (!readRunFiles(directory, scheduleFile, version, newId, nextFreeSoilId(db, newId), nextFreeStationId(db, newId),
                       run, errors))
         return false;
+    if (hasErrorMessage(std::string_view(errors).substr(messagesBefore))) {
+        appendf(errors, "ERROR, nothing imported from \"%s\": the files above have errors.\n", directory.c_str());
+        return false;
+    }
     return saveRun(db, run, errors);
 }
 

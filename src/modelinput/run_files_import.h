@@ -39,8 +39,10 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
 // Reads the run directory and stores it in the project as record `newId`
 // with a new soil and a new weather station (the next free IDs, past every ID
 // a record names), and the option lists updated with the directory's option
-// files. The record is described by its site file's title and its schedule.
-// A record stored under `newId` is replaced, outputs and all: callers ask first.
+// files, all in one save. The record is described by its site file's title and
+// its schedule. Every file is read first: when any of them gives an error,
+// nothing is stored. A record stored under `newId` is replaced, outputs and
+// all: callers ask first.
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
                     int32_t newId, std::string& errors);
 

@@ -447,10 +447,7 @@ bool readScheduleText(const std::string& text, const std::string& path, int vers
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
                       schedule_references& references, std::string& errors) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
-        return false;
-    }
+    if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
     return readScheduleText(text, path, version, record, references, errors);
 }
 

@@ -340,16 +340,14 @@ private:
 bool importSiteFile(const std::string& path, tellura_control_record& record, TelluraSoils* soil,
                     TelluraWeatherStations* station, std::string& messages) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(messages, "ERROR, cannot open site file \"%s\"\n", path.c_str());
+    if (!readTextFile(path, text, messages, strprintf("ERROR, cannot open site file \"%s\"\n", path.c_str())))
         return false;
-    }
     site_file_reader reader(record, soil, station);
     std::string status;
-    reader.importText(text, path, messages, status);
+    import_counts counts = reader.importText(text, path, messages, status);
     if (reader.climateRead) station->hasMeans = true;
     appendf(messages, "Imported site data from \"%s\"\n", path.c_str());
-    return true;
+    return counts.badLines == 0;
 }
 
 namespace {
@@ -445,10 +443,9 @@ private:
 
 bool importSitepar(const std::string& path, tellura_control_record& record, std::string& messages) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(messages, "ERROR, cannot open site parameters file \"%s\"\n", path.c_str());
+    if (!readTextFile(path, text, messages,
+                      strprintf("ERROR, cannot open site parameters file \"%s\"\n", path.c_str())))
         return false;
-    }
     sitepar_reader(splitLines(text), record.site, messages).read();
     appendf(messages, "Imported site parameters from \"%s\"\n", path.c_str());
     return true;

@@ -29,7 +29,9 @@ bool writeSitepar(const TelluraSiteData& site, const std::string& path, int vers
 
 // Reads a site file by parameter name into the record's Site Data row (and
 // SITLAT/SITLNG into the record). Soil names go to `soil` and climate names
-// to `station` when they are given, and are passed over otherwise.
+// to `station` when they are given, and are passed over otherwise. False when
+// the file cannot be read or any line gave a message (each followed by the
+// file and line).
 bool importSiteFile(const std::string& path, tellura_control_record& record, TelluraSoils* soil,
                     TelluraWeatherStations* station, std::string& messages);
 

@@ -70,16 +70,28 @@ public:
     import_pass(tellura_input_list& list, const std::string& path, std::string& errors)
         : list_(list), path_(path), errors_(errors) {}
 
-    void header(std::string_view line);
-    void value(std::string_view line);
+    // One line of the file; its messages are followed by where it stands.
+    void line(std::string_view text) {
+        ++lineNumber_;
+        const size_t before = errors_.size();
+        if (std::isalpha(static_cast<unsigned char>(text.front()))) header(text);
+        else value(text);
+        if (errors_.size() == before) return;
+        ++counts_.badLines;
+        appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), lineNumber_);
+    }
     import_counts counts() const { return counts_; }
 
 private:
+    void header(std::string_view line);
+    void value(std::string_view line);
+
     tellura_input_list& list_;
     const std::string& path_;
     std::string& errors_;
     tellura_input* current_ = nullptr;
     import_counts counts_;
+    long lineNumber_ = 0;
 };
 
 void import_pass::header(std::string_view line) {
@@ -118,7 +130,13 @@ void import_pass::value(std::string_view line) {
         return;
     }
     size_t pos = 0;
-    double number = toReal(nextToken(line, pos, kValueDelimiters));
+    std::string_view token = nextToken(line, pos, kValueDelimiters);
+    double number = 0;
+    if (!token.empty() && token.front() == '*') return;  // "*** Climate parameters": a section heading
+    if (!readFiniteNumber(token, number)) {
+        appendf(errors_, "ERROR, value \"%.*s\" is not a number.\n", static_cast<int>(token.size()), token.data());
+        return;
+    }
     std::string_view name = nextToken(line, pos, kNameDelimiters);
     if (name.empty()) {
         errors_ += "Syntax error, no field name, in cultivation parameter file.\n";
@@ -146,9 +164,10 @@ const tellura_input* tellura_input_list::find(std::string_view name) const {
 
 import_counts tellura_input_list::importFile(const std::string& path, std::string& errors, std::string& status) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(errors, "ERROR, unable to open file \"%s\"\n", path.c_str());
-        return {};
+    if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open file \"%s\"\n", path.c_str()))) {
+        import_counts unread;
+        unread.unread = true;
+        return unread;
     }
     return importText(text, path, errors, status);
 }
@@ -160,8 +179,7 @@ import_counts tellura_input_list::importText(std::string_view text, const std::s
     std::string_view line;
     while (reader.next(line)) {
         if (trimBlanks(line).empty()) break;
-        if (std::isalpha(static_cast<unsigned char>(line.front()))) pass.header(line);
-        else pass.value(line);
+        pass.line(line);
     }
     import_counts counts = pass.counts();
     appendf(status, "Imported %d records and updated %d records from \"%s\".\n", counts.imported, counts.updated,

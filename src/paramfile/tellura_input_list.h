@@ -8,7 +8,11 @@
 //   blanks is the description. A name already in the list updates that record.
 // - Any other line is a value line: a number, then the field name (single
 //   quotes around the name are accepted, as in 'PRDX(1)'); anything after
-//   the name is not read.
+//   the name is not read. A line whose first word starts with "*" is a
+//   section heading ("*** Climate parameters") and is passed over; any other
+//   first word that is not a finite decimal number is refused ("ERROR, value
+//   \"%s\" is not a number.\n").
+// - Every message a line gives is followed by "File: \"<path>\", line <n>\n".
 // - Reading stops at the end of the file or at the first empty line (a line
 //   holding nothing but blanks counts as empty).
 // - Line ends may be LF or CR LF.
@@ -26,8 +30,12 @@
 namespace sb {
 
 struct import_counts {
-    int imported = 0;  // records new to the list
-    int updated = 0;   // records already in the list, overwritten
+    int imported = 0;     // records new to the list
+    int updated = 0;      // records already in the list, overwritten
+    int badLines = 0;     // lines that gave an error message (each followed by the file and line)
+    bool unread = false;  // the file could not be read at all
+    // Nothing wrong: every line read and at least one record in the file.
+    bool clean() const { return !unread && badLines == 0 && imported + updated > 0; }
 };
 
 class tellura_input_list {

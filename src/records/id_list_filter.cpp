@@ -1,6 +1,7 @@
 #include "records/id_list_filter.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <cctype>
 #include <vector>
 
 #include "app/text_format.h"
@@ -9,60 +10,89 @@ namespace sb {
 
 namespace {
 
-// Pieces of the text between any of the separators; empty pieces are skipped,
-// as strtok does.
-std::vector<std::string> split(std::string_view text, std::string_view separators) {
-    std::vector<std::string> pieces;
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t start = text.find_first_not_of(separators, pos);
-        if (start == std::string_view::npos) break;
-        size_t end = text.find_first_of(separators, start);
-        if (end == std::string_view::npos) end = text.size();
-        pieces.emplace_back(text.substr(start, end - start));
-        pos = end;
+bool isSeparator(char c) { return c == ',' || c == ' ' || c == '\t'; }
+
+// Reads one ID at `pos`; false when there are no digits there or the number is
+// past the largest ID (`tooLarge` set).
+bool readId(std::string_view text, size_t& pos, long long& id, bool& tooLarge) {
+    size_t start = pos;
+    long long value = 0;
+    while (pos < text.size() && std::isdigit(static_cast<unsigned char>(text[pos]))) {
+        if (value <= id_list_filter::kLargestId) value = value * 10 + (text[pos] - '0');
+        ++pos;
     }
-    return pieces;
+    if (pos == start) return false;
+    tooLarge = value > id_list_filter::kLargestId;
+    id = value;
+    return !tooLarge;
 }
 
-// atol: leading sign allowed, anything that is not a number reads as 0.
-long readNumber(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
+void skipBlanks(std::string_view text, size_t& pos) {
+    while (pos < text.size() && (text[pos] == ' ' || text[pos] == '\t')) ++pos;
+}
+
+struct id_range {
+    long long first, last;
+};
+
+// The terms joined by OR two at a time, so that a long list nests only as deep
+// as its length's logarithm.
+std::string joinBalanced(const std::vector<std::string>& terms, size_t from, size_t to) {
+    if (to - from == 1) return terms[from];
+    size_t middle = from + (to - from) / 2;
+    return "(" + joinBalanced(terms, from, middle) + " OR " + joinBalanced(terms, middle, to) + ")";
+}
 
 }  // namespace
 
-std::string id_list_filter::whereClause(std::string_view idList) {
-    std::string ignored;
-    return whereClause(idList, ignored);
-}
-
 std::string id_list_filter::whereClause(std::string_view idList, std::string& errors) {
-    std::string terms;
-    long termCount = 0;
-    auto addTerm = [&](long id) {
-        appendf(terms, "%s ID = %ld", termCount == 0 ? "" : " OR", id);
-        ++termCount;
-    };
-    for (const std::string& token : split(idList, " ,")) {
-        std::vector<std::string> parts = split(token, "-");
-        if (parts.empty()) continue;  // a lone "-"
-        long first = readNumber(parts[0]);
-        if (parts.size() == 1) {
-            addTerm(first);
-            continue;
+    std::vector<id_range> ranges;
+    size_t pos = 0;
+    while (true) {
+        while (pos < idList.size() && isSeparator(idList[pos])) ++pos;
+        if (pos >= idList.size()) break;
+        const size_t start = pos;
+        auto refuse = [&](const char* why) {
+            size_t end = std::max(pos, start);
+            while (end < idList.size() && !isSeparator(idList[end])) ++end;
+            std::string_view part = trim(idList.substr(start, end - start));
+            appendf(errors, "ERROR, \"%.*s\" in the ID list %s.\n", static_cast<int>(part.size()), part.data(), why);
+            return std::string();
+        };
+        long long first = 0, last = 0;
+        bool tooLarge = false;
+        if (!readId(idList, pos, first, tooLarge))
+            return refuse(tooLarge ? "is past the largest ID, 2147483647" : "is not an ID or a range of IDs like 5-9");
+        last = first;
+        size_t after = pos;
+        skipBlanks(idList, after);
+        if (after < idList.size() && idList[after] == '-') {
+            pos = after + 1;
+            skipBlanks(idList, pos);
+            if (!readId(idList, pos, last, tooLarge))
+                return refuse(tooLarge ? "is past the largest ID, 2147483647"
+                                       : "is not an ID or a range of IDs like 5-9");
+            if (last < first) return refuse("runs backwards: a range goes from the lower ID to the higher");
         }
-        long last = readNumber(parts[1]);
-        if (first > last) continue;
-        // Unsigned arithmetic: the span of two extreme longs does not fit in a long.
-        unsigned long span = static_cast<unsigned long>(last) - static_cast<unsigned long>(first);
-        if (span >= static_cast<unsigned long>(kMaxTerms - termCount)) {
-            appendf(errors, "ERROR, ID range %ld-%ld is too long, at most %ld IDs can be listed.\n", first, last,
-                    kMaxTerms);
-            continue;
-        }
-        for (unsigned long step = 0; step <= span; ++step) addTerm(first + static_cast<long>(step));
+        if (pos < idList.size() && !isSeparator(idList[pos])) return refuse("is not an ID or a range of IDs like 5-9");
+        ranges.push_back({first, last});
     }
-    if (termCount == 0) return {};
-    return " (" + terms.substr(1) + ")";
+    if (ranges.empty()) return {};
+    std::vector<std::string> terms;
+    std::string singles;
+    int singleCount = 0;
+    for (const id_range& r : ranges) {
+        if (r.first == r.last) {
+            appendf(singles, "%s%lld", singleCount++ ? ", " : "", r.first);
+        } else {
+            terms.push_back(strprintf("ID BETWEEN %lld AND %lld", r.first, r.last));
+        }
+    }
+    if (singleCount == 1) terms.insert(terms.begin(), "ID = " + singles);
+    else if (singleCount > 1) terms.insert(terms.begin(), "ID IN (" + singles + ")");
+    std::string joined = joinBalanced(terms, 0, terms.size());
+    if (terms.size() == 1) joined = "(" + joined + ")";  // several are joined in parentheses already
+    return " " + joined;
 }
 
 }  // namespace sb

@@ -8,14 +8,16 @@ namespace sb {
 
 class id_list_filter {
 public:
-    // A range longer than this is refused with a message rather than spelled out
-    // term by term (the clause names every ID, so "1-999999999" would not fit in memory).
-    static constexpr long kMaxTerms = 1000000;
+    // IDs in a list are record IDs from 0 up.
+    static constexpr long long kLargestId = 2147483647;
 
-    // " (ID = 1 OR ID = 2 OR ID = 5 OR ID = 6 OR ID = 7 OR ID = 8 OR ID = 9)" for
-    // "1, 2, 5-9"; empty when the list names no ID. A range whose start exceeds its
-    // end is ignored without a message.
-    static std::string whereClause(std::string_view idList);
+    // " (ID IN (1, 2) OR ID BETWEEN 5 AND 9)" for "1, 2, 5-9": single IDs in one
+    // IN list, ranges as BETWEEN, so that a list of any length stays one short
+    // condition (a term per ID would be too deep for the store past a thousand
+    // IDs). IDs and ranges are separated by commas or blanks; a range is two IDs
+    // joined by '-'. Empty when the list names no ID. Anything that is not an ID
+    // or a range ("1;", "abc", "5-", "-3", "9-5", an ID past kLargestId) makes
+    // the clause empty, with a message naming it appended to `errors`.
     static std::string whereClause(std::string_view idList, std::string& errors);
 
     // The question asked when the dialog closes with an edited list and no clause built.

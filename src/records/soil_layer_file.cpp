@@ -3,10 +3,6 @@
 #include "app/text_file.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "app/text_format.h"
 #include "records/soil_relayer.h"
@@ -23,55 +19,87 @@ constexpr soil_layer_column kLineColumns[] = {
     kLayerPh,
 };
 
-double toReal(const std::string& token) { return std::strtod(token.c_str(), nullptr); }
+constexpr int kMaxDepthCm = 32767;  // the Depth column is 16 bits
 
-void readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tokens) {
-    // tokens[0], the upper depth, follows from the layer above and is not kept.
-    if (tokens.size() > 1) {
-        double depth = toReal(tokens[1]);
-        layer.setDepth(
-            std::isnan(depth) ? 0 : static_cast<int>(std::lround(std::fmin(32767.0, std::fmax(-32768.0, depth)))));
+// Reads one line's numbers into the layer; false with a message naming the line
+// when a token is not a number or the depths cannot be the next layer's.
+bool readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tokens, int depthAbove, long lineNumber,
+                   const std::string& path, std::string& errors) {
+    std::vector<double> values;
+    for (const std::string& token : tokens) {
+        double value = 0;
+        if (!readFiniteNumber(token, value)) {
+            appendf(errors, "ERROR, line %ld of soil layer file \"%s\": \"%s\" is not a number.\n", lineNumber,
+                    path.c_str(), token.c_str());
+            return false;
+        }
+        values.push_back(value);
     }
-    for (size_t i = 0; i < std::size(kLineColumns) && i + 2 < tokens.size(); ++i)
-        layer.setValue(kLineColumns[i], toReal(tokens[i + 2]));
+    if (values.size() < 2) {
+        appendf(errors, "ERROR, line %ld of soil layer file \"%s\" has no lower depth.\n", lineNumber, path.c_str());
+        return false;
+    }
+    // values[0], the upper depth, follows from the layer above and is not kept.
+    const long depth = std::lround(values[1]);
+    if (depth <= depthAbove || depth > kMaxDepthCm) {
+        appendf(errors,
+                "ERROR, line %ld of soil layer file \"%s\": the lower depth %s cm must be below the layer above "
+                "(%d cm) and at most %d cm.\n",
+                lineNumber, path.c_str(), tokens[1].c_str(), depthAbove, kMaxDepthCm);
+        return false;
+    }
+    layer.setDepth(static_cast<int>(depth));
+    for (size_t i = 0; i < std::size(kLineColumns) && i + 2 < values.size(); ++i)
+        layer.setValue(kLineColumns[i], values[i + 2]);
+    return true;
 }
 
 }  // namespace
 
 bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors) {
-    soil.layerCount = 0;
+    if (!checkTextLimits(text, path, errors)) return false;
+    // Read into a copy: a file with any bad line leaves the soil's layers as they were.
+    TelluraSoils read = soil;
+    read.layerCount = 0;
     bool ok = true;
-    std::istringstream in(text);
-    std::string line;
-    while (std::getline(in, line)) {
+    long lineNumber = 0;
+    forEachLine(text, [&](std::string_view whole) {
+        ++lineNumber;
         // A longer line is cut; the model's own reader takes no more either.
-        if (line.size() > static_cast<size_t>(kSoilLayerLineLimit)) line.resize(kSoilLayerLineLimit);
+        std::string_view line = whole.substr(0, static_cast<size_t>(kSoilLayerLineLimit));
         std::vector<std::string> tokens = splitTokens(line);
-        if (tokens.empty()) continue;
-        if (soil.layerCount >= kMaxSoilLayers) {
+        if (tokens.empty()) return;
+        if (read.layerCount >= kMaxSoilLayers) {
             appendf(errors, "ERROR, too many soil layers in soil file \"%s\".\n", path.c_str());
             ok = false;
-            continue;
+            return;
         }
-        TelluraSoilLayers& layer = soil.layers[static_cast<size_t>(soil.layerCount)];
-        readLayerLine(layer, tokens);
-        ++soil.layerCount;
-        layer.setNumber(kLayerSoilId, soil.soilId());
-        layer.setNumber(kLayerNumber, soil.layerCount);
+        TelluraSoilLayers& layer = read.layers[static_cast<size_t>(read.layerCount)];
+        const int depthAbove = read.layerCount > 0 ? read.layers[static_cast<size_t>(read.layerCount - 1)].depth() : 0;
+        if (!readLayerLine(layer, tokens, depthAbove, lineNumber, path, errors)) {
+            ok = false;
+            return;
+        }
+        ++read.layerCount;
+        layer.setNumber(kLayerSoilId, read.soilId());
+        layer.setNumber(kLayerNumber, read.layerCount);
+    });
+    if (ok && read.layerCount == 0) {
+        appendf(errors, "ERROR, no soil layers in soil file \"%s\".\n", path.c_str());
+        ok = false;
     }
-    return ok;
+    if (!ok) return false;
+    // The file is the whole profile: the soil's layer counts follow it.
+    read.setNumber(kSoilNumberOfLayers, read.layerCount);
+    if (read.integer(kSoilLayersInTopLevel) > read.layerCount) read.setNumber(kSoilLayersInTopLevel, read.layerCount);
+    soil = std::move(read);
+    return true;
 }
 
 bool importSoilLayerFile(TelluraSoils& soil, const std::string& path, std::string& errors) {
-    std::error_code ec;
-    std::ifstream in(path, std::ios::binary);
-    if (std::filesystem::is_directory(path, ec) || !in) {
-        appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    return importSoilLayerText(soil, buffer.str(), path, errors);
+    std::string text;
+    if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
+    return importSoilLayerText(soil, text, path, errors);
 }
 
 std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& targetBottoms) {
@@ -94,18 +122,9 @@ std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& target
 
 bool writeSoilsIn(const TelluraSoils& soil, const std::vector<int>& targetBottoms, const std::string& path,
                   std::string& errors) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) {
-        appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
-        return false;
-    }
-    out << soilsInText(soil, targetBottoms);
-    out.close();
-    if (!out) {
-        appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
-        return false;
-    }
-    return true;
+    if (writeTextFile(path, soilsInText(soil, targetBottoms))) return true;
+    appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
+    return false;
 }
 
 bool writeSoilsIn(const TelluraSoils& soil, const std::string& path, std::string& errors) {

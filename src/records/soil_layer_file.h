@@ -12,10 +12,13 @@ class TelluraSoils;
 
 constexpr int kSoilLayerLineLimit = 255;
 
-// Reads a layer file into the soil's layers (at most 14). A value missing at
-// the end of a line leaves that property as it was. Each non-empty line after
-// the 14th gives "ERROR, too many soil layers in soil file \"%s\".\n" and a
-// false result; the 14 layers read are kept.
+// Reads a layer file into the soil's layers (at most 14) and sets the soil's
+// "Number of Layers" to their count. A value missing at the end of a line
+// leaves that property as it was. Every line is checked first: a token that is
+// not a number, a lower depth missing or not below the layer above, no layer
+// at all, or a non-empty line after the 14th (each giving "ERROR, too many soil
+// layers in soil file \"%s\".\n") fails the import with a message naming the
+// line, and the soil is left exactly as it was.
 bool importSoilLayerFile(TelluraSoils& soil, const std::string& path, std::string& errors);
 bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors);
 

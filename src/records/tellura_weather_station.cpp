@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <set>
@@ -147,18 +148,22 @@ std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t st
     return rows;
 }
 
-// Whole numbers and reals of a line, split at blanks and tabs; false when a token is not a number.
+// Whole numbers and reals of a line, split at blanks and tabs; false when a token
+// is not a finite number ("nan" or "inf" would empty a station's history on saving).
 bool readNumbers(std::string_view text, std::vector<double>& values) {
     values.clear();
-    std::string token;
-    std::istringstream in{std::string(text)};
-    while (in >> token) {
-        char* end = nullptr;
-        double v = std::strtod(token.c_str(), &end);
-        if (end == token.c_str() || *end != '\0') return false;
+    for (std::string_view token : splitTokenViews(text)) {
+        double v = 0;
+        if (!readFiniteNumber(token, v)) return false;
         values.push_back(v);
     }
     return true;
+}
+
+// Years of weather history: four digits at most, as the model's files write them.
+constexpr int kFirstWeatherYear = 0, kLastWeatherYear = 9999;
+bool validYear(double year) {
+    return year >= kFirstWeatherYear && year <= kLastWeatherYear && year == std::trunc(year);
 }
 
 // The model's monthly layout "%-6s%4d" then twelve "%7.2f" fields; wide values may
@@ -167,12 +172,13 @@ bool readMonthlyColumns(std::string_view line, std::vector<double>& values) {
     constexpr size_t kFirst = 10, kWidth = 7;
     if (line.size() < kFirst + 11 * kWidth + 1) return false;
     values.clear();
-    values.push_back(std::strtod(std::string(line.substr(6, 4)).c_str(), nullptr));
+    double year = 0;
+    if (!readFiniteNumber(trim(line.substr(6, 4)), year)) return false;
+    values.push_back(year);
     for (size_t m = 0; m < 12; ++m) {
-        std::string field(line.substr(kFirst + m * kWidth, kWidth));
-        char* end = nullptr;
-        double v = std::strtod(field.c_str(), &end);
-        if (end == field.c_str()) return false;
+        std::string_view field = trim(line.substr(kFirst + m * kWidth, kWidth));
+        double v = 0;
+        if (!readFiniteNumber(field, v)) return false;
         values.push_back(v);
     }
     return true;
@@ -482,15 +488,17 @@ float weather_month_record::*monthlySeries(std::string_view keyword) {
 
 bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
+    if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
-    }
+    // Read into a copy: a file with any bad line leaves the station as it was.
+    TelluraWeatherStations read = station;
     int rows = 0;
+    long lineNumber = 0;
     std::set<std::pair<int, int>> records;  // (year, month) records set by this import
     bool ok = true;
     std::vector<double> values;
     forEachLine(text, [&](std::string_view line) {
+        ++lineNumber;
         if (isBlank(line)) return;
         size_t start = line.find_first_not_of(" \t");
         size_t end = line.find_first_of(" \t", start);
@@ -498,38 +506,44 @@ bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& s
             line.substr(start, end == std::string_view::npos ? line.size() - start : end - start);
         float weather_month_record::*series = monthlySeries(keyword);
         if (!series) {
-            appendf(errors, "ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\"\n",
-                    static_cast<int>(line.size()), line.data(), path.c_str());
+            appendf(errors, "ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\", line %ld\n",
+                    static_cast<int>(line.size()), line.data(), path.c_str(), lineNumber);
             ok = false;
             return;
         }
         std::string_view numbers = end == std::string_view::npos ? std::string_view() : line.substr(end);
-        if (!(readNumbers(numbers, values) && values.size() == 13) && !readMonthlyColumns(line, values)) {
+        if ((!(readNumbers(numbers, values) && values.size() == 13) && !readMonthlyColumns(line, values)) ||
+            !validYear(values[0])) {
             appendf(errors,
-                    "ERROR, a year and twelve monthly values expected in weather file: \"%.*s\"\nFile: \"%s\"\n",
-                    static_cast<int>(line.size()), line.data(), path.c_str());
+                    "ERROR, a year (%d to %d) and twelve monthly values expected in weather file: \"%.*s\"\nFile: "
+                    "\"%s\", line %ld\n",
+                    kFirstWeatherYear, kLastWeatherYear, static_cast<int>(line.size()), line.data(), path.c_str(),
+                    lineNumber);
             ok = false;
             return;
         }
         int year = static_cast<int>(values[0]);
-        weather_monthly_year& y = station.monthlyYear(year);
+        weather_monthly_year& y = read.monthlyYear(year);
         for (int month = 1; month <= 12; ++month) {
             y.monthRecord(month).*series = static_cast<float>(values[static_cast<size_t>(month)]);
             records.insert({year, month});
         }
         ++rows;
     });
+    if (!ok) {
+        appendf(errors, "Nothing imported from \"%s\".\n", path.c_str());
+        return false;
+    }
+    station = std::move(read);
     appendf(errors, "%d rows imported.\n", rows);
     appendf(errors, "Imported %d records from \"%s\".\n", static_cast<int>(records.size()), path.c_str());
-    return ok;
+    return true;
 }
 
 bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(errors, "ERROR, unable to open weather file: \"%s\"\n", path.c_str());
+    if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
-    }
     return importDailyWeatherText(text, path, station, errors);
 }
 
@@ -551,8 +565,11 @@ bool validDate(int day, int month) { return month >= 1 && month <= 12 && day >= 
 
 }  // namespace
 
-bool importDailyWeatherText(std::string_view text, const std::string& path, TelluraWeatherStations& station,
+bool importDailyWeatherText(std::string_view text, const std::string& path, TelluraWeatherStations& target,
                             std::string& errors) {
+    if (!checkTextLimits(text, path, errors)) return false;
+    // Read into a copy: a file with any bad line leaves the station's history as it was.
+    TelluraWeatherStations station = target;
     long days = 0, firstYear = 999999, lastYear = -999999, lineNumber = 0;
     bool ok = true;
     std::vector<double> v;
@@ -561,7 +578,7 @@ bool importDailyWeatherText(std::string_view text, const std::string& path, Tell
     forEachLine(text, [&](std::string_view line) {
         ++lineNumber;
         if (isBlank(line)) return;
-        bool readable = readNumbers(line, v) && v.size() >= 7 && v.size() <= 10;
+        bool readable = readNumbers(line, v) && v.size() >= 7 && v.size() <= 10 && validYear(v[2]);
         if (!readable || !validDate(static_cast<int>(v[0]), static_cast<int>(v[1]))) {
             appendf(errors,
                     "ERROR, line %ld of daily weather file \"%s\" is not \"day month year day-of-year tmax tmin "
@@ -587,8 +604,13 @@ bool importDailyWeatherText(std::string_view text, const std::string& path, Tell
         firstYear = std::min<long>(firstYear, d.year);
         lastYear = std::max<long>(lastYear, d.year);
     });
+    if (!ok) {
+        appendf(errors, "Nothing imported from \"%s\".\n", path.c_str());
+        return false;
+    }
+    target = std::move(station);
     appendf(errors, "%ld days read, from years %ld to %ld.\n", days, firstYear, lastYear);
-    return ok;
+    return true;
 }
 
 // --- Text form -----------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include "run/record_runner.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -39,6 +40,26 @@ void removeStaleTextOutputs(const std::string& runDirectory, int version) {
     if (version != kDiurna45) return;
     std::error_code ec;
     for (const auto& output : kReadTextOutputs) std::filesystem::remove(runDirectory + output.file, ec);
+}
+
+// The daily years to keep are at most as many as the record simulates: the
+// files of one run go to the first year's folder and each further year gets a
+// folder of its own, so a range wider than the run would only make empty
+// folders (without end for an absurd range). A wider range is cut, with a warning.
+void keepToSimulatedYears(const tellura_control_record& record, int first, int& last, std::string& errors) {
+    if (record.blocks.empty()) return;
+    int simulatedFirst = record.blocks.front().firstYear, simulatedLast = record.blocks.front().lastYear;
+    for (const auto& block : record.blocks) {
+        simulatedFirst = std::min<int>(simulatedFirst, block.firstYear);
+        simulatedLast = std::max<int>(simulatedLast, block.lastYear);
+    }
+    const long long years = std::max(1, simulatedLast - simulatedFirst + 1);
+    if (static_cast<long long>(last) - first + 1 <= years) return;
+    appendf(errors,
+            "WARNING, daily output years %d to %d are more than the %lld years record %ld simulates: years %d to %lld "
+            "are kept.\n",
+            first, last, years, static_cast<long>(record.id()), first, first + years - 1);
+    last = static_cast<int>(first + years - 1);
 }
 
 std::string withSlash(std::string dir) {
@@ -125,10 +146,11 @@ bool record_runner::readOutputs(const tellura_control_record& record, tellura_ou
             ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, outputs, errors) && ok;
         if (selected(kReadTextOutputs[1]))
             ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, outputs, errors) && ok;
-        if (settings_.saveDailyFirstYear <= settings_.saveDailyLastYear && !settings_.outputPath.empty())
-            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix, settings_.saveDailyFirstYear,
-                                settings_.saveDailyLastYear, errors) &&
-                 ok;
+        int first = settings_.saveDailyFirstYear, last = settings_.saveDailyLastYear;
+        if (first <= last && !settings_.outputPath.empty()) {
+            keepToSimulatedYears(record, first, last, errors);
+            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix, first, last, errors) && ok;
+        }
     }
     return ok;
 }

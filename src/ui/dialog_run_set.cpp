@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "records/id_list_filter.h"
+#include "ui/dialog_errors.h"
 
 namespace sb {
 
@@ -59,7 +60,14 @@ bool dialog_run_set::stopOnPrecheckError() const { return stopOnError_->isChecke
 void dialog_run_set::setStopOnPrecheckError(bool on) { stopOnError_->setChecked(on); }
 
 void dialog_run_set::makeWhere() {
-    where_->setText(QString::fromStdString(id_list_filter::whereClause(ids_->text().toStdString())));
+    std::string errors;
+    const std::string clause = id_list_filter::whereClause(ids_->text().toStdString(), errors);
+    if (!errors.empty()) {
+        // The list stays as typed, marked unbuilt, for the user to correct.
+        showErrorsIfAny(this, errors, windowTitle());
+        return;
+    }
+    where_->setText(QString::fromStdString(clause));
     idListEdited_ = false;
 }
 

@@ -134,9 +134,9 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
 std::string goldenDir() { return testDataDir() + "/golden"; }
 
 bool loadGoldenSetup(golden_setup& setup) {
-    std::string text;
-    if (!readTextFile(goldenDir() + "/record.txt", text)) {
-        ADD_FAILURE() << "cannot read " << goldenDir() << "/record.txt";
+    std::string text, errors;
+    if (!readTextFile(goldenDir() + "/record.txt", text, errors, "cannot read " + goldenDir() + "/record.txt")) {
+        ADD_FAILURE() << errors;
         return false;
     }
     setup.record.blocks.clear();

@@ -96,49 +96,58 @@ TEST(TelluraInputList, ImportingTwiceUpdatesEveryRecord) {
     EXPECT_EQ(list.recordAt(0).fulcan, 5.0);
 }
 
-// Lines the reader must get past: what it says, how many records it keeps and
-// the first record's PRDX values.
-struct import_case {
-    const char* name;
-    const char* text;
-    const char* errors;
-    size_t records;
-    std::array<double, 3> prdx;
-};
+TEST(TelluraInputList, ValueLinesBeforeAnyHeader) {
+    test_crop_list list;
+    imported r = importText(list, "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n");
+    EXPECT_EQ(r.errors,
+              "Syntax error in cultivation parameter file.\nFile: \"crop.100\", line 1\n"
+              "Syntax error in cultivation parameter file.\nFile: \"crop.100\", line 2\n");
+    EXPECT_EQ(r.counts.badLines, 2);
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list.recordAt(0).prdx[2], 3.0);
+}
 
-TEST(TelluraInputList, BadLinesAreReportedAndAnEmptyLineEndsTheImport) {
-    const import_case cases[] = {
-        {"values before any header",
-         "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n",
-         "Syntax error in cultivation parameter file.\n"
-         "Syntax error in cultivation parameter file.\n",
-         1,
-         {0, 0, 3}},
-        // "abc" starts with a letter: a new record, not a value.
-        {"no name, unknown names, subscripts beyond the array",
-         "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n",
-         "Syntax error, no field name, in cultivation parameter file.\n"
-         "Syntax error, no field name, in cultivation parameter file.\n"
-         "ERROR, exceeds array size: PRDX\n",
-         2,
-         {0, 0, 0}},
-        {"numbers read leniently", "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n", "", 1, {0, 0, -25}},
-        {"an empty line ends the import", "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n", "", 1, {1, 0, 0}},
-        {"so does a blank one", "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n", "", 1, {1, 0, 0}},
-        {"nothing at all", "", "", 0, {0, 0, 0}},
-    };
-    for (const import_case& c : cases) {
-        SCOPED_TRACE(c.name);
-        test_crop_list list;
-        imported r = importText(list, c.text);
-        EXPECT_EQ(r.errors, c.errors);
-        EXPECT_EQ(r.status,
-                  "Imported " + std::to_string(c.records) + " records and updated 0 records from \"crop.100\".\n");
-        ASSERT_EQ(list.size(), c.records);
-        if (c.records == 0) continue;
-        const test_crop& first = list.recordAt(0);
-        EXPECT_EQ((std::array<double, 3>{first.prdx[0], first.prdx[1], first.prdx[2]}), c.prdx);
-    }
+TEST(TelluraInputList, ValueLineWithoutNameAndUnknownNames) {
+    test_crop_list list;
+    imported r = importText(list, "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n");
+    EXPECT_EQ(r.errors,
+              "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 2\n"
+              "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 3\n"
+              "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n");
+    // "abc" starts with a letter: a new record, not a value.
+    EXPECT_EQ(r.counts.imported, 2);
+}
+
+// A value that is not a finite number is refused (it would be stored as 0, or
+// as a NaN no project can hold); "***" lines are section headings.
+TEST(TelluraInputList, ValuesMustBeNumbers) {
+    test_crop_list list;
+    imported r = importText(list,
+                            "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n-nan PRDX(1)\n1e999 PRDX(1)\n"
+                            "0x10 PRDX(1)\n");
+    EXPECT_EQ(r.errors,
+              "ERROR, value \"?number\" is not a number.\nFile: \"crop.100\", line 2\n"
+              "ERROR, value \"-nan\" is not a number.\nFile: \"crop.100\", line 5\n"
+              "ERROR, value \"1e999\" is not a number.\nFile: \"crop.100\", line 6\n"
+              "ERROR, value \"0x10\" is not a number.\nFile: \"crop.100\", line 7\n");
+    EXPECT_FALSE(r.counts.clean());
+    EXPECT_EQ(list.recordAt(0).prdx[0], 0.0);
+    EXPECT_EQ(list.recordAt(0).prdx[1], 0.0);
+    EXPECT_EQ(list.recordAt(0).prdx[2], -25.0);
+}
+
+TEST(TelluraInputList, EmptyOrBlankLineEndsTheImport) {
+    test_crop_list list;
+    imported r = importText(list, "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n");
+    EXPECT_EQ(r.counts.imported, 1);
+    EXPECT_EQ(list.size(), 1u);
+    test_crop_list blank;
+    r = importText(blank, "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n");
+    EXPECT_EQ(r.errors, "");
+    EXPECT_EQ(blank.size(), 1u);
+    test_crop_list none;
+    r = importText(none, "");
+    EXPECT_EQ(r.status, "Imported 0 records and updated 0 records from \"crop.100\".\n");
 }
 
 TEST(TelluraInputList, NameAndDescriptionLimits) {
@@ -152,7 +161,7 @@ TEST(TelluraInputList, NameAndDescriptionLimits) {
     EXPECT_EQ(list.recordAt(0).description, desc80);
     EXPECT_EQ(r.counts.imported, 1);
     EXPECT_EQ(r.counts.updated, 1);
-    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\n");
+    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 3\n");
 }
 
 // A line longer than 131 characters is cut there and the rest is skipped:
@@ -166,7 +175,7 @@ TEST(TelluraInputList, LongLinesAreCutAt131Characters) {
     imported r = importText(list, padded + longValue + cutName + tail);
     // The 140-digit value fills the whole 131 characters: no name is left, and
     // the x's after it are not read as a header of their own.
-    EXPECT_EQ(r.errors, "Syntax error, no field name, in cultivation parameter file.\n");
+    EXPECT_EQ(r.errors, "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 5\n");
     ASSERT_EQ(list.size(), 1u);
     const test_crop& knz = list.recordAt(0);
     EXPECT_EQ(knz.description, "Tallgrass");
@@ -176,7 +185,7 @@ TEST(TelluraInputList, LongLinesAreCutAt131Characters) {
     // A long description is still too long once cut.
     test_crop_list other;
     r = importText(other, "X " + std::string(10000, 'd') + "\n");
-    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nX\n");
+    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nX\nFile: \"crop.100\", line 1\n");
 }
 
 TEST(TelluraInputList, BadFilesGiveMessages) {
@@ -191,6 +200,11 @@ TEST(TelluraInputList, BadFilesGiveMessages) {
     errors.clear();
     list.importFile(dir.path(), errors, status);
     EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.path() + "\"\n");
+
+    errors.clear();
+    counts = list.importFile("/dev/zero", errors, status);  // ends at once, however much there is
+    EXPECT_EQ(errors, "ERROR, line 1 of \"/dev/zero\" is longer than 65536 characters.\n");
+    EXPECT_TRUE(counts.unread);
 
     if (geteuid() != 0) {  // root reads any file
         sbtest::writeFile(dir.file("locked.100"), "A\n1 PRDX(1)\n");

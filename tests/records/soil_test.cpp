@@ -257,15 +257,16 @@ TEST(SoilLayerFile, FourteenLayersAtMostOneMessagePerExtraLine) {
     TelluraSoils soil;
     std::string errors;
     EXPECT_FALSE(importSoilLayerText(soil, fifteen, "deep.in", errors));
-    EXPECT_EQ(soil.layerCount, 14);
+    EXPECT_EQ(soil.layerCount, 0) << "a failed import leaves the soil as it was";
     EXPECT_EQ(errors, "ERROR, too many soil layers in soil file \"deep.in\".\n");
-    EXPECT_EQ(soil.layers[13].depth(), 140);
 
     errors.clear();
     std::string fourteen = fifteen.substr(0, fifteen.rfind("140 150"));
     EXPECT_TRUE(importSoilLayerText(soil, fourteen + "\n   \n", "ok.in", errors));
     EXPECT_EQ(errors, "");
     EXPECT_EQ(soil.layerCount, 14);
+    EXPECT_EQ(soil.layers[13].depth(), 140);
+    EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 14);
 
     EXPECT_FALSE(importSoilLayerText(soil, fifteen + fifteen, "twice.in", errors));
     EXPECT_EQ(soil.layerCount, 14);

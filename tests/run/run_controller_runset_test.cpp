@@ -34,7 +34,9 @@ run_set runRecords(run_project& project, sb::run_observer& observer, sb::run_set
 sb::run_set_options withJobs(int jobs, const std::string& ids = "") {
     sb::run_set_options options;
     options.jobs = jobs;
-    if (!ids.empty()) options.filter = sb::id_list_filter::whereClause(ids);
+    std::string errors;
+    if (!ids.empty()) options.filter = sb::id_list_filter::whereClause(ids, errors);
+    EXPECT_EQ(errors, "");
     return options;
 }
 

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -106,8 +107,7 @@ private slots:
         QTest::keyClicks(ids, "1, 2, 5-9");
         QVERIFY(d.idListEdited());
         QVERIFY(pressButton(&d, "Make WHERE by ID"));
-        QCOMPARE(d.whereClause(),
-                 QStringLiteral(" (ID = 1 OR ID = 2 OR ID = 5 OR ID = 6 OR ID = 7 OR ID = 8 OR ID = 9)"));
+        QCOMPARE(d.whereClause(), QStringLiteral(" (ID IN (1, 2) OR ID BETWEEN 5 AND 9)"));
         QVERIFY(!d.idListEdited());
 
         // Editing again without building: closing asks, No keeps the dialog open.
@@ -126,12 +126,22 @@ private slots:
         QVERIFY(!d.isVisible());
         QCOMPARE(d.result(), int(QDialog::Accepted));
         // The filter kept is the one built before.
-        QVERIFY(d.whereClause().endsWith("ID = 9)"));
+        QVERIFY(d.whereClause().endsWith("AND 9)"));
 
+        // A list that is not IDs is refused with a message and builds nothing.
         dialog_run_set backwards;
         backwards.setIdList("9-5");
+        QString refusal;
+        onNextModal([&](QWidget* m) {
+            refusal = m->findChild<QPlainTextEdit*>() ? m->findChild<QPlainTextEdit*>()->toPlainText() : QString();
+            m->close();
+        });
         backwards.makeWhere();
+        QCOMPARE(refusal,
+                 QStringLiteral("ERROR, \"9-5\" in the ID list runs backwards: a range goes from the lower ID to "
+                                "the higher.\n"));
         QCOMPARE(backwards.whereClause(), QString());
+        QVERIFY(backwards.idListEdited());
     }
 
     void runDialogMovesBlocksAndKeepsDailyYearsToTheDailyRelease() {
