@@ -56,9 +56,10 @@ bool parseRange(const std::string& text, int low, int high, int& first, int& las
     return true;
 }
 
-bool allowedToReplace(bool exists, bool force, const std::string& what, const char* forceDoes, std::string& errors) {
+bool allowedToReplace(bool exists, bool force, const std::string& what, const char* another, const char* forceDoes,
+                      std::string& errors) {
     if (!exists || force) return true;
-    sb::appendf(errors, "ERROR, %s: nothing was changed. Use --force to %s.\n", what.c_str(), forceDoes);
+    sb::appendf(errors, "ERROR, %s: give %s, or --force to %s.\n", what.c_str(), another, forceDoes);
     return false;
 }
 

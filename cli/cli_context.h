@@ -27,8 +27,9 @@ int finish(bool ok, const std::string& messages);
 bool parseRange(const std::string& text, int low, int high, int& first, int& last);
 
 // The command line never destroys what it was not asked to: when `exists`,
-// appends "ERROR, <what>: nothing was changed. Use --force to <forceDoes>.\n"
-// and returns false, unless `force`.
-bool allowedToReplace(bool exists, bool force, const std::string& what, const char* forceDoes, std::string& errors);
+// appends "ERROR, <what>: give <another>, or --force to <forceDoes>.\n" and
+// returns false, unless `force`.
+bool allowedToReplace(bool exists, bool force, const std::string& what, const char* another, const char* forceDoes,
+                      std::string& errors);
 
 }  // namespace sbcli

@@ -130,8 +130,15 @@ int cmdImportWeatherAverages(const import_weather_options& opt) {
         opt,
         [&](sb::TelluraWeatherStations& station, std::string& errors) {
             sb::tellura_control_record scratch;
-            if (!sb::importSiteFile(opt.file, scratch, nullptr, &station, errors)) return false;
-            station.hasMeans = true;
+            sb::TelluraWeatherStations read = station;
+            read.hasMeans = false;
+            if (!sb::importSiteFile(opt.file, scratch, nullptr, &read, errors)) return false;
+            if (!read.hasMeans) {
+                sb::appendf(errors, "ERROR, no climate means (PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M) in \"%s\".\n",
+                            opt.file.c_str());
+                return false;
+            }
+            station = std::move(read);
             return true;
         },
         [](sb::database&, const sb::TelluraWeatherStations&, std::string&) { return true; });

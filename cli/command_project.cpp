@@ -37,8 +37,8 @@ int cmdNew(const new_options& opt) {
     const bool onServer = sb::project_location::parse(opt.project, where, problem) && where.onServer();
     std::error_code ec;
     const bool exists = !onServer && std::filesystem::exists(std::filesystem::symlink_status(opt.project, ec));
-    if (!allowedToReplace(exists, opt.force, "\"" + opt.project + "\" exists", "replace it with a new empty project",
-                          errors))
+    if (!allowedToReplace(exists, opt.force, "\"" + opt.project + "\" exists already", "another name",
+                          "replace it with a new empty project", errors))
         return finish(false, errors);
     auto db = sb::createNewProject(opt.project, errors);
     if (db) std::cout << "Created project " << db->path() << " with one default record (ID 1).\n";
@@ -147,9 +147,8 @@ int cmdCopy(const copy_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
-    const bool exists = sb::controlRecordExists(*db, opt.to, errors);
-    if (!errors.empty()) return finish(false, errors);
-    if (!allowedToReplace(exists, opt.force, sb::strprintf("record ID %d exists", opt.to), "replace it", errors))
+    if (!allowedToReplace(sb::controlRecordExists(*db, opt.to), opt.force,
+                          sb::strprintf("record %d exists already", opt.to), "another --to", "replace it", errors))
         return finish(false, errors);
     bool ok = sb::copyRecord(*db, opt.id, opt.to, errors);
     if (ok) std::cout << "Copied record " << opt.id << " to ID " << opt.to << ".\n";

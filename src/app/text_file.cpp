@@ -44,14 +44,31 @@ void appendLineTooLong(long line, const std::string& path, std::string& errors) 
 
 }  // namespace
 
-bool writeTextFile(const std::string& path, std::string_view text) {
+namespace {
+
+bool writeInPlace(const std::string& path, std::string_view text, bool* created) {
+    file_handle file(std::fopen(path.c_str(), "wb"));
+    if (created) *created = file != nullptr;
+    if (!file) return false;
+    bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
+    return std::fclose(file.release()) == 0 && written;
+}
+
+}  // namespace
+
+bool writeTextFile(const std::string& path, std::string_view text, bool* created) {
     namespace fs = std::filesystem;
+    std::error_code ec;
+    const fs::file_status status = fs::symlink_status(path, ec);
+    // A device or a pipe named by the user is written to as it is, never replaced.
+    if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_symlink(status))
+        return writeInPlace(path, text, created);
     // A new file beside the old one, renamed over it: the rename replaces the
     // name itself, so a symbolic link there is replaced rather than followed.
     std::string temporary = path + ".sbnew";
-    std::error_code ec;
     fs::remove(temporary, ec);
     file_handle file(std::fopen(temporary.c_str(), "wbx"));
+    if (created) *created = file != nullptr;
     if (!file) return false;
     bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
     written = std::fclose(file.release()) == 0 && written;

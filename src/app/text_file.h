@@ -13,14 +13,16 @@ namespace text_file {
 // Every text file we read keeps within these: a longer line or a bigger file is
 // not a file of the model (a binary file, a device, a file cut or damaged), and
 // reading stops there instead of filling memory.
-constexpr size_t kMaxLineLength = 65536;
+constexpr size_t kMaxLineLength = 1 << 20;
 constexpr long long kMaxTextFileBytes = 256LL * 1024 * 1024;
 
 // Creates (replaces) the file with exactly these bytes; false when it cannot be
 // created or written. The bytes go to a new file that then takes the name, so a
 // symbolic link standing there is replaced, never written through, and a reader
-// never sees half a file.
-bool writeTextFile(const std::string& path, std::string_view text);
+// never sees half a file. A device or pipe of that name is written to in place.
+// `created`, when given, tells whether the file could be made at all (false) or
+// only its writing failed (true).
+bool writeTextFile(const std::string& path, std::string_view text, bool* created = nullptr);
 // The whole file. False when it cannot be opened (or is a folder): `cannotOpen`
 // is appended to `errors`; or when it breaks a limit above: "ERROR, line %ld of
 // \"%s\" is longer than %zu characters.\n" or "ERROR, \"%s\" is larger than %lld

@@ -80,4 +80,11 @@ bool hasErrorMessage(std::string_view messages) {
     return false;
 }
 
+std::string oneLine(std::string_view text) {
+    std::string line(text);
+    for (char& c : line)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+    return line;
+}
+
 }  // namespace sb

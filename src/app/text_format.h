@@ -23,6 +23,11 @@ std::string toUpper(std::string_view text);
 // Blanks (space, tab, CR, LF) removed from both ends.
 std::string_view trim(std::string_view text);
 
+// The text as it may stand on one line of a model file: every control character
+// (line breaks, tabs, NUL, DEL, ...) becomes a blank, so that a name or a
+// description can never break the lines the model reads by position.
+std::string oneLine(std::string_view text);
+
 // Does any line of the messages report an error ("ERROR, ...", "Error, ...",
 // "Syntax error ...")? Warnings and counts do not.
 bool hasErrorMessage(std::string_view messages);

@@ -52,6 +52,13 @@ uint64_t lockKey(std::string_view text) {
     return hash;
 }
 
+// A project in a folder we may not write to cannot keep its journal beside it:
+// it is opened for reading, as a write-protected file is.
+bool folderWriteProtected(const std::string& path) {
+    std::string folder = std::filesystem::path(path).parent_path().string();
+    return isWriteProtected(folder.empty() ? "." : folder);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- connection
@@ -394,7 +401,7 @@ std::unique_ptr<database> database::open(const std::string& where, std::string& 
         return fail(statusOf(kStatusStoreError, std::filesystem::exists(path, ec) ? "The path is not a file."
                                                                                   : "The file does not exist."));
     auto impl = std::make_unique<database_impl>(location);
-    impl->readOnly = !location.onServer() && isWriteProtected(path);
+    impl->readOnly = !location.onServer() && (isWriteProtected(path) || folderWriteProtected(path));
     db_status status;
     if (!impl->openConnection(impl->readOnly, status)) return fail(status);
 
@@ -480,6 +487,7 @@ bool database::beginSession(std::string& storeError) {
     if (impl_->depth == 0) {
         if (impl_->readOnly) {
             storeError = "The project file is read-only, nothing can be saved in it: " + impl_->shown;
+            if (!isWriteProtected(impl_->location.path())) storeError += " (its folder is write-protected)";
             return false;
         }
         db_status status = impl_->rawRun(impl_->dialect->beginText());

@@ -54,8 +54,9 @@ public:
     const std::string& path() const;
     const project_location& location() const;
     const sql_dialect& dialect() const;
-    // A write-protected project file is opened for reading; every save then fails
-    // at its session with a message saying so, and nothing in the file changes.
+    // A write-protected project file, or one in a write-protected folder, is opened
+    // for reading; every save then fails at its session with a message saying so,
+    // and nothing in the file changes.
     bool readOnly() const;
 
     // Runs a statement in project dialect (DELETE ... / DDL) on the current session.

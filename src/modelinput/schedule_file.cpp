@@ -38,7 +38,8 @@ void appendYearsAndOptions(std::string& out, const tellura_control_record& recor
             last = std::max<int>(last, block.lastYear);
         }
     }
-    if (hasIdLine(version)) appendf(out, "#%ld %s\n", static_cast<long>(record.id()), record.description().c_str());
+    if (hasIdLine(version))
+        appendf(out, "#%ld %s\n", static_cast<long>(record.id()), oneLine(record.description()).c_str());
     appendf(out, "%-5d         starting year\n", first);
     appendf(out, "%-5d         Last year\n", last);
     out += "sbsite.100    Site file name\n";
@@ -100,7 +101,7 @@ void appendInitialCropAndTree(std::string& out, const tellura_control_record& re
     if (!cropName.empty() && (!crop || !iequals(crop->name, cropName)))
         appendf(errors, "WARNING, initial crop \"%s\" not found in the crop list, \"%s\" written instead.\n",
                 cropName.c_str(), crop ? crop->name.c_str() : "G3");
-    if (crop) appendf(out, "%s      Initial Crop\n", scheduleName(crop->name).c_str());
+    if (crop) appendf(out, "%s      Initial Crop\n", scheduleName(oneLine(crop->name)).c_str());
     else out += "G3            Initial crop\n";
 
     const std::string treeName = record.initialTree();
@@ -108,7 +109,7 @@ void appendInitialCropAndTree(std::string& out, const tellura_control_record& re
     if (!treeName.empty() && !tree)
         appendf(errors, "WARNING, initial tree \"%s\" not found in the tree list, no initial tree written.\n",
                 treeName.c_str());
-    if (tree) appendf(out, "%s      Initial Tree\n", scheduleName(tree->name).c_str());
+    if (tree) appendf(out, "%s      Initial Tree\n", scheduleName(oneLine(tree->name)).c_str());
     else out += "              Initial Tree\n";
 }
 
@@ -127,7 +128,7 @@ void appendEvent(std::string& out, const tellura_event& event, int version, int 
         appendf(out, " %s\n", command);
         return;
     }
-    std::string item = event.item;
+    std::string item = oneLine(event.item);
     if (item.size() > tellura_event::kMaxItemLength) {
         item.resize(tellura_event::kMaxItemLength);
         appendf(errors, "WARNING, item \"%s\" of a %s event in block %d cut to \"%s\".\n", event.item.c_str(), command,
@@ -137,7 +138,7 @@ void appendEvent(std::string& out, const tellura_event& event, int version, int 
 }
 
 void appendBlock(std::string& out, const tellura_event_block& block, int number, int version, std::string& errors) {
-    appendf(out, "%-2d            Block #    %s\n", number, block.description.c_str());
+    appendf(out, "%-2d            Block #    %s\n", number, oneLine(block.description).c_str());
     appendf(out, "%-5d         Last year\n", block.lastYear);
     appendf(out, "%-4d          Repeats # years\n", block.repeatingYears);
     appendf(out, "%-5d         Output starting year\n", block.outputStartingYear);

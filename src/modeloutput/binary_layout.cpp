@@ -85,6 +85,7 @@ bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::strin
             return false;
         }
     }
+    if (!reader.withinLimit(errors)) return false;
     if (layout.count(0) + layout.count(1) + layout.count(2) == 0) {
         appendf(errors, "ERROR, binary layout file \"%s\" names no variables.\n", path.c_str());
         return false;
@@ -129,7 +130,7 @@ bool binary_layout_catalogue::loadShipped(const std::string& directory, std::str
         layouts_.back().version = version;
         layouts_.back().description = std::string(trim(line.substr(tab2 + 1)));
     }
-    return ok;
+    return index.withinLimit(errors) && ok;
 }
 
 const binary_layout* binary_layout_catalogue::find(int versionIndex, long recordBytes) const {

@@ -136,7 +136,7 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
     }
     badValues.finish(errors);
     appendf(errors, "%ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
-    return true;
+    return reader.withinLimit(errors);
 }
 
 bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, std::string& errors) {

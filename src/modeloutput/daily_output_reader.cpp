@@ -66,7 +66,10 @@ bool readDailyOutput(const std::string& path, tellura_outputs& outputs, std::str
         return false;
     }
     std::vector<daily_column> columns;
-    if (!mapHeader(reader.next() ? reader.line() : std::string_view(), path, columns, errors)) return false;
+    if (!mapHeader(reader.next() ? reader.line() : std::string_view(), path, columns, errors)) {
+        reader.withinLimit(errors);
+        return false;
+    }
     bad_value_log badValues("daily output file");
     output_year_span span;
     auto& daily = outputs.daily;
@@ -96,7 +99,7 @@ bool readDailyOutput(const std::string& path, tellura_outputs& outputs, std::str
     }
     badValues.finish(errors);
     appendf(errors, "DAILY.OUT: %ld days read, from %ld to %ld.\n", span.count, span.low, span.high);
-    return true;
+    return reader.withinLimit(errors);
 }
 
 }  // namespace sb

@@ -140,13 +140,13 @@ bool readListFile(output_variable_set& variables, const std::string& path, int v
         return false;
     }
     if (!reader.next()) {
-        errors += "ERROR, LIS file is empty.\n";
+        if (reader.withinLimit(errors)) errors += "ERROR, LIS file is empty.\n";
         return false;
     }
     variables.resetColumns();
     variables.matchHeader(reader.line(), reader.lengthAsRead(), monthly, errors);
     if (!reader.next()) {
-        errors += "ERROR, LIS file missing data.\n";
+        if (reader.withinLimit(errors)) errors += "ERROR, LIS file missing data.\n";
         return false;
     }
     if (blocks.empty()) return true;
@@ -159,7 +159,7 @@ bool readListFile(output_variable_set& variables, const std::string& path, int v
         }
     }
     filler.finish(errors);
-    return ok;
+    return reader.withinLimit(errors) && ok;
 }
 
 }  // namespace sb

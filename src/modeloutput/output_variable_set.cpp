@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "modeloutput/list_file_layout.h"
 #include "modeloutput/output_value_parse.h"
@@ -64,20 +65,15 @@ bool output_variable_set::extraListWanted(int versionIndex, const std::vector<te
 bool output_variable_set::writeRequestFile(const std::string& runDirectory, const tellura_control_record& record,
                                            std::string& errors) const {
     std::string path = (std::filesystem::path(runDirectory) / "sb_outvars.txt").string();
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (!file) {
-        appendf(errors, "ERROR, can't open outvars file \"%s\".\n", path.c_str());
-        return false;
-    }
-    bool ok = true;
+    std::string text;
     auto writeList = [&](const std::vector<output_column_definition>& list) {
-        for (const auto& definition : list) ok = std::fprintf(file, "%s\n", definition.name.c_str()) >= 0 && ok;
+        for (const auto& definition : list) text += definition.name + "\n";
     };
     writeList(mainList(current_));
     if (extraListWanted(current_, record.blocks)) writeList(extraList(current_));
-    ok = std::fclose(file) == 0 && ok;
-    if (!ok) appendf(errors, "ERROR, can't write outvars file \"%s\".\n", path.c_str());
-    return ok;
+    if (writeTextFile(path, text)) return true;
+    appendf(errors, "ERROR, can't open outvars file \"%s\".\n", path.c_str());
+    return false;
 }
 
 void output_variable_set::resetColumns() {

@@ -45,6 +45,7 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
         return false;
     }
     if (!reader.next() || !headerMatches(reader.line(), path, errors)) {
+        if (!reader.withinLimit(errors)) return false;
         if (reader.lineNumber() == 0)
             appendf(errors, "ERROR in columns of \"%s\": read \"\", expected \"time\".\n", fileNameOf(path).c_str());
         return false;
@@ -80,7 +81,7 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
     }
     badValues.finish(errors);
     appendf(errors, "Year Summary: %ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
-    return true;
+    return reader.withinLimit(errors);
 }
 
 }  // namespace sb

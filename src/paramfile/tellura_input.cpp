@@ -5,10 +5,11 @@
 namespace sb {
 
 void tellura_input::writeHeader(std::string& out) const {
-    appendf(out, "%-5.*s", static_cast<int>(name.size()), name.data());
+    const std::string shownName = oneLine(name);
+    appendf(out, "%-5.*s", static_cast<int>(shownName.size()), shownName.data());
     if (!description.empty()) {
         out += ' ';
-        out += description;
+        out += oneLine(description);
     }
     out += '\n';
 }

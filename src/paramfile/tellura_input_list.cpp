@@ -194,17 +194,16 @@ void tellura_input_list::writeText(std::string& out, int version) const {
 bool tellura_input_list::write(const std::string& path, std::string& errors, int version) const {
     std::string text;
     writeText(text, version);
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) {
-        // This message has never ended in a line end; callers show it as it is.
-        errors += "ERROR, unable to open file in tellura_input_list.write: ";
-        errors += path;
+    bool created = false;
+    if (writeTextFile(path, text, &created)) return true;
+    if (created) {
+        appendf(errors, "ERROR, unable to write file \"%s\"\n", path.c_str());
         return false;
     }
-    bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    written = std::fclose(file) == 0 && written;
-    if (!written) appendf(errors, "ERROR, unable to write file \"%s\"\n", path.c_str());
-    return written;
+    // This message has never ended in a line end; callers show it as it is.
+    errors += "ERROR, unable to open file in tellura_input_list.write: ";
+    errors += path;
+    return false;
 }
 
 }  // namespace sb

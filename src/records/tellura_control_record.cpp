@@ -2,6 +2,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "records/record_ids.h"
 #include "records/store_session.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
@@ -177,30 +178,12 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     return true;
 }
 
-bool controlRecordExists(database& db, int32_t id, std::string& errors) {
-    db_status status;
-    TelluraControlRecords row;
-    switch (readOneRow(db, table_id::control_records, id, row, status)) {
-        case row_read::found:
-            return true;
-        case row_read::missing:
-            return false;
-        case row_read::unopened:
-            errors += "ERROR, unable to open control record table.\n";
-            appendStatusText(status, errors);
-            return false;
-    }
-    return false;
-}
-
 bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     // Asked to delete what is not there is a mistake (a wrong ID), not a success.
-    std::string lookup;
-    if (!controlRecordExists(db, id, lookup)) {
-        if (lookup.empty()) appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
-        errors += lookup;
+    if (!controlRecordExists(db, id)) {
+        appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
         return false;
     }
     bool ok = forgetRecordChanges(db, id, errors);

@@ -70,9 +70,6 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
 // the record since it was read, a warning says so and this save still wins whole.
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
                         const tellura_soil_list* soils = nullptr);
-// Is there a control record with this ID? False also when the table cannot be
-// read, with the message in `errors`.
-bool controlRecordExists(database& db, int32_t id, std::string& errors);
 // Removes the record and every row stored under its ID (site data, blocks,
 // events, outputs), in one session. A record that is not there is an error.
 bool deleteControlRecord(database& db, int32_t id, std::string& errors);

@@ -469,13 +469,7 @@ void main_window::importRunFiles() {
     const int newId = QInputDialog::getInt(
         this, QStringLiteral("Run Files"), QString::fromLatin1(record_clipboard::kNewIdPrompt),
         nextFreeRecordId(doc_->db()), std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
-    if (!ok) return;
-    if (controlRecordExists(doc_->db(), newId) &&
-        QMessageBox::question(
-            this, QStringLiteral("Run Files"),
-            QStringLiteral("Record ID = %1 exists. Replace it, with its outputs, by the imported record?").arg(newId),
-            QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
-        return;
+    if (!ok || !confirmReplaceRecord(newId, QStringLiteral("Run Files"), QStringLiteral("imported record"))) return;
     const QFileInfo info(schedule);
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         sb::importRunFiles(doc_->db(), info.absolutePath().toStdString() + "/", info.fileName().toStdString(),
@@ -556,11 +550,19 @@ void main_window::pasteRecord() {
     const int newId = QInputDialog::getInt(
         this, QStringLiteral("Paste"), QString::fromLatin1(record_clipboard::kNewIdPrompt), sourceId,
         std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
-    if (!ok) return;
+    if (!ok || !confirmReplaceRecord(newId, QStringLiteral("Paste"), QStringLiteral("pasted record"))) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& e) { sb::pasteRecord(doc_->db(), idItem, newId, e); });
     std::string ignored;
     doc_->moveToId(newId, ignored);
     updateStatus();
+}
+
+bool main_window::confirmReplaceRecord(int32_t id, const QString& title, const QString& replacement) {
+    if (!controlRecordExists(doc_->db(), id)) return true;
+    const QString question =
+        QStringLiteral("Record ID = %1 exists. Replace it, with its outputs, by the %2?").arg(id).arg(replacement);
+    return QMessageBox::question(this, title, question, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) ==
+           QMessageBox::Yes;
 }
 
 void main_window::gotoRecord() {

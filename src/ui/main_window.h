@@ -99,6 +99,9 @@ private:
     void printSetup();
     void copyRecord();
     void pasteRecord();
+    // Before a record is written under an ID the project holds: asks whether to
+    // replace that record by `replacement` ("pasted record"); false on No.
+    bool confirmReplaceRecord(int32_t id, const QString& title, const QString& replacement);
     void editRecord();
     void noteHelpProblems();
     void editOptionList(int kind);

@@ -4,50 +4,12 @@
 #include <filesystem>
 #include <set>
 
-#include "cli_runner.h"
-#include "test_support.h"
+#include "cli_fixture.h"
 
 namespace fs = std::filesystem;
 using sbtest::runSoilbench;
 
 namespace {
-
-class CliTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        project = dir.file("p.sbproj");
-        env["SOILBENCH_PROFILE"] = dir.file("profile.ini");
-        env["QT_QPA_PLATFORM"] = "offscreen";
-        fs::create_directories(dir.file("model"));
-        fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/tellura-standin"));
-        fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/list100-standin"));
-    }
-
-    sbtest::cli_result run(std::vector<std::string> args) { return runSoilbench(args, env); }
-
-    // A project with the shipped demo set-up imported as record 2 and the
-    // stand-in configured as the daily-step release.
-    void makeRunnableProject() {
-        configureStandIn();
-        auto imported = run({"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"});
-        ASSERT_EQ(imported.exitCode, 0) << imported.err;
-    }
-    // A new project and the stand-in configured as the daily-step release.
-    void configureStandIn() {
-        ASSERT_EQ(run({"new", project}).exitCode, 0);
-        for (const std::string& setting : std::vector<std::string>{
-                 "Settings/TELLURAVersion=4", "Settings/RunTimeout=60000",
-                 "Files/Diurna 4.5=" + dir.file("model/tellura-standin"),
-                 "Files/Diurna 4.5 LIST100=" + dir.file("model/list100-standin"), "Settings/SaveDailyLastYear=0"})
-            ASSERT_EQ(run({"config", "--set", setting}).exitCode, 0) << setting;
-    }
-
-    static std::string demoSetup() { return std::string(SB_SHARE_DIR) + "/demo"; }
-
-    sbtest::temp_dir dir;
-    std::string project;
-    std::map<std::string, std::string> env;
-};
 
 TEST_F(CliTest, NewListCopyDeleteAndShow) {
     auto created = run({"new", project});

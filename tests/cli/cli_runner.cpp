@@ -13,10 +13,16 @@ extern char** environ;
 
 namespace sbtest {
 
+std::string soilbenchProgram() {
+    // SOILBENCH_UNDER_TEST names another build's program, to see which tests an older one fails.
+    const char* other = std::getenv("SOILBENCH_UNDER_TEST");
+    return other && *other ? other : binDir() + "/soilbench";
+}
+
 cli_result runSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env) {
     temp_dir capture;
     std::string outPath = capture.file("out"), errPath = capture.file("err");
-    std::string program = binDir() + "/soilbench";
+    std::string program = soilbenchProgram();
     std::vector<std::string> argStore{program};
     argStore.insert(argStore.end(), args.begin(), args.end());
     std::vector<char*> argv;

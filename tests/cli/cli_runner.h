@@ -12,7 +12,9 @@ struct cli_result {
     std::string err;
 };
 
-// `env` entries are set for the child on top of the test's own environment.
+// `env` entries are set for the child on top of the test's own environment. The
+// program is this build's, or the one SOILBENCH_UNDER_TEST names.
 cli_result runSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {});
+std::string soilbenchProgram();
 
 }  // namespace sbtest

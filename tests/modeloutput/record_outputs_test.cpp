@@ -148,8 +148,9 @@ TEST(RecordOutputs, SaveStoresTheOutputsInTheRecordsSession) {
         EXPECT_EQ(writeControlRecordWithOutputs(r, outputs, *db, errors), !c.storeFails) << c.name;
         EXPECT_EQ(errors, c.expectedErrors) << c.name;
         EXPECT_EQ(depthAtStore, 1) << c.name;  // inside the save's own session, not a session of its own
-        // A failing part does not stop the others: the record is saved either way.
+        // A failing part leaves nothing of the save: the record is there only when all of it was stored.
         tellura_control_record back;
-        EXPECT_TRUE(readControlRecord(*db, 7, back, errors)) << c.name << errors;
+        std::string readErrors;
+        EXPECT_EQ(readControlRecord(*db, 7, back, readErrors), !c.storeFails) << c.name << readErrors;
     }
 }

@@ -203,7 +203,7 @@ TEST(TelluraInputList, BadFilesGiveMessages) {
 
     errors.clear();
     counts = list.importFile("/dev/zero", errors, status);  // ends at once, however much there is
-    EXPECT_EQ(errors, "ERROR, line 1 of \"/dev/zero\" is longer than 65536 characters.\n");
+    EXPECT_EQ(errors, "ERROR, line 1 of \"/dev/zero\" is longer than 1048576 characters.\n");
     EXPECT_TRUE(counts.unread);
 
     if (geteuid() != 0) {  // root reads any file

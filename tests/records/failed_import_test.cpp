@@ -37,8 +37,7 @@ TelluraSoils heldSoil() {
 bool sameStation(const TelluraWeatherStations& a, const TelluraWeatherStations& b) {
     if (a.daily.size() != b.daily.size() || a.monthly.size() != b.monthly.size()) return false;
     for (size_t y = 0; y < a.daily.size(); ++y)
-        if (a.daily[y].days.size() != b.daily[y].days.size() ||
-            a.daily[y].days[0].tmx2m != b.daily[y].days[0].tmx2m)
+        if (a.daily[y].days.size() != b.daily[y].days.size() || a.daily[y].days[0].tmx2m != b.daily[y].days[0].tmx2m)
             return false;
     return a.monthly.empty() || a.monthly[0].months[0].precip == b.monthly[0].months[0].precip;
 }
