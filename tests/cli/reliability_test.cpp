@@ -143,13 +143,15 @@ TEST_F(Reliability, ASaveKilledAtAnyMomentLeavesTheOldOrTheNewProject) {
                 sb::appendf(days, "%d %d %d %d 10.5 -2.5 0.3\n", day, month, year, (month - 1) * 28 + day);
     sbtest::writeFile(dir.file("long.wth"), days);
     const killed_save saves[] = {
-        {"daily weather", {"import", "weather-daily", project, dir.file("long.wth"), "--station", "1"},
+        {"daily weather",
+         {"import", "weather-daily", project, dir.file("long.wth"), "--station", "1"},
          [](const project_state& b, const project_state& a) {
              project_state imported = b;
              imported.days += 60 * 336;
              return a == b || a == imported;
          }},
-        {"run directory", {"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "3"},
+        {"run directory",
+         {"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "3"},
          [](const project_state& b, const project_state& a) {
              project_state imported = b;
              ++imported.records, ++imported.soils, ++imported.stations;
@@ -165,9 +167,9 @@ TEST_F(Reliability, ASaveKilledAtAnyMomentLeavesTheOldOrTheNewProject) {
             kill(pid, SIGKILL);
             waitpid(pid, nullptr, 0);
             const project_state now = stateOf(project);
-            EXPECT_TRUE(save.whole(was, now)) << save.what << ", killed after " << delayMs << " ms: " << now.days
-                                              << " days, " << now.records << " records, " << now.soils << " soils, "
-                                              << now.stations << " stations";
+            EXPECT_TRUE(save.whole(was, now))
+                << save.what << ", killed after " << delayMs << " ms: " << now.days << " days, " << now.records
+                << " records, " << now.soils << " soils, " << now.stations << " stations";
             if (!(now == was)) break;  // saved whole: a later kill finds nothing to break
         }
     }
@@ -185,19 +187,30 @@ struct bad_import {
 TEST_F(Reliability, AFailedImportKeepsAllThatWasThere) {
     const std::string goodDay = "2 1 2011 2 5.0 -1.0 0.0\n";
     const bad_import cases[] = {
-        {"a nan day", {"weather-daily", "--station", "1"}, goodDay + "3 1 2011 3 nan -3.0 0.0\n",
+        {"a nan day",
+         {"weather-daily", "--station", "1"},
+         goodDay + "3 1 2011 3 nan -3.0 0.0\n",
          "ERROR, line 2 of daily weather file"},
         {"a cut day", {"weather-daily", "--station", "1"}, goodDay + "4 1 20", "ERROR, line 2 of daily weather file"},
-        {"garbage layers", {"soil-layers", "--soil", "1"}, "\x7f" "ELF\x02\x01garbage\n",
+        {"garbage layers",
+         {"soil-layers", "--soil", "1"},
+         "\x7f"
+         "ELF\x02\x01garbage\n",
          "ERROR, line 1 of soil layer file"},
         {"an empty layer file", {"soil-layers", "--soil", "1"}, "", "ERROR, no soil layers in soil file"},
-        {"garbage crops", {"option-list", "crop"}, "\x01\x02\x03\n",
+        {"garbage crops",
+         {"option-list", "crop"},
+         "\x01\x02\x03\n",
          "Syntax error in cultivation parameter file.\nFile: \""},
-        {"a crop value that is no number", {"option-list", "crop"}, "WWHT\n-nan PRDX(1)\n",
+        {"a crop value that is no number",
+         {"option-list", "crop"},
+         "WWHT\n-nan PRDX(1)\n",
          "ERROR, value \"-nan\" is not a number.\nFile: \""},
         {"no crops", {"option-list", "crop"}, "", "ERROR, no option records in"},
-        {"a site name without subscripts", {"weather-averages", "--station", "1"},
-         "Site\n1.5  PRECIP(-)\n2.5  PRECIP(99999999999999999999)\n", "ERROR, array subscript below 1: PRECIP(-)\n"},
+        {"a site name without subscripts",
+         {"weather-averages", "--station", "1"},
+         "Site\n1.5  PRECIP(-)\n2.5  PRECIP(99999999999999999999)\n",
+         "ERROR, array subscript below 1: PRECIP(-)\n"},
     };
     for (const bad_import& c : cases) {
         SCOPED_TRACE(c.what);
@@ -221,8 +234,9 @@ TEST_F(Reliability, ARunDirectoryWithABadFileImportsNothing) {
     sbtest::writeFile(dir.file("bad-run/demo-site.100"), site + "7.0  PRECIP(-)\n");
     auto imported = run({"import", "run-files", project, dir.file("bad-run"), "--schedule", "demo.sch", "--id", "3"});
     EXPECT_EQ(imported.exitCode, 1);
-    EXPECT_NE(imported.err.find("ERROR, array subscript below 1: PRECIP(-)\nFile: \"" + dir.file("bad-run/demo-site.100")),
-              std::string::npos)
+    EXPECT_NE(
+        imported.err.find("ERROR, array subscript below 1: PRECIP(-)\nFile: \"" + dir.file("bad-run/demo-site.100")),
+        std::string::npos)
         << imported.err;
     EXPECT_EQ(run({"list", project, "--ids", "3"}).out, "  No.    ID   Soil Weather  Description\n");
     EXPECT_EQ(stateOf(project), before);
@@ -232,9 +246,11 @@ TEST_F(Reliability, ARunDirectoryWithABadFileImportsNothing) {
 
 // /dev/zero has no line end: every import stops at once with a message.
 TEST_F(Reliability, EndlessInputEndsEveryImportAtOnce) {
-    const std::vector<std::vector<std::string>> imports = {
-        {"weather-daily", "--station", "1"}, {"weather-monthly", "--station", "1"},
-        {"weather-averages", "--station", "1"}, {"soil-layers", "--soil", "1"}, {"option-list", "crop"}};
+    const std::vector<std::vector<std::string>> imports = {{"weather-daily", "--station", "1"},
+                                                           {"weather-monthly", "--station", "1"},
+                                                           {"weather-averages", "--station", "1"},
+                                                           {"soil-layers", "--soil", "1"},
+                                                           {"option-list", "crop"}};
     for (const auto& kind : imports) {
         std::vector<std::string> args{"import", kind[0], project};
         if (kind[0] == "option-list") args.push_back(kind[1]);
@@ -344,27 +360,45 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
     fs::create_directories(dir.file("full"));
     sbtest::writeFile(dir.file("full/mine.txt"), "mine\n");
     const failing_command cases[] = {
-        {"option list missing", {"import", "option-list", project, "crop", dir.file("none.100")}, 1,
+        {"option list missing",
+         {"import", "option-list", project, "crop", dir.file("none.100")},
+         1,
          "ERROR, unable to open file \""},
-        {"option list a folder", {"import", "option-list", project, "crop", dir.path()}, 1,
+        {"option list a folder",
+         {"import", "option-list", project, "crop", dir.path()},
+         1,
          "ERROR, unable to open file \""},
         {"run: not a project", {"run", dir.file("not-a-project.sbproj")}, 1, "ERROR, unable to open database: "},
-        {"run: a table missing", {"run", dir.file("no-table.sbproj"), "--ids", "2"}, 1,
+        {"run: a table missing",
+         {"run", dir.file("no-table.sbproj"), "--ids", "2"},
+         1,
          "ERROR, unable to delete from [Output Annual]\n"},
-        {"delete: no such ID", {"delete", project, "--id", "99"}, 1,
+        {"delete: no such ID",
+         {"delete", project, "--id", "99"},
+         1,
          "ERROR, can't find record, ID=99, in [Control Records].\n"},
-        {"export: no such ID", {"export", project, "--id", "99", "--table", "annual"}, 1,
+        {"export: no such ID",
+         {"export", project, "--id", "99", "--table", "annual"},
+         1,
          "ERROR, can't find record, ID=99, in [Control Records].\n"},
-        {"new over a project", {"new", project}, 1,
-         "ERROR, \"" + project + "\" exists: nothing was changed. Use --force to replace it with a new empty project.\n"},
-        {"copy onto a record", {"copy", project, "--id", "1", "--to", "2"}, 1,
+        {"new over a project",
+         {"new", project},
+         1,
+         "ERROR, \"" + project +
+             "\" exists: nothing was changed. Use --force to replace it with a new empty project.\n"},
+        {"copy onto a record",
+         {"copy", project, "--id", "1", "--to", "2"},
+         1,
          "ERROR, record ID 2 exists: nothing was changed. Use --force to replace it.\n"},
-        {"run files onto a record", {"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"},
-         1, "ERROR, record ID 2 exists: nothing was changed. Use --force to replace it.\n"},
-        {"prepare into a full folder", {"prepare", project, "--id", "2", "--dir", dir.file("full")}, 1,
+        {"run files onto a record",
+         {"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"},
+         1,
+         "ERROR, record ID 2 exists: nothing was changed. Use --force to replace it.\n"},
+        {"prepare into a full folder",
+         {"prepare", project, "--id", "2", "--dir", dir.file("full")},
+         1,
          "is not empty: nothing was changed. Use --force to write into it.\n"},
-        {"prepare into no folder", {"prepare", project, "--id", "2", "--dir", ""}, 2,
-         "ERROR, --dir names no folder"},
+        {"prepare into no folder", {"prepare", project, "--id", "2", "--dir", ""}, 2, "ERROR, --dir names no folder"},
     };
     for (const failing_command& c : cases) {
         auto result = run(c.args);

@@ -7,6 +7,7 @@
 #include <QMdiArea>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QSpinBox>
@@ -281,6 +282,24 @@ private slots:
         tellura_control_record pasted;
         QVERIFY(readControlRecord(w.document()->db(), 77, pasted, errors));
         QCOMPARE(QString::fromStdString(pasted.description()), QStringLiteral("Record 2"));
+
+        // Onto a record the project holds: asked first; No keeps it, Yes replaces it.
+        for (const char* answer : {"No", "Yes"}) {
+            QString question;
+            onNextModal([&](QWidget* m) {
+                qobject_cast<QInputDialog*>(m)->setIntValue(1);
+                qobject_cast<QInputDialog*>(m)->accept();
+                onNextModal([&](QWidget* box) {
+                    question = qobject_cast<QMessageBox*>(box)->text();
+                    QVERIFY(sbtest_ui::pressButton(box, answer));
+                });
+            });
+            w.runCommand(command_id::editPaste);
+            QCOMPARE(question, QStringLiteral("Record ID 1 exists. Replace it and its outputs?"));
+            QVERIFY(readControlRecord(w.document()->db(), 1, pasted, errors));
+            QCOMPARE(QString::fromStdString(pasted.description()),
+                     QString(answer) == "No" ? QStringLiteral("Record 1") : QStringLiteral("Record 2"));
+        }
     }
 
     void pasteOfABadClipboardItemReportsAndChangesNothing() {
