@@ -77,11 +77,10 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
     if (schedule.empty() && !findSchedule(opt.dir, schedule, errors)) return finish(false, errors);
     sb::app_soilbench settings = loadUserSettings();
     int32_t id = opt.id ? *opt.id : sb::nextFreeRecordId(*db);
-    if (!opt.force && sb::controlRecordExists(*db, id)) {
-        sb::appendf(errors, "ERROR, record %ld exists already: give another --id, or --force to replace it.\n",
-                    static_cast<long>(id));
+    if (!allowedToReplace(sb::controlRecordExists(*db, id), opt.force,
+                          sb::strprintf("record %ld exists already", static_cast<long>(id)), "another --id",
+                          "replace it", errors))
         return finish(false, errors);
-    }
     int version = opt.version ? opt.version : settings.version;
     bool ok = sb::importRunFiles(*db, opt.dir, schedule, version, id, errors);
     if (ok) std::cout << "Imported " << opt.dir << " as record " << id << ".\n";

@@ -8,7 +8,7 @@
 #include "cli_options.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
-#include "records/tellura_control_record.h"
+#include "records/record_ids.h"
 
 namespace sbcli {
 namespace {
@@ -17,8 +17,8 @@ namespace {
 bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& outputs, std::string& errors) {
     auto db = openProject(project);
     if (!db) return false;
-    if (!sb::controlRecordExists(*db, id, errors)) {
-        if (errors.empty()) sb::appendf(errors, "ERROR, can't find record, ID=%d, in [Control Records].\n", id);
+    if (!sb::controlRecordExists(*db, id)) {
+        sb::appendf(errors, "ERROR, can't find record, ID=%d, in [Control Records].\n", id);
         return false;
     }
     return sb::readOutputs(*db, id, outputs, errors);

@@ -14,6 +14,7 @@
 #include "db/project_location.h"
 #include "records/id_list_filter.h"
 #include "records/new_project.h"
+#include "records/record_ids.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_weather_station.h"
 

@@ -49,8 +49,8 @@ int cmdPrepare(const prepare_options& opt) {
     std::string errors;
     std::error_code ec;
     const bool holdsFiles = std::filesystem::is_directory(opt.dir, ec) && !std::filesystem::is_empty(opt.dir, ec);
-    if (!allowedToReplace(holdsFiles, opt.force, "the folder \"" + opt.dir + "\" is not empty", "write into it",
-                          errors))
+    if (!allowedToReplace(holdsFiles, opt.force, "the folder \"" + opt.dir + "\" is not empty", "another --dir",
+                          "write into it", errors))
         return finish(false, errors);
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;

@@ -67,10 +67,9 @@ void readDailyFiles(const std::string& directory, imported_run& run, std::string
 // file's own title (the text after its header name), or the schedule's file
 // name when the site file has none.
 std::string describeRun(const std::string& sitePath, const std::string& scheduleFile) {
-    std::string text;
-    std::string title;
+    std::string text, title, unread;  // a site file that cannot be read is reported by its import
     std::error_code ec;
-    if (std::filesystem::is_regular_file(sitePath, ec) && readTextFile(sitePath, text)) {
+    if (std::filesystem::is_regular_file(sitePath, ec) && readTextFile(sitePath, text, unread, "")) {
         std::string_view header = trim(std::string_view(text).substr(0, text.find_first_of("\r\n")));
         size_t blank = header.find(' ');
         if (blank != std::string_view::npos) title = std::string(trim(header.substr(blank)));

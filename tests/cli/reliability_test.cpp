@@ -18,6 +18,7 @@
 #include "cli_fixture.h"
 #include "db/database.h"
 #include "records/option_lists.h"
+#include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 
@@ -33,19 +34,28 @@ struct project_state {
     bool operator==(const project_state&) const = default;
 };
 
+// The soil and weather station of the demo record (ID 2), as the import numbered them.
+sb::tellura_control_record demoRecord(sb::database& db) {
+    sb::tellura_control_record record;
+    std::string errors;
+    EXPECT_TRUE(sb::readControlRecord(db, 2, record, errors)) << errors;
+    return record;
+}
+
 project_state stateOf(const std::string& path) {
     project_state state;
     std::string errors;
     auto db = sb::database::open(path, errors);
     EXPECT_TRUE(db) << errors;
     if (!db) return state;
+    const sb::tellura_control_record record = demoRecord(*db);
     sb::TelluraWeatherStations station;
-    station.id = 1;
+    station.id = record.weatherId();
     EXPECT_TRUE(sb::loadDailyHistory(*db, station, errors)) << errors;
     for (const auto& year : station.daily) state.days += static_cast<long>(year.days.size());
     sb::tellura_soil_list soils;
     EXPECT_TRUE(soils.load(*db, errors)) << errors;
-    if (const sb::TelluraSoils* soil = soils.find(1)) {
+    if (const sb::TelluraSoils* soil = soils.find(record.soilId())) {
         state.layers = soil->layerCount;
         state.numberOfLayers = soil->integer(sb::kSoilNumberOfLayers);
     }
@@ -70,8 +80,15 @@ public:
         before = stateOf(project);
         ASSERT_EQ(before.days, 7670);
         ASSERT_EQ(before.layers, 6);
+        std::string errors;
+        auto db = sb::database::open(project, errors);
+        ASSERT_TRUE(db) << errors;
+        const sb::tellura_control_record record = demoRecord(*db);
+        station = std::to_string(record.weatherId());
+        soil = std::to_string(record.soilId());
     }
     project_state before;
+    std::string station, soil;  // the demo record's, as command arguments
 };
 
 // --- Locked project --------------------------------------------------------------
@@ -87,7 +104,7 @@ TEST_F(Reliability, LockedProjectFailsTheSaveAndTheRecordAndChangesNothing) {
     const std::string locked = "ERROR, unable to create session on database.\ndatabase is locked\n";
 
     sbtest::writeFile(dir.file("more.wth"), "1 1 2011 1 5.0 -1.0 0.0\n");
-    auto imported = run({"import", "weather-daily", project, dir.file("more.wth"), "--station", "1"});
+    auto imported = run({"import", "weather-daily", project, dir.file("more.wth"), "--station", station});
     EXPECT_EQ(imported.exitCode, 1);
     EXPECT_NE(imported.err.find(locked), std::string::npos) << imported.err;
 
@@ -144,7 +161,7 @@ TEST_F(Reliability, ASaveKilledAtAnyMomentLeavesTheOldOrTheNewProject) {
     sbtest::writeFile(dir.file("long.wth"), days);
     const killed_save saves[] = {
         {"daily weather",
-         {"import", "weather-daily", project, dir.file("long.wth"), "--station", "1"},
+         {"import", "weather-daily", project, dir.file("long.wth"), "--station", station},
          [](const project_state& b, const project_state& a) {
              project_state imported = b;
              imported.days += 60 * 336;
@@ -188,16 +205,19 @@ TEST_F(Reliability, AFailedImportKeepsAllThatWasThere) {
     const std::string goodDay = "2 1 2011 2 5.0 -1.0 0.0\n";
     const bad_import cases[] = {
         {"a nan day",
-         {"weather-daily", "--station", "1"},
+         {"weather-daily", "--station", station},
          goodDay + "3 1 2011 3 nan -3.0 0.0\n",
          "ERROR, line 2 of daily weather file"},
-        {"a cut day", {"weather-daily", "--station", "1"}, goodDay + "4 1 20", "ERROR, line 2 of daily weather file"},
+        {"a cut day",
+         {"weather-daily", "--station", station},
+         goodDay + "4 1 20",
+         "ERROR, line 2 of daily weather file"},
         {"garbage layers",
-         {"soil-layers", "--soil", "1"},
+         {"soil-layers", "--soil", soil},
          "\x7f"
          "ELF\x02\x01garbage\n",
          "ERROR, line 1 of soil layer file"},
-        {"an empty layer file", {"soil-layers", "--soil", "1"}, "", "ERROR, no soil layers in soil file"},
+        {"an empty layer file", {"soil-layers", "--soil", soil}, "", "ERROR, no soil layers in soil file"},
         {"garbage crops",
          {"option-list", "crop"},
          "\x01\x02\x03\n",
@@ -208,7 +228,7 @@ TEST_F(Reliability, AFailedImportKeepsAllThatWasThere) {
          "ERROR, value \"-nan\" is not a number.\nFile: \""},
         {"no crops", {"option-list", "crop"}, "", "ERROR, no option records in"},
         {"a site name without subscripts",
-         {"weather-averages", "--station", "1"},
+         {"weather-averages", "--station", station},
          "Site\n1.5  PRECIP(-)\n2.5  PRECIP(99999999999999999999)\n",
          "ERROR, array subscript below 1: PRECIP(-)\n"},
     };
@@ -246,10 +266,10 @@ TEST_F(Reliability, ARunDirectoryWithABadFileImportsNothing) {
 
 // /dev/zero has no line end: every import stops at once with a message.
 TEST_F(Reliability, EndlessInputEndsEveryImportAtOnce) {
-    const std::vector<std::vector<std::string>> imports = {{"weather-daily", "--station", "1"},
-                                                           {"weather-monthly", "--station", "1"},
-                                                           {"weather-averages", "--station", "1"},
-                                                           {"soil-layers", "--soil", "1"},
+    const std::vector<std::vector<std::string>> imports = {{"weather-daily", "--station", station},
+                                                           {"weather-monthly", "--station", station},
+                                                           {"weather-averages", "--station", station},
+                                                           {"soil-layers", "--soil", soil},
                                                            {"option-list", "crop"}};
     for (const auto& kind : imports) {
         std::vector<std::string> args{"import", kind[0], project};
@@ -296,7 +316,7 @@ TEST_F(Reliability, AThousandIdsAndMoreSelectTheirRecords) {
     ids += "2, 5000-6000";
     auto listed = run({"list", project, "--ids", ids});
     EXPECT_EQ(listed.exitCode, 0) << listed.err;
-    EXPECT_NE(listed.out.find("    1     2      1       1  Demo cropland\n"), std::string::npos) << listed.out;
+    EXPECT_NE(listed.out.find("    1     2      2       2  Demo cropland\n"), std::string::npos) << listed.out;
     auto ran = run({"run", project, "--ids", ids});
     EXPECT_EQ(ran.exitCode, 0) << ran.err.substr(0, 500);
     EXPECT_NE(ran.out.find("1 records run: 1 good, 0 failed."), std::string::npos);
@@ -385,19 +405,19 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
          {"new", project},
          1,
          "ERROR, \"" + project +
-             "\" exists: nothing was changed. Use --force to replace it with a new empty project.\n"},
+             "\" exists already: give another name, or --force to replace it with a new empty project.\n"},
         {"copy onto a record",
          {"copy", project, "--id", "1", "--to", "2"},
          1,
-         "ERROR, record ID 2 exists: nothing was changed. Use --force to replace it.\n"},
+         "ERROR, record 2 exists already: give another --to, or --force to replace it.\n"},
         {"run files onto a record",
          {"import", "run-files", project, demoSetup(), "--schedule", "demo.sch", "--id", "2"},
          1,
-         "ERROR, record ID 2 exists: nothing was changed. Use --force to replace it.\n"},
+         "ERROR, record 2 exists already: give another --id, or --force to replace it.\n"},
         {"prepare into a full folder",
          {"prepare", project, "--id", "2", "--dir", dir.file("full")},
          1,
-         "is not empty: nothing was changed. Use --force to write into it.\n"},
+         "is not empty: give another --dir, or --force to write into it.\n"},
         {"prepare into no folder", {"prepare", project, "--id", "2", "--dir", ""}, 2, "ERROR, --dir names no folder"},
     };
     for (const failing_command& c : cases) {
@@ -407,7 +427,7 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
     }
     EXPECT_EQ(sbtest::readFile(dir.file("full/mine.txt")), "mine\n");
     EXPECT_EQ(stateOf(project), before);
-    EXPECT_NE(run({"list", project}).out.find("    2     2      1       1  Demo cropland"), std::string::npos);
+    EXPECT_NE(run({"list", project}).out.find("    2     2      2       2  Demo cropland"), std::string::npos);
 }
 
 }  // namespace

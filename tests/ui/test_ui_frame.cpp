@@ -295,7 +295,8 @@ private slots:
                 });
             });
             w.runCommand(command_id::editPaste);
-            QCOMPARE(question, QStringLiteral("Record ID 1 exists. Replace it and its outputs?"));
+            QCOMPARE(question,
+                     QStringLiteral("Record ID = 1 exists. Replace it, with its outputs, by the pasted record?"));
             QVERIFY(readControlRecord(w.document()->db(), 1, pasted, errors));
             QCOMPARE(QString::fromStdString(pasted.description()),
                      QString(answer) == "No" ? QStringLiteral("Record 1") : QStringLiteral("Record 2"));
