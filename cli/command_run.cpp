@@ -120,7 +120,7 @@ int cmdRun(const run_options& opt) {
     report(errors);
     std::cout << sb::strprintf("%ld records run: %ld good, %ld failed%s.\n", result.runNumber, result.good,
                                result.failed, result.cancelled ? " (cancelled)" : "");
-    return result.failed == 0 && !result.cancelled && !result.unreadable ? kExitOk : kExitFailed;
+    return result.failed == 0 && !result.cancelled && !result.unreadable && !result.refused ? kExitOk : kExitFailed;
 }
 
 int cmdReadBin(const read_bin_options& opt) {

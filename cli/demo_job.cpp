@@ -95,6 +95,7 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
     settings.runVisible = false;
     settings.runTimeout = 120000;
     settings.outputPath = (dir / "daily-output").string() + "/";
+    settings.runsFolder = (dir / "runs").string();  // a failed run's folder stays beside the demo project
     settings.saveDailyFirstYear = 1;
     settings.saveDailyLastYear = 0;  // keep no daily files: the outputs are in the project
     // The daily-step release writes its annual trace gases and precipitation

@@ -13,6 +13,9 @@ std::atomic<int> progress_reporter::interrupts{0};
 
 namespace {
 void onInterrupt(int) { progress_reporter::interrupts.fetch_add(1); }
+// A request to terminate ends the running models at once, like Ctrl-C twice:
+// the runs end as cancelled, their folders kept and named, and nothing is left running.
+void onTerminate(int) { progress_reporter::interrupts.fetch_add(2); }
 
 std::string clockText(double seconds) {
     long s = static_cast<long>(seconds + 0.5);
@@ -28,10 +31,13 @@ progress_reporter::progress_reporter()
     action.sa_handler = onInterrupt;
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
+    action.sa_handler = onTerminate;
+    sigaction(SIGTERM, &action, nullptr);
 }
 
 progress_reporter::~progress_reporter() {
     std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
     if (terminal_ && total_ > 0) std::cerr << "\n";
 }
 

@@ -2,7 +2,7 @@
 // Progress of a run set on standard error: a live bar with the records done,
 // good, failed and the time left when standard error is a terminal, plain
 // progress lines otherwise. Ctrl-C once asks to finish the running records
-// and start no more; twice ends the running models too.
+// and start no more; twice (or SIGTERM) ends the running models too.
 #include <atomic>
 #include <chrono>
 
@@ -20,7 +20,7 @@ public:
     sb::cancel_request cancelRequested() override;
     void precheckStopped(const std::string& messages) override;
 
-    // Installs the Ctrl-C handler for the lifetime of the reporter.
+    // Ctrl-C and SIGTERM are taken for the lifetime of the reporter.
     static std::atomic<int> interrupts;
 
 private:

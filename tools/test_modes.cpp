@@ -18,14 +18,19 @@ namespace {
     for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
-// Hang mode also starts a helper process that sleeps, so that a time-out
-// must end the whole process group, not only the stand-in. (The Windows
-// build has no fork: it hangs alone.)
+// Hang mode also starts a helper process that sleeps in a session of its
+// own, outside the stand-in's process group, as a daemon would: ending the
+// stand-in's group alone does not end it. (The Windows build has no fork: it
+// hangs alone.)
 [[noreturn]] void hang() {
 #ifndef _WIN32
     pid_t helper = fork();
-    if (helper == 0) sleepForever();
-    std::printf("stand-in model: hang mode, helper process %d\n", static_cast<int>(helper));
+    if (helper == 0) {
+        setsid();
+        sleepForever();
+    }
+    std::printf("stand-in model: hang mode, process %d, helper process %d\n", static_cast<int>(getpid()),
+                static_cast<int>(helper));
 #else
     std::printf("stand-in model: hang mode\n");
 #endif

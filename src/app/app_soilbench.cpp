@@ -112,6 +112,7 @@ private:
         add(kFiles, "BinaryLayouts", &app_.binaryLayouts);
         add(kFiles, "WineCommand", &app_.wineCommand);
         add(kFiles, "WinePrefix", &app_.winePrefix);
+        add(kFiles, "RunsFolder", &app_.runsFolder);
     }
     void addDailyKeys() {
         for (int number = 1; number <= kOutfileCount; ++number)
@@ -120,6 +121,7 @@ private:
         add(kSettings, "SaveDailyLastYear", &app_.saveDailyLastYear);
         add(kSettings, "ReadBinaryOutput", &app_.readBinaryOutput);
         add(kSettings, "Jobs", &app_.jobs);
+        add(kSettings, "KeepRunFolders", &app_.keepRunFolders);
     }
 
     app_soilbench& app_;

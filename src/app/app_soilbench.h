@@ -4,11 +4,11 @@
 //
 // Profile (see ini_settings_store.h for where it lives), section "Settings":
 //   RunVisible, RecordList, RunTimeout, TELLURAVersion, Outfile1..Outfile28,
-//   SaveDailyFirstYear, SaveDailyLastYear, ReadBinaryOutput, Jobs
+//   SaveDailyFirstYear, SaveDailyLastYear, ReadBinaryOutput, Jobs, KeepRunFolders
 // section "Files":
 //   one key per version named after it ("Tellura 4 Agricultural", ...), the same
 //   followed by " LIST100", TelluraHelp, OutputPath, OutputPrefix, BinaryLayouts,
-//   WineCommand, WinePrefix
+//   WineCommand, WinePrefix, RunsFolder
 // section "Recent File List": File1..File4.
 // Booleans are stored as 0 or 1; any nonzero integer reads as true.
 //
@@ -68,6 +68,11 @@ public:
     // "~/.local/share/soilbench/wine").
     std::string wineCommand = "wine";
     std::string winePrefix;
+    // Ours: every record runs in a folder of its own under this one ("":
+    // "~/.local/share/soilbench/runs"). A good run's folder is removed once its
+    // outputs are stored, unless keepRunFolders is set; other runs' folders stay.
+    std::string runsFolder;
+    bool keepRunFolders = false;
     // Most recently used project files, newest first, at most 4.
     std::vector<std::string> recentFiles;
 

@@ -15,6 +15,8 @@ configuration_form::configuration_form(app_soilbench& settings)
       readBinaryOutput(settings.readBinaryOutput),
       wineCommand(settings.wineCommand),
       winePrefix(settings.winePrefix),
+      runsFolder(settings.runsFolder),
+      keepRunFolders(settings.keepRunFolders),
       settings_(settings),
       helpFileText_(settings.helpFile),
       openedModelPaths_(settings.modelExecutables),
@@ -72,6 +74,8 @@ bool configuration_form::accept(std::string& errors) {
     }
     settings_.wineCommand = std::string(trim(wineCommand));
     settings_.winePrefix = std::string(trim(winePrefix));
+    settings_.runsFolder = std::string(trim(runsFolder));
+    settings_.keepRunFolders = keepRunFolders;
     settings_.version = static_cast<int16_t>(selectedIndex_ + 1);
     settings_.readBinaryOutput = readBinaryOutput;
     settings_.outputPrefix = outputPrefix;

@@ -14,7 +14,8 @@
 // - Choosing a help file (filter "*.mdb") sets the help file at once; Cancel
 //   does not undo that.
 // - OK copies version, binary output, output prefix and path, record list,
-//   visible console, run timeout, Wine command and Wine prefix back; Cancel changes none of them. A run
+//   visible console, run timeout, Wine command and Wine prefix, the runs folder
+//   and whether good runs' folders are kept back; Cancel changes none of them. A run
 //   timeout that is not an integer from 0 to 5000000 refuses OK.
 #include <array>
 #include <string>
@@ -40,6 +41,8 @@ inline constexpr const char* kConfigurationLabels[] = {
     "Read binary output (doesn't work for Daily runs)",
     "Wine command (.exe builds):",
     "Wine prefix directory:",
+    "Run folders:",
+    "Keep the folders of good runs",
     "OK",
     "Cancel",
 };
@@ -85,6 +88,8 @@ public:
     bool readBinaryOutput;
     std::string wineCommand;
     std::string winePrefix;  // "": the default prefix
+    std::string runsFolder;  // "": the default runs folder
+    bool keepRunFolders;
 
     // False, with the validation message in `errors`, when the dialog must
     // stay open (a bad run timeout; an empty Wine command); otherwise the

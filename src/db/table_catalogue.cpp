@@ -317,6 +317,16 @@ const catalogue_entry kCatalogue[] = {
     // How many times each control record has been saved: a save tells whether
     // another user saved the record since it was read.
     {"Record Changes", "Primary", {"ID"}, "INTEGER: ID, Change Count", row_owner::record_local, "ID"},
+    // Ours: one row per run of a record, good or not, with what produced it; it
+    // stays with the project the runs were made in.
+    {"Run History",
+     "Primary",
+     {"ID", "Started", "Host", "Process ID"},
+     "INTEGER: ID; TEXT(24): Started, Ended; TEXT(12): State; TEXT(1000): Message, Run Folder, Model; "
+     "TEXT(64): Model SHA256; TEXT(80): Release Profile; TEXT(64): Inputs SHA256; TEXT(20): Soilbench Version; "
+     "TEXT(255): Host; INTEGER: Process ID",
+     row_owner::record_local,
+     "ID"},
 };
 
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == kTableCount);

@@ -32,6 +32,7 @@ enum class table_id : int {
     trees,
     tree_removal,
     record_changes,
+    run_history,
     count
 };
 

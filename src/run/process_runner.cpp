@@ -1,6 +1,7 @@
 #include "run/process_runner.h"
 
 #include "app/text_format.h"
+#include "run/capped_text.h"
 #include "run/child_process.h"
 #include "run/command_line.h"
 
@@ -51,21 +52,27 @@ void explainWineTimeLimit(const std::string& commandLine, const wine_setup& wine
             wine.command.c_str(), (wine.prefix.empty() ? defaultWinePrefix() : wine.prefix).c_str());
 }
 
-// The time limit, a cancel, and a crash each leave their own message.
-bool reportWait(wait_result result, const child_process& child, std::string& errors) {
+// The time limit, a cancel, and a crash each leave their own message and end.
+bool reportWait(wait_result result, const child_process& child, run_state& end, std::string& errors) {
     switch (result) {
         case wait_result::timedOut:
             errors += kTimeLimitMessage;
+            end = run_state::timedOut;
             return false;
         case wait_result::cancelled:
+            errors += "Process Cancelled/Error\n";
+            end = run_state::cancelled;
+            return false;
         case wait_result::failed:
             errors += "Process Cancelled/Error\n";
+            end = run_state::failed;
             return false;
         case wait_result::finished:
             break;
     }
     if (int signal = child.endingSignal()) {
         appendf(errors, "ERROR, process ended by signal %d (%s).\n", signal, strsignal(signal));
+        end = run_state::crashed;
         return false;
     }
     return true;
@@ -123,19 +130,28 @@ std::vector<std::string> terminalArguments(const std::string& terminal, const st
 
 }  // namespace
 
-bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors) {
+bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors,
+                                 const console_limits& limits) {
     if (fd < 0) {
         errors += "ERROR in read_console - output file handle is invalid.\n";
         return false;
     }
-    std::string text;
-    char chunk[64];
+    // Read as a stream: the whole console is searched for "error", but only its
+    // head and tail are kept, however much the model printed.
+    capped_text text(limits.headBytes, limits.tailBytes);
+    std::string piece, carry;  // carry: the last bytes before a piece, so a word across two is found
+    piece.resize(64 * 1024);
+    bool errorSeen = false;
     off_t offset = 0;
     int failures = 0;
     for (;;) {
-        ssize_t got = pread(fd, chunk, sizeof chunk, offset);
+        ssize_t got = pread(fd, piece.data(), piece.size(), offset);
         if (got > 0) {
-            text.append(chunk, static_cast<size_t>(got));
+            std::string_view read(piece.data(), static_cast<size_t>(got));
+            errorSeen = errorSeen || (carry + std::string(read.substr(0, 4))).find("error") != std::string::npos ||
+                        read.find("error") != std::string_view::npos;
+            carry = std::string(read.substr(read.size() > 4 ? read.size() - 4 : 0));
+            text.append(read);
             offset += got;
         } else if (got == 0) {
             break;
@@ -149,38 +165,41 @@ bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog
         errors += "ERROR in read_console - console file is empty.\n";
         return false;
     }
-    bool ok = text.find("error") == std::string::npos;
-    if (!ok) errors += "ERROR, Tellura error detected.\n";
+    if (errorSeen) errors += "ERROR, Tellura error detected.\n";
+    std::string kept = text.text("the model's console output");
     std::string unixText;
-    unixText.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i)
-        if (!(text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')) unixText += text[i];
+    unixText.reserve(kept.size());
+    for (size_t i = 0; i < kept.size(); ++i)
+        if (!(kept[i] == '\r' && i + 1 < kept.size() && kept[i + 1] == '\n')) unixText += kept[i];
     runLog += unixText;
-    return ok;
+    return !errorSeen;
 }
 
 bool process_runner::runCaptured(const std::string& commandLine, const std::string& consoleFile,
                                  const std::string& workingDirectory, bool /*highPriority*/, bool requireOutput,
                                  std::string& runLog, std::string& errors) {
     console_file console(consolePath(consoleFile, workingDirectory));
+    lastEnd_ = run_state::good;
     if (console.fd() < 0) {
         errors += "Unable to create file handle.\n";
         errors += commandLine + "\n";
-        return false;
+        return noteFailure();
     }
     child_process child;
-    if (!startProcess(child, commandLine, workingDirectory, console.fd(), wine_, errors)) return false;
+    if (!startProcess(child, commandLine, workingDirectory, console.fd(), wine_, errors)) return noteFailure();
     wait_result result = child.wait(runTimeout_, cancel_);
-    bool ok = reportWait(result, child, errors);
+    bool ok = reportWait(result, child, lastEnd_, errors);
     if (result == wait_result::timedOut) explainWineTimeLimit(commandLine, wine_, errors);
     if (result == wait_result::finished) runLog += commandLine + "\nProcess Finished\n";
     // Read also after a time-out or crash, so that what the model printed is kept.
-    bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors);
+    bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors, consoleLimits_);
+    if (ok && !consoleOk) lastEnd_ = run_state::failed;
     return ok && consoleOk;
 }
 
 bool process_runner::runInConsole(const std::string& commandLine, const std::string& workingDirectory,
                                   std::string& errors) {
+    lastEnd_ = run_state::good;
     std::vector<std::string> command;
     std::string terminal = findTerminal();
     child_process child;
@@ -190,8 +209,8 @@ bool process_runner::runInConsole(const std::string& commandLine, const std::str
         int code = 0;
         started = child.start(terminalArguments(terminal, commandLine, command), workingDirectory, -1, code);
     }
-    if (!started && !startProcess(child, commandLine, workingDirectory, -1, wine_, errors)) return false;
-    return reportWait(child.wait(runTimeout_, cancel_), child, errors);
+    if (!started && !startProcess(child, commandLine, workingDirectory, -1, wine_, errors)) return noteFailure();
+    return reportWait(child.wait(runTimeout_, cancel_), child, lastEnd_, errors);
 }
 
 }  // namespace sb

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "app/file_digest.h"
 #include "app/text_format.h"
 #include "modelinput/run_directory.h"
 #include "modeloutput/binary_layout.h"
@@ -18,13 +19,16 @@
 #include "records/tellura_control_record.h"
 #include "run/model_process_runner.h"
 #include "run/process_runner.h"
+#include "run/run_folder.h"
 
 namespace sb {
 namespace {
 
+namespace fs = std::filesystem;
+
 bool fileExists(const std::string& path) {
     std::error_code ec;
-    return std::filesystem::is_regular_file(path, ec);
+    return fs::is_regular_file(path, ec);
 }
 
 // The daily-step release's text outputs that are read back, by their place
@@ -34,13 +38,6 @@ struct read_text_output {
     int outfileNumber;
 };
 const read_text_output kReadTextOutputs[] = {{"year_summary.out", 13}, {"daily.out", 26}};
-
-// A text output left by an earlier run must not be read as this run's.
-void removeStaleTextOutputs(const std::string& runDirectory, int version) {
-    if (version != kDiurna45) return;
-    std::error_code ec;
-    for (const auto& output : kReadTextOutputs) std::filesystem::remove(runDirectory + output.file, ec);
-}
 
 // The daily years to keep are at most as many as the record simulates: the
 // files of one run go to the first year's folder and each further year gets a
@@ -67,9 +64,71 @@ std::string withSlash(std::string dir) {
     return dir;
 }
 
-// An executable path with its folder replaced by the scratch folder's: the
-// program itself is started from where it is installed.
-std::string executableIn(const std::string& configured) { return localPath(configured); }
+// Files a run writes or reads back as its results: an old one lying in the
+// model's folder must never come along into a run folder and be read as the
+// new run's.
+bool isRunResult(const std::string& name) {
+    static const char* const kResults[] = {"sb.bin",    "sb.lis",    "sb_outvars.txt",
+                                           "sbNew.100", "mresp.out", model_process_runner::kConsoleFile};
+    for (const char* result : kResults)
+        if (name == result) return true;
+    for (const auto& daily : dailyOutputFiles())
+        if (name == daily.file) return true;
+    return name.rfind("sb.", 0) == 0 && name.size() > 7 && name.compare(name.size() - 4, 4, ".csv") == 0;
+}
+
+// The data files the model reads beside its inputs (any file of the model's
+// folder that is not a program, not one of the inputs just written and not a
+// result) are copied into the run folder; the programs stay where they are.
+void bringDataFiles(const std::string& modelFolder, const std::string& runFolder, std::string& errors) {
+    std::error_code ec;
+    if (modelFolder.empty() || !fs::is_directory(modelFolder, ec)) return;
+    for (const auto& entry : fs::directory_iterator(modelFolder, ec)) {
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_regular_file(ec) || isRunResult(name) || fs::exists(runFolder + name, ec)) continue;
+        if ((entry.status(ec).permissions() & fs::perms::owner_exec) != fs::perms::none) continue;
+        if (!fs::copy_file(entry.path(), runFolder + name, ec))
+            appendf(errors, "WARNING, unable to copy the data file \"%s\" into the run folder: %s.\n",
+                    entry.path().c_str(), ec.message().c_str());
+    }
+}
+
+// One digest over every input file written for the run, by name and content
+// in name order, so that the same inputs always give the same digest.
+std::string digestOfInputs(const std::string& runFolder) {
+    std::error_code ec;
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(runFolder, ec)) {
+        std::string name = entry.path().filename().string();
+        if (entry.is_regular_file(ec) && name != run_folder::kOwnerFile) names.push_back(std::move(name));
+    }
+    std::sort(names.begin(), names.end());
+    sha256_digest digest;
+    for (const std::string& name : names) {
+        digest.add(name);
+        digest.add(std::string_view("\0", 1));
+        digest.addFile(runFolder + name);
+    }
+    return digest.hex();
+}
+
+// The list utility must have written the list file during this run: one
+// older than the request file ("sb_outvars.txt") written just before it was
+// left from before.
+bool listFileIsNew(const std::string& runFolder, std::string& errors) {
+    std::error_code ec, requestEc;
+    const std::string list = runFolder + "sb.lis";
+    auto written = fs::last_write_time(list, ec);
+    auto requested = fs::last_write_time(runFolder + "sb_outvars.txt", requestEc);
+    if (ec || requestEc || written >= requested) return true;  // a missing file is the reader's to report
+    appendf(errors, "ERROR, the list file \"%s\" is older than this run: the list utility did not write it.\n",
+            list.c_str());
+    return false;
+}
+
+run_state failedEnd(const process_runner& processes) {
+    return processes.lastEnd() == run_state::good ? run_state::failed : processes.lastEnd();
+}
 
 }  // namespace
 
@@ -85,42 +144,48 @@ void record_runner::applyBlockChoice(tellura_control_record& record, const run_c
     record.blocks = std::move(chosen);
 }
 
-bool record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& workDirectory,
-                        std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow) const {
+run_state record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
+                             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow,
+                             std::string* inputsDigest) const {
     const int version = settings_.version;
-    const std::string modelExe = executableIn(settings_.modelExecutable(version));
-    const std::string listExe = executableIn(settings_.list100Executable(version));
-    const std::string runDirectory = workDirectory.empty() ? directoryOf(modelExe) : withSlash(workDirectory);
+    const std::string modelExe = localPath(settings_.modelExecutable(version));
+    const std::string listExe = localPath(settings_.list100Executable(version));
+    const std::string folder = withSlash(runFolder);
+    outputs.clear();
+    record.runDone = false;
 
     // The writers take the executable's path to find the run directory: point
-    // them at the working directory with a name that is only used for its folder.
+    // them at the run folder with a name that is only used for its folder.
     std::string prepareErrors;
-    prepareRunDirectory(record, version, runDirectory + "model", settings_.outfileSelected, inputs_.options,
-                        inputs_.soils, inputs_.stations, prepareErrors);
+    const bool prepared = prepareRunDirectory(record, version, folder + "model", settings_.outfileSelected,
+                                              inputs_.options, inputs_.soils, inputs_.stations, prepareErrors);
     errors += prepareErrors;
+    if (!prepared) return run_state::failed;  // the model must not run on inputs that are not all there
+    if (inputsDigest) *inputsDigest = digestOfInputs(folder);
+    bringDataFiles(directoryOf(modelExe), folder, errors);
 
     process_runner processes(settings_.runTimeout);
     if (cancelNow) processes.setCancelCheck(cancelNow);
     processes.setWine({settings_.wineCommand, settings_.winePrefix});
     model_process_runner model(processes);
-    model.setWorkingDirectory(workDirectory.empty() ? "" : runDirectory);
-
-    outputs.clear();
-    record.runDone = false;
-    removeStaleTextOutputs(runDirectory, version);
-    if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return false;
+    model.setWorkingDirectory(folder);
+    if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return failedEnd(processes);
 
     bool ok = true;
     if (!settings_.readBinaryOutput) {
         // Release 6 has no list utility: asking for it reports the process-start failure.
         output_variable_set variables;
         variables.setCurrentVersion(version);
-        if (!variables.writeRequestFile(runDirectory, record, errors)) ok = false;
+        if (!variables.writeRequestFile(folder, record, errors)) ok = false;
         else if (!model.runList100(version, listExe, settings_.runVisible, runLog, errors)) ok = false;
+        else if (version != kTellura4Agricultural && !listFileIsNew(folder, errors)) ok = false;
     }
-    if (!readOutputs(record, outputs, runDirectory, errors)) ok = false;
-    if (ok) record.runDone = true;
-    return ok;
+    if (!readOutputs(record, outputs, folder, errors)) ok = false;
+    // Daily files replace the kept ones of an earlier run only for a good run.
+    if (ok && !keepDailyFiles(record, folder, errors)) ok = false;
+    if (!ok) return failedEnd(processes);
+    record.runDone = true;
+    return run_state::good;
 }
 
 bool record_runner::readOutputs(const tellura_control_record& record, tellura_outputs& outputs,
@@ -146,13 +211,16 @@ bool record_runner::readOutputs(const tellura_control_record& record, tellura_ou
             ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, outputs, errors) && ok;
         if (selected(kReadTextOutputs[1]))
             ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, outputs, errors) && ok;
-        int first = settings_.saveDailyFirstYear, last = settings_.saveDailyLastYear;
-        if (first <= last && !settings_.outputPath.empty()) {
-            keepToSimulatedYears(record, first, last, errors);
-            ok = saveDailyFiles(runDirectory, dailyOutputFolder(), settings_.outputPrefix, first, last, errors) && ok;
-        }
     }
     return ok;
+}
+
+bool record_runner::keepDailyFiles(const tellura_control_record& record, const std::string& runFolder,
+                                   std::string& errors) const {
+    int first = settings_.saveDailyFirstYear, last = settings_.saveDailyLastYear;
+    if (settings_.version != kDiurna45 || first > last || settings_.outputPath.empty()) return true;
+    keepToSimulatedYears(record, first, last, errors);
+    return saveDailyFiles(runFolder, dailyOutputFolder(), settings_.outputPrefix, first, last, errors);
 }
 
 // The shipped default output path is a Windows folder at the root of drive C:

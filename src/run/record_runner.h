@@ -1,13 +1,14 @@
 #pragma once
 // One record's trip through the model, without the database: write its run
-// directory, run the model (and the list utility), read the outputs back into
-// the record's outputs. The run controller loads and stores around it; several record
-// runners may work at once, each in its own working directory.
+// folder, run the model (and the list utility), read the outputs back into
+// the record's outputs. The run controller loads and stores around it; several
+// records may run at once, each in its own run folder.
 #include <functional>
 #include <string>
 
 #include "app/app_soilbench.h"
 #include "run/run_choices.h"
+#include "run/run_state.h"
 
 namespace sb {
 
@@ -31,12 +32,15 @@ public:
     // `settings` is the run's own copy: version, executables, time limit, flags.
     record_runner(const app_soilbench& settings, const run_inputs& inputs);
 
-    // Runs in `workDirectory` when given (a scratch copy of the run directory),
-    // otherwise in the folder of the version's executable. The model is ended
-    // early when `cancelNow` returns true. True only when every step succeeded;
-    // outputs read before a failure stay in `outputs`.
-    bool run(tellura_control_record& record, tellura_outputs& outputs, const std::string& workDirectory,
-             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {}) const;
+    // Writes the record's inputs into `runFolder` (its own, empty), brings the
+    // model's data files along, runs the model (and the list utility) there with
+    // the executables where they are installed, and reads the outputs back. The
+    // model is ended early when `cancelNow` returns true. Good only when every
+    // step succeeded; outputs read before a failure stay in `outputs`.
+    // `inputsDigest` receives the SHA-256 of the input files written.
+    run_state run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
+                  std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
+                  std::string* inputsDigest = nullptr) const;
 
     // The record's blocks reduced to and ordered as the choice says.
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
@@ -44,6 +48,8 @@ public:
 private:
     bool readOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
                      std::string& errors) const;
+    // The daily-step release's daily files of the chosen years, into the output folder.
+    bool keepDailyFiles(const tellura_control_record& record, const std::string& runFolder, std::string& errors) const;
     std::string dailyOutputFolder() const;
 
     app_soilbench settings_;

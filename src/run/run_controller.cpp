@@ -7,15 +7,19 @@
 #include <filesystem>
 #include <future>
 #include <mutex>
-#include <set>
 #include <unistd.h>
 
+#include "app/file_digest.h"
 #include "app/text_format.h"
 #include "db/database.h"
 #include "modelinput/weather_file.h"
 #include "modeloutput/output_tables.h"
+#include "records/store_session.h"
+#include "run/capped_text.h"
 #include "run/elapsed_timer.h"
 #include "run/record_runner.h"
+#include "run/run_folder.h"
+#include "run/run_history.h"
 
 namespace sb {
 namespace {
@@ -34,45 +38,6 @@ private:
 void coverageCheck(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
                    std::string& errors) {
     checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, errors);
-}
-
-// A scratch copy of the run directory for one of several records running at
-// once: the data files the model reads beside its inputs come along, the
-// executables stay where they are. `copied` receives the names of the files
-// copied.
-bool makeScratchCopy(const std::filesystem::path& runDirectory, const std::filesystem::path& scratch,
-                     std::set<std::string>& copied, std::string& errors) {
-    namespace fs = std::filesystem;
-    std::error_code ec;
-    fs::create_directories(scratch, ec);
-    if (ec) {
-        appendf(errors, "ERROR, unable to make scratch run directory \"%s\": %s.\n", scratch.c_str(),
-                ec.message().c_str());
-        return false;
-    }
-    if (runDirectory.empty() || !fs::is_directory(runDirectory, ec)) return true;
-    for (const auto& entry : fs::directory_iterator(runDirectory, ec)) {
-        if (!entry.is_regular_file(ec)) continue;
-        auto perms = entry.status(ec).permissions();
-        if ((perms & fs::perms::owner_exec) != fs::perms::none) continue;
-        fs::copy_file(entry.path(), scratch / entry.path().filename(), fs::copy_options::overwrite_existing, ec);
-        if (!ec) copied.insert(entry.path().filename().string());
-    }
-    return true;
-}
-
-// Removes what the previous record left in a scratch copy (its inputs and
-// outputs), keeping the copied data files. No output of another record can
-// then be read as this one's, and the new inputs are written as new files,
-// which the file system does much faster than truncating and rewriting the
-// old ones.
-void clearScratchCopy(const std::filesystem::path& scratch, const std::set<std::string>& keep) {
-    namespace fs = std::filesystem;
-    std::error_code ec;
-    std::vector<fs::path> stale;
-    for (const auto& entry : fs::directory_iterator(scratch, ec))
-        if (!keep.count(entry.path().filename().string())) stale.push_back(entry.path());
-    for (const auto& path : stale) fs::remove_all(path, ec);
 }
 
 // Records held finished but not yet reported, per job.
@@ -134,21 +99,30 @@ bool readRunSet(database& db, const std::string& filter, std::vector<std::pair<l
     return true;
 }
 
-void replaceAll(std::string& text, const std::string& from, const std::string& to) {
-    if (from.empty()) return;
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
+// How the history and the messages name the way a run ended.
+const char* endPhrase(run_state state) {
+    switch (state) {
+        case run_state::cancelled:
+            return "was cancelled";
+        case run_state::timedOut:
+            return "timed out";
+        case run_state::crashed:
+            return "crashed";
+        default:
+            return "failed";
+    }
 }
 
-// A record run in a scratch copy reports its files as if it had run in the
-// run directory: the scratch copy is gone when the command ends, and the
-// messages must not depend on how many records ran at once.
-void nameRunDirectory(std::string& text, const std::string& scratch, const std::string& runDirectory) {
-    std::string shown = runDirectory;
-    if (!shown.empty() && shown.back() == '/') shown.pop_back();
-    replaceAll(text, scratch + "/", shown + "/");
-    replaceAll(text, scratch, shown);
+// The name a project's run folders start with: its file name without the extension.
+std::string projectNameOf(const std::string& path) {
+    std::string stem = std::filesystem::path(path).stem().string();
+    return stem.empty() ? "project" : stem;
 }
+
+// A run log of thousands of records keeps its first and last records whole
+// and says how much was cut between them.
+constexpr size_t kRunLogHeadBytes = 8 * 1024 * 1024;
+constexpr size_t kRunLogTailBytes = 8 * 1024 * 1024;
 
 }  // namespace
 
@@ -191,7 +165,20 @@ std::string runReport(const std::string& errors, const std::string& runLog) {
     return errors + "\n" + runLog;
 }
 
-run_controller::run_controller(database& db, const app_soilbench& settings) : db_(db), settings_(settings) {}
+// One record's run from its folder to its stored outputs (or its kept folder).
+struct run_controller::record_run {
+    run_folder folder;
+    run_state state = run_state::failed;
+    std::string started, ended;
+    std::string inputsDigest;
+    std::string runLog, errors;
+};
+
+run_controller::run_controller(database& db, const app_soilbench& settings)
+    : db_(db),
+      settings_(settings),
+      runsRoot_(run_folder::rootFor(settings.runsFolder)),
+      projectName_(projectNameOf(db.path())) {}
 run_controller::~run_controller() = default;
 
 bool run_controller::loadProjectData(std::string& errors) {
@@ -211,14 +198,115 @@ bool run_controller::checkRecord(const tellura_control_record& record, std::stri
     return precheck(record, settings_.version, soils_, stations_, options_, errors);
 }
 
+// Nothing is written anywhere for a run that has no program to run.
+bool run_controller::checkPrograms(std::string& errors) const {
+    const int version = settings_.version;
+    bool ok = true;
+    if (trim(settings_.modelExecutable(version)).empty()) {
+        appendf(errors,
+                "ERROR, no model executable is configured for \"%s\": nothing was run. See \"File\" | "
+                "\"Configure\".\n",
+                versionDisplayName(version));
+        ok = false;
+    }
+    // Releases 2 to 5 read the list utility's list file unless binary output is read.
+    const bool listNeeded = version > kTellura4Agricultural && version < kTellura5 && !settings_.readBinaryOutput;
+    if (listNeeded && trim(settings_.list100Executable(version)).empty()) {
+        appendf(errors,
+                "ERROR, no list utility is configured for \"%s\": nothing was run. See \"File\" | \"Configure\", "
+                "or read binary output.\n",
+                versionDisplayName(version));
+        ok = false;
+    }
+    return ok;
+}
+
 bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors) {
+    if (!checkPrograms(errors)) return false;
     if (!loaded_) loadProjectData(errors);
     if (!readControlRecord(db_, id, record, errors)) return false;
     return checkRecord(record, errors);
 }
 
-bool run_controller::storeRun(const tellura_control_record& record, tellura_outputs& outputs, std::string& errors) {
-    return storeOutputs(db_, record.id(), outputs, errors);
+void run_controller::prepareRuns(std::string& errors) {
+    if (runsPrepared_) return;
+    runsPrepared_ = true;
+    run_folder::removeStale(runsRoot_, errors);
+    ensureRunHistoryTable(db_, errors);
+}
+
+void run_controller::runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                               const std::function<bool()>& cancelNow) const {
+    run.started = historyTimeNow();
+    if (run.folder.create(runsRoot_, projectName_, record.id(), run.errors)) {
+        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+        run.state =
+            runner.run(record, outputs, run.folder.path(), run.runLog, run.errors, cancelNow, &run.inputsDigest);
+    }
+    run.ended = historyTimeNow();
+}
+
+const std::string& run_controller::modelDigest() {
+    if (!modelDigestDone_) {
+        modelDigest_ = sha256OfFile(localPath(settings_.modelExecutable(settings_.version)));
+        modelDigestDone_ = true;
+    }
+    return modelDigest_;
+}
+
+bool run_controller::finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                               std::string& errors) {
+    const long id = static_cast<long>(record.id());
+    run_history_entry entry;
+    entry.id = record.id();
+    entry.started = run.started;
+    entry.ended = run.ended;
+    entry.state = run.state;
+    entry.message = run.errors;
+    entry.runFolder = run.folder.path();
+    entry.model = localPath(settings_.modelExecutable(settings_.version));
+    entry.modelSha256 = modelDigest();
+    entry.releaseProfile = versionDisplayName(settings_.version);
+    entry.inputsSha256 = run.inputsDigest;
+    entry.soilbenchVersion = soilbenchVersion();
+    entry.host = hostName();
+    entry.processId = static_cast<int32_t>(getpid());
+
+    if (run.state == run_state::good) {
+        // The outputs and their history row are kept together or not at all.
+        std::string storeErrors;
+        bool stored = false;
+        {
+            store_session s(db_, storeErrors);
+            stored = s.ok() && s.commitIf(storeOutputs(db_, record.id(), outputs, storeErrors) &&
+                                          appendRunHistory(db_, entry, storeErrors));
+        }
+        errors += storeErrors;
+        if (stored) {
+            if (settings_.keepRunFolders) run.folder.keep();
+            else run.folder.remove(errors);
+            return true;
+        }
+        run.folder.keep();
+        appendf(errors,
+                "ERROR, the outputs of record %ld were not stored: its earlier outputs are kept, and the run's files "
+                "are in \"%s\".\n",
+                id, run.folder.path().c_str());
+        entry.state = run_state::failed;
+        entry.message = storeErrors;
+        std::string ignored;  // the store that just failed most likely refuses this too
+        appendRunHistory(db_, entry, ignored);
+        return false;
+    }
+    run.folder.keep();
+    if (run.folder.path().empty())
+        appendf(errors, "ERROR, the run of record %ld %s: its earlier outputs are kept.\n", id, endPhrase(run.state));
+    else
+        appendf(errors,
+                "ERROR, the run of record %ld %s: its earlier outputs are kept, and what it wrote is in \"%s\".\n", id,
+                endPhrase(run.state), run.folder.path().c_str());
+    appendRunHistory(db_, entry, errors);
+    return false;
 }
 
 bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs,
@@ -228,12 +316,13 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     settings_.saveDailyLastYear = choices.saveDailyLastYear;
     settings_.readBinaryOutput = choices.readBinaryOutput;
     record_runner::applyBlockChoice(record, choices);
-    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
-    bool ok = runner.run(record, outputs, "", runLog, errors, cancelNow);
-    // Stored also after a failed run (with whatever was read); a record whose
-    // outputs did not reach the project is a failure whatever the model did.
-    ok = storeRun(record, outputs, errors) && ok;
-    return ok;
+    if (!checkPrograms(errors)) return false;
+    prepareRuns(errors);
+    record_run run;
+    runRecord(record, outputs, run, cancelNow);
+    runLog += run.runLog;
+    errors += run.errors;
+    return finishRun(record, outputs, run, errors);
 }
 
 bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors) {
@@ -257,10 +346,8 @@ struct run_controller::pending_record {
     tellura_outputs outputs;
     bool prechecked = false;
     std::string precheckMessages;
-    std::string runLog;
-    std::string errors;
-    bool ok = false;
-    std::string scratch;     // the scratch copy it ran in, when it ran beside others
+    record_run run;
+    bool inFlight = false;   // holds one of the jobs
     std::future<void> done;  // valid while it runs on a worker
 };
 
@@ -271,31 +358,25 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
 
     std::vector<std::pair<long, int32_t>> rows;  // (position in the table, ID)
     result.unreadable = !readRunSet(db_, options.filter, rows, errors);
-    if (!rows.empty() && !loaded_) loadProjectData(errors);
-
-    const int jobs = std::max(1, options.jobs);
-    std::atomic<bool> endNow{false};
-    std::vector<std::filesystem::path> slots;
-    std::set<std::string> dataFiles;  // copied into every scratch copy
-    std::filesystem::path scratchRoot;
-    const std::string runDirectory = directoryOf(localPath(settings_.modelExecutable(settings_.version)));
-    if (jobs > 1 && rows.size() > 1) {
-        scratchRoot = std::filesystem::temp_directory_path() /
-                      strprintf("soilbench-run-%ld-%p", static_cast<long>(getpid()), static_cast<void*>(&result));
-        for (int k = 0; k < jobs; ++k) {
-            slots.push_back(scratchRoot / strprintf("job-%d", k + 1));
-            makeScratchCopy(runDirectory, slots.back(), dataFiles, errors);
-        }
+    if (!rows.empty() && !checkPrograms(errors)) {
+        result.refused = true;
+        rows.clear();
     }
-    std::vector<bool> slotBusy(slots.size(), false);
-    finish_signal finished;
-    std::vector<int> slotOf;  // per pending record, -1 when none
+    if (!rows.empty()) {
+        if (!loaded_) loadProjectData(errors);
+        prepareRuns(errors);
+    }
 
-    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    // More jobs than records would only wait.
+    const int jobs = static_cast<int>(std::min<size_t>(static_cast<size_t>(std::max(1, options.jobs)), rows.size()));
+    std::atomic<bool> endNow{false};
+    int busy = 0;
+    finish_signal finished;
     std::vector<std::unique_ptr<pending_record>> pending;
     size_t nextRow = 0, nextCommit = 0;
     bool stopDispatch = false;
     const long total = static_cast<long>(rows.size());
+    capped_text log(kRunLogHeadBytes, kRunLogTailBytes);
 
     auto cancelNow = [&endNow] { return endNow.load(); };
     auto pollCancel = [&] {
@@ -320,16 +401,11 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                 result.stoppedOnPrecheck = true;
             }
         } else {
-            if (!p.scratch.empty()) {
-                nameRunDirectory(p.runLog, p.scratch, runDirectory);
-                nameRunDirectory(p.errors, p.scratch, runDirectory);
-            }
-            appendf(runLog, "%ld:", static_cast<long>(p.id));
-            runLog += p.runLog;
-            errors += p.errors;
-            // A record whose outputs could not be stored is no good run, whatever the model did.
-            p.ok = storeRun(p.record, p.outputs, errors) && p.ok;
-            if (p.ok) ++result.good;
+            log.append(strprintf("%ld:", static_cast<long>(p.id)));
+            log.append(p.run.runLog);
+            errors += p.run.errors;
+            // Good only when its outputs and its history are stored and committed in the project.
+            if (finishRun(p.record, p.outputs, p.run, errors)) ++result.good;
             else ++result.failed;
         }
         observer.recordFinished(p.id, errors.substr(messagesBefore));
@@ -338,22 +414,18 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
         observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
         p.record = tellura_control_record();  // outputs stored: free them and the record
         p.outputs = tellura_outputs();
+        p.run.runLog = std::string();
+        p.run.errors = std::string();
     };
 
     while (true) {
         // Start records while a job is free.
         while (!stopDispatch && nextRow < rows.size()) {
-            int slot = -1;
-            if (!slots.empty()) {
+            if (jobs > 1) {
                 // Finished records wait in memory for those before them to be
                 // reported; a slow record must not make that queue grow without end.
-                if (pending.size() - nextCommit >= kLookaheadPerJob * slots.size()) break;
-                for (size_t k = 0; k < slots.size(); ++k)
-                    if (!slotBusy[k]) {
-                        slot = static_cast<int>(k);
-                        break;
-                    }
-                if (slot < 0) break;
+                if (pending.size() - nextCommit >= kLookaheadPerJob * static_cast<size_t>(jobs)) break;
+                if (busy >= jobs) break;
             } else if (nextCommit < pending.size()) {
                 break;  // one at a time: the previous record is not reported yet
             }
@@ -374,13 +446,11 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             if (!p->prechecked && options.stopOnPrecheckErrors) stopDispatch = true;
             if (p->prechecked) {
                 pending_record* raw = p.get();
-                if (slot >= 0) {
-                    slotBusy[static_cast<size_t>(slot)] = true;
-                    std::string dir = slots[static_cast<size_t>(slot)].string();
-                    raw->scratch = dir;
-                    raw->done = std::async(std::launch::async, [&runner, raw, dir, cancelNow, &finished, &dataFiles] {
-                        clearScratchCopy(dir, dataFiles);
-                        raw->ok = runner.run(raw->record, raw->outputs, dir, raw->runLog, raw->errors, cancelNow);
+                if (jobs > 1) {
+                    ++busy;
+                    raw->inFlight = true;
+                    raw->done = std::async(std::launch::async, [this, raw, cancelNow, &finished] {
+                        runRecord(raw->record, raw->outputs, raw->run, cancelNow);
                         finished.signal();
                     });
                 } else {
@@ -390,23 +460,20 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                         if (observer.cancelRequested() == cancel_request::end_running) endNow = true;
                         return endNow.load();
                     };
-                    raw->ok = runner.run(raw->record, raw->outputs, "", raw->runLog, raw->errors, endRequested);
+                    runRecord(raw->record, raw->outputs, raw->run, endRequested);
                 }
             }
-            // A record that failed its precheck never took its slot: when it is
-            // reported it must not free the slot a later record runs in.
-            slotOf.push_back(p->prechecked ? slot : -1);
             pending.push_back(std::move(p));
-            if (slots.empty()) break;  // report before starting the next
+            if (jobs <= 1) break;  // report before starting the next
             pollCancel();
         }
-        // A finished record's scratch copy is free for the next record at once,
-        // even while records before it still run.
+        // A finished record frees its job for the next record at once, even
+        // while records before it still run.
         for (size_t k = nextCommit; k < pending.size(); ++k) {
-            if (slotOf[k] < 0 || !pending[k]->done.valid()) continue;
-            if (pending[k]->done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) continue;
-            slotBusy[static_cast<size_t>(slotOf[k])] = false;
-            slotOf[k] = -1;
+            pending_record& p = *pending[k];
+            if (!p.inFlight || p.done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) continue;
+            p.inFlight = false;
+            --busy;
         }
         // Report and store finished records in table order.
         while (nextCommit < pending.size()) {
@@ -415,25 +482,24 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
                 if (p.done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) break;
                 p.done.get();
             }
-            int slot = slotOf[nextCommit];
-            if (slot >= 0) slotBusy[static_cast<size_t>(slot)] = false;
+            if (p.inFlight) {
+                p.inFlight = false;
+                --busy;
+            }
             commit(p);
             ++nextCommit;
-            if (slots.empty()) pollCancel();
+            if (jobs <= 1) pollCancel();
         }
         bool allReported = nextCommit == pending.size();
         if (allReported && (stopDispatch || nextRow >= rows.size())) break;
-        if (!slots.empty()) {
+        if (jobs > 1) {
             // Wait for any running record to finish, watching for a cancel meanwhile.
             finished.waitForNext(std::chrono::milliseconds(50));
             pollCancel();
         }
     }
 
-    if (!scratchRoot.empty()) {
-        std::error_code ec;
-        std::filesystem::remove_all(scratchRoot, ec);
-    }
+    runLog += log.text("the run log");
     result.elapsedSeconds = timer.seconds();
     double average = result.runNumber > 0 ? result.elapsedSeconds / static_cast<double>(result.runNumber) : 0.0;
     appendf(runLog, "Elapsed: %.3f seconds, ave=%.3f Fail count=%ld\n", result.elapsedSeconds, average, result.failed);

@@ -5,10 +5,13 @@
 // Widget-free: the Run dialog's choices come in as data and progress goes out
 // through a run_observer, so the desktop, the command line and tests share it.
 //
-// Many records can run at once (the "Jobs" setting): each then runs in its
-// own scratch copy of the run directory, and everything it produces (outputs,
+// Every record runs in a run folder of its own (see run_folder.h), also when
+// many run at once (the "Jobs" setting); everything a run produces (outputs,
 // run log, messages) is stored and reported in table order, so the result is
-// the same as one after another.
+// the same as one after another. Only a good run's outputs replace the
+// record's earlier ones, and only together with its row in the run history;
+// any other run keeps the earlier outputs and its folder, which the messages
+// name.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -46,6 +49,7 @@ struct run_set_result {
     double elapsedSeconds = 0;
     bool cancelled = false;
     bool stoppedOnPrecheck = false;
+    bool refused = false;     // no program to run is configured: nothing was run
     bool unreadable = false;  // the record table could not be read: nothing was run
 };
 
@@ -58,13 +62,15 @@ public:
     // layouts: read once, shared by every record of a command.
     bool loadProjectData(std::string& errors);
 
-    // Run one record, first half: load it with its blocks and events and check
-    // it. False when it cannot run (the messages say why).
+    // Run one record, first half: check that there is a model to run, load the
+    // record with its blocks and events and check it. False when it cannot run
+    // (the messages say why).
     bool loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors);
-    // Second half, after the Run dialog: write the run directory, run the model,
-    // read its outputs into `outputs` and store them under the record's ID (also
-    // after a failed run, with whatever was read). `cancelNow`, asked while the
-    // model runs, ends it early (the run then fails with "Process Cancelled/Error").
+    // Second half, after the Run dialog: write the record's run folder, run the
+    // model, read its outputs into `outputs` and, when the run is good, store
+    // them under the record's ID. `cancelNow`, asked while the model runs, ends
+    // it early (the run then fails with "Process Cancelled/Error"). True only
+    // when the outputs and the run's history are committed.
     bool runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs, const run_choices& choices,
                          std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {});
     // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
@@ -82,14 +88,33 @@ public:
     const tellura_soil_list& soils() const { return soils_; }
     const tellura_weather_station_list& stations() const { return stations_; }
 
+    // Where the run folders are made.
+    const std::string& runsRoot() const { return runsRoot_; }
+
 private:
+    struct record_run;
     struct pending_record;
-    class job_pool;
     bool checkRecord(const tellura_control_record& record, std::string& errors) const;
-    bool storeRun(const tellura_control_record& record, tellura_outputs& outputs, std::string& errors);
+    bool checkPrograms(std::string& errors) const;
+    // Before the first run: folders of Soilbench processes that died are
+    // removed, and the run history table made in a project that lacks it.
+    void prepareRuns(std::string& errors);
+    // The run itself, in a folder of its own; safe to call from several threads at once.
+    void runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                   const std::function<bool()>& cancelNow) const;
+    // Stores a good run's outputs with its history row, or keeps a failed run's
+    // folder and notes it in the history; true when the record is good.
+    bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                   std::string& errors);
+    const std::string& modelDigest();
 
     database& db_;
     app_soilbench settings_;
+    std::string runsRoot_;
+    std::string projectName_;
+    bool runsPrepared_ = false;
+    std::string modelDigest_;
+    bool modelDigestDone_ = false;
     option_lists options_;
     tellura_soil_list soils_;
     tellura_weather_station_list stations_;

@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include "app/configuration_form.h"
+#include "run/run_folder.h"
 #include "run/wine_launch.h"
 
 namespace sb {
@@ -57,6 +58,12 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     winePrefix_ = new QLineEdit(QString::fromStdString(f.winePrefix), this);
     winePrefix_->setObjectName(QStringLiteral("winePrefix"));
     winePrefix_->setPlaceholderText(QString::fromStdString(defaultWinePrefix()));
+    runsFolder_ = new QLineEdit(QString::fromStdString(f.runsFolder), this);
+    runsFolder_->setObjectName(QStringLiteral("runsFolder"));
+    runsFolder_->setPlaceholderText(QString::fromStdString(run_folder::defaultRoot()));
+    keepRunFolders_ = new QCheckBox(QStringLiteral("Keep the folders of good runs"), this);
+    keepRunFolders_->setObjectName(QStringLiteral("keepRunFolders"));
+    keepRunFolders_->setChecked(f.keepRunFolders);
     fillLocations();
 
     auto* form = new QFormLayout;
@@ -81,6 +88,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     form->addRow(readBinary_);
     form->addRow(QStringLiteral("Wine command (.exe builds):"), wineCommand_);
     form->addRow(QStringLiteral("Wine prefix directory:"), winePrefix_);
+    form->addRow(QStringLiteral("Run folders:"), runsFolder_);
+    form->addRow(keepRunFolders_);
 
     auto* buttons = okCancelButtons(this);
     auto* layout = new QVBoxLayout(this);
@@ -101,6 +110,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     setTabOrder(locationEdit, readBinary_);
     setTabOrder(readBinary_, wineCommand_);
     setTabOrder(wineCommand_, winePrefix_);
+    setTabOrder(winePrefix_, runsFolder_);
+    setTabOrder(runsFolder_, keepRunFolders_);
 
     connect(version_, &QComboBox::currentIndexChanged, this, [this](int index) {
         form_->selectVersion(index);
@@ -165,6 +176,8 @@ void dialog_configuration::accept() {
     f.readBinaryOutput = readBinary_->isChecked();
     f.wineCommand = wineCommand_->text().toStdString();
     f.winePrefix = winePrefix_->text().toStdString();
+    f.runsFolder = runsFolder_->text().toStdString();
+    f.keepRunFolders = keepRunFolders_->isChecked();
     f.selectVersion(version_->currentIndex());
     std::string errors;
     if (!f.accept(errors)) {

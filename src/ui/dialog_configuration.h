@@ -49,6 +49,8 @@ private:
     QCheckBox* readBinary_;
     QLineEdit* wineCommand_;
     QLineEdit* winePrefix_;
+    QLineEdit* runsFolder_;
+    QCheckBox* keepRunFolders_;
 };
 
 }  // namespace sb

@@ -13,6 +13,7 @@
 #include "app/app_soilbench.h"
 #include "app/program_version.h"
 #include "db/table_catalogue.h"
+#include "run/run_folder.h"
 #include "ui/dialog_errors.h"
 #include "ui/main_window.h"
 #include "ui/view_output.h"
@@ -42,6 +43,9 @@ int main(int argc, char* argv[]) {
     window.show();
     // Settings are read once the window is up, and written back at exit.
     window.loadProfile();
+    // Run folders that a Soilbench killed mid-run left behind go now.
+    std::string staleErrors;
+    sb::run_folder::removeStale(sb::run_folder::rootFor(settings.runsFolder), staleErrors);
 
     const QStringList projects = parser.positionalArguments();
     if (!projects.isEmpty()) {

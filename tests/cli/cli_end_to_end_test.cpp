@@ -140,6 +140,7 @@ TEST_F(CliTest, PrepareWritesExactlyTheRunDirectoryFiles) {
 
 TEST_F(CliTest, RunExportPlotAndReadBin) {
     makeRunnableProject();
+    ASSERT_EQ(run({"config", "--set", "Settings/KeepRunFolders=1"}).exitCode, 0);
     auto ran = run({"run", project, "--ids", "2", "--jobs", "1"});
     EXPECT_EQ(ran.exitCode, 0) << ran.err;
     EXPECT_NE(ran.out.find("1 records run: 1 good, 0 failed."), std::string::npos) << ran.out;
@@ -161,7 +162,11 @@ TEST_F(CliTest, RunExportPlotAndReadBin) {
     EXPECT_EQ(badVar.exitCode, 1);
     EXPECT_NE(badVar.err.find("\"nosuch\" is not a variable of the monthly output"), std::string::npos);
 
-    auto bin = run({"read-bin", dir.file("model/sb.bin"), "--version", "4", "--monthly"});
+    // The run's folder was kept as asked: the only one in the runs folder.
+    std::string runFolder;
+    for (const auto& entry : fs::directory_iterator(dir.file("soilbench/runs"))) runFolder = entry.path();
+    EXPECT_EQ(fs::path(runFolder).filename().string().rfind("p-2-", 0), 0u) << runFolder;
+    auto bin = run({"read-bin", runFolder + "/sb.bin", "--version", "4", "--monthly"});
     EXPECT_EQ(bin.exitCode, 0) << bin.err;
     EXPECT_EQ(bin.out.rfind("ID,Year,Month,", 0), 0u);
     EXPECT_NE(bin.err.find("records read, from years"), std::string::npos);

@@ -20,6 +20,8 @@ public:
         project = dir.file("p.sbproj");
         env["SOILBENCH_PROFILE"] = dir.file("profile.ini");
         env["QT_QPA_PLATFORM"] = "offscreen";
+        // Run folders go under the test's folder ("soilbench/runs"), also for an older program.
+        env["XDG_DATA_HOME"] = dir.path();
         fs::create_directories(dir.file("model"));
         fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/tellura-standin"));
         fs::create_symlink(sbtest::binDir() + "/tellura-standin", dir.file("model/list100-standin"));

@@ -3,12 +3,15 @@
 #include "run/process_runner.h"
 #include "standin_fixture.h"
 
+#include "app/text_format.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -227,19 +230,29 @@ TEST(ProcessRunner, TimeoutZeroKillsAtOnceAndStillReadsTheConsole) {
     EXPECT_FALSE(std::filesystem::exists(dir.file("sb.bin")));
 }
 
-TEST(ProcessRunner, HugeConsoleOutputIsCapturedWhole) {
+TEST(ProcessRunner, HugeConsoleOutputKeepsItsHeadAndTailAndSaysWhatWasCut) {
     standin_run_dir dir;
+    const size_t normalConsole = runModel(dir, 120000).runLog.size();
     standin_mode mode("huge");
     setenv("SB_STANDIN_HUGE_MB", "3", 1);
     run_result run = runModel(dir, 120000);
     unsetenv("SB_STANDIN_HUGE_MB");
     EXPECT_TRUE(run.ok) << run.errors;
-    // 3 MiB of 55-byte lines: lines 0 to 57195, in order, then the normal ending.
-    EXPECT_GT(run.runLog.size(), 3u * 1024 * 1024);
+    // 3 MiB of 55-byte lines (0 to 57195) before the normal console: the
+    // first and the last lines are kept whole, the middle is cut and counted.
+    const size_t printed = 57196 * 55 + normalConsole;
+    EXPECT_LT(run.runLog.size(), 1100u * 1024);
     EXPECT_NE(run.runLog.find("stand-in model console line 000000000 of a huge output\n"), std::string::npos);
-    EXPECT_NE(run.runLog.find("stand-in model console line 000057195 of a huge output\n"), std::string::npos);
-    EXPECT_EQ(run.runLog.find("stand-in model console line 000057196"), std::string::npos);
+    EXPECT_NE(run.runLog.find("\nstand-in model console line 000057195 of a huge output\n"), std::string::npos);
+    EXPECT_EQ(run.runLog.find("stand-in model console line 000028000"), std::string::npos);
     EXPECT_EQ(run.runLog.substr(run.runLog.size() - 19), "Execution success.\n");
+    std::smatch cut;
+    const std::string text = run.runLog;
+    ASSERT_TRUE(std::regex_search(text, cut,
+                                  std::regex("\n\\[\\.\\.\\. ([0-9]+) bytes of the model's console output "
+                                             "cut here \\.\\.\\.\\]\n")))
+        << text.substr(0, 200);
+    EXPECT_EQ(std::stoull(cut[1]) + text.size() - cut.length(0) + 1, printed);
 }
 
 TEST(ProcessRunner, ReadConsoleRules) {
@@ -248,19 +261,52 @@ TEST(ProcessRunner, ReadConsoleRules) {
     EXPECT_FALSE(sb::process_runner::readConsole(-1, true, runLog, errors));
     EXPECT_EQ(errors, "ERROR in read_console - output file handle is invalid.\n");
 
-    // CR LF pairs become LF, also where a pair straddles two 64-byte pieces; a lone CR stays.
-    std::string text = std::string(63, 'a') + "\r\n" + "b\rc\r\n";
-    sbtest::writeFile(dir.file("con"), text);
-    int fd = open(dir.file("con").c_str(), O_RDONLY);
-    runLog = "before\n";
-    errors.clear();
-    EXPECT_TRUE(sb::process_runner::readConsole(fd, true, runLog, errors));
-    EXPECT_EQ(runLog, "before\n" + std::string(63, 'a') + "\n" + "b\rc\n");
-    close(fd);
+    std::string lines;
+    for (int i = 0; i < 37; ++i) lines += sb::strprintf("line %02d\n", i);
+    std::string linesAfter;
+    for (int i = 32; i < 37; ++i) linesAfter += sb::strprintf("line %02d\n", i);
+    struct console_case {
+        const char* what;
+        std::string text;
+        sb::console_limits limits;
+        bool ok;
+        std::string logged;
+    };
+    const std::string piece(64 * 1024 - 2, 'x');
+    const console_case kCases[] = {
+        {"CR LF pairs become LF, also across pieces; a lone CR stays",
+         std::string(63, 'a') + "\r\n" + "b\rc\r\n",
+         {},
+         true,
+         std::string(63, 'a') + "\n" + "b\rc\n"},
+        {"the middle of a long console is cut at line ends",
+         lines,
+         {40, 40},
+         true,
+         lines.substr(0, 40) + "[... 216 bytes of the model's console output cut here ...]\n" + linesAfter},
+        {"an error in the cut middle still fails the run",
+         lines.substr(0, 100) + "an error\n" + lines.substr(100),
+         {40, 40},
+         false,
+         lines.substr(0, 40) + "[... 225 bytes of the model's console output cut here ...]\n" + linesAfter},
+        {"an error across two pieces of reading", piece + "error\n", {}, false, piece + "error\n"},
+    };
+    for (const console_case& c : kCases) {
+        SCOPED_TRACE(c.what);
+        sbtest::writeFile(dir.file("con"), c.text);
+        int fd = open(dir.file("con").c_str(), O_RDONLY);
+        runLog = "before\n";
+        errors.clear();
+        EXPECT_EQ(sb::process_runner::readConsole(fd, true, runLog, errors, c.limits), c.ok);
+        EXPECT_EQ(errors, c.ok ? "" : "ERROR, Tellura error detected.\n");
+        EXPECT_EQ(runLog, "before\n" + c.logged);
+        close(fd);
+    }
 
     sbtest::writeFile(dir.file("empty"), "");
-    fd = open(dir.file("empty").c_str(), O_RDONLY);
+    int fd = open(dir.file("empty").c_str(), O_RDONLY);
     runLog.clear();
+    errors.clear();
     EXPECT_TRUE(sb::process_runner::readConsole(fd, false, runLog, errors));
     EXPECT_EQ(errors, "");
     EXPECT_FALSE(sb::process_runner::readConsole(fd, true, runLog, errors));

@@ -87,6 +87,7 @@ run_project::run_project(int records, int years, project_store store)
     settings_.runVisible = false;
     settings_.runTimeout = 60000;
     settings_.outputPath = dir_.file("daily-output") + "/";
+    settings_.runsFolder = dir_.file("runs");
     settings_.saveDailyFirstYear = 1;
     settings_.saveDailyLastYear = 0;  // keep no daily files
 }
@@ -115,6 +116,18 @@ long run_project::storedOutputRows(int32_t id) {
         for (sb::db_status s = set->moveFirst(); s.ok(); s = set->moveNext()) ++count;
     }
     return count;
+}
+
+std::vector<sb::run_history_entry> run_project::history(int32_t id) {
+    std::vector<sb::run_history_entry> entries;
+    std::string errors;
+    EXPECT_TRUE(sb::readRunHistory(*db_, id, entries, errors)) << errors;
+    return entries;
+}
+
+std::string run_project::lastRunFolder(int32_t id) {
+    auto entries = history(id);
+    return entries.empty() ? "" : entries.back().runFolder;
 }
 
 void run_project::setText(int32_t id, const char* column, const std::string& value) {

@@ -11,6 +11,7 @@
 
 #include "app/app_soilbench.h"
 #include "db/database.h"
+#include "run/run_history.h"
 #include "run/run_observer.h"
 
 namespace sbtest {
@@ -39,6 +40,10 @@ public:
     std::vector<std::string> storedOutputs();
     // The rows of one record's outputs, counted over the five tables.
     long storedOutputRows(int32_t id);
+    // The record's runs, oldest first.
+    std::vector<sb::run_history_entry> history(int32_t id);
+    // The folder the record's last run left (its path from the run history).
+    std::string lastRunFolder(int32_t id);
 
     // Changes one record's row (a text or number column by name) and saves it.
     // A saved record's row goes to the end of the table.

@@ -3,6 +3,7 @@
 #include "run/run_controller.h"
 #include "run_controller_fixture.h"
 
+#include <regex>
 #include <set>
 
 #include "modeloutput/output_tables.h"
@@ -30,13 +31,15 @@ sb::run_set_options withJobs(int jobs) {
     return options;
 }
 
-// A text as it would read from any project folder and at any speed.
+// A text as it would read from any project folder and at any speed: the
+// model folder and each record's run folder by a name of their own.
 std::string comparable(const std::string& text, const run_project& project) {
     std::string result = text;
     const std::string folder = project.modelFolder();
     for (size_t at = result.find(folder); at != std::string::npos; at = result.find(folder, at))
         result.replace(at, folder.size(), "<model>");
-    return maskTimes(result);
+    const std::regex runFolder(project.settings().runsFolder + "/runs-([0-9]+)-[0-9]{8}-[0-9]{6}(-[0-9]+)?/");
+    return maskTimes(std::regex_replace(result, runFolder, "<run $1>/"));
 }
 
 // The record's single block split in two at `splitYear`; the earlier part
@@ -126,7 +129,7 @@ TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
 
 TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
     // Every list utility run fails on a spoiled binary file; its message names
-    // the run directory, and the year summaries read before it are stored.
+    // the record's run folder, and nothing the failed runs read is stored.
     run_project oneByOne(4, 10), threeAtOnce(4, 10);
     oneByOne.settings().outfileSelected[12] = threeAtOnce.settings().outfileSelected[12] = true;
     run_set one, three;
@@ -139,9 +142,13 @@ TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
     EXPECT_EQ(three.result.failed, 4);
     std::string errors = comparable(three.errors, threeAtOnce);
     EXPECT_EQ(errors, comparable(one.errors, oneByOne));
-    EXPECT_NE(errors.find("ERROR, unable to open LIS file: <model>/sb.lis\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("ERROR, unable to open LIS file: <run 3>/sb.lis\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("ERROR, the run of record 3 failed: its earlier outputs are kept, and what it wrote is in "
+                          "\"<run 3>/\".\n"),
+              std::string::npos)
+        << errors;
     EXPECT_EQ(comparable(three.runLog, threeAtOnce), comparable(one.runLog, oneByOne));
-    for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(threeAtOnce.storedOutputRows(id), 10) << id;
+    for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(threeAtOnce.storedOutputRows(id), 0) << id;
     expectSameStoredOutputs(oneByOne, threeAtOnce);
 }
 
@@ -149,7 +156,10 @@ TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
 
 class RunSetBlocks : public ::testing::Test {
 protected:
-    RunSetBlocks() { splitBlock(project, 1, 1995, 1, "MAIZ"); }
+    RunSetBlocks() {
+        splitBlock(project, 1, 1995, 1, "MAIZ");
+        project.settings().keepRunFolders = true;
+    }
 
     run_set runBlocks(std::vector<int> blockOrder) {
         run_set run;
@@ -158,7 +168,7 @@ protected:
         runRecords(project, run, options);
         return run;
     }
-    std::string schedule() const { return readFile(project.modelFolder() + "/sb.sch"); }
+    std::string schedule() { return readFile(project.lastRunFolder(1) + "sb.sch"); }
     std::vector<int> storedYears() {
         sb::tellura_outputs outputs;
         std::string errors;

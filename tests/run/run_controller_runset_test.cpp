@@ -4,6 +4,7 @@
 #include "run_controller_fixture.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <regex>
@@ -179,6 +180,7 @@ TEST(RunSet, RunSetMatchingNoRecordShowsOnlyTheElapsedLine) {
         EXPECT_EQ(run.result.runNumber, 0);
     }
     EXPECT_FALSE(std::ifstream(project.modelFolder() + "/sb.sch").good());
+    EXPECT_FALSE(std::filesystem::exists(project.settings().runsFolder));
 }
 
 TEST(RunSet, CancelStopsBetweenRecordsKeepingWhatRan) {
@@ -251,7 +253,7 @@ public:
     ~mode_per_record() override { unsetenv("SB_STANDIN_MODE"); }
 };
 
-TEST(RunSet, FailedRunsAreCountedAndWhatTheyReadIsStored) {
+TEST(RunSet, FailedRunsAreCountedAndNamedAndStoreNothing) {
     run_project project(5, 10);
     project.settings().outfileSelected[12] = true;  // year_summary.out
     mode_per_record observer;
@@ -262,17 +264,17 @@ TEST(RunSet, FailedRunsAreCountedAndWhatTheyReadIsStored) {
     EXPECT_EQ(run.result.failed, 3);
     EXPECT_EQ(observer.status.back(), "Run      5, Good=     2 ");
     const std::string summary = "Year Summary: 10 years read, from 1990 to 1999.\n";
-    EXPECT_EQ(run.errors, kReadTenYears + summary +                                 // 1
-                              "ERROR, Tellura error detected.\n" +                  // 2
-                              "ERROR in read_console - console file is empty.\n" +  // 3
-                              "ERROR, Tellura error detected.\n" +                  // 4: the list utility
-                              "ERROR, unable to open LIS file: " + project.modelFolder() + "/sb.lis\n" + summary +
-                              kReadTenYears + summary);  // 5
-    EXPECT_EQ(project.storedOutputRows(1), 118);
-    EXPECT_EQ(project.storedOutputRows(2), 0);
-    EXPECT_EQ(project.storedOutputRows(3), 0);
-    EXPECT_EQ(project.storedOutputRows(4), 10);  // the year summary, read after the list utility failed
-    EXPECT_EQ(project.storedOutputRows(5), 118);
+    auto kept = [&](int32_t id) {
+        return "ERROR, the run of record " + std::to_string(id) + " failed: its earlier outputs are kept, and what " +
+               "it wrote is in \"" + project.lastRunFolder(id) + "\".\n";
+    };
+    EXPECT_EQ(run.errors, kReadTenYears + summary +                                           // 1
+                              "ERROR, Tellura error detected.\n" + kept(2) +                  // 2
+                              "ERROR in read_console - console file is empty.\n" + kept(3) +  // 3
+                              "ERROR, Tellura error detected.\n" +                            // 4: the list utility
+                              "ERROR, unable to open LIS file: " + project.lastRunFolder(4) + "sb.lis\n" + summary +
+                              kept(4) + kReadTenYears + summary);  // 5
+    for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(project.storedOutputRows(id), id == 1 || id == 5 ? 118 : 0) << id;
     expectElapsedLine(run.runLog, 3);
 }
 

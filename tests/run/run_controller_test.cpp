@@ -2,13 +2,17 @@
 // the stand-in model to outputs stored in the project.
 #include "run/run_controller.h"
 #include "run_controller_fixture.h"
+#include "standin_fixture.h"
 
+#include <chrono>
 #include <filesystem>
 #include <regex>
+#include <unistd.h>
 
 #include "modeloutput/output_tables.h"
 #include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
+#include "run/run_folder.h"
 
 namespace {
 
@@ -174,6 +178,51 @@ TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
     EXPECT_EQ(back.back()->year(), 1998);
 }
 
+// What `sha256sum` says of a file: a digest made apart from ours.
+std::string sha256sum(const std::string& path) {
+    std::string line = sbtest::runInDirectory("/", "sha256sum '" + path + "'");
+    return line.substr(0, line.find(' '));
+}
+
+TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
+    struct good_run {
+        bool keepFolders;
+        const char* crop;  // the record's initial crop: other inputs, another digest
+    };
+    const good_run kRuns[] = {{false, "WWHT"}, {true, "WWHT"}, {true, "MAIZ"}};
+    for (const good_run& r : kRuns) {
+        project.settings().keepRunFolders = r.keepFolders;
+        project.setText(1, "Initial Crop", r.crop);
+        std::string runLog, errors;
+        ASSERT_TRUE(run(runLog, errors)) << errors;
+        // A good run's folder goes once its outputs are stored, unless folders are kept.
+        EXPECT_EQ(std::filesystem::exists(project.lastRunFolder(1) + "sb.sch"), r.keepFolders);
+    }
+    const std::vector<sb::run_history_entry> runs = project.history(1);
+    ASSERT_EQ(runs.size(), 3u);
+    for (const sb::run_history_entry& entry : runs) {
+        EXPECT_EQ(entry.id, 1);
+        EXPECT_EQ(entry.state, sb::run_state::good);
+        EXPECT_TRUE(
+            matches(entry.started, "20[0-9]{2}-[01][0-9]-[0-3][0-9]T[0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\.[0-9]{3}Z"))
+            << entry.started;
+        EXPECT_LE(entry.started, entry.ended);
+        EXPECT_EQ(entry.model, project.model());
+        EXPECT_EQ(entry.modelSha256, sha256sum(project.model()));
+        EXPECT_EQ(entry.releaseProfile, "Diurna 4.5");
+        EXPECT_EQ(entry.inputsSha256.size(), 64u);
+        EXPECT_EQ(entry.processId, getpid());
+        EXPECT_FALSE(entry.host.empty());
+        EXPECT_FALSE(entry.soilbenchVersion.empty());
+        EXPECT_EQ(entry.runFolder.rfind(project.settings().runsFolder + "/runs-1-", 0), 0u) << entry.runFolder;
+    }
+    EXPECT_LT(runs[0].started, runs[1].started);
+    // Same inputs, same digest; another crop, another digest.
+    EXPECT_EQ(runs[0].inputsSha256, runs[1].inputsSha256);
+    EXPECT_NE(runs[1].inputsSha256, runs[2].inputsSha256);
+    EXPECT_NE(sbtest::readFile(runs[2].runFolder + "sb.sch").find("MAIZ"), std::string::npos);
+}
+
 TEST_F(RunOneRecord, RunLogEndsWithTheElapsedTime) {
     std::string runLog, errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
@@ -214,69 +263,146 @@ TEST_F(RunOneRecord, FailedPrecheckWritesNothingAndStillReportsTheTime) {
     EXPECT_EQ(project.storedOutputRows(1), 0);
 }
 
-TEST_F(RunOneRecord, FailedModelRunsAreReportedAndLeaveNoOldOutputsStanding) {
-    struct failure {
+// Every way a run can end badly keeps the outputs stored before and the
+// folder the run wrote into, names the folder, and notes the end in the history.
+TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
+    struct failed_run {
         const char* mode;
+        uint32_t timeoutMs;
+        double cancelAfterSeconds;  // < 0: never
+        sb::run_state state;
         const char* message;
+        const char* phrase;
     };
-    const failure kFailures[] = {
-        {"error", kErrorDetected},
-        {"silent", "ERROR in read_console - console file is empty.\n"},
-        {"crash", "ERROR, process ended by signal 11"},
+    const failed_run kRuns[] = {
+        {"error", 60000, -1, sb::run_state::failed, kErrorDetected, "failed"},
+        {"silent", 60000, -1, sb::run_state::failed, "ERROR in read_console - console file is empty.\n", "failed"},
+        {"garbage", 60000, -1, sb::run_state::failed, "ERROR, unable to open LIS file: ", "failed"},
+        {"crash", 60000, -1, sb::run_state::crashed, "ERROR, process ended by signal 11 (Segmentation fault).\n",
+         "crashed"},
+        {"hang", 60000, 0.3, sb::run_state::cancelled, "Process Cancelled/Error\n", "was cancelled"},
+        {"hang", 300, -1, sb::run_state::timedOut, "Process interrupted at user-defined time limit.", "timed out"},
     };
-    for (const failure& f : kFailures) {
-        SCOPED_TRACE(f.mode);
-        std::string runLog, errors;
-        ASSERT_TRUE(run(runLog, errors)) << errors;
-        ASSERT_EQ(project.storedOutputRows(1), 108);
-        errors.clear();
-        runLog.clear();
+    project.settings().outfileSelected[12] = true;  // year_summary.out, read even when the list utility fails
+    std::string runLog, errors;
+    ASSERT_TRUE(run(runLog, errors)) << errors;
+    const std::vector<std::string> before = project.storedOutputs();
+    ASSERT_EQ(before.size(), 118u);
+    for (const failed_run& f : kRuns) {
+        SCOPED_TRACE(std::string(f.mode) + " -> " + sb::runStateText(f.state));
+        project.settings().runTimeout = f.timeoutMs;
+        sb::run_controller controller(project.db(), project.settings());
+        sb::tellura_control_record record;
+        sb::tellura_outputs outputs;
+        runLog.clear(), errors.clear();
+        ASSERT_TRUE(controller.loadAndCheck(1, record, errors)) << errors;
+        const double started = monotonicSeconds();
+        auto cancelNow = [&] {
+            return f.cancelAfterSeconds >= 0 && monotonicSeconds() - started > f.cancelAfterSeconds;
+        };
         {
             standin_mode mode(f.mode);
-            EXPECT_FALSE(run(runLog, errors));
+            EXPECT_FALSE(controller.runLoadedRecord(record, outputs, {}, runLog, errors, cancelNow));
         }
+        EXPECT_LT(monotonicSeconds() - started, 10.0);
+        EXPECT_FALSE(record.runDone);
         EXPECT_NE(errors.find(f.message), std::string::npos) << errors;
-        // The model step failed: no list utility, nothing read, and the earlier
-        // outputs no longer stand as if they were this run's.
-        EXPECT_EQ(runLog.find("sb_outvars.txt"), std::string::npos) << runLog;
-        EXPECT_EQ(project.storedOutputRows(1), 0);
-        EXPECT_TRUE(matches(runLog, "[^]*Total Elapsed: [0-9]+\\.[0-9]{3} seconds\n")) << runLog;
+        EXPECT_EQ(project.storedOutputs(), before) << "the earlier outputs are kept whole";
+
+        const sb::run_history_entry last = project.history(1).back();
+        EXPECT_EQ(last.state, f.state);
+        EXPECT_NE(last.message.find(f.message), std::string::npos) << last.message;
+        const std::string folder = last.runFolder;
+        EXPECT_NE(errors.find("ERROR, the run of record 1 " + std::string(f.phrase) +
+                              ": its earlier outputs are kept, and what it wrote is in \"" + folder + "\".\n"),
+                  std::string::npos)
+            << errors;
+        // The folder is the user's to inspect: the inputs are there, and nothing removes it.
+        EXPECT_TRUE(std::filesystem::exists(folder + "sb.sch")) << folder;
+        EXPECT_FALSE(std::filesystem::exists(folder + sb::run_folder::kOwnerFile));
     }
+    project.settings().runTimeout = 60000;
+    runLog.clear(), errors.clear();
+    ASSERT_TRUE(run(runLog, errors)) << errors;
+    EXPECT_EQ(project.history(1).size(), std::size(kRuns) + 2);
 }
 
-TEST_F(RunOneRecord, HangingModelCanBeEndedWhileItRuns) {
-    sb::run_controller controller(project.db(), project.settings());
-    sb::tellura_control_record record;
-    sb::tellura_outputs outputs;
+// Files that would make a stale result look like this run's, and the
+// list utility in a folder of its own: each record reads only what its own
+// run wrote, or fails.
+TEST_F(RunOneRecord, ListFileIsReadWhereTheListUtilityWroteItAndOnlyWhenNew) {
     std::string runLog, errors;
-    ASSERT_TRUE(controller.loadAndCheck(1, record, errors)) << errors;
-    standin_mode mode("hang");
-    const double started = monotonicSeconds();
-    auto endAfterHalfASecond = [started] { return monotonicSeconds() - started > 0.5; };
-    EXPECT_FALSE(controller.runLoadedRecord(record, outputs, {}, runLog, errors, endAfterHalfASecond));
-    EXPECT_LT(monotonicSeconds() - started, 3.0);
-    EXPECT_EQ(errors, "Process Cancelled/Error\n");
-    EXPECT_NE(runLog.find("stand-in model: hang mode"), std::string::npos) << runLog;
-}
+    ASSERT_TRUE(run(runLog, errors)) << errors;
+    const std::vector<std::string> good = project.storedOutputs();
+    sbtest::writeFile(project.modelFolder() + "/sb.lis", "       time     somsc\n  1990.00  1.0\n");
 
-TEST_F(RunOneRecord, OutputsReadBeforeAFailureAreStored) {
-    // The year summary and the daily file are read even though the list
-    // utility fails on the spoiled binary file.
-    project.settings().outfileSelected[12] = true;  // year_summary.out
-    project.settings().outfileSelected[25] = true;  // daily.out
-    std::string runLog, errors;
-    {
-        standin_mode mode("garbage");
-        EXPECT_FALSE(run(runLog, errors));
-    }
-    EXPECT_NE(errors.find(kErrorDetected), std::string::npos) << errors;
-    EXPECT_NE(errors.find("ERROR, unable to open LIS file: " + project.modelFolder() + "/sb.lis"), std::string::npos)
+    // A list utility installed apart from the model gives the same outputs.
+    sbtest::temp_dir tools;
+    std::filesystem::create_symlink(binDir() + "/tellura-standin", tools.file("list100-standin"));
+    project.settings().list100Executables[3] = tools.file("list100-standin");
+    runLog.clear(), errors.clear();
+    ASSERT_TRUE(run(runLog, errors)) << errors;
+    EXPECT_EQ(project.storedOutputs(), good);
+
+    // A list utility that only puts back an old list file (its time kept) fails the record.
+    sbtest::writeFile(tools.file("old.lis"), sbtest::readFile(project.modelFolder() + "/sb.lis"));
+    sbtest::writeFile(tools.file("stale-list"), "#!/bin/sh\ncp -p \"" + tools.file("old.lis") + "\" sb.lis\n");
+    std::filesystem::permissions(tools.file("stale-list"), std::filesystem::perms::owner_all);
+    std::filesystem::last_write_time(tools.file("old.lis"),
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    project.settings().list100Executables[3] = tools.file("stale-list");
+    runLog.clear(), errors.clear();
+    EXPECT_FALSE(run(runLog, errors));
+    const std::string folder = project.lastRunFolder(1);
+    EXPECT_NE(errors.find("ERROR, the list file \"" + folder +
+                          "sb.lis\" is older than this run: the list utility "
+                          "did not write it.\n"),
+              std::string::npos)
         << errors;
-    sb::tellura_outputs stored;
-    ASSERT_TRUE(sb::readOutputs(project.db(), 1, stored, errors)) << errors;
-    EXPECT_EQ(stored.monthlyCount(), 0u);
-    EXPECT_EQ(stored.annual.size(), 10u);
-    EXPECT_EQ(stored.daily.size(), 3652u);
+    EXPECT_EQ(project.storedOutputs(), good);
+}
+
+// With no model configured nothing is written, neither in the current folder
+// (where an empty path would put the run directory) nor in the runs folder.
+TEST_F(RunOneRecord, NoProgramConfiguredWritesNothingAnywhere) {
+    struct missing_program {
+        const char* model;
+        const char* list;
+        const char* message;
+    };
+    const missing_program kCases[] = {
+        {"", "list100-standin",
+         "ERROR, no model executable is configured for \"Diurna 4.5\": nothing was run. See \"File\" | "
+         "\"Configure\".\n"},
+        {"tellura-standin", "  ",
+         "ERROR, no list utility is configured for \"Diurna 4.5\": nothing was run. See \"File\" | \"Configure\", "
+         "or read binary output.\n"},
+    };
+    sbtest::temp_dir cwd;
+    const std::string userFile = cwd.file("crop.100");
+    sbtest::writeFile(userFile, "the user's own crop file\n");
+    const std::string saved = std::filesystem::current_path();
+    std::filesystem::current_path(cwd.path());
+    for (const missing_program& c : kCases) {
+        SCOPED_TRACE(c.message);
+        project.settings().modelExecutables[3] = *c.model ? project.modelFolder() + "/" + c.model : "";
+        project.settings().list100Executables[3] = c.list;
+        std::string runLog, errors;
+        EXPECT_FALSE(run(runLog, errors));
+        EXPECT_EQ(errors, c.message);
+        recording_observer observer;
+        sb::run_controller controller(project.db(), project.settings());
+        errors.clear();
+        sb::run_set_result result = controller.runMultipleRecords({}, observer, runLog, errors);
+        EXPECT_TRUE(result.refused);
+        EXPECT_EQ(result.runNumber, 0);
+        EXPECT_EQ(errors, c.message);
+    }
+    std::filesystem::current_path(saved);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(cwd.path()), {}), 1);
+    EXPECT_EQ(sbtest::readFile(userFile), "the user's own crop file\n");
+    EXPECT_FALSE(std::filesystem::exists(project.settings().runsFolder));
+    EXPECT_EQ(project.storedOutputRows(1), 0);
 }
 
 }  // namespace

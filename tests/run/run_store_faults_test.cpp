@@ -4,10 +4,12 @@
 #include "run/run_controller.h"
 #include "run_controller_fixture.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 
 #include "db/database.h"
+#include "run/run_folder.h"
 
 namespace {
 
@@ -74,6 +76,18 @@ TEST(RunStoreFaults, NoRecordIsGoodUnlessItsOutputsAreStored) {
             EXPECT_EQ(result.failed, 2);
             EXPECT_NE(errors.find(fault.message), std::string::npos) << errors;
             EXPECT_EQ(project.storedOutputs(), before) << "the outputs stored before are kept whole";
+            // Each record's run folder is kept, named, and left to the user.
+            for (int32_t id : {2, 3}) {
+                const std::string kept =
+                    "ERROR, the outputs of record " + std::to_string(id) +
+                    " were not stored: its earlier outputs are kept, and the run's files are in \"";
+                size_t at = errors.find(kept);
+                ASSERT_NE(at, std::string::npos) << errors;
+                std::string folder =
+                    errors.substr(at + kept.size(), errors.find('"', at + kept.size()) - at - kept.size());
+                EXPECT_TRUE(std::filesystem::exists(folder + "sb.sch")) << folder;
+                EXPECT_FALSE(std::filesystem::exists(folder + sb::run_folder::kOwnerFile)) << folder;
+            }
         }
     }
 }

@@ -76,9 +76,13 @@ private slots:
         QCOMPARE(settings.runTimeout, 250000u);
         timeout->setText("0");
         d.findChild<QLineEdit*>("outputPrefix")->setText("zz");
+        d.findChild<QLineEdit*>("runsFolder")->setText(" /data/runs ");
+        d.findChild<QCheckBox*>("keepRunFolders")->setChecked(true);
         d.accept();
         QCOMPARE(d.result(), int(QDialog::Accepted));
         QCOMPARE(settings.runTimeout, 0u);
+        QCOMPARE(settings.runsFolder, std::string("/data/runs"));
+        QVERIFY(settings.keepRunFolders);
         QCOMPARE(settings.version, 3);
         QCOMPARE(settings.outputPrefix, std::string("zz"));
     }
