@@ -61,6 +61,7 @@ public:
         settings_.runVisible = false;
         settings_.runTimeout = 120000;
         settings_.outputPath = (folder_ / "daily-output").string() + "/";
+        settings_.runsFolder = (folder_ / "runs").string();
         settings_.saveDailyFirstYear = 1;
         settings_.saveDailyLastYear = 0;
     }

@@ -16,7 +16,8 @@ bool sha256_digest::addFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) return false;
     char piece[64 * 1024];
-    while (in.read(piece, sizeof piece) || in.gcount() > 0) add(std::string_view(piece, static_cast<size_t>(in.gcount())));
+    while (in.read(piece, sizeof piece) || in.gcount() > 0)
+        add(std::string_view(piece, static_cast<size_t>(in.gcount())));
     return in.eof();
 }
 
@@ -26,7 +27,5 @@ std::string sha256OfFile(const std::string& path) {
     sha256_digest digest;
     return digest.addFile(path) ? digest.hex() : "";
 }
-
-const char* soilbenchVersion() { return SB_VERSION_STRING; }
 
 }  // namespace sb

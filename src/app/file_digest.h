@@ -29,7 +29,4 @@ private:
 // The digest of one file; "" when it cannot be read.
 std::string sha256OfFile(const std::string& path);
 
-// The version of this build, e.g. "0.1.0".
-const char* soilbenchVersion();
-
 }  // namespace sb

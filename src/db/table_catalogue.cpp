@@ -323,7 +323,7 @@ const catalogue_entry kCatalogue[] = {
      "Primary",
      {"ID", "Started", "Host", "Process ID"},
      "INTEGER: ID; TEXT(24): Started, Ended; TEXT(12): State; TEXT(1000): Message, Run Folder, Model; "
-     "TEXT(64): Model SHA256; TEXT(80): Release Profile; TEXT(64): Inputs SHA256; TEXT(20): Soilbench Version; "
+     "TEXT(64): Model SHA256; TEXT(80): Release Profile; TEXT(64): Inputs SHA256; TEXT(80): Soilbench Version; "
      "TEXT(255): Host; INTEGER: Process ID",
      row_owner::record_local,
      "ID"},

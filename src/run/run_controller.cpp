@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "app/file_digest.h"
+#include "app/program_version.h"
 #include "app/text_format.h"
 #include "db/database.h"
 #include "modelinput/weather_file.h"
@@ -268,7 +269,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
     entry.modelSha256 = modelDigest();
     entry.releaseProfile = versionDisplayName(settings_.version);
     entry.inputsSha256 = run.inputsDigest;
-    entry.soilbenchVersion = soilbenchVersion();
+    entry.soilbenchVersion = programVersion();
     entry.host = hostName();
     entry.processId = static_cast<int32_t>(getpid());
 

@@ -98,8 +98,8 @@ run_folder::~run_folder() {
 bool run_folder::create(const std::string& root, const std::string& project, int32_t id, std::string& errors) {
     std::error_code ec;
     fs::create_directories(root, ec);
-    const std::string base = strprintf("%s-%ld-%s", safeName(project).c_str(), static_cast<long>(id),
-                                       localTimeStamp().c_str());
+    const std::string base =
+        strprintf("%s-%ld-%s", safeName(project).c_str(), static_cast<long>(id), localTimeStamp().c_str());
     // Two runs of one record in the same second (another process, or a quick
     // rerun) each get a folder of their own: making a folder is atomic.
     for (int n = 1; n < 1000; ++n) {

@@ -115,9 +115,8 @@ bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& en
     }
     for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) entries.push_back(entryOf(rows->row()));
     // The stamps are UTC in one fixed form: their text order is their time order.
-    std::stable_sort(entries.begin(), entries.end(), [](const run_history_entry& a, const run_history_entry& b) {
-        return a.started < b.started;
-    });
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const run_history_entry& a, const run_history_entry& b) { return a.started < b.started; });
     return true;
 }
 

@@ -11,6 +11,7 @@
 
 #include "modeloutput/output_tables.h"
 #include "modeloutput/tellura_output.h"
+#include "app/program_version.h"
 #include "records/tellura_control_record.h"
 #include "run/run_folder.h"
 
@@ -213,7 +214,7 @@ TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
         EXPECT_EQ(entry.inputsSha256.size(), 64u);
         EXPECT_EQ(entry.processId, getpid());
         EXPECT_FALSE(entry.host.empty());
-        EXPECT_FALSE(entry.soilbenchVersion.empty());
+        EXPECT_EQ(entry.soilbenchVersion, sb::programVersion());
         EXPECT_EQ(entry.runFolder.rfind(project.settings().runsFolder + "/runs-1-", 0), 0u) << entry.runFolder;
     }
     EXPECT_LT(runs[0].started, runs[1].started);

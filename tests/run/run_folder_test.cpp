@@ -98,8 +98,8 @@ TEST(RunFolder, OnlyFoldersOfEndedProcessesOnThisHostAreRemovedAsStale) {
     };
     std::vector<std::string> folders;
     for (size_t i = 0; i < std::size(cases); ++i)
-        folders.push_back(folderOwnedBy(root.path(), static_cast<int32_t>(i + 1), cases[i].pid, cases[i].host,
-                                        cases[i].started));
+        folders.push_back(
+            folderOwnedBy(root.path(), static_cast<int32_t>(i + 1), cases[i].pid, cases[i].host, cases[i].started));
     sb::run_folder keptFolder;  // a failed run's folder, kept for the user
     std::string errors;
     ASSERT_TRUE(keptFolder.create(root.path(), "p", 99, errors));
@@ -107,8 +107,7 @@ TEST(RunFolder, OnlyFoldersOfEndedProcessesOnThisHostAreRemovedAsStale) {
 
     EXPECT_EQ(sb::run_folder::removeStale(root.path(), errors), 2) << errors;
     EXPECT_EQ(errors, "");
-    for (size_t i = 0; i < std::size(cases); ++i)
-        EXPECT_EQ(!fs::exists(folders[i]), cases[i].removed) << cases[i].what;
+    for (size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(!fs::exists(folders[i]), cases[i].removed) << cases[i].what;
     EXPECT_TRUE(fs::is_directory(keptFolder.path()));
 }
 

@@ -35,23 +35,18 @@ class test_ui_editors : public QObject {
 
     // Runs a command whose first modal dialog is handled by `edit`; returns
     // the title and text of an error list shown after it (empty when none).
+    // Both look-outs last exactly as long as the command.
     std::pair<QString, QString> runEditor(command_id id, std::function<void(QWidget*)> edit) {
         std::pair<QString, QString> shown;
-        onNextModal([&, edit](QWidget* m) {
+        std::unique_ptr<sbtest_ui::modal_watch> afterEdit;
+        sbtest_ui::modal_watch editor([&, edit](QWidget* m) {
             edit(m);
-            onNextModal(
-                [&](QWidget* next) {
-                    // Only an error list is this command's; on a slow machine the
-                    // look-out may outlive it and meet the next command's dialog.
-                    if (auto* e = qobject_cast<dialog_errors*>(next)) {
-                        shown = {e->windowTitle(), e->text()};
-                        e->close();
-                    }
-                },
-                30);
+            afterEdit = std::make_unique<sbtest_ui::modal_watch>([&](QWidget* next) {
+                if (auto* e = qobject_cast<dialog_errors*>(next)) shown = {e->windowTitle(), e->text()};
+                next->close();
+            });
         });
         window_->runCommand(id);
-        QTest::qWait(400);  // let the look-out for a message end before the next command
         return shown;
     }
 

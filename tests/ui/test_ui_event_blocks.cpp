@@ -40,14 +40,11 @@ class test_ui_event_blocks : public QObject {
     // Presses OK; returns the text of the Errors dialog it showed (empty when none).
     QString pressOk(dialog_event_blocks& d) {
         QString shown;
-        onNextModal(
-            [&](QWidget* m) {
-                if (auto* e = qobject_cast<dialog_errors*>(m)) shown = e->text();
-                m->close();
-            },
-            30);
+        sbtest_ui::modal_watch watch([&](QWidget* m) {
+            if (auto* e = qobject_cast<dialog_errors*>(m)) shown = e->text();
+            m->close();
+        });
         d.accept();
-        QTest::qWait(400);  // let the look-out for a message end
         return shown;
     }
 

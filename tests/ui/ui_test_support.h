@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "db/database.h"
@@ -26,6 +27,34 @@ inline void onNextModal(std::function<void(QWidget*)> handler, int triesLeft = 2
         }
     });
 }
+
+// Looks out, for as long as it lives, for the next modal dialog and hands it to
+// `handler`. For a dialog that a command may or may not open: it is kept while
+// the command runs and ends with it, however slow the machine, so it neither
+// misses a late dialog nor is left looking out to catch the next command's.
+class modal_watch {
+public:
+    explicit modal_watch(std::function<void(QWidget*)> handler) : stopped_(std::make_shared<bool>(false)) {
+        lookOut(stopped_, std::move(handler));
+    }
+    ~modal_watch() { *stopped_ = true; }
+    modal_watch(const modal_watch&) = delete;
+    modal_watch& operator=(const modal_watch&) = delete;
+
+private:
+    static void lookOut(std::shared_ptr<bool> stopped, std::function<void(QWidget*)> handler) {
+        QTimer::singleShot(10, [stopped, handler] {
+            if (*stopped) return;
+            if (QWidget* modal = QApplication::activeModalWidget()) {
+                *stopped = true;
+                handler(modal);
+            } else {
+                lookOut(stopped, handler);
+            }
+        });
+    }
+    std::shared_ptr<bool> stopped_;
+};
 
 // Presses the button with this text in a dialog or message box.
 inline bool pressButton(QWidget* dialog, const QString& text) {
