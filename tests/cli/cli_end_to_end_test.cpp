@@ -170,11 +170,11 @@ TEST_F(CliTest, RunExportPlotAndReadBin) {
     EXPECT_EQ(bin.exitCode, 0) << bin.err;
     EXPECT_EQ(bin.out.rfind("ID,Year,Month,", 0), 0u);
     EXPECT_NE(bin.err.find("records read, from years"), std::string::npos);
-    auto noLayout = run({"read-bin", dir.file("model/sb.bin"), "--version", "3"});
+    auto noLayout = run({"read-bin", runFolder + "/sb.bin", "--version", "3"});
     EXPECT_EQ(noLayout.exitCode, 1);
     EXPECT_NE(noLayout.err.find("ERROR, no binary layout is known for \"Tellura 4.5\" (version 3), so its binary "
                                 "output file \"" +
-                                dir.file("model/sb.bin") + "\" (records of 3212 bytes) cannot be read."),
+                                runFolder + "/sb.bin\" (records of 3212 bytes) cannot be read."),
               std::string::npos)
         << noLayout.err;
 }

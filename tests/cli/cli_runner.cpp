@@ -19,9 +19,8 @@ std::string soilbenchProgram() {
     return other && *other ? other : binDir() + "/soilbench";
 }
 
-cli_result runSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env) {
-    temp_dir capture;
-    std::string outPath = capture.file("out"), errPath = capture.file("err");
+pid_t startSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                     const std::string& outPath, const std::string& errPath) {
     std::string program = soilbenchProgram();
     std::vector<std::string> argStore{program};
     argStore.insert(argStore.end(), args.begin(), args.end());
@@ -45,15 +44,23 @@ cli_result runSoilbench(const std::vector<std::string>& args, const std::map<std
     posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     pid_t pid = 0;
-    cli_result result;
-    if (posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data()) == 0) {
-        int status = 0;
-        waitpid(pid, &status, 0);
-        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
+    if (posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), envp.data()) != 0) pid = -1;
     posix_spawn_file_actions_destroy(&actions);
-    result.out = readFile(outPath);
-    result.err = readFile(errPath);
+    return pid;
+}
+
+int finishSoilbench(pid_t pid) {
+    int status = 0;
+    if (pid <= 0 || waitpid(pid, &status, 0) != pid) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+cli_result runSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env) {
+    temp_dir capture;
+    cli_result result;
+    result.exitCode = finishSoilbench(startSoilbench(args, env, capture.file("out"), capture.file("err")));
+    result.out = readFile(capture.file("out"));
+    result.err = readFile(capture.file("err"));
     return result;
 }
 

@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,8 +20,6 @@
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
-
-extern char** environ;
 
 namespace {
 
@@ -118,31 +115,6 @@ TEST_F(Reliability, LockedProjectFailsTheSaveAndTheRecordAndChangesNothing) {
 
 // --- Killed process during a save ------------------------------------------------
 
-pid_t spawnSoilbench(const std::vector<std::string>& args, const std::map<std::string, std::string>& env) {
-    std::vector<std::string> store{sbtest::soilbenchProgram()};
-    store.insert(store.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (auto& a : store) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    std::vector<std::string> envStore;
-    for (char** e = environ; *e; ++e) {
-        std::string entry = *e;
-        if (!env.count(entry.substr(0, entry.find('=')))) envStore.push_back(entry);
-    }
-    for (const auto& [key, value] : env) envStore.push_back(key + "=" + value);
-    std::vector<char*> envp;
-    for (auto& e : envStore) envp.push_back(e.data());
-    envp.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid = 0;
-    if (posix_spawn(&pid, store[0].c_str(), &actions, nullptr, argv.data(), envp.data()) != 0) pid = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
-}
-
 // A save killed at any moment leaves the project wholly as it was or wholly
 // saved: sixty years of days into a station, or a whole run directory (soil,
 // station with its days, option lists and record).
@@ -178,7 +150,7 @@ TEST_F(Reliability, ASaveKilledAtAnyMomentLeavesTheOldOrTheNewProject) {
     for (const killed_save& save : saves) {
         for (int delayMs : {10, 30, 60, 100, 150, 200, 300, 450, 700, 3000}) {
             const project_state was = stateOf(project);
-            pid_t pid = spawnSoilbench(save.args, env);
+            pid_t pid = sbtest::startSoilbench(save.args, env, "/dev/null", "/dev/null");
             ASSERT_GT(pid, 0);
             std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
             kill(pid, SIGKILL);

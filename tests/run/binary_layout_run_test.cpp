@@ -4,6 +4,7 @@
 #include "run_controller_fixture.h"
 
 #include <cmath>
+#include <filesystem>
 
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/output_tables.h"
@@ -35,6 +36,14 @@ release_run runAs(run_project& project, int version, bool binary) {
     return run;
 }
 
+// The folder a failed run keeps for inspection (the only one in the runs folder).
+std::string keptRunFolder(run_project& project) {
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator(project.settings().runsFolder, ec))
+        return entry.path().string();
+    return "(none kept)";
+}
+
 TEST(BinaryLayoutRuns, ReleasesWithoutALayoutFailSayingHowToAddOne) {
     struct {
         int version;
@@ -48,7 +57,7 @@ TEST(BinaryLayoutRuns, ReleasesWithoutALayoutFailSayingHowToAddOne) {
         release_run run = runAs(project, c.version, c.binary);
         EXPECT_EQ(run.ok, c.shipped) << "release " << c.version << "\n" << run.errors;
         const std::string expected =
-            sb::binary_layout_catalogue().noLayoutMessage(project.modelFolder() + "/sb.bin", c.version, c.bytes);
+            sb::binary_layout_catalogue().noLayoutMessage(keptRunFolder(project) + "/sb.bin", c.version, c.bytes);
         EXPECT_EQ(run.errors.find(expected) != std::string::npos, !c.shipped) << "release " << c.version << "\n"
                                                                               << run.errors;
         EXPECT_EQ(run.stored.monthlyCount(), c.shipped ? 12u : 0u) << "release " << c.version;

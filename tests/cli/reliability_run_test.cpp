@@ -1,0 +1,216 @@
+// Runs under faults, through the real soilbench program: two programs at once
+// on one model folder, and a program killed or terminated while its model runs.
+// With SOILBENCH_UNDER_TEST naming an older build, these show what it got wrong.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <iterator>
+#include <sstream>
+#include <unistd.h>
+
+#include "app/text_format.h"
+#include "cli_fixture.h"
+#include "db/database.h"
+#include "records/tellura_control_record.h"
+
+namespace {
+
+constexpr int kRecords = 12;
+
+// A soilbench program started in the background, ended (SIGKILL) if it still runs when the test ends.
+class started_program {
+public:
+    started_program(const std::vector<std::string>& args, const std::map<std::string, std::string>& env)
+        : pid_(sbtest::startSoilbench(args, env, output_.file("out"), output_.file("err"))) {}
+    ~started_program() {
+        if (pid_ > 0) kill(pid_, SIGKILL), finish();
+    }
+    int finish() {
+        int status = sbtest::finishSoilbench(pid_);
+        pid_ = -1;
+        return status;
+    }
+    void signal(int number) const { kill(pid_, number); }
+    std::string err() const { return sbtest::readFile(output_.file("err")); }
+
+private:
+    sbtest::temp_dir output_;
+    pid_t pid_;
+};
+
+// Processes a test saw started; any still running when it ends are killed.
+struct process_guard {
+    std::vector<pid_t> pids;
+    ~process_guard() {
+        for (pid_t pid : pids) kill(pid, SIGKILL);
+    }
+};
+
+bool processGone(pid_t pid) {
+    std::string stat = sbtest::readFile("/proc/" + std::to_string(pid) + "/stat");
+    size_t end = stat.rfind(')');
+    return end == std::string::npos || stat[end + 2] == 'Z' || stat[end + 2] == 'X';
+}
+
+// No process of the group is left running.
+bool groupGone(pid_t group) {
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::string stat = sbtest::readFile(entry.path().string() + "/stat");
+        size_t end = stat.rfind(')');
+        if (end == std::string::npos) continue;
+        std::istringstream fields(stat.substr(end + 2));
+        std::string state;
+        long parent = 0, pgrp = 0;
+        fields >> state >> parent >> pgrp;
+        if (pgrp == group && state != "Z" && state != "X") return false;
+    }
+    return true;
+}
+
+template <class Check>
+bool within(double seconds, Check check) {
+    for (double waited = 0; waited < seconds && !check(); waited += 0.02) usleep(20000);
+    return check();
+}
+
+class ReliabilityRuns : public CliTest {
+public:
+    void SetUp() override {
+        CliTest::SetUp();
+        makeRunnableProject();
+        makeRecords(project);
+    }
+
+    // Records 101..112: the demo record, each with its own fertiliser and
+    // length, so that outputs stored under another record's ID show.
+    static void makeRecords(const std::string& path) {
+        static const char* const kFertilizers[] = {"N45", "N90", "N135"};
+        std::string errors;
+        auto db = sb::database::open(path, errors);
+        ASSERT_TRUE(db) << errors;
+        sb::tellura_control_record base;
+        ASSERT_TRUE(sb::readControlRecord(*db, 2, base, errors)) << errors;
+        for (int n = 0; n < kRecords; ++n) {
+            sb::tellura_control_record record = base;
+            record.setId(101 + n);
+            for (auto& block : record.blocks) {
+                block.lastYear = static_cast<int16_t>(block.lastYear - n % 6);
+                for (auto& event : block.events)
+                    if (event.type == sb::kEventFert) event.item = kFertilizers[n % 3];
+            }
+            ASSERT_TRUE(sb::writeControlRecord(record, *db, errors)) << errors;
+        }
+    }
+
+    // Every row of the five output tables, one text per row, sorted.
+    static std::vector<std::string> storedOutputs(const std::string& path) {
+        std::string errors;
+        auto db = sb::database::open(path, errors);
+        EXPECT_TRUE(db) << errors;
+        std::vector<std::string> rows;
+        for (sb::table_id table : {sb::table_id::output, sb::table_id::output_annual, sb::table_id::output_monthly,
+                                   sb::table_id::output_daily, sb::table_id::output_soil_layers}) {
+            sb::db_status status;
+            auto set = db ? db->openTable(table, "", "", status) : nullptr;
+            for (sb::db_status s = set ? set->moveFirst() : status; set && s.ok(); s = set->moveNext()) {
+                std::string text = sb::tableName(table);
+                for (int c = 0; c < set->row().columnCount(); ++c) text += sb::strprintf("|%.9g", set->row().number(c));
+                rows.push_back(text);
+            }
+        }
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+
+    // The rows that one of the two has and the other has not.
+    static long rowsDiffering(const std::vector<std::string>& a, const std::vector<std::string>& b) {
+        std::vector<std::string> only;
+        std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(only));
+        return static_cast<long>(only.size());
+    }
+
+    std::vector<std::string> runArgs(const std::string& path) const {
+        return {"run", path, "--ids", "101-112", "--jobs", "1"};
+    }
+
+    // The hanging stand-in's console, wherever its run put it: its own and its helper's process IDs.
+    bool hangingModel(std::string& console, pid_t& model, pid_t& helper) const {
+        std::error_code ec;
+        for (const auto& entry : fs::recursive_directory_iterator(dir.path(), ec)) {
+            if (entry.path().filename() != "Soilbench.con") continue;
+            std::string text = sbtest::readFile(entry.path());
+            size_t at = text.find("hang mode, process "), helperAt = text.find("helper process ");
+            if (at == std::string::npos || helperAt == std::string::npos) continue;
+            model = std::atoi(text.c_str() + at + 19);
+            helper = std::atoi(text.c_str() + helperAt + 15);
+            console = entry.path();
+            return true;
+        }
+        return false;
+    }
+};
+
+// --- Concurrency ------------------------------------------------------------------
+
+// Two programs at once on one model folder (two projects, then one project
+// twice) store exactly what one program alone stores, every row of every output table.
+TEST_F(ReliabilityRuns, TwoProgramsOnOneModelFolderStoreWhatOneAloneStores) {
+    const std::string second = dir.file("second.sbproj");
+    fs::copy_file(project, second);
+    auto alone = run(runArgs(project));
+    ASSERT_EQ(alone.exitCode, 0) << alone.err;
+    const std::vector<std::string> expected = storedOutputs(project);
+    ASSERT_GT(expected.size(), 1000u);
+
+    const std::string first = dir.file("first.sbproj");
+    fs::copy_file(second, first);
+    {
+        started_program a(runArgs(first), env), b(runArgs(second), env);
+        EXPECT_EQ(a.finish(), 0) << a.err();
+        EXPECT_EQ(b.finish(), 0) << b.err();
+    }
+    EXPECT_EQ(rowsDiffering(storedOutputs(first), expected), 0);
+    EXPECT_EQ(rowsDiffering(storedOutputs(second), expected), 0);
+    {
+        started_program a(runArgs(first), env), b(runArgs(first), env);
+        EXPECT_EQ(a.finish(), 0) << a.err();
+        EXPECT_EQ(b.finish(), 0) << b.err();
+    }
+    EXPECT_EQ(rowsDiffering(storedOutputs(first), expected), 0);
+}
+
+// --- Killed process ----------------------------------------------------------------
+
+// However the program ends while a model runs, the model and everything it
+// started end with it (the hanging stand-in's helper has left its process
+// group, as a daemon would). The folder of a killed run goes at the next start;
+// a terminated run is reported cancelled and keeps its folder.
+TEST_F(ReliabilityRuns, EndingTheProgramEndsTheModelAndEverythingItStarted) {
+    for (int signal : {SIGKILL, SIGTERM}) {
+        SCOPED_TRACE(strsignal(signal));
+        process_guard guard;
+        std::map<std::string, std::string> hanging = env;
+        hanging["SB_STANDIN_MODE"] = "hang";
+        started_program program({"run", project, "--ids", "101", "--jobs", "1"}, hanging);
+        std::string console;
+        pid_t model = 0, helper = 0;
+        ASSERT_TRUE(within(30, [&] { return hangingModel(console, model, helper); })) << program.err();
+        guard.pids = {model, helper};
+        program.signal(signal);
+        EXPECT_EQ(program.finish(), signal == SIGKILL ? 128 + SIGKILL : 1);
+        EXPECT_TRUE(within(5, [&] { return processGone(model) && processGone(helper) && groupGone(model); }));
+
+        const fs::path folder = fs::path(console).parent_path();
+        auto next = run({"run", project, "--ids", "102", "--jobs", "1"});
+        EXPECT_EQ(next.exitCode, 0) << next.err;
+        EXPECT_EQ(fs::exists(folder), signal == SIGTERM) << folder;
+        if (signal == SIGTERM) {
+            EXPECT_NE(program.err().find("ERROR, the run of record 101 was cancelled: its earlier outputs are kept"),
+                      std::string::npos)
+                << program.err();
+        }
+    }
+}
+
+}  // namespace
