@@ -13,6 +13,7 @@
 #include "app/program_version.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/project_location.h"
 #include "modelinput/weather_file.h"
 #include "modeloutput/output_tables.h"
 #include "records/store_session.h"
@@ -114,10 +115,13 @@ const char* endPhrase(run_state state) {
     }
 }
 
-// The name a project's run folders start with: its file name without the extension.
-std::string projectNameOf(const std::string& path) {
-    std::string stem = std::filesystem::path(path).stem().string();
-    return stem.empty() ? "project" : stem;
+// The name a project's run folders start with: its file name without the
+// extension, or the name of its database on a server.
+std::string projectNameOf(const project_location& location) {
+    std::string name =
+        location.onServer() ? location.databaseName() : std::filesystem::path(location.path()).stem().string();
+    std::replace(name.begin(), name.end(), '/', '_');
+    return name.empty() ? "project" : name;
 }
 
 // A run log of thousands of records keeps its first and last records whole
@@ -179,7 +183,7 @@ run_controller::run_controller(database& db, const app_soilbench& settings)
     : db_(db),
       settings_(settings),
       runsRoot_(run_folder::rootFor(settings.runsFolder)),
-      projectName_(projectNameOf(db.path())) {}
+      projectName_(projectNameOf(db.location())) {}
 run_controller::~run_controller() = default;
 
 bool run_controller::loadProjectData(std::string& errors) {

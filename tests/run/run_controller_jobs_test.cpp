@@ -38,7 +38,7 @@ std::string comparable(const std::string& text, const run_project& project) {
     const std::string folder = project.modelFolder();
     for (size_t at = result.find(folder); at != std::string::npos; at = result.find(folder, at))
         result.replace(at, folder.size(), "<model>");
-    const std::regex runFolder(project.settings().runsFolder + "/runs-([0-9]+)-[0-9]{8}-[0-9]{6}(-[0-9]+)?/");
+    const std::regex runFolder(project.settings().runsFolder + "/[^/]+-([0-9]+)-[0-9]{8}-[0-9]{6}(-[0-9]+)?/");
     return maskTimes(std::regex_replace(result, runFolder, "<run $1>/"));
 }
 

@@ -215,7 +215,9 @@ TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
         EXPECT_EQ(entry.processId, getpid());
         EXPECT_FALSE(entry.host.empty());
         EXPECT_EQ(entry.soilbenchVersion, sb::programVersion());
-        EXPECT_EQ(entry.runFolder.rfind(project.settings().runsFolder + "/runs-1-", 0), 0u) << entry.runFolder;
+        EXPECT_TRUE(
+            matches(entry.runFolder, (project.settings().runsFolder + "/[^/]+-1-[0-9]{8}-[0-9]{6}(-[0-9]+)?/").c_str()))
+            << entry.runFolder;
     }
     EXPECT_LT(runs[0].started, runs[1].started);
     // Same inputs, same digest; another crop, another digest.
