@@ -73,16 +73,31 @@ public:
     // One line of the file; its messages are followed by where it stands.
     void line(std::string_view text) {
         ++lineNumber_;
+        const bool isHeader = std::isalpha(static_cast<unsigned char>(text.front()));
+        if (isHeader) closeRecord();
         const size_t before = errors_.size();
-        if (std::isalpha(static_cast<unsigned char>(text.front()))) header(text);
+        if (isHeader) header(text);
         else value(text);
         if (errors_.size() == before) return;
         ++counts_.badLines;
         appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), lineNumber_);
     }
-    import_counts counts() const { return counts_; }
+    // After the last line.
+    import_counts finish() {
+        closeRecord();
+        return counts_;
+    }
 
 private:
+    // A name line with no value line after it is no option record: any text
+    // whose lines begin with letters would otherwise pass for a list of them.
+    void closeRecord() {
+        if (!current_ || valuesSeen_) return;
+        appendf(errors_, "ERROR, option record \"%s\" has no values.\n", current_->name.c_str());
+        appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), headerLine_);
+        ++counts_.badLines;
+        current_ = nullptr;
+    }
     void header(std::string_view line);
     void value(std::string_view line);
 
@@ -92,6 +107,8 @@ private:
     tellura_input* current_ = nullptr;
     import_counts counts_;
     long lineNumber_ = 0;
+    long headerLine_ = 0;
+    bool valuesSeen_ = true;
 };
 
 void import_pass::header(std::string_view line) {
@@ -105,6 +122,8 @@ void import_pass::header(std::string_view line) {
     // Looked up by the name as it is kept (cut to 20 characters), so that a
     // long name read twice updates its record instead of making a second one.
     name = name.substr(0, tellura_input::kMaxNameLength);
+    headerLine_ = lineNumber_;
+    valuesSeen_ = false;
     current_ = list_.find(name);
     if (current_) {
         ++counts_.updated;
@@ -142,6 +161,7 @@ void import_pass::value(std::string_view line) {
         errors_ += "Syntax error, no field name, in cultivation parameter file.\n";
         return;
     }
+    valuesSeen_ = true;
     current_->setField(name, number, errors_);
 }
 
@@ -181,7 +201,7 @@ import_counts tellura_input_list::importText(std::string_view text, const std::s
         if (trimBlanks(line).empty()) break;
         pass.line(line);
     }
-    import_counts counts = pass.counts();
+    import_counts counts = pass.finish();
     appendf(status, "Imported %d records and updated %d records from \"%s\".\n", counts.imported, counts.updated,
             path.c_str());
     return counts;

@@ -4,18 +4,35 @@
 
 namespace sb {
 
+std::string quoteArgument(const std::string& argument) {
+    std::string quoted = "\"";
+    size_t backslashes = 0;
+    for (char c : argument) {
+        if (c == '\\') {
+            ++backslashes;
+        } else {
+            // Backslashes before a quote are doubled, and the quote itself escaped.
+            if (c == '"') quoted.append(backslashes + 1, '\\');
+            backslashes = 0;
+        }
+        quoted += c;
+    }
+    quoted.append(backslashes, '\\');  // so that the closing quote stays a quote
+    return quoted + "\"";
+}
+
 std::string modelCommandLine(int version, const std::string& executable, bool visible) {
-    const char* exe = executable.c_str();
+    const std::string exe = quoteArgument(executable);
     switch (version) {
         case 1:
-            return strprintf("\"%s\" -s sb -n sb.bin -W sbNew.100", exe);
+            return exe + " -s sb -n sb.bin -W sbNew.100";
         case 2:
         case 3:
         case 4:
         case 5:
-            return visible ? strprintf("\"%s\" -s sb -n sb.bin", exe) : strprintf("\"%s\" -s sb -n sb", exe);
+            return exe + (visible ? " -s sb -n sb.bin" : " -s sb -n sb");
         case 6:
-            return strprintf("\"%s\" -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .", exe);
+            return exe + " -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp .";
         default:
             return "";
     }
@@ -23,7 +40,7 @@ std::string modelCommandLine(int version, const std::string& executable, bool vi
 
 std::string list100CommandLine(int version, const std::string& executable) {
     if (version < 1 || version > 5) return "";
-    return strprintf("\"%s\" sb sb sb_outvars.txt", executable.c_str());
+    return quoteArgument(executable) + " sb sb sb_outvars.txt";
 }
 
 const char* staleBinaryFile(int version) { return version >= 1 && version <= 5 ? "sb.bin" : ""; }
@@ -32,8 +49,22 @@ bool splitCommandLine(const std::string& commandLine, std::vector<std::string>& 
     arguments.clear();
     std::string current;
     bool inQuotes = false, inArgument = false;
+    size_t backslashes = 0;
     for (char c : commandLine) {
-        if (c == '"') {
+        if (c == '\\') {
+            ++backslashes;
+            continue;
+        }
+        // Backslashes count only before a quote: each pair is one backslash, and
+        // an odd one makes the quote a character of the argument.
+        const bool escapedQuote = c == '"' && backslashes % 2 == 1;
+        current.append(c == '"' ? backslashes / 2 : backslashes, '\\');
+        if (backslashes) inArgument = true;
+        backslashes = 0;
+        if (escapedQuote) {
+            current += c;
+            inArgument = true;
+        } else if (c == '"') {
             inQuotes = !inQuotes;
             inArgument = true;  // "" is an empty argument
         } else if ((c == ' ' || c == '\t') && !inQuotes) {
@@ -45,7 +76,8 @@ bool splitCommandLine(const std::string& commandLine, std::vector<std::string>& 
             inArgument = true;
         }
     }
-    if (inArgument) arguments.push_back(current);
+    current.append(backslashes, '\\');
+    if (inArgument || backslashes) arguments.push_back(current);
     if (inQuotes || arguments.empty() || arguments[0].empty()) {
         arguments.clear();
         return false;

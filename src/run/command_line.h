@@ -15,7 +15,13 @@ std::string list100CommandLine(int version, const std::string& executable);
 // The binary output file deleted before the model starts; "" when none (code 6).
 const char* staleBinaryFile(int version);
 
+// The argument in double quotes, read back whole by splitCommandLine whatever it
+// holds: a quote in it is escaped with a backslash, as are backslashes before one.
+std::string quoteArgument(const std::string& argument);
+
 // Splits at blanks outside double quotes; the quotes themselves are removed.
+// \" is a quote inside an argument and \\ before a quote one backslash; other
+// backslashes are as they stand.
 // False (and no arguments) for an empty command line or an unclosed quote.
 bool splitCommandLine(const std::string& commandLine, std::vector<std::string>& arguments);
 

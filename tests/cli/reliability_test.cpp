@@ -351,6 +351,7 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
     }
     fs::create_directories(dir.file("full"));
     sbtest::writeFile(dir.file("full/mine.txt"), "mine\n");
+    sbtest::writeFile(dir.file("notes.100"), "Crops to try\n  maize and beans\nSeeds ordered\n");
     const failing_command cases[] = {
         {"option list missing",
          {"import", "option-list", project, "crop", dir.file("none.100")},
@@ -360,6 +361,10 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
          {"import", "option-list", project, "crop", dir.path()},
          1,
          "ERROR, unable to open file \""},
+        {"option list of text",
+         {"import", "option-list", project, "crop", dir.file("notes.100")},
+         1,
+         "ERROR, option record \"Crops\" has no values.\nFile: \"" + dir.file("notes.100") + "\", line 1\n"},
         {"run: not a project", {"run", dir.file("not-a-project.sbproj")}, 1, "ERROR, unable to open database: "},
         {"run: a table missing",
          {"run", dir.file("no-table.sbproj"), "--ids", "2"},

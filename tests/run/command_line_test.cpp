@@ -36,4 +36,17 @@ TEST(CommandLine, SplitHonoursDoubleQuotes) {
     EXPECT_TRUE(args.empty());
 }
 
+// Whatever a model's path holds, its command line gives it back whole.
+TEST(CommandLine, AnyPathComesBackWhole) {
+    const std::string paths[] = {"/m/mo\"del/tellx", "/m/a\\\"b/tellx", "/m/dir\\", "/m/x\\y z/tellx", "/m/\"\""};
+    for (const std::string& path : paths) {
+        std::vector<std::string> args;
+        ASSERT_TRUE(sb::splitCommandLine(sb::modelCommandLine(4, path, false), args)) << path;
+        EXPECT_EQ(args, (std::vector<std::string>{path, "-s", "sb", "-n", "sb"})) << path;
+        ASSERT_TRUE(sb::splitCommandLine(sb::list100CommandLine(4, path), args)) << path;
+        EXPECT_EQ(args.front(), path);
+    }
+    EXPECT_EQ(sb::quoteArgument("/m/mo\"del\\"), "\"/m/mo\\\"del\\\\\"");
+}
+
 }  // namespace
