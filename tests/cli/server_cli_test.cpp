@@ -20,6 +20,7 @@ protected:
     void SetUp() override {
         env["SOILBENCH_PROFILE"] = dir.file("profile.ini");
         env["PGPASSFILE"] = dir.file("no-pgpass");
+        env["XDG_DATA_HOME"] = dir.path();  // run folders go under the test's folder
         if (const sbtest::postgresql_server* server = sbtest::postgresqlServer()) this->server = server;
     }
 
@@ -95,10 +96,14 @@ TEST_F(ServerCli, ARunWhoseServerGoesAwayFailsCleanly) {
 
     // The model hangs until its time is up; meanwhile the server goes away.
     env["SB_STANDIN_MODE"] = "hang";
-    fs::remove(dir.file("model/sb.sch"));
     auto running = std::async(std::launch::async, [&] { return run({"run", url, "--ids", "2"}); });
-    for (int i = 0; i < 1000 && !fs::exists(dir.file("model/sb.sch")); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    auto started = [&] {  // the model's console is in its run folder
+        std::error_code ec;
+        for (const auto& entry : fs::recursive_directory_iterator(dir.file("soilbench/runs"), ec))
+            if (entry.path().filename() == "Soilbench.con") return true;
+        return false;
+    };
+    for (int i = 0; i < 1000 && !started(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     std::string why;
     ASSERT_TRUE(sbtest::killPostgresqlServer(why)) << why;
     sbtest::cli_result ran = running.get();

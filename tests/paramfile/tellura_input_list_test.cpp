@@ -113,7 +113,8 @@ TEST(TelluraInputList, ValueLineWithoutNameAndUnknownNames) {
     EXPECT_EQ(r.errors,
               "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 2\n"
               "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 3\n"
-              "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n");
+              "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n"
+              "ERROR, option record \"abc\" has no values.\nFile: \"crop.100\", line 6\n");
     // "abc" starts with a letter: a new record, not a value.
     EXPECT_EQ(r.counts.imported, 2);
 }
@@ -161,7 +162,9 @@ TEST(TelluraInputList, NameAndDescriptionLimits) {
     EXPECT_EQ(list.recordAt(0).description, desc80);
     EXPECT_EQ(r.counts.imported, 1);
     EXPECT_EQ(r.counts.updated, 1);
-    EXPECT_EQ(r.errors, "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 3\n");
+    EXPECT_EQ(r.errors,
+              "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 3\n"
+              "ERROR, option record \"ABCDEFGHIJKLMNOPQRST\" has no values.\nFile: \"crop.100\", line 3\n");
 }
 
 // A line longer than 131 characters is cut there and the rest is skipped:
@@ -184,7 +187,7 @@ TEST(TelluraInputList, LongLinesAreCutAt131Characters) {
     EXPECT_EQ(knz.prdx[2], 0.0);  // the name lay beyond column 131
     // A long description is still too long once cut.
     test_crop_list other;
-    r = importText(other, "X " + std::string(10000, 'd') + "\n");
+    r = importText(other, "X " + std::string(10000, 'd') + "\n1 PRDX(1)\n");
     EXPECT_EQ(r.errors, "ERROR, description too long for input.\nX\nFile: \"crop.100\", line 1\n");
 }
 
