@@ -182,6 +182,7 @@ bool fillManyRecords(database& db) {
         record.setId(id);
         if (!writeControlRecordWithOutputs(record, outputs, db, errors)) break;
     }
+    if (errors.empty() && !s.commit()) errors = s.storeError() + "\n";
     if (!errors.empty()) std::fprintf(stderr, "%s", errors.substr(0, 300).c_str());
     return errors.empty();
 }

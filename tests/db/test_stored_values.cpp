@@ -64,6 +64,8 @@ TEST(StoredValues, EachColumnTypeIsStoredAsTheDriverStoresIt) {
             else r.setNumber(c.column, c.number);
             ASSERT_TRUE(rows->insert(r).ok()) << c.column;
         }
+        rows.reset();
+        ASSERT_TRUE(s.commit()) << s.storeError();
     }
     db.reset();
     sqlite3* file = nullptr;
@@ -113,6 +115,8 @@ TEST(RowSet, InsertAllTellsEachRefusedRowAndKeepsTheOrder) {
             refused.emplace_back(index, st.code);
             return st.code == kStatusIntegrityViolation;  // ride over duplicates only
         });
+        rs.reset();
+        EXPECT_TRUE(s.commit()) << s.storeError();
     }
     const std::vector<std::pair<size_t, status_code>> expected = {{kDuplicate, kStatusIntegrityViolation},
                                                                   {kOutOfRange, kStatusValueOutOfRange}};
