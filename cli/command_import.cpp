@@ -201,11 +201,8 @@ int cmdExportArchive(const archive_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string messages, errors;
-    const std::string filter = opt.selection.filter();
-    if (filter.empty() && !opt.selection.ids.empty()) {
-        sb::appendf(errors, "ERROR, --ids \"%s\" names no record ID.\n", opt.selection.ids.c_str());
-        return finish(false, errors);
-    }
+    std::string filter;
+    if (!opt.selection.filter(filter)) return kExitUsage;
     bool ok = sb::exportSiteArchive(*db, filter, opt.file, messages, errors);
     std::cout << messages;
     return finish(ok, errors);

@@ -188,11 +188,11 @@ bool importSiteArchive(database& db, const std::string& path, std::string& messa
     ok = ok && settleOptions(db, content, report, errors);
     if (ok) applyIdMaps(content, maps);
     if (!ok || !insertAll(db, content, errors)) {
-        unit.abandon();
+        unit.rollback();
         errors += "Nothing of the archive was imported.\n";
         return false;
     }
-    if (!unit.finish()) return false;
+    if (!unit.commit()) return false;
     messages += report;
     appendf(messages, "Imported %zu record%s from \"%s\".\n", content.records.size(),
             content.records.size() == 1 ? "" : "s", path.c_str());

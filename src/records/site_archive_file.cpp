@@ -260,10 +260,8 @@ bool parseSiteArchive(const std::string& text, const std::string& path, site_arc
 
 bool readSiteArchive(const std::string& path, site_archive_content& content, std::string& errors) {
     std::string text;
-    if (!readTextFile(path, text)) {
-        appendf(errors, "ERROR, cannot open site archive \"%s\".\n", path.c_str());
+    if (!readTextFile(path, text, errors, strprintf("ERROR, cannot open site archive \"%s\".\n", path.c_str())))
         return false;
-    }
     return parseSiteArchive(text, path, content, errors);
 }
 
