@@ -561,7 +561,8 @@ void storeDay(weather_daily_year& y, const weather_day_record& d) {
     else y.days.push_back(d);
 }
 
-bool validDate(int day, int month) { return month >= 1 && month <= 12 && day >= 1 && day <= 31; }
+// Compared as read: a huge number is out of range, not cast into one.
+bool validDate(double day, double month) { return month >= 1 && month < 13 && day >= 1 && day < 32; }
 
 }  // namespace
 
@@ -579,7 +580,7 @@ bool importDailyWeatherText(std::string_view text, const std::string& path, Tell
         ++lineNumber;
         if (isBlank(line)) return;
         bool readable = readNumbers(line, v) && v.size() >= 7 && v.size() <= 10 && validYear(v[2]);
-        if (!readable || !validDate(static_cast<int>(v[0]), static_cast<int>(v[1]))) {
+        if (!readable || !validDate(v[0], v[1])) {
             appendf(errors,
                     "ERROR, line %ld of daily weather file \"%s\" is not \"day month year day-of-year tmax tmin "
                     "precipitation [solrad rhumid windsp]\": \"%.*s\"\n",

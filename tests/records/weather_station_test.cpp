@@ -114,6 +114,23 @@ TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
     EXPECT_EQ(messages, "0 days read, from years 999999 to -999999.\n");
 }
 
+// Found by fuzzing: a day, month or year far out of range is refused with its
+// line named, never cast into a small number (such a cast is undefined; clang's
+// sanitizer, as in the fuzz build, stops on it).
+TEST(DailyWeatherImport, NumbersFarOutOfRangeAreRefused) {
+    const std::string layout = "is not \"day month year day-of-year tmax tmin precipitation [solrad rhumid windsp]\": ";
+    for (const char* line : {"1e300 1 1952 1 6.70 0.00 0.03", "1 4.44444e+102 1952 1 6.70 0.00 0.03",
+                             "1 1 196217 1 6.70 0.00 0.03", "-1e300 -1e300 1952 1 6.70 0.00 0.03"}) {
+        TelluraWeatherStations station;
+        std::string messages;
+        EXPECT_FALSE(
+            importDailyWeatherText(std::string("2 1 1952 2 7.2 0 0\n") + line + "\n", "d.wth", station, messages));
+        EXPECT_EQ(messages, "ERROR, line 2 of daily weather file \"d.wth\" " + layout + "\"" + line +
+                                "\"\nNothing imported from \"d.wth\".\n");
+        EXPECT_TRUE(station.daily.empty()) << line;
+    }
+}
+
 TEST(DailyWeatherImport, RealModelFilesGiveEveryDay) {
     SB_REQUIRE_SAMPLES();
     struct sample {
