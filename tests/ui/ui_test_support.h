@@ -16,8 +16,11 @@
 namespace sbtest_ui {
 
 // Runs `handler` on the next modal dialog that opens (polled, because the
-// dialog is opened by exec() inside the code under test).
-inline void onNextModal(std::function<void(QWidget*)> handler, int triesLeft = 200) {
+// dialog is opened by exec() inside the code under test). It looks out for up
+// to 30 s: on a busy machine a dialog can take seconds to open, and a look-out
+// that gave up early failed tests that were right. One left looking out only
+// happens when the expected dialog never opened, so its test fails anyway.
+inline void onNextModal(std::function<void(QWidget*)> handler, int triesLeft = 3000) {
     QTimer::singleShot(10, [handler, triesLeft] {
         QWidget* modal = QApplication::activeModalWidget();
         if (modal) {
