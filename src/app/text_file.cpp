@@ -135,6 +135,17 @@ std::vector<std::string> splitLines(std::string_view text) {
     return lines;
 }
 
+std::vector<std::string_view> splitFieldViews(std::string_view line, char separator) {
+    std::vector<std::string_view> fields;
+    size_t start = 0;
+    for (;;) {
+        size_t end = line.find(separator, start);
+        fields.push_back(line.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start));
+        if (end == std::string_view::npos) return fields;
+        start = end + 1;
+    }
+}
+
 std::vector<std::string_view> splitTokenViews(std::string_view text) {
     std::vector<std::string_view> tokens;
     size_t i = 0;

@@ -45,6 +45,9 @@ void forEachLine(std::string_view text, Visit visit) {
         pos = end + 1;
     }
 }
+// The fields of one line between separators, as views into it; an empty line is
+// one empty field, and a separator at either end gives an empty field there.
+std::vector<std::string_view> splitFieldViews(std::string_view line, char separator);
 // Blank-separated tokens (space, tab, CR, LF).
 std::vector<std::string> splitTokens(std::string_view text);
 // The same as views into the text.

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
@@ -14,18 +15,6 @@ namespace {
 
 constexpr unsigned A = kCsvAnnual;
 constexpr unsigned E = kCsvEndOfRun;
-
-std::vector<std::string_view> splitCommas(std::string_view line) {
-    std::vector<std::string_view> fields;
-    size_t start = 0;
-    for (;;) {
-        size_t comma = line.find(',', start);
-        fields.push_back(line.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start));
-        if (comma == std::string_view::npos) break;
-        start = comma + 1;
-    }
-    return fields;
-}
 
 struct resolved_field {
     int annualColumn = -1;
@@ -107,7 +96,7 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
     output_year_span span;
     while (reader.next()) {
         if (trim(reader.line()).empty()) continue;
-        std::vector<std::string_view> fields = splitCommas(reader.line());
+        std::vector<std::string_view> fields = splitFieldViews(reader.line(), ',');
         double time = 0;
         if (parseOutputDouble(fields[0], time) != parse_result::ok) {
             appendf(errors, "ERROR, %s line %ld: time \"%s\" is not a number; line skipped.\n", file.fileName,

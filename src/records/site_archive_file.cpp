@@ -64,17 +64,6 @@ bool unescaped(std::string_view text, std::string& out) {
     return true;
 }
 
-std::vector<std::string_view> fields(std::string_view line) {
-    std::vector<std::string_view> out;
-    size_t start = 0;
-    for (;;) {
-        size_t tab = line.find('\t', start);
-        out.push_back(line.substr(start, tab == std::string_view::npos ? std::string_view::npos : tab - start));
-        if (tab == std::string_view::npos) return out;
-        start = tab + 1;
-    }
-}
-
 // The shortest text that reads back to exactly the same number.
 std::string numberText(double value) {
     char buffer[32];
@@ -136,7 +125,7 @@ private:
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         pos_ = end + 1;
         ++lineNumber_;
-        out = fields(line);
+        out = splitFieldViews(line, '\t');
         return true;
     }
 
