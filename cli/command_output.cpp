@@ -6,6 +6,7 @@
 #include "chart_png.h"
 #include "cli_context.h"
 #include "cli_options.h"
+#include "modeloutput/output_series.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
 #include "records/record_ids.h"
@@ -30,12 +31,9 @@ int cmdExport(const export_options& opt) {
     std::string errors;
     sb::tellura_outputs outputs;
     if (!readStoredOutputs(opt.project, opt.id, outputs, errors)) return finish(false, errors);
-    std::string csv;
-    if (opt.table == "annual") csv = sb::annualOutputCsv(outputs);
-    else if (opt.table == "monthly") csv = sb::monthlyOutputCsv(outputs);
-    else if (opt.table == "daily") csv = sb::dailyOutputCsv(outputs);
-    else if (opt.table == "layers") csv = sb::soilLayerOutputCsv(outputs);
-    else csv = sb::endOfRunOutputCsv(outputs);
+    sb::table_id table = sb::table_id::output;
+    sb::outputTableFromWord(opt.table, table);  // the parser let only the table words through
+    const std::string csv = sb::outputCsv(outputs, table);
     if (opt.csv.empty()) {
         std::cout << csv;
         return finish(true, errors);

@@ -129,7 +129,7 @@ int cmdReadBin(const read_bin_options& opt) {
     sb::tellura_outputs outputs;
     const sb::binary_layout_catalogue layouts = sb::loadBinaryLayouts(settings.binaryLayoutFiles(), errors);
     bool ok = sb::readWholeBinaryOutput(opt.file, opt.version, layouts, opt.monthly, outputs, errors);
-    std::cout << (opt.monthly ? sb::monthlyOutputCsv(outputs) : sb::annualOutputCsv(outputs));
+    std::cout << sb::outputCsv(outputs, opt.monthly ? sb::table_id::output_monthly : sb::table_id::output_annual);
     return finish(ok, errors);
 }
 

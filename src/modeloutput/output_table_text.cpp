@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "app/text_format.h"
+#include "modeloutput/output_series.h"
 
 namespace sb {
 namespace {
@@ -27,14 +28,6 @@ std::string floatText(double value) {
     return strprintf("%.9g", static_cast<double>(f));
 }
 
-template <class Record>
-std::vector<const table_record*> pointers(const std::vector<Record>& records) {
-    std::vector<const table_record*> rows;
-    rows.reserve(records.size());
-    for (const auto& r : records) rows.push_back(&r);
-    return rows;
-}
-
 }  // namespace
 
 std::string recordsCsv(const std::vector<const table_record*>& rows, const database_maker_table& table) {
@@ -57,32 +50,12 @@ std::string recordsCsv(const std::vector<const table_record*>& rows, const datab
     return out;
 }
 
-std::string annualOutputCsv(const tellura_outputs& outputs) {
-    return recordsCsv(pointers(outputs.annual), tableDef(table_id::output_annual));
+std::string outputCsv(const tellura_outputs& outputs, table_id table) {
+    return recordsCsv(outputRows(outputs, table), tableDef(table));
 }
 
 void appendAnnualOutputText(const tellura_outputs& outputs, std::string& recordText) {
-    if (!recordText.empty() && !outputs.annual.empty()) recordText += annualOutputCsv(outputs);
-}
-
-std::string monthlyOutputCsv(const tellura_outputs& outputs) {
-    std::vector<const table_record*> rows;
-    for (const TelluraOutputMonthly* m : outputs.monthlyInOrder()) rows.push_back(m);
-    return recordsCsv(rows, tableDef(table_id::output_monthly));
-}
-
-std::string dailyOutputCsv(const tellura_outputs& outputs) {
-    return recordsCsv(pointers(outputs.daily), tableDef(table_id::output_daily));
-}
-
-std::string soilLayerOutputCsv(const tellura_outputs& outputs) {
-    return recordsCsv(pointers(outputs.soilLayers), tableDef(table_id::output_soil_layers));
-}
-
-std::string endOfRunOutputCsv(const tellura_outputs& outputs) {
-    std::vector<const table_record*> rows;
-    if (outputs.hasEndOfRun) rows.push_back(&outputs.endOfRun);
-    return recordsCsv(rows, tableDef(table_id::output));
+    if (!recordText.empty() && !outputs.annual.empty()) recordText += outputCsv(outputs, table_id::output_annual);
 }
 
 }  // namespace sb

@@ -11,11 +11,8 @@
 namespace sb {
 
 std::string recordsCsv(const std::vector<const table_record*>& rows, const database_maker_table& table);
-std::string annualOutputCsv(const tellura_outputs& outputs);
-std::string monthlyOutputCsv(const tellura_outputs& outputs);
-std::string dailyOutputCsv(const tellura_outputs& outputs);
-std::string soilLayerOutputCsv(const tellura_outputs& outputs);
-std::string endOfRunOutputCsv(const tellura_outputs& outputs);
+// One output table of a record, every column from the ID on, rows in time order.
+std::string outputCsv(const tellura_outputs& outputs, table_id table);
 
 // A record's text form (the clipboard's plain text) ends with the record's annual
 // outputs as comma-separated lines, when it holds any. An empty text stays empty:

@@ -170,9 +170,9 @@ void main_window::readBinFile() {
     QApplication::restoreOverrideCursor();
     appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
             outputs.monthlyCount(), path.toStdString().c_str());
-    errors += annualOutputCsv(outputs);
-    errors += monthlyOutputCsv(outputs);
-    if (!outputs.soilLayers.empty()) errors += soilLayerOutputCsv(outputs);
+    errors += outputCsv(outputs, table_id::output_annual);
+    errors += outputCsv(outputs, table_id::output_monthly);
+    if (!outputs.soilLayers.empty()) errors += outputCsv(outputs, table_id::output_soil_layers);
     showErrorsIfAny(this, errors, QStringLiteral("Read .BIN file"));
 }
 

@@ -1,6 +1,6 @@
 #include "ui/output_table_model.h"
 
-#include <QStringList>
+#include "modeloutput/output_series.h"
 
 namespace sb {
 
@@ -12,20 +12,7 @@ void output_table_model::setRows(std::vector<table_record> rows) {
     endResetModel();
 }
 
-int output_table_model::keyColumnCount() const { return table_ == table_id::output_annual ? 1 : 2; }
-
-double output_table_model::timeOf(int row) const {
-    const table_record& r = rows_[static_cast<size_t>(row)];
-    const double year = r.number(1);
-    switch (table_) {
-        case table_id::output_monthly:
-            return year + (r.number(2) - 0.5) / 12.0;
-        case table_id::output_daily:
-            return year + (r.number(2) - 0.5) / 365.0;
-        default:
-            return year;
-    }
-}
+int output_table_model::keyColumnCount() const { return outputKeyColumnCount(table_); }
 
 int output_table_model::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(rows_.size());
@@ -47,23 +34,6 @@ QVariant output_table_model::headerData(int section, Qt::Orientation orientation
     if (role != Qt::DisplayRole) return {};
     if (orientation == Qt::Vertical) return section + 1;
     return QString::fromStdString(tableDef(table_).fields()[static_cast<size_t>(tableColumn(section))].name);
-}
-
-QString output_table_model::toCsv() const {
-    auto quoted = [](QString s) {
-        if (s.contains(',') || s.contains('"')) s = '"' + s.replace('"', QStringLiteral("\"\"")) + '"';
-        return s;
-    };
-    QString out;
-    QStringList line;
-    for (int c = 0; c < columnCount(); ++c) line << quoted(headerData(c, Qt::Horizontal, Qt::DisplayRole).toString());
-    out += line.join(',') + '\n';
-    for (int r = 0; r < rowCount(); ++r) {
-        line.clear();
-        for (int c = 0; c < columnCount(); ++c) line << data(index(r, c)).toString();
-        out += line.join(',') + '\n';
-    }
-    return out;
 }
 
 }  // namespace sb

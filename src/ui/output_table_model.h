@@ -20,16 +20,11 @@ public:
     int keyColumnCount() const;
     // Catalogue column behind a model column.
     int tableColumn(int modelColumn) const { return modelColumn + 1; }
-    // Time of a row in years (year + fraction of the year) for charts.
-    double timeOf(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-
-    // Header line then one line per row, comma-separated; names with commas are quoted.
-    QString toCsv() const;
 
 private:
     table_id table_;

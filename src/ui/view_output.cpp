@@ -16,6 +16,8 @@
 #include <QVBoxLayout>
 #include <QValueAxis>
 
+#include "modeloutput/output_series.h"
+#include "modeloutput/output_table_text.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
 #include "records/tellura_control_record.h"
@@ -47,22 +49,6 @@ QStringList defaultVariables(table_id table, const output_table_model& model) {
     for (size_t c = static_cast<size_t>(1 + model.keyColumnCount()); c < fields.size() && withData.size() < 2; ++c)
         if (holdsData(static_cast<int>(c))) withData << QString::fromStdString(fields[c].name);
     return withData.isEmpty() ? preferred : withData;
-}
-
-std::vector<table_record> outputRows(const tellura_outputs& outputs, table_id table) {
-    std::vector<table_record> rows;
-    switch (table) {
-        case table_id::output_annual:
-            rows.assign(outputs.annual.begin(), outputs.annual.end());
-            break;
-        case table_id::output_monthly:
-            for (const auto* m : outputs.monthlyInOrder()) rows.push_back(*m);
-            break;
-        default:
-            rows.assign(outputs.daily.begin(), outputs.daily.end());
-            break;
-    }
-    return rows;
 }
 
 }  // namespace
@@ -165,14 +151,16 @@ void view_output::checkVariables(const QStringList& names) {
 int view_output::seriesCount() const { return static_cast<int>(chartView_->chart()->series().size()); }
 
 void view_output::reload() {
-    tellura_outputs outputs;
+    outputs_.clear();
     std::string errors;
     if (doc_.currentRow() >= 0) {
         tellura_control_record record;
         // Outputs that could not all be read are not shown in part.
-        if (!readControlRecordWithOutputs(doc_.db(), doc_.currentId(), record, outputs, errors)) outputs.clear();
+        if (!readControlRecordWithOutputs(doc_.db(), doc_.currentId(), record, outputs_, errors)) outputs_.clear();
     }
-    model_->setRows(outputRows(outputs, table_));
+    std::vector<table_record> rows;
+    for (const table_record* row : outputRows(outputs_, table_)) rows.push_back(*row);
+    model_->setRows(std::move(rows));
     setWindowTitle(QStringLiteral("%1 - ID %2").arg(titleFor(table_)).arg(doc_.currentId()));
     // Until the user picks, each record's chart shows variables that hold its data.
     if (!userChose_) {
@@ -203,15 +191,16 @@ void view_output::rebuildChart() {
     chart->addAxis(yAxis, Qt::AlignLeft);
     double minX = 0, maxX = 1, minY = 0, maxY = 1;
     bool any = false;
-    for (const QString& name : chosenVariables()) {
-        const int column = tableDef(table_).fieldIndex(name.toStdString());
-        if (column < 0) continue;
-        auto* series = new QLineSeries;
-        series->setName(name);
-        for (int r = 0; r < model_->rowCount(); ++r) {
-            const double x = model_->timeOf(r);
-            const double y = model_->rows()[static_cast<size_t>(r)].number(column);
-            series->append(x, y);
+    std::vector<std::string> names;
+    for (const QString& name : chosenVariables()) names.push_back(name.toStdString());
+    std::vector<output_series> series;
+    std::string unknown;  // the names offered are the table's own variables
+    outputSeries(outputs_, table_, names, series, unknown);
+    for (const output_series& s : series) {
+        auto* line = new QLineSeries;
+        line->setName(QString::fromStdString(s.name));
+        for (const auto& [x, y] : s.points) {
+            line->append(x, y);
             if (!any) {
                 minX = maxX = x;
                 minY = maxY = y;
@@ -222,9 +211,9 @@ void view_output::rebuildChart() {
             minY = std::min(minY, y);
             maxY = std::max(maxY, y);
         }
-        chart->addSeries(series);
-        series->attachAxis(xAxis);
-        series->attachAxis(yAxis);
+        chart->addSeries(line);
+        line->attachAxis(xAxis);
+        line->attachAxis(yAxis);
     }
     // An empty chart shows its frame and legend but no made-up scale.
     xAxis->setLabelsVisible(any);
@@ -241,7 +230,8 @@ bool view_output::exportChart(const QString& path) { return chartView_->grab().s
 bool view_output::exportTable(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
-    return file.write(model_->toCsv().toUtf8()) >= 0;
+    const std::string csv = outputCsv(outputs_, table_);
+    return file.write(csv.data(), static_cast<qint64>(csv.size())) == static_cast<qint64>(csv.size()) && file.flush();
 }
 
 void view_output::exportChartAsk() {

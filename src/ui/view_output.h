@@ -6,6 +6,7 @@
 #include <string>
 
 #include "db/table_catalogue.h"
+#include "modeloutput/tellura_output.h"
 #include "ui/printable_view.h"
 
 class QChart;
@@ -48,6 +49,7 @@ private:
 
     doc_soilbench& doc_;
     table_id table_;
+    tellura_outputs outputs_;  // the current record's, as shown and exported
     output_table_model* model_;
     QListWidget* variables_;
     QChartView* chartView_ = nullptr;

@@ -54,7 +54,7 @@ TEST(RecordOutputs, TextEndsWithTheAnnualOutputsWhenThereIsAText) {
     ASSERT_FALSE(recordText.empty());
     tellura_outputs twoYears = oneYear(4321.5);
     twoYears.annualFor(1991);
-    const std::string csv = annualOutputCsv(twoYears);
+    const std::string csv = outputCsv(twoYears, table_id::output_annual);
     ASSERT_EQ(std::count(csv.begin(), csv.end(), '\n'), 3);  // the column names, then one line per year
 
     struct text_case {

@@ -13,6 +13,7 @@
 
 #include "app/app_soilbench.h"
 #include "modelinput/run_files_import.h"
+#include "modeloutput/output_table_text.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
 #include "records/new_project.h"
@@ -112,7 +113,13 @@ private slots:
         QVERIFY(monthly->exportTable(csv));
         QFile file(csv);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readLine().startsWith("Year,Month,crpval,"));
+        // The exported table is the record's stored outputs as the command line exports them.
+        tellura_control_record stored;
+        tellura_outputs storedOutputs;
+        QVERIFY(readControlRecordWithOutputs(w.document()->db(), 5, stored, storedOutputs, errors));
+        const QByteArray exported = file.readAll();
+        QVERIFY(exported.startsWith("ID,Year,Month,crpval,"));
+        QCOMPARE(exported.toStdString(), outputCsv(storedOutputs, table_id::output_monthly));
         QVERIFY(monthly->exportChart(dir_.filePath("chart.png")));
         QVERIFY(QImage(dir_.filePath("chart.png")).width() > 100);
 
