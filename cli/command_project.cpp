@@ -24,10 +24,9 @@ bool record_selection::filter(std::string& clause) const {
     clause = where;
     if (ids.empty()) return true;
     std::string errors;
-    clause = std::string(sb::trim(sb::id_list_filter::whereClause(ids, errors)));
-    if (clause.empty() && errors.empty()) errors = "ERROR, the ID list \"" + ids + "\" names no record.\n";
+    const bool ok = sb::id_list_filter::selectionClause(ids, clause, errors);
     report(errors);
-    return errors.empty();
+    return ok;
 }
 
 int cmdNew(const new_options& opt) {

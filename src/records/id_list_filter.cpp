@@ -45,6 +45,16 @@ std::string joinBalanced(const std::vector<std::string>& terms, size_t from, siz
 
 }  // namespace
 
+bool id_list_filter::selectionClause(std::string_view idList, std::string& clause, std::string& errors) {
+    std::string refusal;
+    clause = std::string(trim(whereClause(idList, refusal)));
+    if (clause.empty() && refusal.empty())
+        appendf(refusal, "ERROR, the ID list \"%.*s\" names no record.\n", static_cast<int>(idList.size()),
+                idList.data());
+    errors += refusal;
+    return refusal.empty();
+}
+
 std::string id_list_filter::whereClause(std::string_view idList, std::string& errors) {
     std::vector<id_range> ranges;
     size_t pos = 0;

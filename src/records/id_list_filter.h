@@ -20,6 +20,11 @@ public:
     // the clause empty, with a message naming it appended to `errors`.
     static std::string whereClause(std::string_view idList, std::string& errors);
 
+    // The clause of a list that picks the records a command works on: false,
+    // with whereClause's message or "ERROR, the ID list \"...\" names no
+    // record.\n", when it is refused or names no ID.
+    static bool selectionClause(std::string_view idList, std::string& clause, std::string& errors);
+
     // The question asked when the dialog closes with an edited list and no clause built.
     static constexpr const char* kUnbuiltQuestion = "ID list edited but SQL filter not built.  Close anyway?";
 };

@@ -73,10 +73,9 @@ void main_window::exportSiteArchive() {
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Export ES&A"), [&](std::string& report) {
         std::string messages, errors;
-        const std::string filter(trim(id_list_filter::whereClause(ids.toStdString(), errors)));
-        if (filter.empty() && errors.empty())
-            appendf(errors, "ERROR, \"%s\" names no record ID.\n", ids.toStdString().c_str());
-        if (errors.empty()) sb::exportSiteArchive(doc_->db(), filter, path.toStdString(), messages, errors);
+        std::string filter;
+        if (id_list_filter::selectionClause(ids.toStdString(), filter, errors))
+            sb::exportSiteArchive(doc_->db(), filter, path.toStdString(), messages, errors);
         report = messages + errors;
     });
 }

@@ -219,6 +219,27 @@ TEST(IdListFilter, TextThatIsNotIdsIsRefusedNamingIt) {
     }
 }
 
+// A command's selection must name a record: one message, the list's own fault first.
+TEST(IdListFilter, SelectionNamesARecordOrSaysWhyNot) {
+    const struct {
+        const char* list;
+        bool ok;
+        const char* clause;
+        const char* message;
+    } cases[] = {
+        {"5-9", true, "(ID BETWEEN 5 AND 9)", ""},
+        {" ,, ", false, "", "ERROR, the ID list \" ,, \" names no record.\n"},
+        {"", false, "", "ERROR, the ID list \"\" names no record.\n"},
+        {"x", false, "", "ERROR, \"x\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
+    };
+    for (const auto& c : cases) {
+        std::string clause = "stale", errors;
+        EXPECT_EQ(id_list_filter::selectionClause(c.list, clause, errors), c.ok) << c.list;
+        EXPECT_EQ(clause, c.clause) << c.list;
+        EXPECT_EQ(errors, c.message) << c.list;
+    }
+}
+
 TEST(IdListFilter, ClauseSelectsTheListedRecords) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
