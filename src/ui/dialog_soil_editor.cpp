@@ -110,7 +110,7 @@ bool dialog_soil_editor::addSoil(int32_t id, const QString& name, std::string& e
     soil.setName(name.toStdString());
     soils_.soils.push_back(soil);
     const int index = static_cast<int>(soils_.soils.size()) - 1;
-    changed_.insert(index);
+    edits_.change(index);
     soilList_->addItem(soilListText(soil));
     soilList_->setCurrentRow(index);
     return true;
@@ -123,12 +123,8 @@ bool dialog_soil_editor::deleteSoil(int index, std::string& errors) {
     }
     // The shown fields belong to the soil going away (or are taken in first).
     if (index != soil_ && !applyShown(errors)) return false;
-    deleted_.insert(soils_.soils[static_cast<size_t>(index)].soilId());
+    edits_.removeAt(soils_.soils[static_cast<size_t>(index)].soilId(), index);
     soils_.soils.erase(soils_.soils.begin() + index);
-    std::set<int> moved;  // positions after the deleted one move up by one
-    for (int c : changed_)
-        if (c != index) moved.insert(c > index ? c - 1 : c);
-    changed_ = moved;
     soil_ = -1;  // nothing shown is taken in when the list moves on
     delete soilPage_;
     soilPage_ = nullptr;
@@ -145,7 +141,7 @@ bool dialog_soil_editor::importLayerFile(const QString& path, std::string& error
     if (soil_ < 0 || !applyShown(errors)) return false;
     layer_ = -1;  // the layers shown are replaced
     const bool ok = importSoilLayerFile(soils_.soils[static_cast<size_t>(soil_)], path.toStdString(), errors);
-    changed_.insert(soil_);
+    edits_.change(soil_);
     fillLayers(0);  // also after an error: the layers read before it are kept
     return ok;
 }
@@ -191,7 +187,7 @@ bool dialog_soil_editor::applyShown(std::string& errors) {
         if (layerPage_->apply(row, errors)) soil.layers[static_cast<size_t>(layer_)] = row;
         else ok = false;
     }
-    changed_.insert(soil_);
+    edits_.change(soil_);
     return ok;
 }
 
@@ -237,7 +233,7 @@ void dialog_soil_editor::showLayer(int position) {
         if (layerPage_->apply(row, errors)) {
             soil.layers[static_cast<size_t>(layer_)] = row;
             layers_->item(layer_)->setText(QString::fromStdString(soil.layerListText(layer_)));
-            changed_.insert(soil_);
+            edits_.change(soil_);
         }
     }
     showErrorsIfAny(this, errors);
@@ -270,13 +266,10 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
 }
 
 bool dialog_soil_editor::save(database& db, std::string& errors) {
-    // Every change of the editor is one unit: all of it is kept, or none.
-    store_session unit(db, errors);
-    if (!unit.ok()) return false;
-    bool ok = true;
-    for (int32_t id : deleted_) ok = sb::deleteSoil(id, db, errors) && ok;
-    for (int index : changed_) ok = writeSoil(soils_.soils[static_cast<size_t>(index)], db, errors) && ok;
-    return unit.commitIf(ok);
+    return edits_.store(
+        db, [&](int32_t id, std::string& e) { return sb::deleteSoil(id, db, e); },
+        [&](int index, int, std::string& e) { return writeSoil(soils_.soils[static_cast<size_t>(index)], db, e); },
+        errors);
 }
 
 void dialog_soil_editor::accept() {

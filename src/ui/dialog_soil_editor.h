@@ -5,7 +5,6 @@
 // are added and deleted here, and a layer file replaces the shown soil's layers.
 #include <QDialog>
 #include <cstdint>
-#include <set>
 #include <string>
 
 #include "ui/property_page_columns.h"
@@ -13,6 +12,8 @@
 class QComboBox;
 class QListWidget;
 class QVBoxLayout;
+
+#include "records/list_edits.h"
 
 namespace sb {
 
@@ -69,8 +70,7 @@ private:
     property_page_columns* layerPage_ = nullptr;
     int soil_ = -1;
     int layer_ = -1;
-    std::set<int> changed_;      // positions in the soil list
-    std::set<int32_t> deleted_;  // soil IDs to remove from the project
+    list_edits edits_;  // soils by position in the list: the user may change a soil's ID
 };
 
 }  // namespace sb

@@ -185,7 +185,7 @@ bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily,
                           : importMonthlyWeatherFile(path.toStdString(), read, errors);
     if (!ok) return false;
     s = std::move(read);
-    (daily ? dailyChanged_ : monthlyChanged_).insert(s.id);
+    edits_.change(s.id, daily ? kDailyHistory : kMonthlyHistory);
     fillHistory();
     return true;
 }
@@ -208,7 +208,7 @@ bool dialog_weather_stations::applyShown(std::string& errors) {
     s.description = description_->text().toStdString();
     s.hasMeans = true;
     list_->item(shown_)->setText(QStringLiteral("%1 %2").arg(s.id).arg(description_->text()));
-    changed_.insert(s.id);
+    edits_.change(s.id, kStation);
     return ok;
 }
 
@@ -273,7 +273,7 @@ bool dialog_weather_stations::deleteDailyRecord(int row, const std::function<boo
         const auto day = y.days.begin() + row;
         if (!confirm(QString::fromStdString(deleteDailyRecordQuestion(s.id, *day)))) return false;
         y.days.erase(day);
-        dailyChanged_.insert(s.id);
+        edits_.change(s.id, kDailyHistory);
         fillHistory();
         return true;
     }
@@ -287,10 +287,7 @@ bool dialog_weather_stations::deleteStation(int index, std::string& errors) {
         return false;
     }
     const int32_t id = stations_.stations[static_cast<size_t>(index)].id;
-    deleted_.insert(id);
-    changed_.erase(id);
-    monthlyChanged_.erase(id);
-    dailyChanged_.erase(id);
+    edits_.remove(id, id);
     historyLoaded_.erase(id);
     stations_.stations.erase(stations_.stations.begin() + index);
     if (index == shown_) shown_ = -1;  // its fields go with it
@@ -314,24 +311,21 @@ void dialog_weather_stations::addStation(int32_t id, const QString& description)
     s.id = id;
     s.description = description.toStdString();
     stations_.stations.push_back(s);
-    changed_.insert(id);
+    edits_.change(id, kStation);
     list_->addItem(QStringLiteral("%1 %2").arg(id).arg(description));
     list_->setCurrentRow(list_->count() - 1);
 }
 
 bool dialog_weather_stations::save(database& db, std::string& errors) {
-    // Every change of the editor is one unit: all of it is kept, or none.
-    store_session unit(db, errors);
-    if (!unit.ok()) return false;
-    bool ok = true;
-    for (int32_t id : deleted_) ok = deleteWeatherStation(db, id, errors) && ok;
-    for (int32_t id : changed_)
-        if (const auto* s = stations_.find(id)) ok = saveWeatherStation(db, *s, errors) && ok;
-    for (int32_t id : monthlyChanged_)
-        if (const auto* s = stations_.find(id)) ok = saveMonthlyHistory(db, *s, errors) && ok;
-    for (int32_t id : dailyChanged_)
-        if (const auto* s = stations_.find(id)) ok = saveDailyHistory(db, *s, errors) && ok;
-    return unit.commitIf(ok);
+    const auto writePart = [&](int id, int part, std::string& e) {
+        const TelluraWeatherStations* s = stations_.find(id);
+        if (!s) return true;
+        if (part == kMonthlyHistory) return saveMonthlyHistory(db, *s, e);
+        if (part == kDailyHistory) return saveDailyHistory(db, *s, e);
+        return saveWeatherStation(db, *s, e);
+    };
+    return edits_.store(
+        db, [&](int32_t id, std::string& e) { return deleteWeatherStation(db, id, e); }, writePart, errors);
 }
 
 void dialog_weather_stations::accept() {

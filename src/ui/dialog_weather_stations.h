@@ -15,6 +15,8 @@ class QLineEdit;
 class QListWidget;
 class QTableWidget;
 
+#include "records/list_edits.h"
+
 namespace sb {
 
 class database;
@@ -60,11 +62,10 @@ private:
     QTableWidget* monthly_;
     QTableWidget* daily_;
     int shown_ = -1;
-    std::set<int32_t> changed_;
+    // Stations by ID, in three parts: the station, its monthly and its daily history.
+    enum station_part { kStation, kMonthlyHistory, kDailyHistory };
+    list_edits edits_;
     std::set<int32_t> historyLoaded_;
-    std::set<int32_t> monthlyChanged_;
-    std::set<int32_t> dailyChanged_;
-    std::set<int32_t> deleted_;
 };
 
 }  // namespace sb
