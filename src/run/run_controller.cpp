@@ -316,7 +316,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
 
 bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs,
                                      const run_choices& choices, std::string& runLog, std::string& errors,
-                                     const std::function<bool()>& cancelNow) {
+                                     const std::function<bool()>& cancelNow, const model_run_host& host) {
     settings_.saveDailyFirstYear = choices.saveDailyFirstYear;
     settings_.saveDailyLastYear = choices.saveDailyLastYear;
     settings_.readBinaryOutput = choices.readBinaryOutput;
@@ -324,7 +324,9 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     if (!checkPrograms(errors)) return false;
     prepareRuns(errors);
     record_run run;
-    runRecord(record, outputs, run, cancelNow);
+    const auto modelRun = [&] { runRecord(record, outputs, run, cancelNow); };
+    if (host) host(modelRun);
+    else modelRun();
     runLog += run.runLog;
     errors += run.errors;
     return finishRun(record, outputs, run, errors);

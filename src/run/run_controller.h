@@ -71,8 +71,15 @@ public:
     // them under the record's ID. `cancelNow`, asked while the model runs, ends
     // it early (the run then fails with "Process Cancelled/Error"). True only
     // when the outputs and the run's history are committed.
+    //
+    // `host`, when given, is handed the model's run (the run folder, the model,
+    // its outputs read) to carry out on a thread of its own, returning when it
+    // has ended: the desktop keeps its window live that way. The database is
+    // touched only before and after, on the controller's thread.
+    using model_run_host = std::function<void(const std::function<void()>& modelRun)>;
     bool runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs, const run_choices& choices,
-                         std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {});
+                         std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
+                         const model_run_host& host = {});
     // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
     // in the run log.
     bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);

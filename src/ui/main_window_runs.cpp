@@ -49,36 +49,36 @@ void main_window::runInBackground(const std::function<void(run_feedback&)>& work
     run.wait();
 }
 
+// One controller on the window's own connection loads the project once, checks
+// the record and, after the Run dialog, stores the outputs; only the model's
+// run goes to the worker thread, with the progress dialog live.
 void main_window::runOneRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     QElapsedTimer clock;
     clock.start();
     std::string errors, runLog;
     tellura_control_record record;
-    bool runnable = false;
-    {
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-        run_controller checker(doc_->db(), settings_);
-        runnable = checker.loadProjectData(errors) && checker.loadAndCheck(doc_->currentId(), record, errors);
-        QApplication::restoreOverrideCursor();
-    }
+    run_controller controller(doc_->db(), settings_);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool runnable =
+        controller.loadProjectData(errors) && controller.loadAndCheck(doc_->currentId(), record, errors);
+    QApplication::restoreOverrideCursor();
     if (runnable) {
         dialog_run dialog(record.id(), QString::fromStdString(record.description()), record.blocks, settings_, this);
         if (dialog.exec() == QDialog::Accepted) {
-            const run_choices choices = choicesFrom(dialog, settings_);
-            const std::string path = doc_->path().toStdString();
-            const app_soilbench settings = settings_;
-            runInBackground([&, path, settings, choices](run_feedback& feedback) {
-                feedback.setText(strprintf("Running TELLURA, ID=%ld", static_cast<long>(record.id())));
-                auto db = database::open(path, errors);
-                if (!db) return;
-                run_controller controller(*db, settings);
-                // Cancel ends the model at once; the run then fails with the core's message.
-                const auto cancelNow = [&feedback] { return feedback.cancelled(); };
-                tellura_outputs outputs;
-                if (controller.loadProjectData(errors))
-                    controller.runLoadedRecord(record, outputs, choices, runLog, errors, cancelNow);
-            });
+            const run_feedback* live = nullptr;  // set and read on the worker thread only
+            const auto inBackground = [&](const std::function<void()>& modelRun) {
+                runInBackground([&](run_feedback& feedback) {
+                    feedback.setText(strprintf("Running TELLURA, ID=%ld", static_cast<long>(record.id())));
+                    live = &feedback;
+                    modelRun();
+                });
+            };
+            // Cancel ends the model at once; the run then fails with the core's message.
+            const auto cancelNow = [&live] { return live && live->cancelled(); };
+            tellura_outputs outputs;
+            controller.runLoadedRecord(record, outputs, choicesFrom(dialog, settings_), runLog, errors, cancelNow,
+                                       inBackground);
         }
     }
     appendf(runLog, "Total Elapsed: %.3f seconds\n", static_cast<double>(clock.elapsed()) / 1000.0);
