@@ -5,30 +5,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
+#include "fuzz_input.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/tellura_output.h"
 #include "records/tellura_event_block.h"
 
 namespace {
-std::string scratch(const char* suffix) { return "/tmp/sb_fuzz_binary_" + std::to_string(getpid()) + suffix; }
 
 const sb::binary_layout_catalogue& catalogue() {
     static sb::binary_layout_catalogue layouts = [] {
         sb::binary_layout_catalogue c;
-        std::string path = scratch(".tsv");
-        if (std::FILE* f = std::fopen(path.c_str(), "w")) {
-            std::fputs(
-                "block\tindex\tname\nplot1\t1\tagcacc\nplot1\t2\tstrcis(1,1)\nplot1\t3\tsomsc\n"
-                "plot2\t1\taglcn\nplot2\t2\tbgcjmth(1)\nplot2\t3\tbgcjmth(2)\nplot3\t1\tfrstc\nplot3\t2\tcrpval\n",
-                f);
-            std::fclose(f);
-        }
+        const std::string layout =
+            "block\tindex\tname\nplot1\t1\tagcacc\nplot1\t2\tstrcis(1,1)\nplot1\t3\tsomsc\n"
+            "plot2\t1\taglcn\nplot2\t2\tbgcjmth(1)\nplot2\t3\tbgcjmth(2)\nplot3\t1\tfrstc\nplot3\t2\tcrpval\n";
         std::string errors;
-        c.addFile(path, errors);
+        sb_fuzz::readScratch("layout.tsv", reinterpret_cast<const uint8_t*>(layout.data()), layout.size(),
+                             [&](const std::string& path) { c.addFile(path, errors); });
         c.loadShipped(SB_FUZZ_LAYOUTS_DIR, errors);
         return c;
     }();
@@ -45,13 +40,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         block.outputInterval = (data[0] & 4) ? 1.0f : 12.0f;
         blocks.push_back(block);
     }
-    std::string path = scratch(".bin");
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) return 0;
-    std::fwrite(data + 1, 1, size - 1, file);
-    std::fclose(file);
-    sb::tellura_outputs outputs;
-    std::string errors;
-    sb::readBinaryOutput(path, 4, catalogue(), blocks, outputs, errors);
-    return 0;
+    return sb_fuzz::readScratch("output.bin", data + 1, size - 1, [&](const std::string& path) {
+        sb::tellura_outputs outputs;
+        std::string errors;
+        sb::readBinaryOutput(path, 4, catalogue(), blocks, outputs, errors);
+    });
 }

@@ -8,12 +8,11 @@
 #include "modeloutput/tellura_output.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string path = sb_fuzz::writeScratch("output.csv", data, size);
-    if (path.empty()) return 0;
-    for (const sb::csv_output_file& file : sb::csvOutputFiles()) {
-        sb::tellura_outputs outputs;
-        std::string errors;
-        sb::readCsvOutputFile(file, path, outputs, errors);
-    }
-    return 0;
+    return sb_fuzz::readScratch("output.csv", data, size, [&](const std::string& path) {
+        for (const sb::csv_output_file& file : sb::csvOutputFiles()) {
+            sb::tellura_outputs outputs;
+            std::string errors;
+            sb::readCsvOutputFile(file, path, outputs, errors);
+        }
+    });
 }

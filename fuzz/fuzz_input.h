@@ -20,4 +20,14 @@ inline std::string writeScratch(const char* name, const uint8_t* data, size_t si
     return path;
 }
 
+// The shape of every target whose reader takes a path: the input as a scratch
+// file named `name`, given to `read` (a lambda taking the path); nothing is
+// read when the file cannot be written.
+template <class Reader>
+int readScratch(const char* name, const uint8_t* data, size_t size, Reader read) {
+    const std::string path = writeScratch(name, data, size);
+    if (!path.empty()) read(path);
+    return 0;
+}
+
 }  // namespace sb_fuzz

@@ -3,20 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
+#include "fuzz_input.h"
 #include "modeloutput/list_file_reader.h"
 #include "modeloutput/output_variable_set.h"
 #include "modeloutput/tellura_output.h"
 #include "records/tellura_event_block.h"
-
-namespace {
-std::string scratchFile() {
-    static std::string path = "/tmp/sb_fuzz_listfile_" + std::to_string(getpid()) + ".lis";
-    return path;
-}
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
@@ -28,13 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         block.outputInterval = (data[0] & 8) ? 1.0f : 12.0f;
         blocks.push_back(block);
     }
-    std::FILE* file = std::fopen(scratchFile().c_str(), "wb");
-    if (!file) return 0;
-    std::fwrite(data + 1, 1, size - 1, file);
-    std::fclose(file);
-    sb::output_variable_set variables;
-    sb::tellura_outputs outputs;
-    std::string errors;
-    sb::readListFile(variables, scratchFile(), version, blocks, outputs, errors);
-    return 0;
+    return sb_fuzz::readScratch("output.lis", data + 1, size - 1, [&](const std::string& path) {
+        sb::output_variable_set variables;
+        sb::tellura_outputs outputs;
+        std::string errors;
+        sb::readListFile(variables, path, version, blocks, outputs, errors);
+    });
 }

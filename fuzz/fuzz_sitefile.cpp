@@ -12,15 +12,14 @@
 #include "records/tellura_weather_station.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string path = sb_fuzz::writeScratch("site.100", data, size);
-    if (path.empty()) return 0;
-    std::string messages;
-    sb::tellura_control_record record;
-    sb::TelluraSoils soil;
-    sb::TelluraWeatherStations station;
-    sb::importSiteFile(path, record, &soil, &station, messages);
-    sb::importSiteFile(path, record, nullptr, nullptr, messages);
-    // The fixed file's names depend on the release; the input's size picks one.
-    sb::importFixedFile(record, path, &soil, 1 + static_cast<int>(size % 6), messages);
-    return 0;
+    return sb_fuzz::readScratch("site.100", data, size, [&](const std::string& path) {
+        std::string messages;
+        sb::tellura_control_record record;
+        sb::TelluraSoils soil;
+        sb::TelluraWeatherStations station;
+        sb::importSiteFile(path, record, &soil, &station, messages);
+        sb::importSiteFile(path, record, nullptr, nullptr, messages);
+        // The fixed file's names depend on the release; the input's size picks one.
+        sb::importFixedFile(record, path, &soil, 1 + static_cast<int>(size % 6), messages);
+    });
 }

@@ -8,10 +8,9 @@
 #include "records/tellura_control_record.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string path = sb_fuzz::writeScratch("sitepar.in", data, size);
-    if (path.empty()) return 0;
-    sb::tellura_control_record record;
-    std::string messages;
-    sb::importSitepar(path, record, messages);
-    return 0;
+    return sb_fuzz::readScratch("sitepar.in", data, size, [&](const std::string& path) {
+        sb::tellura_control_record record;
+        std::string messages;
+        sb::importSitepar(path, record, messages);
+    });
 }

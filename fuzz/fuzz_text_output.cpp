@@ -9,12 +9,11 @@
 #include "modeloutput/text_output_readers.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string path = sb_fuzz::writeScratch("output.out", data, size);
-    if (path.empty()) return 0;
-    std::string errors;
-    sb::tellura_outputs summary;
-    sb::readYearSummary(path, summary, errors);
-    sb::tellura_outputs daily;
-    sb::readDailyOutput(path, daily, errors);
-    return 0;
+    return sb_fuzz::readScratch("output.out", data, size, [&](const std::string& path) {
+        std::string errors;
+        sb::tellura_outputs summary;
+        sb::readYearSummary(path, summary, errors);
+        sb::tellura_outputs daily;
+        sb::readDailyOutput(path, daily, errors);
+    });
 }

@@ -11,9 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string errors;
     sb::TelluraWeatherStations daily;
     sb::importDailyWeatherText(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz.wth", daily, errors);
-    std::string path = sb_fuzz::writeScratch("monthly.wth", data, size);
-    if (path.empty()) return 0;
-    sb::TelluraWeatherStations monthly;
-    sb::importMonthlyWeatherFile(path, monthly, errors);
-    return 0;
+    return sb_fuzz::readScratch("monthly.wth", data, size, [&](const std::string& path) {
+        sb::TelluraWeatherStations monthly;
+        sb::importMonthlyWeatherFile(path, monthly, errors);
+    });
 }
