@@ -77,6 +77,13 @@ struct run_options {
     std::string dailyYears;  // "A-B"
     bool binary = false;
     bool visible = false;
+    std::string only;  // "failed,stale": run just the records in these states
+};
+struct status_options {
+    std::string project;
+    record_selection selection;
+    int version = 0;              // 0 = the configured version
+    std::string format = "text";  // text | tsv
 };
 struct export_options {
     std::string project, table, csv;
@@ -118,6 +125,7 @@ int cmdCopy(const copy_options&);
 int cmdDelete(const delete_options&);
 int cmdPrepare(const prepare_options&);
 int cmdRun(const run_options&);
+int cmdStatus(const status_options&);
 int cmdExport(const export_options&);
 int cmdPlot(const plot_options&);
 int cmdReadBin(const read_bin_options&);

@@ -1,6 +1,8 @@
-// Running: prepare (write a run directory only), run, read-bin.
+// Running: prepare (write a run directory only), run, status, read-bin.
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <map>
 
 #include "app/text_file.h"
 #include "app/text_format.h"
@@ -109,6 +111,12 @@ int cmdRun(const run_options& opt) {
         return kExitUsage;
     }
 
+    std::string onlyErrors;
+    if (!opt.only.empty() && !sb::parseRecordStates(opt.only, runSet.only, onlyErrors)) {
+        report(onlyErrors);
+        return kExitUsage;
+    }
+
     sb::run_controller controller(*db, settings);
     std::string runLog, errors;
     sb::run_set_result result;
@@ -121,6 +129,61 @@ int cmdRun(const run_options& opt) {
     std::cout << sb::strprintf("%ld records run: %ld good, %ld failed%s.\n", result.runNumber, result.good,
                                result.failed, result.cancelled ? " (cancelled)" : "");
     return result.failed == 0 && !result.cancelled && !result.unreadable && !result.refused ? kExitOk : kExitFailed;
+}
+
+namespace {
+
+// The first line of a message, with tabs as blanks: one cell of the status table.
+std::string firstLine(const std::string& text) {
+    std::string line = text.substr(0, text.find('\n'));
+    std::replace(line.begin(), line.end(), '\t', ' ');
+    return line;
+}
+
+std::string statusMessage(const sb::record_status& status) {
+    if (status.state == sb::record_state::stale) return status.staleBecause;
+    if (status.state == sb::record_state::failed) return firstLine(status.lastRun.message);
+    return "";
+}
+
+}  // namespace
+
+int cmdStatus(const status_options& opt) {
+    std::string filter;
+    if (!opt.selection.filter(filter)) return kExitUsage;
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    sb::app_soilbench settings = loadUserSettings();
+    if (opt.version) settings.version = static_cast<int16_t>(opt.version);
+    sb::run_controller controller(*db, settings);
+    std::string errors;
+    std::vector<sb::record_status> statuses;
+    if (!controller.recordStatuses(filter, {}, statuses, errors)) return finish(false, errors);
+
+    const bool tsv = opt.format == "tsv";
+    std::cout << (tsv ? "ID\tState\tStarted\tEnded\tMessage\n"
+                      : sb::strprintf("%-10s %-6s %-24s %s\n", "ID", "State", "Last run", "Message"));
+    std::map<sb::record_state, long> counts;
+    for (const sb::record_status& status : statuses) {
+        ++counts[status.state];
+        const long id = static_cast<long>(status.id);
+        const char* state = sb::recordStateWord(status.state);
+        const std::string message = statusMessage(status);
+        if (tsv)
+            std::cout << sb::strprintf("%ld\t%s\t%s\t%s\t%s\n", id, state, status.lastRun.started.c_str(),
+                                       status.lastRun.ended.c_str(), message.c_str());
+        else
+            std::cout << sb::trim(sb::strprintf("%-10ld %-6s %-24s %s", id, state, status.lastRun.started.c_str(),
+                                                message.c_str()))
+                      << "\n";
+    }
+    if (!tsv) {
+        using sb::record_state;
+        std::cout << sb::strprintf("%zu records: %ld never run, %ld failed, %ld good, %ld stale.\n", statuses.size(),
+                                   counts[record_state::never], counts[record_state::failed],
+                                   counts[record_state::good], counts[record_state::stale]);
+    }
+    return finish(true, errors);
 }
 
 int cmdReadBin(const read_bin_options& opt) {

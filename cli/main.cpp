@@ -237,7 +237,20 @@ int main(int argc, char** argv) {
     cRun->add_option("--daily-years", runOpt.dailyYears, "daily output years to save, like 1990-2000");
     cRun->add_flag("--binary", runOpt.binary, "read the binary output instead of the list file");
     cRun->add_flag("--visible", runOpt.visible, "let the model print to this terminal instead of capturing it");
+    cRun->add_option("--only", runOpt.only,
+                     "run just the records in these states, comma-separated: never, failed, stale, good");
     on(cRun, [&] { return cmdRun(runOpt); });
+
+    status_options statusOpt;
+    auto* cStatus = app.add_subcommand(
+        "status", "list each record's state: never run, failed, good, or stale (inputs or model changed since)");
+    cStatus->add_option("PROJECT", statusOpt.project)->required();
+    addSelection(cStatus, statusOpt.selection);
+    cStatus->add_option("--version", statusOpt.version, "model version code 1-6 the runs would use")
+        ->check(CLI::Range(1, 6));
+    cStatus->add_option("--format", statusOpt.format, "text (a table and the counts) or tsv (one line per record)")
+        ->check(CLI::IsMember({"text", "tsv"}));
+    on(cStatus, [&] { return cmdStatus(statusOpt); });
 
     plot_options plotOpt;
     auto* cPlot = app.add_subcommand("plot", "chart output variables over time to a PNG");

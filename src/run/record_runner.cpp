@@ -144,6 +144,19 @@ void record_runner::applyBlockChoice(tellura_control_record& record, const run_c
     record.blocks = std::move(chosen);
 }
 
+bool record_runner::writeInputs(const tellura_control_record& record, const std::string& runFolder,
+                                std::string& inputsDigest, std::string& errors) const {
+    const std::string folder = withSlash(runFolder);
+    // The writers take the executable's path to find the run directory: point
+    // them at the run folder with a name that is only used for its folder.
+    std::string prepareErrors;
+    const bool prepared = prepareRunDirectory(record, settings_.version, folder + "model", settings_.outfileSelected,
+                                              inputs_.options, inputs_.soils, inputs_.stations, prepareErrors);
+    errors += prepareErrors;
+    if (prepared) inputsDigest = digestOfInputs(folder);
+    return prepared;
+}
+
 run_state record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
                              std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow,
                              std::string* inputsDigest) const {
@@ -154,14 +167,10 @@ run_state record_runner::run(tellura_control_record& record, tellura_outputs& ou
     outputs.clear();
     record.runDone = false;
 
-    // The writers take the executable's path to find the run directory: point
-    // them at the run folder with a name that is only used for its folder.
-    std::string prepareErrors;
-    const bool prepared = prepareRunDirectory(record, version, folder + "model", settings_.outfileSelected,
-                                              inputs_.options, inputs_.soils, inputs_.stations, prepareErrors);
-    errors += prepareErrors;
-    if (!prepared) return run_state::failed;  // the model must not run on inputs that are not all there
-    if (inputsDigest) *inputsDigest = digestOfInputs(folder);
+    std::string digest;
+    // The model must not run on inputs that are not all there.
+    if (!writeInputs(record, folder, digest, errors)) return run_state::failed;
+    if (inputsDigest) *inputsDigest = digest;
     bringDataFiles(directoryOf(modelExe), folder, errors);
 
     process_runner processes(settings_.runTimeout);

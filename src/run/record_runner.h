@@ -42,6 +42,12 @@ public:
                   std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
                   std::string* inputsDigest = nullptr) const;
 
+    // Writes the record's input files into `runFolder` (its own, holding nothing
+    // else yet) exactly as run() does, and gives their digest: what a run now
+    // would record as its inputs. False when any file could not be written.
+    bool writeInputs(const tellura_control_record& record, const std::string& runFolder, std::string& inputsDigest,
+                     std::string& errors) const;
+
     // The record's blocks reduced to and ordered as the choice says.
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
 

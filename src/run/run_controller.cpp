@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <future>
 #include <mutex>
+#include <set>
 #include <unistd.h>
 
 #include "app/file_digest.h"
@@ -242,7 +243,7 @@ void run_controller::prepareRuns(std::string& errors) {
 
 void run_controller::runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
                                const std::function<bool()>& cancelNow) const {
-    run.started = historyTimeNow();
+    if (run.started.empty()) run.started = historyTimeNow();
     if (run.folder.create(runsRoot_, projectName_, record.id(), run.errors)) {
         record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
         run.state =
@@ -259,11 +260,11 @@ const std::string& run_controller::modelDigest() {
     return modelDigest_;
 }
 
-bool run_controller::finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
-                               std::string& errors) {
-    const long id = static_cast<long>(record.id());
+std::string run_controller::releaseProfile() const { return versionDisplayName(settings_.version); }
+
+run_history_entry run_controller::historyEntry(int32_t id, const record_run& run) {
     run_history_entry entry;
-    entry.id = record.id();
+    entry.id = id;
     entry.started = run.started;
     entry.ended = run.ended;
     entry.state = run.state;
@@ -271,11 +272,36 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
     entry.runFolder = run.folder.path();
     entry.model = localPath(settings_.modelExecutable(settings_.version));
     entry.modelSha256 = modelDigest();
-    entry.releaseProfile = versionDisplayName(settings_.version);
+    entry.releaseProfile = releaseProfile();
     entry.inputsSha256 = run.inputsDigest;
     entry.soilbenchVersion = programVersion();
     entry.host = hostName();
     entry.processId = static_cast<int32_t>(getpid());
+    return entry;
+}
+
+void run_controller::beginRun(const tellura_control_record& record, record_run& run, std::string& errors) {
+    run.started = historyTimeNow();
+    run_history_entry entry = historyEntry(record.id(), run);
+    entry.state = run_state::failed;
+    entry.message = strprintf("ERROR, the run started by process %ld on %s did not finish.\n",
+                              static_cast<long>(entry.processId), entry.host.c_str());
+    appendRunHistory(db_, entry, errors);
+}
+
+void run_controller::noteRefusedRun(int32_t id, const std::string& messages) {
+    record_run run;
+    run.started = run.ended = historyTimeNow();
+    run.errors = messages;
+    std::string ignored;  // the run set's messages say already why the record did not run
+    appendRunHistory(db_, historyEntry(id, run), ignored);
+}
+
+bool run_controller::finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                               std::string& errors) {
+    const long id = static_cast<long>(record.id());
+    const run_history_entry startedEntry = historyEntry(record.id(), run);
+    run_history_entry entry = startedEntry;
 
     if (run.state == run_state::good) {
         // The outputs and their history row are kept together or not at all.
@@ -284,7 +310,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         {
             store_session s(db_, storeErrors);
             stored = s.ok() && s.commitIf(storeOutputs(db_, record.id(), outputs, storeErrors) &&
-                                          appendRunHistory(db_, entry, storeErrors));
+                                          replaceRunHistory(db_, startedEntry, entry, storeErrors));
         }
         errors += storeErrors;
         if (stored) {
@@ -300,7 +326,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         entry.state = run_state::failed;
         entry.message = storeErrors;
         std::string ignored;  // the store that just failed most likely refuses this too
-        appendRunHistory(db_, entry, ignored);
+        replaceRunHistory(db_, startedEntry, entry, ignored);
         return false;
     }
     run.folder.keep();
@@ -310,7 +336,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         appendf(errors,
                 "ERROR, the run of record %ld %s: its earlier outputs are kept, and what it wrote is in \"%s\".\n", id,
                 endPhrase(run.state), run.folder.path().c_str());
-    appendRunHistory(db_, entry, errors);
+    replaceRunHistory(db_, startedEntry, entry, errors);
     return false;
 }
 
@@ -324,6 +350,7 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     if (!checkPrograms(errors)) return false;
     prepareRuns(errors);
     record_run run;
+    beginRun(record, run, errors);
     const auto modelRun = [&] { runRecord(record, outputs, run, cancelNow); };
     if (host) host(modelRun);
     else modelRun();
@@ -339,6 +366,77 @@ bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::s
     bool ok = loadAndCheck(id, record, errors) && runLoadedRecord(record, outputs, choices, runLog, errors);
     appendf(runLog, "Total Elapsed: %.3f seconds\n", timer.seconds());
     return ok;
+}
+
+// --- Record states ------------------------------------------------------------
+
+std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blockOrder,
+                                         const run_history_entry& lastRun, std::string& errors) {
+    if (lastRun.releaseProfile != releaseProfile())
+        return strprintf("it ran as \"%s\", the release is now \"%s\"", lastRun.releaseProfile.c_str(),
+                         releaseProfile().c_str());
+    const std::string model = localPath(settings_.modelExecutable(settings_.version));
+    if (modelDigest().empty()) return strprintf("the model executable \"%s\" cannot be read", model.c_str());
+    if (modelDigest() != lastRun.modelSha256) return strprintf("the model executable \"%s\" changed", model.c_str());
+
+    tellura_control_record record;
+    std::string recordErrors;
+    if (!readControlRecord(db_, id, record, recordErrors)) {
+        errors += recordErrors;
+        return "its record cannot be read";
+    }
+    if (!blockOrder.empty()) {
+        run_choices choice;
+        choice.blockOrder = blockOrder;
+        record_runner::applyBlockChoice(record, choice);
+    }
+    // The inputs are written by the run's own writer into a folder of their
+    // own, which goes again at once (or at the next start, if we die here).
+    run_folder folder;
+    std::string digest, writeErrors, ignored;
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    const bool written = folder.create(runsRoot_, projectName_, id, writeErrors) &&
+                         runner.writeInputs(record, folder.path(), digest, writeErrors);
+    folder.remove(ignored);
+    if (!written) {
+        std::string reason = writeErrors.substr(0, writeErrors.find('\n'));
+        return "its input files cannot be written now: " + reason;
+    }
+    return digest == lastRun.inputsSha256 ? "" : "its inputs changed";
+}
+
+bool run_controller::recordStatuses(const std::string& filter, const std::vector<int>& blockOrder,
+                                    std::vector<record_status>& statuses, std::string& errors) {
+    std::vector<std::pair<long, int32_t>> rows;
+    std::map<int32_t, run_history_entry> lastRuns;
+    if (!readRunSet(db_, filter, rows, errors) || !readLastRuns(db_, lastRuns, errors)) return false;
+    if (!loaded_) loadProjectData(errors);
+    for (const auto& row : rows) {
+        record_status status;
+        status.id = row.second;
+        auto last = lastRuns.find(status.id);
+        status.state = lastRunState(last == lastRuns.end() ? nullptr : &last->second);
+        if (last != lastRuns.end()) status.lastRun = last->second;
+        if (status.state == record_state::good) {
+            status.staleBecause = staleBecause(status.id, blockOrder, status.lastRun, errors);
+            if (!status.staleBecause.empty()) status.state = record_state::stale;
+        }
+        statuses.push_back(std::move(status));
+    }
+    return true;
+}
+
+bool run_controller::keepRowsInStates(const run_set_options& options, std::vector<std::pair<long, int32_t>>& rows,
+                                      std::string& errors) {
+    std::vector<record_status> statuses;
+    if (!recordStatuses(options.filter, options.blockOrder, statuses, errors)) return false;
+    std::set<int32_t> chosen;
+    for (const record_status& status : statuses)
+        if (std::find(options.only.begin(), options.only.end(), status.state) != options.only.end())
+            chosen.insert(status.id);
+    rows.erase(std::remove_if(rows.begin(), rows.end(), [&](const auto& row) { return !chosen.count(row.second); }),
+               rows.end());
+    return true;
 }
 
 // --- Many records ------------------------------------------------------------
@@ -367,6 +465,10 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     result.unreadable = !readRunSet(db_, options.filter, rows, errors);
     if (!rows.empty() && !checkPrograms(errors)) {
         result.refused = true;
+        rows.clear();
+    }
+    if (!rows.empty() && !options.only.empty() && !keepRowsInStates(options, rows, errors)) {
+        result.unreadable = true;
         rows.clear();
     }
     if (!rows.empty()) {
@@ -400,6 +502,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
         errors += p.precheckMessages;
         if (!p.prechecked) {
             ++result.failed;
+            noteRefusedRun(p.id, p.precheckMessages);
             if (!options.stopOnPrecheckErrors) {
                 appendf(errors, "Precheck warning, %d\n", static_cast<int>(p.runNumber));
             } else {
@@ -452,6 +555,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             p->prechecked = checkRecord(p->record, p->precheckMessages);
             if (!p->prechecked && options.stopOnPrecheckErrors) stopDispatch = true;
             if (p->prechecked) {
+                beginRun(p->record, p->run, p->run.errors);
                 pending_record* raw = p.get();
                 if (jobs > 1) {
                     ++busy;

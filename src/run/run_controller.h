@@ -24,6 +24,7 @@
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
+#include "run/record_status.h"
 #include "run/run_choices.h"
 #include "run/run_observer.h"
 
@@ -38,8 +39,9 @@ bool precheck(const tellura_control_record& record, int version, const tellura_s
 struct run_set_options {
     std::string filter;  // WHERE text for [Control Records]; empty = every record
     bool stopOnPrecheckErrors = false;
-    int jobs = 1;                 // records run at once
-    std::vector<int> blockOrder;  // blocks to run in each record, in order; empty = all
+    int jobs = 1;                    // records run at once
+    std::vector<int> blockOrder;     // blocks to run in each record, in order; empty = all
+    std::vector<record_state> only;  // run just the records in these states; empty = whatever their state
 };
 
 struct run_set_result {
@@ -88,6 +90,13 @@ public:
     run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer, std::string& runLog,
                                       std::string& errors);
 
+    // The state of every record the filter chooses (every record for ""), in
+    // table order. Stale is told by writing each good record's inputs into a
+    // folder of its own, as its run would with `blockOrder`, and comparing their
+    // digest, the model's SHA-256 and the release with those of its last run.
+    bool recordStatuses(const std::string& filter, const std::vector<int>& blockOrder,
+                        std::vector<record_status>& statuses, std::string& errors);
+
     // The settings a run uses (version, executables, time limit, flags).
     const app_soilbench& settings() const { return settings_; }
     app_soilbench& settings() { return settings_; }
@@ -114,6 +123,19 @@ private:
     bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
                    std::string& errors);
     const std::string& modelDigest();
+    std::string releaseProfile() const;
+    // The record's history row as the run stands (started, or ended).
+    run_history_entry historyEntry(int32_t id, const record_run& run);
+    // A record that failed its precheck did not run: its history says so, with why.
+    void noteRefusedRun(int32_t id, const std::string& messages);
+    // Marks the run as started in the history, so that one that never ends shows as failed.
+    void beginRun(const tellura_control_record& record, record_run& run, std::string& errors);
+    // Leaves the run set's rows of records in the states `options.only` names.
+    bool keepRowsInStates(const run_set_options& options, std::vector<std::pair<long, int32_t>>& rows,
+                          std::string& errors);
+    // Why a record whose last run was good would run differently now ("" when it would not).
+    std::string staleBecause(int32_t id, const std::vector<int>& blockOrder, const run_history_entry& lastRun,
+                             std::string& errors);
 
     database& db_;
     app_soilbench settings_;

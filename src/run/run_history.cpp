@@ -105,6 +105,45 @@ bool appendRunHistory(database& db, const run_history_entry& entry, std::string&
     return s.commit();
 }
 
+bool replaceRunHistory(database& db, const run_history_entry& started, const run_history_entry& entry,
+                       std::string& errors) {
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    std::string host = started.host;
+    for (size_t at = host.find('\''); at != std::string::npos; at = host.find('\'', at + 2)) host.insert(at, 1, '\'');
+    const db_status status = db.execute(
+        strprintf("DELETE FROM `%s` WHERE [ID] = %ld AND [Started] = '%s' AND [Host] = '%s' AND [Process ID] = %ld",
+                  tableName(kTable), static_cast<long>(started.id), started.started.c_str(), host.c_str(),
+                  static_cast<long>(started.processId)));
+    if (status.failed()) {
+        appendf(errors, "ERROR, unable to update the run history of record %ld.\n", static_cast<long>(started.id));
+        appendStatusText(status, errors);
+        return false;
+    }
+    return s.commitIf(appendRunHistory(db, entry, errors));
+}
+
+bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, std::string& errors) {
+    db_status status;
+    auto rows = db.openTable(kTable, "", "", status);
+    if (!rows && status.code == kStatusNoTable) return true;  // a project from before the history: nothing run
+    if (!rows) {
+        errors += "ERROR, unable to open the run history.\n";
+        appendStatusText(status, errors);
+        return false;
+    }
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        const table_record& row = rows->row();
+        const int32_t id = row.integer(row.column("ID"));
+        auto known = lastRuns.find(id);
+        // The stamps are UTC in one fixed form: their text order is their time order.
+        if (known == lastRuns.end()) lastRuns.emplace(id, entryOf(row));
+        else if (known->second.started < row.text("Started")) known->second = entryOf(row);
+    }
+    return readToTheEnd(s, tableName(kTable), errors);
+}
+
 bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, std::string& errors) {
     db_status status;
     auto rows = db.openTable(kTable, strprintf("[ID] = %ld", static_cast<long>(id)), "", status);

@@ -5,6 +5,7 @@
 // executable and its SHA-256, the release, a digest of the input files,
 // Soilbench's version and the host). A record's last run is its latest row.
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -26,14 +27,27 @@ struct run_history_entry {
     std::string soilbenchVersion;
     std::string host;
     int32_t processId = 0;
+
+    // A run's row is written when it starts and replaced by its outcome when it
+    // ends: a row still without an end is a run that never finished (its
+    // process was killed or its machine went down).
+    bool finished() const { return !ended.empty(); }
 };
 
 // Projects made before the history existed get its table here.
 bool ensureRunHistoryTable(database& db, std::string& errors);
 // Adds one row, within the caller's session when there is one.
 bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors);
+// Replaces the row of the run `started` (the row written when it started: the
+// same record, start, host and process) by `entry`, within the caller's session
+// when there is one.
+bool replaceRunHistory(database& db, const run_history_entry& started, const run_history_entry& entry,
+                       std::string& errors);
 // The record's runs, oldest first.
 bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, std::string& errors);
+
+// Every record's latest run, by record ID; records never run have none.
+bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, std::string& errors);
 
 // The time now as the history writes it.
 std::string historyTimeNow();

@@ -1,13 +1,27 @@
 #include "ui/control_record_table_model.h"
 
+#include <QColor>
+
 #include "app/text_format.h"
 #include "records/list_control_record_proxies.h"
+#include "run/record_status.h"
 
 namespace sb {
 namespace {
 
-const char* const kHeaders[] = {"Record", "ID", "Description"};
+const char* const kHeaders[] = {"Record", "ID", "Last Run", "Description"};
 constexpr int kColumnCount = static_cast<int>(std::size(kHeaders));
+constexpr int kLastRunColumn = 2;
+constexpr int kDescriptionColumn = 3;
+
+// "good, ended 2024-05-01T08:15:02.123Z" and the run's message below.
+QString lastRunToolTip(record_state state, const run_history_entry& run) {
+    if (state == record_state::never) return QStringLiteral("Never run");
+    std::string text = strprintf("Last run %s, ", recordStateText(state));
+    text += run.finished() ? "ended " + run.ended : "started " + run.started + ", never finished";
+    if (!run.message.empty()) text += "\n" + std::string(trim(run.message));
+    return QString::fromStdString(text);
+}
 
 // The handle's label is "%5ld %5ld %s"; the description is what follows the two numbers.
 QString descriptionOf(const control_record_proxy& h) {
@@ -38,8 +52,17 @@ QVariant control_record_table_model::data(const QModelIndex& index, int role) co
     const control_record_proxy* h = index.isValid() ? handleAt(index.row()) : nullptr;
     if (!h) return {};
     if (role == Qt::TextAlignmentRole)
-        return index.column() == 2 ? QVariant(Qt::AlignLeft | Qt::AlignVCenter)
-                                   : QVariant(Qt::AlignRight | Qt::AlignVCenter);
+        return index.column() >= kLastRunColumn ? QVariant(Qt::AlignLeft | Qt::AlignVCenter)
+                                                : QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (index.column() == kLastRunColumn) {
+        auto last = lastRuns_.find(h->id);
+        const run_history_entry* run = last == lastRuns_.end() ? nullptr : &last->second;
+        const record_state state = lastRunState(run);
+        if (role == Qt::DisplayRole) return QString::fromLatin1(recordStateText(state));
+        if (role == Qt::ToolTipRole) return lastRunToolTip(state, run ? *run : run_history_entry());
+        if (role == Qt::ForegroundRole && state == record_state::failed) return QColor(Qt::red);
+        return {};
+    }
     if (role == Qt::ToolTipRole) return QString::fromStdString(h->label);
     if (role != Qt::DisplayRole) return {};
     switch (index.column()) {
@@ -47,8 +70,10 @@ QVariant control_record_table_model::data(const QModelIndex& index, int role) co
             return h->recordNumber;
         case 1:
             return h->id;
-        default:
+        case kDescriptionColumn:
             return descriptionOf(*h);
+        default:
+            return {};
     }
 }
 
@@ -94,6 +119,14 @@ void control_record_table_model::syncRows() {
     beginInsertRows({}, rows_, held - 1);
     rows_ = held;
     endInsertRows();
+}
+
+void control_record_table_model::readLastRuns(database& db) {
+    std::map<int32_t, run_history_entry> lastRuns;
+    std::string ignored;  // no history read: every record shows as never run
+    sb::readLastRuns(db, lastRuns, ignored);
+    lastRuns_ = std::move(lastRuns);
+    if (rows_ > 0) emit dataChanged(index(0, kLastRunColumn), index(rows_ - 1, kLastRunColumn));
 }
 
 void control_record_table_model::reset() {

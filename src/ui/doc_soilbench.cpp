@@ -35,6 +35,7 @@ bool doc_soilbench::attach(std::string& errors) {
     if (ok) list_->first(errors);
     if (!records_) records_ = std::make_unique<control_record_table_model>(*list_);
     else records_->reset();
+    if (ok) records_->readLastRuns(*db_);
     scanned_ = 0;
     if (ok && prebuildList_ && !prebuilding_) {
         prebuilding_ = true;  // one chain of slices at a time; a re-attach lets it run on

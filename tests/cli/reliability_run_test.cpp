@@ -11,6 +11,7 @@
 
 #include "app/text_format.h"
 #include "cli_fixture.h"
+#include "app/text_file.h"
 #include "db/database.h"
 #include "records/tellura_control_record.h"
 
@@ -32,6 +33,7 @@ public:
         return status;
     }
     void signal(int number) const { kill(pid_, number); }
+    pid_t pid() const { return pid_; }
     std::string err() const { return sbtest::readFile(output_.file("err")); }
 
 private:
@@ -178,6 +180,119 @@ TEST_F(ReliabilityRuns, TwoProgramsOnOneModelFolderStoreWhatOneAloneStores) {
         EXPECT_EQ(b.finish(), 0) << b.err();
     }
     EXPECT_EQ(rowsDiffering(storedOutputs(first), expected), 0);
+}
+
+// --- Resuming a killed batch -------------------------------------------------------
+
+struct history_counts {
+    long good = 0, unfinished = 0;
+};
+
+std::string thisHost() {
+    char name[256] = {};
+    gethostname(name, sizeof name - 1);
+    return name;
+}
+
+history_counts countHistory(const std::string& path) {
+    history_counts counts;
+    std::string errors;
+    auto db = sb::database::open(path, errors);
+    sb::db_status status;
+    auto rows = db ? db->openTable(sb::table_id::run_history, "", "", status) : nullptr;
+    for (sb::db_status s = rows ? rows->moveFirst() : status; rows && s.ok(); s = rows->moveNext()) {
+        if (rows->row().text("Ended").empty()) ++counts.unfinished;
+        else if (rows->row().text("State") == "good") ++counts.good;
+    }
+    return counts;
+}
+
+// A batch killed half-way keeps every record it finished, shows the one it was
+// running as failed and the rest as never run; running just those then leaves
+// the project exactly as one uninterrupted run does.
+TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
+    const std::string alone = dir.file("alone.sbproj");
+    fs::copy_file(project, alone);
+    ASSERT_EQ(run(runArgs(alone)).exitCode, 0);
+    const std::vector<std::string> expected = storedOutputs(alone);
+
+    std::map<std::string, std::string> slow = env;
+    slow["SB_STANDIN_MODE"] = "slow=0.3";
+    started_program program(runArgs(project), slow);
+    const pid_t killed = program.pid();
+    ASSERT_TRUE(within(60, [&] {
+        history_counts counts = countHistory(project);
+        return counts.good >= 3 && counts.unfinished == 1;
+    })) << program.err();
+    program.signal(SIGKILL);
+    ASSERT_EQ(program.finish(), 128 + SIGKILL);
+    const history_counts atKill = countHistory(project);
+    ASSERT_EQ(atKill.unfinished, 1);
+    ASSERT_LT(atKill.good, kRecords - 1);
+
+    auto status = run({"status", project, "--ids", "101-112", "--format", "tsv"});
+    ASSERT_EQ(status.exitCode, 0) << status.err;
+    long good = 0, never = 0;
+    std::string failedLines;
+    std::istringstream lines(status.out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "ID\tState\tStarted\tEnded\tMessage");
+    while (std::getline(lines, line)) {
+        std::vector<std::string_view> cells = sb::splitFieldViews(line, '\t');
+        ASSERT_EQ(cells.size(), 5u) << line;
+        if (cells[1] == "good") ++good;
+        else if (cells[1] == "never") ++never;
+        else
+            failedLines += sb::strprintf("%.*s|%.*s|%.*s\n", static_cast<int>(cells[1].size()), cells[1].data(),
+                                         static_cast<int>(cells[3].size()), cells[3].data(),
+                                         static_cast<int>(cells[4].size()), cells[4].data());
+    }
+    EXPECT_EQ(good, atKill.good);
+    EXPECT_EQ(never, kRecords - 1 - atKill.good);
+    EXPECT_EQ(failedLines, sb::strprintf("failed||ERROR, the run started by process %ld on %s did not finish.\n",
+                                         static_cast<long>(killed), thisHost().c_str()));
+
+    auto resumed = run({"run", project, "--ids", "101-112", "--only", "never,failed", "--jobs", "2"});
+    EXPECT_EQ(resumed.exitCode, 0) << resumed.err;
+    EXPECT_NE(resumed.out.find(sb::strprintf("%ld records run: %ld good, 0 failed.\n", kRecords - atKill.good,
+                                             kRecords - atKill.good)),
+              std::string::npos)
+        << resumed.out;
+    auto after = run({"status", project, "--ids", "101-112"});
+    EXPECT_EQ(after.exitCode, 0) << after.err;
+    EXPECT_EQ(after.out.substr(after.out.rfind('\n', after.out.size() - 2) + 1),
+              "12 records: 0 never run, 0 failed, 12 good, 0 stale.\n");
+    EXPECT_EQ(rowsDiffering(storedOutputs(project), expected), 0);
+    EXPECT_EQ(expected.size(), storedOutputs(project).size());
+}
+
+// The words of --only, with and without --ids, and what an unknown one gets. The
+// new project's default record 1 fails its precheck whenever it is run.
+TEST_F(ReliabilityRuns, OnlyRunsTheRecordsInTheStatesNamed) {
+    struct only_case {
+        const char* only;
+        const char* ids;
+        int exitCode;
+        const char* expected;  // on standard output, or standard error for a usage error
+    } const cases[] = {
+        {"stale,good", "", 0, "0 records run: 0 good, 0 failed.\n"},
+        {"never", "", 1, "14 records run: 13 good, 1 failed.\n"},
+        {"never,stale", "", 0, "0 records run: 0 good, 0 failed.\n"},
+        {"failed", "", 1, "1 records run: 0 good, 1 failed.\n"},
+        {"good", "105,107", 0, "2 records run: 2 good, 0 failed.\n"},
+        {"failed,bad", "", 2,
+         "ERROR, \"bad\" is not a record state: give never, failed, stale or good, comma-separated.\n"},
+    };
+    for (const only_case& c : cases) {
+        SCOPED_TRACE(c.only);
+        std::vector<std::string> args = {"run", project, "--only", c.only};
+        if (*c.ids) args.insert(args.end(), {"--ids", c.ids});
+        auto result = run(args);
+        EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
+        const std::string& shown = c.exitCode == 2 ? result.err : result.out;
+        EXPECT_NE(shown.find(c.expected), std::string::npos) << shown;
+    }
 }
 
 // --- Killed process ----------------------------------------------------------------

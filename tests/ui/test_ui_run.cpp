@@ -16,8 +16,10 @@
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
+#include "records/list_control_record_proxies.h"
 #include "records/new_project.h"
 #include "ui/command_table.h"
+#include "ui/control_record_table_model.h"
 #include "ui/dialog_errors.h"
 #include "ui/dialog_progress.h"
 #include "ui/dialog_run.h"
@@ -51,6 +53,15 @@ class test_ui_run : public QObject {
         return settings;
     }
 
+    // The record list's "Last Run" cell of a record, as shown or as its tool tip.
+    static QString lastRunOf(main_window& w, int32_t id, int role = Qt::DisplayRole) {
+        control_record_table_model& model = w.document()->records();
+        if (model.headerData(2, Qt::Horizontal, Qt::DisplayRole) != QStringLiteral("Last Run")) return "no column";
+        for (int row = 0; row < model.rowCount(); ++row)
+            if (model.handleAt(row)->id == id) return model.data(model.index(row, 2), role).toString();
+        return "no row";
+    }
+
 private slots:
     void initTestCase() {
         // The demo set-up shipped with the program, read in as record 1.
@@ -78,6 +89,8 @@ private slots:
         QVERIFY(w.openProject(project_));
         std::string errors;
         QVERIFY(w.document()->moveToId(5, errors));
+        QCOMPARE(lastRunOf(w, 5), QStringLiteral("never run"));
+        QCOMPARE(lastRunOf(w, 5, Qt::ToolTipRole), QStringLiteral("Never run"));
 
         QString heading, report;
         // After the Run dialog: the progress dialog while the worker runs, then the report.
@@ -101,6 +114,9 @@ private slots:
         QVERIFY(heading.startsWith("5 \""));
         QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));
         QVERIFY2(!report.contains("ERROR"), qPrintable(report));
+        QCOMPARE(lastRunOf(w, 5), QStringLiteral("good"));
+        QVERIFY2(lastRunOf(w, 5, Qt::ToolTipRole).startsWith("Last run good, ended 20"),
+                 qPrintable(lastRunOf(w, 5, Qt::ToolTipRole)));
 
         // The outputs are stored and reach the chart.
         view_output* monthly = w.showOutputView(static_cast<int>(table_id::output_monthly));
@@ -195,6 +211,7 @@ private slots:
         QVERIFY(w.openProject(project_));
         std::string errors;
         QVERIFY(w.document()->moveToId(5, errors));
+        QCOMPARE(lastRunOf(w, 5), QStringLiteral("good"));
 
         // The stand-in hangs until it is ended: without Cancel the run would
         // last until its two-minute time limit.
@@ -229,6 +246,11 @@ private slots:
         w.runCommand(command_id::runOne);
         qunsetenv("SB_STANDIN_MODE");
         QCOMPARE(progressText, QStringLiteral("Running TELLURA, ID=5"));
+        // The list shows the cancelled run at once, with its message.
+        QCOMPARE(lastRunOf(w, 5), QStringLiteral("failed"));
+        const QString tip = lastRunOf(w, 5, Qt::ToolTipRole);
+        QVERIFY2(tip.startsWith("Last run failed, ended 20") && tip.contains("Process Cancelled/Error"),
+                 qPrintable(tip));
         QVERIFY(cancelEnabled);
         QVERIFY2(report.contains("Process Cancelled/Error"), qPrintable(report));
         QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));

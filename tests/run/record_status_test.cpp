@@ -1,0 +1,195 @@
+// Record states: never run, failed, good, and stale when what a run would use
+// now differs from what the last good run used.
+#include "run/record_status.h"
+#include "run/run_controller.h"
+#include "run_controller_fixture.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "records/option_list.h"
+#include "records/option_record.h"
+#include "records/option_lists.h"
+#include "records/tellura_control_record.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
+
+namespace {
+
+using namespace sbtest;
+using sb::record_state;
+namespace fs = std::filesystem;
+
+constexpr int32_t kOwnSoilAndStation = 900;  // record 2's, so that changing record 1's leaves it alone
+
+std::vector<sb::record_status> statuses(run_project& project) {
+    sb::run_controller controller(project.db(), project.settings());
+    std::vector<sb::record_status> result;
+    std::string errors;
+    EXPECT_TRUE(controller.recordStatuses("", {}, result, errors)) << errors;
+    return result;
+}
+
+// "1:good 2:stale ", in ID order (a saved record moves to the end of the table).
+std::string states(run_project& project) {
+    std::vector<sb::record_status> all = statuses(project);
+    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
+    std::string text;
+    for (const sb::record_status& status : all)
+        text += std::to_string(status.id) + ":" + sb::recordStateWord(status.state) + " ";
+    return text;
+}
+
+sb::run_set_result runAll(run_project& project, const std::vector<record_state>& only = {},
+                          const std::string& filter = "") {
+    sb::run_controller controller(project.db(), project.settings());
+    recording_observer observer;
+    sb::run_set_options options;
+    options.only = only;
+    options.filter = filter;
+    std::string runLog, errors;
+    return controller.runMultipleRecords(options, observer, runLog, errors);
+}
+
+// Record 2 gets a soil and a weather station of its own, copies of record 1's.
+void separateRecordTwo(run_project& project) {
+    std::string errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 2, record, errors)) << errors;
+    sb::tellura_soil_list soils;
+    ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
+    sb::TelluraSoils soil = *soils.find(record.soilId());
+    soil.setSoilId(kOwnSoilAndStation);
+    for (int layer = 0; layer < soil.layerCount; ++layer) soil.layers[static_cast<size_t>(layer)].setNumber("Soil ID", kOwnSoilAndStation);
+    ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
+    sb::tellura_weather_station_list stations;
+    ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
+    sb::TelluraWeatherStations station = *stations.find(record.weatherId());
+    ASSERT_TRUE(sb::loadDailyHistory(project.db(), station, errors)) << errors;
+    ASSERT_TRUE(sb::loadMonthlyHistory(project.db(), station, errors)) << errors;
+    station.id = kOwnSoilAndStation;
+    ASSERT_TRUE(sb::saveWeatherStation(project.db(), station, errors) &&
+                sb::saveDailyHistory(project.db(), station, errors) &&
+                sb::saveMonthlyHistory(project.db(), station, errors))
+        << errors;
+    record.row.setNumber("Soil ID", kOwnSoilAndStation);
+    record.row.setNumber("Weather ID", kOwnSoilAndStation);
+    for (auto& block : record.blocks) block.weatherId = kOwnSoilAndStation;  // the weather file's station
+    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
+}
+
+void changeRecord(run_project& project, int32_t id, const std::function<void(sb::tellura_control_record&)>& change) {
+    std::string errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), id, record, errors)) << errors;
+    change(record);
+    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
+}
+
+void changeSoilOfRecordOne(run_project& project) {
+    std::string errors;
+    sb::tellura_soil_list soils;
+    ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
+    sb::tellura_control_record record;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
+    sb::TelluraSoils soil = *soils.find(record.soilId());
+    soil.layers[0].setValue(sb::kLayerFieldCapacity, soil.layers[0].value(sb::kLayerFieldCapacity) + 0.01);
+    ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
+}
+
+void changeWeatherOfRecordOne(run_project& project) {
+    std::string errors;
+    sb::tellura_weather_station_list stations;
+    ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
+    sb::TelluraWeatherStations& station = *stations.find(1);
+    ASSERT_TRUE(sb::loadDailyHistory(project.db(), station, errors)) << errors;
+    ASSERT_FALSE(station.daily.empty());
+    station.daily.front().days.front().precip += 1.5f;
+    ASSERT_TRUE(sb::saveDailyHistory(project.db(), station, errors)) << errors;
+}
+
+void changeOptionEntry(run_project& project, const char* name) {
+    std::string errors;
+    sb::option_lists lists;
+    ASSERT_TRUE(lists.loadAll(project.db(), errors)) << errors;
+    sb::option_record* entry = lists.find(sb::option_kind::fertilizer, name);
+    ASSERT_TRUE(entry) << name;
+    ASSERT_TRUE(entry->setField("feramt(1)", entry->value("feramt(1)") + 1, errors)) << errors;
+    ASSERT_TRUE(lists.list(sb::option_kind::fertilizer).saveToDatabase(project.db(), errors)) << errors;
+}
+
+// Another model executable: a copy of the stand-in with one byte more.
+void changeModel(run_project& project) {
+    const std::string copy = project.file("model/tellura-standin-2");
+    fs::copy_file(fs::canonical(project.model()), copy);
+    std::ofstream(copy, std::ios::app) << '\n';
+    fs::permissions(copy, fs::perms::owner_all);
+    project.settings().modelExecutables[3] = copy;
+}
+
+struct stale_case {
+    const char* name;
+    std::function<void(run_project&)> change;
+    const char* expected;
+};
+
+// What makes a record stale, and what leaves it good.
+TEST(RecordStates, GoodRunsTurnStaleWhenWhatTheyUsedChanges) {
+    const stale_case cases[] = {
+        {"nothing changed", [](run_project&) {}, "1:good 2:good "},
+        {"a site value", [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.site.setNumber("SOM1CI(1,1)", 123); }); },
+         "1:stale 2:good "},
+        {"a fixed parameter", [](run_project& p) { p.setNumber(2, "CO2PPM(1)", 412); }, "1:good 2:stale "},
+        {"its soil", changeSoilOfRecordOne, "1:stale 2:good "},
+        {"its weather", changeWeatherOfRecordOne, "1:stale 2:good "},
+        {"its schedule",
+         [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.blocks.front().lastYear -= 1; }); },
+         "1:stale 2:good "},
+        // Every run writes each option list whole, so an entry record 2 does
+        // not use still changes the files its model reads.
+        {"an option entry it uses", [](run_project& p) { changeOptionEntry(p, "N45"); }, "1:stale 2:stale "},
+        {"the model executable", changeModel, "1:stale 2:stale "},
+    };
+    for (const stale_case& c : cases) {
+        SCOPED_TRACE(c.name);
+        run_project project(2, 2);
+        separateRecordTwo(project);
+        EXPECT_EQ(states(project), "1:never 2:never ");
+        ASSERT_EQ(runAll(project).good, 2);
+        EXPECT_EQ(states(project), "1:good 2:good ");
+        c.change(project);
+        EXPECT_EQ(states(project), c.expected);
+    }
+}
+
+// The latest run decides: a failed run after a good one, and a run that was
+// started but never ended (its process killed), both count as failed; and
+// running just the failed and never-run records leaves every record good.
+TEST(RecordStates, TheLatestRunDecidesAndOnlyRunsThoseNamed) {
+    run_project project(3, 2);
+    ASSERT_EQ(runAll(project, {}, "ID <= 2").good, 2);
+    {
+        standin_mode failing("error");
+        ASSERT_EQ(runAll(project, {}, "ID = 1").failed, 1);
+    }
+    sb::run_history_entry unfinished = project.history(2).back();
+    unfinished.started = sb::historyTimeNow();
+    unfinished.ended.clear();
+    std::string errors;
+    ASSERT_TRUE(sb::appendRunHistory(project.db(), unfinished, errors)) << errors;
+    EXPECT_EQ(states(project), "1:failed 2:failed 3:never ");
+
+    const sb::run_set_result good = runAll(project, {record_state::good, record_state::stale});
+    EXPECT_EQ(good.runNumber, 0);
+    const sb::run_set_result rest = runAll(project, {record_state::failed, record_state::never});
+    EXPECT_EQ(rest.runNumber, 3);
+    EXPECT_EQ(rest.good, 3);
+    EXPECT_EQ(states(project), "1:good 2:good 3:good ");
+    // Each run left one row: the row written at its start became its outcome.
+    EXPECT_EQ(project.history(1).size(), 3u);
+    EXPECT_EQ(project.history(3).size(), 1u);
+}
+
+}  // namespace
