@@ -5,8 +5,7 @@
 namespace sb {
 namespace {
 
-constexpr record_state kStates[] = {record_state::never, record_state::failed, record_state::good,
-                                    record_state::stale};
+constexpr record_state kStates[] = {record_state::never, record_state::failed, record_state::good, record_state::stale};
 
 }  // namespace
 
@@ -42,7 +41,8 @@ bool parseRecordStates(const std::string& text, std::vector<record_state>& state
             states.push_back(state);
         }
         if (!known) {
-            appendf(errors, "ERROR, \"%s\" is not a record state: give never, failed, stale or good, comma-separated.\n",
+            appendf(errors,
+                    "ERROR, \"%s\" is not a record state: give never, failed, stale or good, comma-separated.\n",
                     word.c_str());
             ok = false;
         }

@@ -62,7 +62,8 @@ void separateRecordTwo(run_project& project) {
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
     sb::TelluraSoils soil = *soils.find(record.soilId());
     soil.setSoilId(kOwnSoilAndStation);
-    for (int layer = 0; layer < soil.layerCount; ++layer) soil.layers[static_cast<size_t>(layer)].setNumber("Soil ID", kOwnSoilAndStation);
+    for (int layer = 0; layer < soil.layerCount; ++layer)
+        soil.layers[static_cast<size_t>(layer)].setNumber("Soil ID", kOwnSoilAndStation);
     ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
     sb::tellura_weather_station_list stations;
     ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
@@ -139,13 +140,13 @@ struct stale_case {
 TEST(RecordStates, GoodRunsTurnStaleWhenWhatTheyUsedChanges) {
     const stale_case cases[] = {
         {"nothing changed", [](run_project&) {}, "1:good 2:good "},
-        {"a site value", [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.site.setNumber("SOM1CI(1,1)", 123); }); },
+        {"a site value",
+         [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.site.setNumber("SOM1CI(1,1)", 123); }); },
          "1:stale 2:good "},
         {"a fixed parameter", [](run_project& p) { p.setNumber(2, "CO2PPM(1)", 412); }, "1:good 2:stale "},
         {"its soil", changeSoilOfRecordOne, "1:stale 2:good "},
         {"its weather", changeWeatherOfRecordOne, "1:stale 2:good "},
-        {"its schedule",
-         [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.blocks.front().lastYear -= 1; }); },
+        {"its schedule", [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.blocks.front().lastYear -= 1; }); },
          "1:stale 2:good "},
         // Every run writes each option list whole, so an entry record 2 does
         // not use still changes the files its model reads.
