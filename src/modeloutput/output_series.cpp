@@ -94,7 +94,8 @@ bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vec
     for (const std::string& name : names) {
         const int column = def.fieldIndex(name);
         if (column <= outputKeyColumnCount(table)) {
-            appendf(errors, "ERROR, \"%s\" is not a variable of the %s output.\n", name.c_str(), outputTableWord(table));
+            appendf(errors, "ERROR, \"%s\" is not a variable of the %s output.\n", name.c_str(),
+                    outputTableWord(table));
             ok = false;
             continue;
         }

@@ -29,7 +29,7 @@ int outputKeyColumnCount(table_id table);
 double outputTime(const table_record& row, table_id table);
 
 struct output_series {
-    std::string name;                                // the column's name in the catalogue
+    std::string name;                               // the column's name in the catalogue
     std::vector<std::pair<double, double>> points;  // (time in years, value)
 };
 

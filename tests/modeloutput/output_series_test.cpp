@@ -28,16 +28,34 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
         point_list points;
         std::string errors;
     } cases[] = {
-        {"annual: the first variable after Year", table_id::output_annual, {"CRPVAL"}, true, {"crpval"},
-         {{1990.0, 7.0}, {1991.0, 8.0}}, ""},
-        {"monthly: mid-month, in time order", table_id::output_monthly, {"somtc"}, true, {"somtc"},
-         {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}}, ""},
-        {"daily: mid-day", table_id::output_daily, {"N2Oflux"}, true, {"N2Oflux"}, {{2000.0 + 0.5 / 365.0, 0.25}},
+        {"annual: the first variable after Year",
+         table_id::output_annual,
+         {"CRPVAL"},
+         true,
+         {"crpval"},
+         {{1990.0, 7.0}, {1991.0, 8.0}},
          ""},
-        {"a key column is no variable", table_id::output_monthly, {"Month", "somtc"}, false, {"somtc"},
+        {"monthly: mid-month, in time order",
+         table_id::output_monthly,
+         {"somtc"},
+         true,
+         {"somtc"},
+         {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}},
+         ""},
+        {"daily: mid-day", table_id::output_daily, {"N2Oflux"}, true, {"N2Oflux"}, {{2000.0 + 0.5 / 365.0, 0.25}}, ""},
+        {"a key column is no variable",
+         table_id::output_monthly,
+         {"Month", "somtc"},
+         false,
+         {"somtc"},
          {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}},
          "ERROR, \"Month\" is not a variable of the monthly output.\n"},
-        {"an unknown name", table_id::output_annual, {"nosuch"}, false, {}, {},
+        {"an unknown name",
+         table_id::output_annual,
+         {"nosuch"},
+         false,
+         {},
+         {},
          "ERROR, \"nosuch\" is not a variable of the annual output.\n"},
     };
     for (const auto& c : cases) {
@@ -48,8 +66,6 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
         std::vector<std::string> names;
         for (const auto& s : series) names.push_back(s.name);
         EXPECT_EQ(names, c.names) << c.name;
-        if (!series.empty()) {
-            EXPECT_EQ(series.front().points, c.points) << c.name;
-        }
+        if (!series.empty()) { EXPECT_EQ(series.front().points, c.points) << c.name; }
     }
 }
