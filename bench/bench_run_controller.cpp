@@ -6,6 +6,7 @@
 //    of running at once shows how little of a record's time is our own.
 //  - the workbench's own work per record, phase by phase: load and check,
 //    write the run directory, read the list file, store the outputs.
+//  - BM_RecordStatuses: telling the state of every record of a run project.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -127,6 +128,42 @@ BENCHMARK(BM_RunSet)
     ->Iterations(1)
     ->UseRealTime()
     ->Unit(benchmark::kSecond);
+
+// `soilbench status` on a run project: every record good, so each one's input
+// files are written and digested to tell whether it is stale.
+void BM_RecordStatuses(benchmark::State& state) {
+    const int records = recordCount();
+    bench_project project(records);
+    if (!project.ok()) {
+        state.SkipWithError(project.errors().c_str());
+        return;
+    }
+    {
+        sb::run_controller controller(project.db(), project.settings());
+        sb::run_set_options options;
+        options.jobs = 2;
+        quiet_observer observer;
+        std::string runLog, errors;
+        if (controller.runMultipleRecords(options, observer, runLog, errors).good != records) {
+            state.SkipWithError(errors.c_str());
+            return;
+        }
+    }
+    long notGood = 0;
+    for (auto _ : state) {
+        sb::run_controller controller(project.db(), project.settings());
+        std::vector<sb::record_status> statuses;
+        std::string errors;
+        if (!controller.recordStatuses("", {}, statuses, errors)) state.SkipWithError(errors.c_str());
+        for (const sb::record_status& status : statuses) notGood += status.state != sb::record_state::good;
+    }
+    if (notGood) state.SkipWithError("a record that ran is not good");
+    const double done = static_cast<double>(records) * static_cast<double>(state.iterations());
+    state.counters["records"] = records;
+    state.counters["s_per_record"] =
+        benchmark::Counter(done, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_RecordStatuses)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 // One record's phases outside the model, on the demo record.
 class phases : public benchmark::Fixture {
