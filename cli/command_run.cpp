@@ -133,9 +133,15 @@ int cmdRun(const run_options& opt) {
 
 namespace {
 
-// The first line of a message, with tabs as blanks: one cell of the status table.
+// The first error line of a run's messages (else its first line), with tabs as
+// blanks: one cell of the status table.
 std::string firstLine(const std::string& text) {
-    std::string line = text.substr(0, text.find('\n'));
+    size_t from = 0;
+    if (text.compare(0, 5, "ERROR") != 0) {
+        const size_t error = text.find("\nERROR");
+        if (error != std::string::npos) from = error + 1;
+    }
+    std::string line = text.substr(from, text.find('\n', from) - from);
     std::replace(line.begin(), line.end(), '\t', ' ');
     return line;
 }

@@ -226,8 +226,10 @@ TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
     })) << program.err();
     program.signal(SIGKILL);
     ASSERT_EQ(program.finish(), 128 + SIGKILL);
+    // The kill most likely lands while a model runs; between one record's
+    // commit and the next one's start there is no unfinished run.
     const history_counts atKill = countHistory(project);
-    ASSERT_EQ(atKill.unfinished, 1);
+    ASSERT_LE(atKill.unfinished, 1);
     ASSERT_LT(atKill.good, kRecords - 1);
 
     auto status = run({"status", project, "--ids", "101-112", "--format", "tsv"});
@@ -249,9 +251,11 @@ TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
                                          static_cast<int>(cells[4].size()), cells[4].data());
     }
     EXPECT_EQ(good, atKill.good);
-    EXPECT_EQ(never, kRecords - 1 - atKill.good);
-    EXPECT_EQ(failedLines, sb::strprintf("failed||ERROR, the run started by process %ld on %s did not finish.\n",
-                                         static_cast<long>(killed), thisHost().c_str()));
+    EXPECT_EQ(never, kRecords - atKill.unfinished - atKill.good);
+    EXPECT_EQ(failedLines, atKill.unfinished == 0
+                               ? ""
+                               : sb::strprintf("failed||ERROR, the run started by process %ld on %s did not finish.\n",
+                                               static_cast<long>(killed), thisHost().c_str()));
 
     auto resumed = run({"run", project, "--ids", "101-112", "--only", "never,failed", "--jobs", "2"});
     EXPECT_EQ(resumed.exitCode, 0) << resumed.err;
