@@ -55,32 +55,6 @@ namespace {
 QString actionText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 0, 0); }
 QString shortcutText(const command_def& c) { return QString::fromLatin1(c.label).section('\t', 1, 1); }
 
-// The Edit menu lists the option lists in its own order.
-option_kind optionKindOf(command_id id) {
-    switch (id) {
-        case command_id::editCultivation:
-            return option_kind::cultivation;
-        case command_id::editFertilizers:
-            return option_kind::fertilizer;
-        case command_id::editFires:
-            return option_kind::fire;
-        case command_id::editOmad:
-            return option_kind::omad;
-        case command_id::editGraze:
-            return option_kind::graze;
-        case command_id::editHarvest:
-            return option_kind::harvest;
-        case command_id::editIrrigation:
-            return option_kind::irrigation;
-        case command_id::editTrees:
-            return option_kind::tree;
-        case command_id::editTreeRemoval:
-            return option_kind::tree_removal;
-        default:
-            return option_kind::crop;
-    }
-}
-
 }  // namespace
 
 main_window::main_window(app_soilbench& settings, QWidget* parent) : QMainWindow(parent), settings_(settings) {
@@ -327,129 +301,96 @@ void main_window::navigate(const std::function<bool(std::string&)>& move) {
     updateStatus();
 }
 
-void main_window::runCommand(command_id id) {
-    switch (id) {
-        case command_id::fileNew:
-            return fileNew();
-        case command_id::importRunFiles:
-            return importRunFiles();
-        case command_id::importWeatherDaily:
-            return importWeatherDaily();
-        case command_id::importWeatherMonthly:
-            return importWeatherMonthly();
-        case command_id::importMonthlyAverages:
-            return importMonthlyAverages();
-        case command_id::importEsa:
-            return importSiteArchive();
-        case command_id::exportEsa:
-            return exportSiteArchive();
-        case command_id::copyOutputToInput:
-            return copyOutputToInput();
-        case command_id::fileOpen:
-            return fileOpen();
-        case command_id::fileOpenServer:
-            return fileOpenServer();
-        case command_id::fileClose:
-            return closeProject();
-        case command_id::configuration:
-            return configure();
-        case command_id::diurnaOutputFiles:
-            return diurnaOutputFiles();
-        case command_id::print:
-            return printActive(false);
-        case command_id::printPreview:
-            return printActive(true);
-        case command_id::printSetup:
-            return printSetup();
-        case command_id::exit:
-            close();
-            return;
-        case command_id::editCopy:
-            return copyRecord();
-        case command_id::editPaste:
-            return pasteRecord();
-        case command_id::editRecord:
-            return editRecord();
-        case command_id::editCrops:
-        case command_id::editCultivation:
-        case command_id::editFertilizers:
-        case command_id::editFires:
-        case command_id::editOmad:
-        case command_id::editGraze:
-        case command_id::editHarvest:
-        case command_id::editIrrigation:
-        case command_id::editTrees:
-        case command_id::editTreeRemoval:
-            return editOptionList(static_cast<int>(optionKindOf(id)));
-        case command_id::editSoils:
-            return editSoils();
-        case command_id::editWeatherStations:
-            return editWeatherStations();
-        case command_id::viewEvents:
-            if (doc_) {
-                auto* events = new view_events(*doc_);
-                connect(events, &view_events::editRequested, this, [this] {
-                    if (doc_) editEventBlocks(*doc_, settings_.version, this);
-                });
-                addSubWindow(events);
-            }
-            return;
-        case command_id::viewAnnual:
-            showOutputView(static_cast<int>(table_id::output_annual));
-            return;
-        case command_id::viewMonthly:
-            showOutputView(static_cast<int>(table_id::output_monthly));
-            return;
-        case command_id::viewDaily:
-            showOutputView(static_cast<int>(table_id::output_daily));
-            return;
-        case command_id::viewToolbar:
-        case command_id::viewStatusBar:
-            return;  // toggled through the action
-        case command_id::windowNew:
-            if (doc_) { addSubWindow(new view_control_records(*doc_)); }
-            return;
-        case command_id::windowCascade:
-            mdi_->cascadeSubWindows();
-            return;
-        case command_id::windowTile:
-            mdi_->tileSubWindows();
-            return;
-        case command_id::windowArrange:
-            for (QMdiSubWindow* w : mdi_->subWindowList())
-                if (w->isMinimized()) w->showMinimized();  // re-lays the icons along the bottom
-            mdi_->tileSubWindows();
-            return;
-        case command_id::recordFirst:
-            return navigate([this](std::string& e) { return doc_->moveFirst(e); });
-        case command_id::recordPrevious:
-            return navigate([this](std::string& e) { return doc_->movePrevious(e); });
-        case command_id::recordNext:
-            return navigate([this](std::string& e) { return doc_->moveNext(e); });
-        case command_id::recordLast:
-            return navigate([this](std::string& e) { return doc_->moveLast(e); });
-        case command_id::recordGoto:
-            return gotoRecord();
-        case command_id::recordGotoId:
-            return gotoId();
-        case command_id::recordDelete:
-            return deleteRecord();
-        case command_id::runOne:
-            return runOneRecord();
-        case command_id::runMultiple:
-            return runMultipleRecords();
-        case command_id::readBin:
-            return readBinFile();
-        case command_id::about:
-            return about();
-        default:
-            return notYetAvailable(id);
-    }
+// What each command does. The option lists are edited in the Edit menu's order.
+std::span<const main_window::command_handler> main_window::commandHandlers() {
+    static const command_handler handlers[] = {
+        {command_id::fileNew, [](main_window& w) { w.fileNew(); }},
+        {command_id::importRunFiles, [](main_window& w) { w.importRunFiles(); }},
+        {command_id::importWeatherDaily, [](main_window& w) { w.importWeatherDaily(); }},
+        {command_id::importWeatherMonthly, [](main_window& w) { w.importWeatherMonthly(); }},
+        {command_id::importMonthlyAverages, [](main_window& w) { w.importMonthlyAverages(); }},
+        {command_id::importEsa, [](main_window& w) { w.importSiteArchive(); }},
+        {command_id::exportEsa, [](main_window& w) { w.exportSiteArchive(); }},
+        {command_id::copyOutputToInput, [](main_window& w) { w.copyOutputToInput(); }},
+        {command_id::fileOpen, [](main_window& w) { w.fileOpen(); }},
+        {command_id::fileOpenServer, [](main_window& w) { w.fileOpenServer(); }},
+        {command_id::fileClose, [](main_window& w) { w.closeProject(); }},
+        {command_id::configuration, [](main_window& w) { w.configure(); }},
+        {command_id::diurnaOutputFiles, [](main_window& w) { w.diurnaOutputFiles(); }},
+        {command_id::print, [](main_window& w) { w.printActive(false); }},
+        {command_id::printPreview, [](main_window& w) { w.printActive(true); }},
+        {command_id::printSetup, [](main_window& w) { w.printSetup(); }},
+        {command_id::exit, [](main_window& w) { w.close(); }},
+        {command_id::editCopy, [](main_window& w) { w.copyRecord(); }},
+        {command_id::editPaste, [](main_window& w) { w.pasteRecord(); }},
+        {command_id::editRecord, [](main_window& w) { w.editRecord(); }},
+        {command_id::editCrops, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::crop)); }},
+        {command_id::editCultivation,
+         [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::cultivation)); }},
+        {command_id::editFertilizers,
+         [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::fertilizer)); }},
+        {command_id::editFires, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::fire)); }},
+        {command_id::editOmad, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::omad)); }},
+        {command_id::editGraze, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::graze)); }},
+        {command_id::editHarvest, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::harvest)); }},
+        {command_id::editIrrigation,
+         [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::irrigation)); }},
+        {command_id::editTrees, [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::tree)); }},
+        {command_id::editTreeRemoval,
+         [](main_window& w) { w.editOptionList(static_cast<int>(option_kind::tree_removal)); }},
+        {command_id::editSoils, [](main_window& w) { w.editSoils(); }},
+        {command_id::editWeatherStations, [](main_window& w) { w.editWeatherStations(); }},
+        {command_id::viewEvents, [](main_window& w) { w.showEvents(); }},
+        {command_id::viewAnnual, [](main_window& w) { w.showOutputView(static_cast<int>(table_id::output_annual)); }},
+        {command_id::viewMonthly, [](main_window& w) { w.showOutputView(static_cast<int>(table_id::output_monthly)); }},
+        {command_id::viewDaily, [](main_window& w) { w.showOutputView(static_cast<int>(table_id::output_daily)); }},
+        {command_id::viewToolbar, [](main_window&) {}},    // toggled through the action
+        {command_id::viewStatusBar, [](main_window&) {}},  // likewise
+        {command_id::windowNew, [](main_window& w) { w.newRecordWindow(); }},
+        {command_id::windowCascade, [](main_window& w) { w.mdi_->cascadeSubWindows(); }},
+        {command_id::windowTile, [](main_window& w) { w.mdi_->tileSubWindows(); }},
+        {command_id::windowArrange, [](main_window& w) { w.arrangeIcons(); }},
+        {command_id::recordFirst,
+         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveFirst(e); }); }},
+        {command_id::recordPrevious,
+         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->movePrevious(e); }); }},
+        {command_id::recordNext,
+         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveNext(e); }); }},
+        {command_id::recordLast,
+         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveLast(e); }); }},
+        {command_id::recordGoto, [](main_window& w) { w.gotoRecord(); }},
+        {command_id::recordGotoId, [](main_window& w) { w.gotoId(); }},
+        {command_id::recordDelete, [](main_window& w) { w.deleteRecord(); }},
+        {command_id::runOne, [](main_window& w) { w.runOneRecord(); }},
+        {command_id::runMultiple, [](main_window& w) { w.runMultipleRecords(); }},
+        {command_id::readBin, [](main_window& w) { w.readBinFile(); }},
+        {command_id::about, [](main_window& w) { w.about(); }},
+    };
+    return handlers;
 }
 
-void main_window::notYetAvailable(command_id id) {
-    const QString label = actionText(commandDef(id)).remove('&');
-    showErrorsIfAny(this, "ERROR, \"" + label.toStdString() + "\" is not available in this build yet.\n");
+void main_window::runCommand(command_id id) {
+    for (const command_handler& handler : commandHandlers())
+        if (handler.id == id) return handler.run(*this);
+}
+
+void main_window::showEvents() {
+    if (!doc_) return;
+    auto* events = new view_events(*doc_);
+    connect(events, &view_events::editRequested, this, [this] {
+        if (doc_) editEventBlocks(*doc_, settings_.version, this);
+    });
+    addSubWindow(events);
+}
+
+void main_window::newRecordWindow() {
+    if (doc_) addSubWindow(new view_control_records(*doc_));
+}
+
+void main_window::arrangeIcons() {
+    for (QMdiSubWindow* w : mdi_->subWindowList())
+        if (w->isMinimized()) w->showMinimized();  // re-lays the icons along the bottom
+    mdi_->tileSubWindows();
 }
 
 void main_window::fileNew() {

@@ -6,6 +6,7 @@
 // and tells every view to redraw.
 #include <QMainWindow>
 #include <array>
+#include <span>
 #include <functional>
 #include <memory>
 #include <string>
@@ -39,6 +40,12 @@ public:
     QAction* action(command_id id) const { return actions_[static_cast<size_t>(id)]; }
     // Runs a command as its menu item does.
     void runCommand(command_id id);
+    // The window's handler of each command of the command table.
+    struct command_handler {
+        command_id id;
+        void (*run)(main_window&);
+    };
+    static std::span<const command_handler> commandHandlers();
 
     bool openProject(const QString& path);
     bool newProject(const QString& path);
@@ -114,7 +121,9 @@ private:
     void runMultipleRecords();
     void readBinFile();
     void about();
-    void notYetAvailable(command_id id);
+    void showEvents();
+    void newRecordWindow();
+    void arrangeIcons();
     // Runs the work on a worker thread with the progress dialog up until it ends.
     void runInBackground(const std::function<void(run_feedback&)>& work);
 

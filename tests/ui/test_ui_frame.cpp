@@ -1,5 +1,7 @@
 // The frame: the menus with and without a project, opening a project, record
 // navigation and its messages, delete, copy and paste through the clipboard.
+#include <algorithm>
+
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -85,6 +87,15 @@ private slots:
         w.runCommand(command_id::fileClose);
         QCOMPARE(menuTitles(w), shortMenu);
         QVERIFY(!w.document());
+    }
+
+    void everyCommandOfTheTableHasOneHandler() {
+        for (const command_def& c : commandTable()) {
+            const auto handlers = main_window::commandHandlers();
+            const auto count = std::count_if(handlers.begin(), handlers.end(),
+                                             [&](const main_window::command_handler& h) { return h.id == c.id; });
+            QVERIFY2(count == 1, c.label);
+        }
     }
 
     void recentFilesSurviveARestart() {
