@@ -23,8 +23,7 @@ void BM_StartAndWaitCaptured(benchmark::State& state) {
     sb::process_runner runner(60000);
     for (auto _ : state) {
         std::string runLog, errors;
-        bool ok = runner.runCaptured("\"/bin/echo\" Execution success.", "Soilbench.con", folder, false, true, runLog,
-                                     errors);
+        bool ok = runner.runCaptured("\"/bin/echo\" Execution success.", "Soilbench.con", folder, true, runLog, errors);
         if (!ok) state.SkipWithError(errors.c_str());
         benchmark::DoNotOptimize(runLog);
     }

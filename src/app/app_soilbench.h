@@ -77,7 +77,6 @@ public:
     std::vector<std::string> recentFiles;
 
     // "" means the user's profile.
-    void setProfilePath(std::string path) { profilePath_ = std::move(path); }
     const std::string& profilePath() const { return profilePath_; }
 
     // Reads every key, the current value being the default of a missing one.

@@ -23,7 +23,6 @@ public:
     // looks like a URL but is not one we can use. Any other text is a file path.
     static bool parse(const std::string& text, project_location& location, std::string& problem);
 
-    kind storeKind() const { return kind_; }
     bool onServer() const { return kind_ == kind::postgresql; }
 
     // The text as given, password included: only for connecting again.

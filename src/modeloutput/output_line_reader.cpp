@@ -14,7 +14,6 @@ bool output_line_reader::open(const std::string& path) {
     file_ = std::fopen(path.c_str(), "rb");
     path_ = path;
     lineNumber_ = 0;
-    bytes_ = 0;
     tooLong_ = false;
     data_.clear();
     position_ = 0;
@@ -53,7 +52,6 @@ bool output_line_reader::next() {
         if (buffer_.size() > kMaxLineLength + 2) break;  // longer than any line may be, with its CR LF
     }
     if (buffer_.empty()) return false;
-    bytes_ += static_cast<long long>(buffer_.size());
     size_t length = buffer_.size() - (hadLineEnd_ ? 1 : 0);
     if (length > 0 && buffer_[length - 1] == '\r') --length;
     ++lineNumber_;

@@ -31,7 +31,6 @@ public:
     // The length the model's reader saw: the text plus one for the line end, if any.
     size_t lengthAsRead() const { return line_.size() + (hadLineEnd_ ? 1 : 0); }
     long lineNumber() const { return lineNumber_; }
-    long long bytesRead() const { return bytes_; }
     bool tooLong() const { return tooLong_; }
     // True when the reading was not cut by a line past the limit; otherwise
     // appends "ERROR, line %ld of \"%s\" is longer than %zu characters.\n".
@@ -49,7 +48,6 @@ private:
     bool hadLineEnd_ = false;
     bool tooLong_ = false;
     long lineNumber_ = 0;
-    long long bytes_ = 0;
 };
 
 }  // namespace sb

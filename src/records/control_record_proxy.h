@@ -11,10 +11,6 @@ class table_record;
 class record_proxy {
 public:
     virtual ~record_proxy() = default;
-    // The list's sort order: by record number.
-    virtual bool comesBefore(const record_proxy& other) const { return recordNumber < other.recordNumber; }
-    // Whether the handle stands for a record the list shows; every plain handle does.
-    virtual bool isShown() const { return true; }
     // Takes the number and the record's ID (column 0 of the row) and formats the label.
     virtual void setFromRow(int32_t number, const table_record& row);
 

@@ -30,7 +30,7 @@ bool model_process_runner::runModel(int version, const std::string& modelExecuta
     // Windows programs run captured: Wine's console reads nothing from a terminal.
     if (visible && !isWindowsProgramName(modelExecutable))
         return runner_.runInConsole(commandLine, runDirectory, errors);
-    return runner_.runCaptured(commandLine, kConsoleFile, runDirectory, false, true, runLog, errors);
+    return runner_.runCaptured(commandLine, kConsoleFile, runDirectory, true, runLog, errors);
 }
 
 bool model_process_runner::runList100(int version, const std::string& list100Executable, bool inConsole,
@@ -40,7 +40,7 @@ bool model_process_runner::runList100(int version, const std::string& list100Exe
     deleteStale(listDirectory, "sb.lis", errors);
     if (inConsole && !isWindowsProgramName(list100Executable))
         return runner_.runInConsole(commandLine, listDirectory, errors);
-    return runner_.runCaptured(commandLine, kConsoleFile, listDirectory, false, false, runLog, errors);
+    return runner_.runCaptured(commandLine, kConsoleFile, listDirectory, false, runLog, errors);
 }
 
 }  // namespace sb

@@ -176,8 +176,8 @@ bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog
 }
 
 bool process_runner::runCaptured(const std::string& commandLine, const std::string& consoleFile,
-                                 const std::string& workingDirectory, bool /*highPriority*/, bool requireOutput,
-                                 std::string& runLog, std::string& errors) {
+                                 const std::string& workingDirectory, bool requireOutput, std::string& runLog,
+                                 std::string& errors) {
     console_file console(consolePath(consoleFile, workingDirectory));
     lastEnd_ = run_state::good;
     if (console.fd() < 0) {
@@ -192,7 +192,7 @@ bool process_runner::runCaptured(const std::string& commandLine, const std::stri
     if (result == wait_result::timedOut) explainWineTimeLimit(commandLine, wine_, errors);
     if (result == wait_result::finished) runLog += commandLine + "\nProcess Finished\n";
     // Read also after a time-out or crash, so that what the model printed is kept.
-    bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors, consoleLimits_);
+    bool consoleOk = readConsole(console.fd(), requireOutput, runLog, errors);
     if (ok && !consoleOk) lastEnd_ = run_state::failed;
     return ok && consoleOk;
 }

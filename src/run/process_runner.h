@@ -30,14 +30,12 @@ public:
     void setCancelCheck(std::function<bool()> cancelRequested) { cancel_ = std::move(cancelRequested); }
     // How programs whose name ends in ".exe" are run through Wine.
     void setWine(wine_setup wine) { wine_ = std::move(wine); }
-    void setConsoleLimits(console_limits limits) { consoleLimits_ = limits; }
 
     // Starts the command line with standard output and error going to the console
     // file (relative to the working directory unless absolute), waits, reads the
-    // console back into the run log, deletes it. highPriority is not used on Linux.
+    // console back into the run log, deletes it.
     bool runCaptured(const std::string& commandLine, const std::string& consoleFile,
-                     const std::string& workingDirectory, bool highPriority, bool requireOutput, std::string& runLog,
-                     std::string& errors);
+                     const std::string& workingDirectory, bool requireOutput, std::string& runLog, std::string& errors);
     // Starts the command line in a terminal window of its own when a display and
     // a terminal program are found, otherwise attached to our own terminal; waits.
     bool runInConsole(const std::string& commandLine, const std::string& workingDirectory, std::string& errors);
@@ -60,7 +58,6 @@ private:
     uint32_t runTimeout_;
     std::function<bool()> cancel_;
     wine_setup wine_;
-    console_limits consoleLimits_;
     run_state lastEnd_ = run_state::good;
 };
 

@@ -104,9 +104,6 @@ public:
     const tellura_soil_list& soils() const { return soils_; }
     const tellura_weather_station_list& stations() const { return stations_; }
 
-    // Where the run folders are made.
-    const std::string& runsRoot() const { return runsRoot_; }
-
 private:
     struct record_run;
     struct pending_record;

@@ -8,7 +8,6 @@ void run_feedback::setText(const std::string& text) { emit owner_.textChanged(QS
 void run_feedback::setStatus(const std::string& text) { emit owner_.statusChanged(QString::fromStdString(text)); }
 void run_feedback::setPercent(int percent) { emit owner_.percentChanged(percent); }
 bool run_feedback::cancelled() const { return owner_.cancel_.load(); }
-const std::atomic<bool>& run_feedback::cancelFlag() const { return owner_.cancel_; }
 
 background_run::background_run(QObject* parent) : QObject(parent) {}
 

@@ -22,7 +22,6 @@ public:
     void setStatus(const std::string& text);  // e.g. "Run      1, Good=     1 "
     void setPercent(int percent);
     bool cancelled() const;
-    const std::atomic<bool>& cancelFlag() const;
 
 private:
     background_run& owner_;

@@ -47,11 +47,6 @@ void dialog_progress::setPercent(int percent) {
     bar_->setValue(percent);
 }
 
-void dialog_progress::setCancellable(bool on) {
-    cancel_->setEnabled(on);
-    if (!on) cancel_->setToolTip(QStringLiteral("The model run ends on its own or at the run timeout."));
-}
-
 void dialog_progress::requestCancel() {
     if (!cancel_->isEnabled()) return;
     run_.cancel();

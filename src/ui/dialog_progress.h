@@ -21,9 +21,6 @@ public:
     QString text() const;
     QString status() const;
 
-    // Off for work that cannot be stopped part-way.
-    void setCancellable(bool on);
-
 public slots:
     void setPercent(int percent);
     void requestCancel();

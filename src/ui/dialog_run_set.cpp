@@ -57,7 +57,6 @@ void dialog_run_set::setIdList(const QString& ids) {
 
 QString dialog_run_set::whereClause() const { return where_->text(); }
 bool dialog_run_set::stopOnPrecheckError() const { return stopOnError_->isChecked(); }
-void dialog_run_set::setStopOnPrecheckError(bool on) { stopOnError_->setChecked(on); }
 
 void dialog_run_set::makeWhere() {
     std::string errors;

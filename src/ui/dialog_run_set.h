@@ -19,7 +19,6 @@ public:
     void setIdList(const QString& ids);  // counts as an edit of the list
     QString whereClause() const;
     bool stopOnPrecheckError() const;
-    void setStopOnPrecheckError(bool on);
     bool idListEdited() const { return idListEdited_; }
 
 public slots:

@@ -29,7 +29,6 @@ public:
     QListWidget* soilList() const { return soilList_; }
     QListWidget* layerList() const { return layers_; }
     QComboBox* waterHolding() const { return swflag_; }
-    int currentSoil() const { return soil_; }
 
     // The layer buttons; messages (e.g. "Number of layers is already at maximum") to `errors`.
     bool insertLayer(int position, std::string& errors);

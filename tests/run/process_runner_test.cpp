@@ -110,7 +110,7 @@ TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
     sb::process_runner runner(60000);
     std::string runLog, errors;
     EXPECT_TRUE(runner.runCaptured("\"/bin/sh\" -c \"sleep 30 & echo helper process $!\"", "Soilbench.con", dir.path(),
-                                   false, true, runLog, errors));
+                                   true, runLog, errors));
     EXPECT_EQ(errors, "");
     pid_t helper = helperPid(runLog);
     ASSERT_GT(helper, 0) << runLog;
@@ -156,10 +156,10 @@ TEST(ProcessRunner, LowerCaseErrorAnywhereFailsCapitalsAloneDoNot) {
     sb::process_runner runner(60000);
     std::string runLog, errors;
     EXPECT_TRUE(runner.runCaptured("\"/bin/echo\" ERROR!  N balance boundary check exceeded.", "Soilbench.con",
-                                   dir.path(), false, true, runLog, errors));
+                                   dir.path(), true, runLog, errors));
     EXPECT_EQ(errors, "");
-    EXPECT_FALSE(runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), false, true,
-                                    runLog, errors));
+    EXPECT_FALSE(
+        runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), true, runLog, errors));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
     EXPECT_NE(runLog.find("no errors occurred\n"), std::string::npos);  // still logged
 
@@ -198,7 +198,7 @@ TEST(ProcessRunner, MissingRunDirectoryCannotHoldTheConsoleFile) {
     sb::process_runner runner(60000);
     std::string runLog, errors;
     EXPECT_FALSE(
-        runner.runCaptured("\"/bin/echo\" hi", "Soilbench.con", "/nonexistent-run-dir/", false, true, runLog, errors));
+        runner.runCaptured("\"/bin/echo\" hi", "Soilbench.con", "/nonexistent-run-dir/", true, runLog, errors));
     EXPECT_EQ(errors, "Unable to create file handle.\n\"/bin/echo\" hi\n");
 }
 
@@ -213,7 +213,7 @@ TEST(ProcessRunner, RunDirectoryRemovedMidRunIsReportedNotFatal) {
         return false;
     });
     std::string runLog, errors;
-    EXPECT_FALSE(runner.runCaptured("\"" + sbtest::standinPath() + "\" -s sb -n sb", "Soilbench.con", path, false, true,
+    EXPECT_FALSE(runner.runCaptured("\"" + sbtest::standinPath() + "\" -s sb -n sb", "Soilbench.con", path, true,
                                     runLog, errors));
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");

@@ -54,7 +54,7 @@ TEST(WineLaunch, WhatCannotRunFailsWithAMessageNamingTheProgram) {
         sb::process_runner runner(10000);
         runner.setWine({test.wineCommand, dir.file("prefix")});
         std::string commandLine = "\"" + test.program + "\" -s sb -n sb", runLog, errors;
-        EXPECT_FALSE(runner.runCaptured(commandLine, "console.txt", dir.path(), false, true, runLog, errors));
+        EXPECT_FALSE(runner.runCaptured(commandLine, "console.txt", dir.path(), true, runLog, errors));
         EXPECT_EQ(errors, test.message + commandLine + "\n");
         EXPECT_EQ(runLog, "");
     }
@@ -79,7 +79,7 @@ TEST(WineLaunch, StartsWineWithTheProgramItsPrefixQuietDebugOutputAndNoInput) {
         sb::process_runner runner(10000);
         runner.setWine({command, prefix});
         std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog, errors;
-        ASSERT_TRUE(runner.runCaptured(commandLine, "sb.con", dir.file("run"), false, true, runLog, errors)) << errors;
+        ASSERT_TRUE(runner.runCaptured(commandLine, "sb.con", dir.file("run"), true, runLog, errors)) << errors;
         EXPECT_EQ(runLog, commandLine + "\nProcess Finished\nargs: " + model + " -s sb -n sb\nprefix: " + prefix +
                               "\ndebug: -all\ninput: none\n");
         EXPECT_TRUE(fs::is_directory(prefix));
@@ -96,7 +96,7 @@ TEST(WineLaunch, HangingWineIsEndedAtTheTimeLimit) {
     sb::process_runner runner(300);
     runner.setWine({wine, dir.file("prefix")});
     std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog, errors;
-    EXPECT_FALSE(runner.runCaptured(commandLine, "sb.con", dir.path(), false, true, runLog, errors));
+    EXPECT_FALSE(runner.runCaptured(commandLine, "sb.con", dir.path(), true, runLog, errors));
     EXPECT_EQ(errors,
               "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
               "milliseconds\".\nThe Windows program ran through Wine (\"" +
