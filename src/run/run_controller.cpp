@@ -20,6 +20,7 @@
 #include "records/store_session.h"
 #include "run/capped_text.h"
 #include "run/elapsed_timer.h"
+#include "run/job_pool.h"
 #include "run/record_runner.h"
 #include "run/run_folder.h"
 #include "run/run_history.h"
@@ -45,29 +46,6 @@ void coverageCheck(const TelluraWeatherStations& station, const tellura_event_bl
 
 // Records held finished but not yet reported, per job.
 constexpr size_t kLookaheadPerJob = 4;
-
-// Wakes the run set's loop as soon as any worker has finished a record.
-class finish_signal {
-public:
-    void signal() {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            ++count_;
-        }
-        changed_.notify_one();
-    }
-    // Returns when a record finished since the last call, or after `limit`.
-    void waitForNext(std::chrono::milliseconds limit) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_for(lock, limit, [this] { return count_ != seen_; });
-        seen_ = count_;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    long count_ = 0, seen_ = 0;
-};
 
 // IDs of the control records in table order, one query's worth.
 bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>& ids, std::string& errors) {
@@ -452,9 +430,74 @@ struct run_controller::pending_record {
     bool prechecked = false;
     std::string precheckMessages;
     record_run run;
-    bool inFlight = false;   // holds one of the jobs
-    std::future<void> done;  // valid while it runs on a worker
+    bool running = false;  // its run was given to the job pool
+    job_pool::ticket job = 0;
 };
+
+// What a run set carries from record to record.
+struct run_controller::run_set_progress {
+    const run_set_options& options;
+    run_observer& observer;
+    run_set_result& result;
+    std::string& errors;
+    capped_text log{kRunLogHeadBytes, kRunLogTailBytes};
+    long total = 0;
+    long reported = 0;
+};
+
+// The next record of the set read, given the chosen blocks and checked.
+std::unique_ptr<run_controller::pending_record> run_controller::checkNextRecord(const std::pair<long, int32_t>& row,
+                                                                                run_set_progress& set) {
+    auto p = std::make_unique<pending_record>();
+    p->runNumber = ++set.result.runNumber;
+    p->position = row.first;
+    p->id = row.second;
+    set.observer.progressText(
+        strprintf("Running TELLURA #%ld Record=%ld ID=%ld", p->runNumber, p->position, static_cast<long>(p->id)));
+    readControlRecord(db_, p->id, p->record, p->precheckMessages);
+    if (!set.options.blockOrder.empty()) {
+        run_choices choice;
+        choice.blockOrder = set.options.blockOrder;
+        record_runner::applyBlockChoice(p->record, choice);
+    }
+    p->prechecked = checkRecord(p->record, p->precheckMessages);
+    return p;
+}
+
+// A record's messages, run log and outputs reported and stored, in table order.
+void run_controller::reportRecord(pending_record& p, run_set_progress& set) {
+    std::string& errors = set.errors;
+    run_set_result& result = set.result;
+    const size_t messagesBefore = errors.size();
+    errors += p.precheckMessages;
+    if (!p.prechecked) {
+        ++result.failed;
+        noteRefusedRun(p.id, p.precheckMessages);
+        if (!set.options.stopOnPrecheckErrors) {
+            appendf(errors, "Precheck warning, %d\n", static_cast<int>(p.runNumber));
+        } else {
+            set.observer.precheckStopped(p.precheckMessages);
+            appendf(errors, "Stop due to precheck error at %d\n", static_cast<int>(p.runNumber));
+            result.stoppedOnPrecheck = true;
+        }
+    } else {
+        set.log.append(strprintf("%ld:", static_cast<long>(p.id)));
+        set.log.append(p.run.runLog);
+        errors += p.run.errors;
+        // Good only when its outputs and its history are stored and committed in the project.
+        if (finishRun(p.record, p.outputs, p.run, errors)) ++result.good;
+        else ++result.failed;
+    }
+    ++set.reported;
+    set.observer.recordFinished(p.id, errors.substr(messagesBefore));
+    set.observer.statusText(
+        strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
+    set.observer.recordsDone(set.reported, result.good, result.failed, set.total);
+    p.record = tellura_control_record();  // outputs stored: free them and the record
+    p.outputs = tellura_outputs();
+    p.run.runLog = std::string();
+    p.run.errors = std::string();
+}
 
 run_set_result run_controller::runMultipleRecords(const run_set_options& options, run_observer& observer,
                                                   std::string& runLog, std::string& errors) {
@@ -478,139 +521,63 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
 
     // More jobs than records would only wait.
     const int jobs = static_cast<int>(std::min<size_t>(static_cast<size_t>(std::max(1, options.jobs)), rows.size()));
-    std::atomic<bool> endNow{false};
-    int busy = 0;
-    finish_signal finished;
+    job_pool pool(jobs);
+    run_set_progress set{options, observer, result, errors};
+    set.total = static_cast<long>(rows.size());
     std::vector<std::unique_ptr<pending_record>> pending;
-    size_t nextRow = 0, nextCommit = 0;
+    size_t nextRow = 0, nextReport = 0;
     bool stopDispatch = false;
-    const long total = static_cast<long>(rows.size());
-    capped_text log(kRunLogHeadBytes, kRunLogTailBytes);
 
-    auto cancelNow = [&endNow] { return endNow.load(); };
     auto pollCancel = [&] {
         cancel_request request = observer.cancelRequested();
         if (request != cancel_request::none) {
             stopDispatch = true;
             result.cancelled = true;
-            if (request == cancel_request::end_running) endNow = true;
+            if (request == cancel_request::end_running) pool.cancel();
         }
     };
-
-    auto commit = [&](pending_record& p) {
-        const size_t messagesBefore = errors.size();
-        errors += p.precheckMessages;
-        if (!p.prechecked) {
-            ++result.failed;
-            noteRefusedRun(p.id, p.precheckMessages);
-            if (!options.stopOnPrecheckErrors) {
-                appendf(errors, "Precheck warning, %d\n", static_cast<int>(p.runNumber));
-            } else {
-                observer.precheckStopped(p.precheckMessages);
-                appendf(errors, "Stop due to precheck error at %d\n", static_cast<int>(p.runNumber));
-                result.stoppedOnPrecheck = true;
-            }
-        } else {
-            log.append(strprintf("%ld:", static_cast<long>(p.id)));
-            log.append(p.run.runLog);
-            errors += p.run.errors;
-            // Good only when its outputs and its history are stored and committed in the project.
-            if (finishRun(p.record, p.outputs, p.run, errors)) ++result.good;
-            else ++result.failed;
-        }
-        observer.recordFinished(p.id, errors.substr(messagesBefore));
-        observer.statusText(
-            strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
-        observer.recordsDone(static_cast<long>(nextCommit + 1), result.good, result.failed, total);
-        p.record = tellura_control_record();  // outputs stored: free them and the record
-        p.outputs = tellura_outputs();
-        p.run.runLog = std::string();
-        p.run.errors = std::string();
+    // One at a time the model runs on this thread: a request to end it is
+    // taken straight from the observer.
+    const std::function<bool()> cancelNow = jobs > 1 ? pool.cancelCheck() : [&] {
+        if (observer.cancelRequested() == cancel_request::end_running) pool.cancel();
+        return pool.cancelled();
     };
 
     while (true) {
-        // Start records while a job is free.
-        while (!stopDispatch && nextRow < rows.size()) {
-            if (jobs > 1) {
-                // Finished records wait in memory for those before them to be
-                // reported; a slow record must not make that queue grow without end.
-                if (pending.size() - nextCommit >= kLookaheadPerJob * static_cast<size_t>(jobs)) break;
-                if (busy >= jobs) break;
-            } else if (nextCommit < pending.size()) {
-                break;  // one at a time: the previous record is not reported yet
-            }
-            auto p = std::make_unique<pending_record>();
-            p->runNumber = ++result.runNumber;
-            p->position = rows[nextRow].first;
-            p->id = rows[nextRow].second;
-            ++nextRow;
-            observer.progressText(strprintf("Running TELLURA #%ld Record=%ld ID=%ld", p->runNumber, p->position,
-                                            static_cast<long>(p->id)));
-            readControlRecord(db_, p->id, p->record, p->precheckMessages);
-            if (!options.blockOrder.empty()) {
-                run_choices choice;
-                choice.blockOrder = options.blockOrder;
-                record_runner::applyBlockChoice(p->record, choice);
-            }
-            p->prechecked = checkRecord(p->record, p->precheckMessages);
+        // Start records while a job is free. Finished records wait in memory
+        // for those before them to be reported; a slow record must not make
+        // that queue grow without end. One at a time, each record is reported
+        // before the next starts.
+        while (!stopDispatch && nextRow < rows.size() && pool.hasFreeSlot() &&
+               pending.size() - nextReport < (jobs > 1 ? kLookaheadPerJob * static_cast<size_t>(jobs) : 1)) {
+            pending.push_back(checkNextRecord(rows[nextRow++], set));
+            pending_record* p = pending.back().get();
             if (!p->prechecked && options.stopOnPrecheckErrors) stopDispatch = true;
             if (p->prechecked) {
                 beginRun(p->record, p->run, p->run.errors);
-                pending_record* raw = p.get();
-                if (jobs > 1) {
-                    ++busy;
-                    raw->inFlight = true;
-                    raw->done = std::async(std::launch::async, [this, raw, cancelNow, &finished] {
-                        runRecord(raw->record, raw->outputs, raw->run, cancelNow);
-                        finished.signal();
-                    });
-                } else {
-                    // One at a time the model runs on this thread: a request to end
-                    // it is taken straight from the observer.
-                    auto endRequested = [&] {
-                        if (observer.cancelRequested() == cancel_request::end_running) endNow = true;
-                        return endNow.load();
-                    };
-                    runRecord(raw->record, raw->outputs, raw->run, endRequested);
-                }
+                p->running = true;
+                p->job = pool.start([this, p, &cancelNow] { runRecord(p->record, p->outputs, p->run, cancelNow); });
             }
-            pending.push_back(std::move(p));
-            if (jobs <= 1) break;  // report before starting the next
-            pollCancel();
-        }
-        // A finished record frees its job for the next record at once, even
-        // while records before it still run.
-        for (size_t k = nextCommit; k < pending.size(); ++k) {
-            pending_record& p = *pending[k];
-            if (!p.inFlight || p.done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) continue;
-            p.inFlight = false;
-            --busy;
+            if (jobs > 1) pollCancel();
         }
         // Report and store finished records in table order.
-        while (nextCommit < pending.size()) {
-            pending_record& p = *pending[nextCommit];
-            if (p.done.valid()) {
-                if (p.done.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) break;
-                p.done.get();
-            }
-            if (p.inFlight) {
-                p.inFlight = false;
-                --busy;
-            }
-            commit(p);
-            ++nextCommit;
+        while (nextReport < pending.size()) {
+            pending_record& p = *pending[nextReport];
+            if (p.running && !pool.ended(p.job)) break;
+            reportRecord(p, set);
+            ++nextReport;
             if (jobs <= 1) pollCancel();
         }
-        bool allReported = nextCommit == pending.size();
+        const bool allReported = nextReport == pending.size();
         if (allReported && (stopDispatch || nextRow >= rows.size())) break;
         if (jobs > 1) {
             // Wait for any running record to finish, watching for a cancel meanwhile.
-            finished.waitForNext(std::chrono::milliseconds(50));
+            pool.waitForAnyEnd(std::chrono::milliseconds(50));
             pollCancel();
         }
     }
 
-    runLog += log.text("the run log");
+    runLog += set.log.text("the run log");
     result.elapsedSeconds = timer.seconds();
     double average = result.runNumber > 0 ? result.elapsedSeconds / static_cast<double>(result.runNumber) : 0.0;
     appendf(runLog, "Elapsed: %.3f seconds, ave=%.3f Fail count=%ld\n", result.elapsedSeconds, average, result.failed);

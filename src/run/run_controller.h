@@ -107,6 +107,9 @@ public:
 private:
     struct record_run;
     struct pending_record;
+    struct run_set_progress;
+    std::unique_ptr<pending_record> checkNextRecord(const std::pair<long, int32_t>& row, run_set_progress& set);
+    void reportRecord(pending_record& p, run_set_progress& set);
     bool checkRecord(const tellura_control_record& record, std::string& errors) const;
     bool checkPrograms(std::string& errors) const;
     // Before the first run: folders of Soilbench processes that died are
