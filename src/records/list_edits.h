@@ -26,8 +26,8 @@ public:
     // any history), each part in key order, as one unit:
     // each step runs, so that every failure is reported, and the work is kept
     // only when every step worked and the commit did.
-    bool store(database& db, const std::function<bool(int32_t storedId, std::string& errors)>& deleteItem,
-               const std::function<bool(int key, int part, std::string& errors)>& writePart, std::string& errors) const;
+    bool save(database& db, const std::function<bool(int32_t storedId, std::string& errors)>& deleteItem,
+              const std::function<bool(int key, int part, std::string& errors)>& writePart, std::string& errors) const;
 
 private:
     std::set<int32_t> deleted_;

@@ -266,7 +266,7 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
 }
 
 bool dialog_soil_editor::save(database& db, std::string& errors) {
-    return edits_.store(
+    return edits_.save(
         db, [&](int32_t id, std::string& e) { return sb::deleteSoil(id, db, e); },
         [&](int index, int, std::string& e) { return writeSoil(soils_.soils[static_cast<size_t>(index)], db, e); },
         errors);

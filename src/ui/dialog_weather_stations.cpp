@@ -324,7 +324,7 @@ bool dialog_weather_stations::save(database& db, std::string& errors) {
         if (part == kDailyHistory) return saveDailyHistory(db, *s, e);
         return saveWeatherStation(db, *s, e);
     };
-    return edits_.store(
+    return edits_.save(
         db, [&](int32_t id, std::string& e) { return deleteWeatherStation(db, id, e); }, writePart, errors);
 }
 

@@ -42,7 +42,7 @@ TEST(ListEdits, SavedInOrderAndKeptOnlyWhole) {
         edits.change(1, 1);
         edits.removeAt(8, 2);  // its changes go; position 3 becomes 2
         std::string steps;
-        const bool ok = edits.store(
+        const bool ok = edits.save(
             project.db(), [&](int32_t id, std::string& e) { return deleteSoil(id, project.db(), e); },
             [&](int key, int part, std::string& e) {
                 appendf(steps, "w%d.%d ", key, part);
