@@ -63,6 +63,19 @@ void addStations(database& db, int n) {
 
 int stationId(rowset& rs) { return rs.row().integer(0); }
 
+// Runs `check` in a child process as an ordinary user (root may write anywhere);
+// the child's exit code: 0 passed, 3 could not switch user, other failed.
+int runUnprivileged(const std::function<bool()>& check) {
+    pid_t child = fork();
+    if (child == 0) {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(3);
+        _exit(check() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 2;
+}
+
 }  // namespace
 
 TEST(Database, SelectTextIsBuiltExactly) {
@@ -149,24 +162,13 @@ TEST(Database, RemovalRefusedByTheSystemGivesTheAccessMessage) {
     sbtest::writeFile(path, "x");
     chmod(dir.path().c_str(), 0755);
     chmod(folder.c_str(), 0555);
-    if (geteuid() != 0) {
+    int result = runUnprivileged([&] {
         std::string errors;
-        EXPECT_FALSE(database::create(path, errors));
-        EXPECT_TRUE(errors.starts_with("ERROR, access error removing database file \"" + path + "\"\n")) << errors;
-        return;
-    }
-    pid_t child = fork();
-    if (child == 0) {
-        if (setgid(65534) != 0 || setuid(65534) != 0) _exit(3);
-        std::string errors;
-        bool made = database::create(path, errors);
-        _exit(!made && errors.starts_with("ERROR, access error removing database file \"" + path + "\"\n") ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 3) GTEST_SKIP() << "cannot switch to an unprivileged user here";
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+        return !database::create(path, errors) &&
+               errors.starts_with("ERROR, access error removing database file \"" + path + "\"\n");
+    });
+    if (result == 3) GTEST_SKIP() << "cannot switch to an unprivileged user here";
+    EXPECT_EQ(result, 0);
 }
 
 TEST(Database, OpenRefusesWhatIsNotAProject) {
@@ -598,21 +600,6 @@ TEST(RowSet, TypedRowSetAndRowsOfAnotherTable) {
     EXPECT_EQ(read.record().description(), "Four");
     EXPECT_TRUE(read.moveNext().endOfRowset());
 }
-
-namespace {
-// Runs `check` in a child process as an ordinary user (root may write anywhere);
-// the child's exit code: 0 passed, 3 could not switch user, other failed.
-int runUnprivileged(const std::function<bool()>& check) {
-    pid_t child = fork();
-    if (child == 0) {
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(3);
-        _exit(check() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 2;
-}
-}  // namespace
 
 TEST(Database, ReadOnlyProjectInAFolderNobodyMayWrite) {
     SB_FILE_STORE_ONLY();

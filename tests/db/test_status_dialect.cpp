@@ -40,13 +40,6 @@ TEST(StatusText, MessagesByCode) {
               "before\nOther error: 8004F001\nThe value 300 ...\n");
 }
 
-TEST(StatusText, Kinds) {
-    EXPECT_TRUE(db_status{}.ok());
-    EXPECT_TRUE((db_status{kStatusEndOfRowset, {}}).endOfRowset());
-    EXPECT_FALSE((db_status{kStatusEndOfRowset, {}}).failed());
-    EXPECT_TRUE((db_status{kStatusNoTable, {}}).failed());
-}
-
 TEST(SqliteDialect, ProjectSqlBecomesStoreSql) {
     auto d = sql_dialect::sqlite();
     EXPECT_EQ(d->translate("SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC"),

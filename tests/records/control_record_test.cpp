@@ -79,20 +79,13 @@ TEST(ControlRecordStorage, WrittenRecordReadsBackWhole) {
     EXPECT_EQ(read.initialCrop(), "C6");
     EXPECT_TRUE(read.site.flag(read.site.column("WATERTABLE(3)")));
     EXPECT_EQ(errors, "");
-}
 
-TEST(ControlRecordStorage, WritingUnderAnExistingIdReplacesEverything) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    tellura_control_record first = sampleRecord(7);
-    ASSERT_TRUE(writeControlRecord(first, project.db(), errors)) << errors;
-    tellura_control_record second;  // one block only
-    second.setId(7);
+    // Writing under an existing ID replaces everything: one block only now.
+    tellura_control_record second;
+    second.setId(42);
     second.row.setText("Description", "Replaced");
     ASSERT_TRUE(writeControlRecord(second, project.db(), errors)) << errors;
-    tellura_control_record read;
-    ASSERT_TRUE(readControlRecord(project.db(), 7, read, errors)) << errors;
+    ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.description(), "Replaced");
     EXPECT_EQ(read.blocks.size(), 1u);
 }
@@ -107,6 +100,13 @@ TEST(ControlRecordStorage, MissingRecordKeepsDefaults) {
     EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
     EXPECT_EQ(errors, "ERROR, can't find record, ID=3, in [Control Records].\n");
     EXPECT_EQ(read.row, expected.row);
+    // A record whose site row is gone.
+    tellura_control_record noSite = sampleRecord(9);
+    ASSERT_TRUE(writeControlRecord(noSite, project.db(), errors));
+    project.db().execute("DELETE * FROM `Site Data` WHERE ID = 9");
+    errors.clear();
+    EXPECT_FALSE(readControlRecord(project.db(), 9, read, errors));
+    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
     project.dropTable(table_id::control_records);
     errors.clear();
     EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
@@ -151,18 +151,6 @@ TEST(ControlRecordStorage, UnopenableTableStopsTheWriteAndKeepsNothingOfIt) {
     std::vector<tellura_event_block> blocks;
     ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
     EXPECT_TRUE(blocks.empty());
-}
-
-TEST(ControlRecordStorage, RecordWithoutSiteRowIsReported) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    tellura_control_record r = sampleRecord(9);
-    std::string errors;
-    ASSERT_TRUE(writeControlRecord(r, project.db(), errors));
-    project.db().execute("DELETE * FROM `Site Data` WHERE ID = 9");
-    tellura_control_record read;
-    EXPECT_FALSE(readControlRecord(project.db(), 9, read, errors));
-    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
 }
 
 TEST(ControlRecordStorage, TheRecordsSoilIsWrittenWhenTheListHoldsIt) {

@@ -80,18 +80,13 @@ std::string written(const option_record& record, int version) {
     return out;
 }
 
-TEST(CropWriter, VersionsOneAndTwoUseTheOldProductionColumnAndStopAfterCo2irs) {
-    std::vector<line> lines =
-        join({{{"PRDX(1)", 1}}, kPpdf, kBio, kFrtc3, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2});
-    std::string expected = expectedText("CORN  Hand check\n", lines);
-    EXPECT_EQ(written(numberedCrop(), 1), expected);
-    EXPECT_EQ(written(numberedCrop(), 2), expected);
-}
-
-TEST(CropWriter, VersionSixIsVersionOneWithTheLaterProductionColumn) {
-    std::vector<line> lines =
-        join({{{"PRDX(1)", 2}}, kPpdf, kBio, kFrtc3, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2});
-    EXPECT_EQ(written(numberedCrop(), 6), expectedText("CORN  Hand check\n", lines));
+// Versions one, two and six stop after CO2IRS; six takes the later production column.
+TEST(CropWriter, VersionsOneTwoAndSixStopAfterCo2irs) {
+    for (auto [version, prdx] : {std::pair{1, 1}, {2, 1}, {6, 2}}) {
+        std::vector<line> lines = join(
+            {{{"PRDX(1)", double(prdx)}}, kPpdf, kBio, kFrtc3, kMatrices, kHarvestIndex, {{"RDR", 65}}, kRoots, kCo2});
+        EXPECT_EQ(written(numberedCrop(), version), expectedText("CORN  Hand check\n", lines)) << version;
+    }
 }
 
 const std::vector<line> kTail35 = {
@@ -166,19 +161,13 @@ TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
     ASSERT_EQ(crops.size(), 1u);
     EXPECT_EQ(errors, "");
     const option_record& c = crops.recordAt(0);
-    EXPECT_FLOAT_EQ(c.value("prdx(1)"), 0.2f);  // the one name fills the column of every version
-    EXPECT_FLOAT_EQ(c.value("prdx(1)4_5"), 0.2f);
-    EXPECT_FLOAT_EQ(c.value("ppdf(1)"), 31);
     EXPECT_TRUE(c.flag(c.column("bioflg")));
-    EXPECT_EQ(c.value("frtcindx"), 2);  // truncated toward zero
-    EXPECT_FLOAT_EQ(c.value("fligni(2,3)"), 0.5f);
-    EXPECT_FLOAT_EQ(c.value("co2ipr(1)"), 0.6f);
-    EXPECT_FLOAT_EQ(c.value("co2itr(1)"), 0.7f);
-    EXPECT_FLOAT_EQ(c.value("basetemp(1)"), 12);
-    EXPECT_FLOAT_EQ(c.value("basetemp(2)"), 7);
-    EXPECT_FLOAT_EQ(c.value("kmrsp"), 0.3f);
-    EXPECT_FLOAT_EQ(c.value("wscoeff(1,2)"), 0.9f);
-    EXPECT_FLOAT_EQ(c.value("co2ice(1,2,3)"), 4);
+    // The one name fills the column of every version; an integer is truncated toward zero.
+    const std::pair<const char*, float> columns[] = {{"prdx(1)", 0.2f},   {"prdx(1)4_5", 0.2f},   {"ppdf(1)", 31},
+                                                     {"frtcindx", 2},     {"fligni(2,3)", 0.5f},  {"co2ipr(1)", 0.6f},
+                                                     {"co2itr(1)", 0.7f}, {"basetemp(1)", 12},    {"basetemp(2)", 7},
+                                                     {"kmrsp", 0.3f},     {"wscoeff(1,2)", 0.9f}, {"co2ice(1,2,3)", 4}};
+    for (auto [column, value] : columns) EXPECT_FLOAT_EQ(c.value(column), value) << column;
 }
 
 TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
@@ -209,10 +198,9 @@ TEST(OptionSetField, TreeReadsTheCo2BlockUnderBothSpellings) {
     EXPECT_TRUE(tree.setField("KMRSP(2)", 6, errors));
     EXPECT_FALSE(tree.setField("SNFXMX(1)", 7, errors));  // the crop's element: not a tree value
     EXPECT_EQ(errors, "");
-    EXPECT_FLOAT_EQ(tree.value("co2ice(2,1,2)"), 3);
-    EXPECT_FLOAT_EQ(tree.value("co2ice(2,2,3)"), 4);
-    EXPECT_FLOAT_EQ(tree.value("co2ipr(2)"), 5);
-    EXPECT_FLOAT_EQ(tree.value("kmrsp(2)"), 6);
+    for (auto [column, value] :
+         {std::pair{"co2ice(2,1,2)", 3}, {"co2ice(2,2,3)", 4}, {"co2ipr(2)", 5}, {"kmrsp(2)", 6}})
+        EXPECT_FLOAT_EQ(tree.value(column), value) << column;
 }
 
 // Every member, every version: the written record reads back into the same

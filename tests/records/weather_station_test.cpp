@@ -38,6 +38,9 @@ TEST(MonthlyWeatherImport, KeywordIsKnownByItsFourthLetter) {
     EXPECT_FLOAT_EQ(s.monthly[0].months[0].tmx2m, 21.0f);
     EXPECT_FLOAT_EQ(s.monthly[1].months[4].precip, 5.0f);  // "RAIC" is precipitation too
     EXPECT_FLOAT_EQ(s.monthly[1].months[4].tmx2m, 0.0f);
+    messages.clear();
+    EXPECT_FALSE(importMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
+    EXPECT_EQ(messages, "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
 }
 
 TEST(MonthlyWeatherImport, TouchingWideValuesAreReadByColumn) {
@@ -54,13 +57,6 @@ TEST(MonthlyWeatherImport, TouchingWideValuesAreReadByColumn) {
     EXPECT_FLOAT_EQ(s.monthly[0].months[0].precip, 1234.5f);
     EXPECT_FLOAT_EQ(s.monthly[0].months[1].precip, 2345.25f);
     EXPECT_FLOAT_EQ(s.monthly[0].months[11].precip, 10.0f);
-}
-
-TEST(MonthlyWeatherImport, MissingFile) {
-    TelluraWeatherStations s = station(4);
-    std::string messages;
-    EXPECT_FALSE(importMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
-    EXPECT_EQ(messages, "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
 }
 
 TEST(DailyWeatherImport, ModelLayoutWithOptionalDrivers) {
@@ -272,23 +268,20 @@ TEST(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
     EXPECT_EQ(old.daily.size(), 1u);
 }
 
-TEST(WeatherStorage, HistoryOfAnUnknownStationIsRefused) {
+// An unknown station, a month out of bounds and a day twice are refused, naming the table.
+TEST(WeatherStorage, BadHistoryIsRefused) {
     records_project project;
     SB_REQUIRE_PROJECT(project);
-    TelluraWeatherStations s = station(99);
-    s.monthlyYear(1990).monthRecord(1).precip = 1;
+    TelluraWeatherStations unknown = station(99);
+    unknown.monthlyYear(1990).monthRecord(1).precip = 1;
     std::string errors;
-    EXPECT_FALSE(saveMonthlyHistory(project.db(), s, errors));
+    EXPECT_FALSE(saveMonthlyHistory(project.db(), unknown, errors));
     EXPECT_EQ(errors, "ERROR, weather station 99 not found.\n");
-}
 
-TEST(WeatherStorage, MonthOutOfBoundsIsRefusedOnLoad) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
     TelluraWeatherStations s = station(5);
     s.monthlyYear(1990).monthRecord(12).precip = 1;
     s.monthlyYear(1990).monthRecord(13).precip = 2;
-    std::string errors;
+    errors.clear();
     ASSERT_TRUE(saveWeatherStation(project.db(), s, errors));
     ASSERT_TRUE(saveMonthlyHistory(project.db(), s, errors)) << errors;
     TelluraWeatherStations read = station(5);
@@ -297,17 +290,11 @@ TEST(WeatherStorage, MonthOutOfBoundsIsRefusedOnLoad) {
     ASSERT_EQ(read.monthly.size(), 1u);
     ASSERT_EQ(read.monthly[0].months.size(), 1u);
     EXPECT_EQ(read.monthly[0].months[0].month, 12);
-}
 
-TEST(WeatherStorage, DuplicateDaysStopTheSaveWithTheTableNamed) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    TelluraWeatherStations s = station(5);
-    std::string errors;
-    ASSERT_TRUE(saveWeatherStation(project.db(), s, errors));
     weather_day_record d;
     d.year = 2000;
     s.daily.push_back({2000, {d, d}});
+    errors.clear();
     EXPECT_FALSE(saveDailyHistory(project.db(), s, errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to insert into table [Weather Historical Daily]\n", 0), 0u) << errors;
     project.dropTable(table_id::weather_historical_daily);
