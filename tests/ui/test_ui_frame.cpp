@@ -56,6 +56,18 @@ QStringList labels(QMenu* menu) {
     return out;
 }
 
+// The main window on a new project holding default records of the given IDs.
+struct window_on_project {
+    const QString path;
+    app_soilbench settings;
+    main_window w;
+    window_on_project(const QString& project, const QString& profile, bool recordList = false)
+        : path(project), settings(profile.toStdString()), w((settings.recordList = recordList, settings)) {}
+    bool open(const std::vector<int32_t>& ids) {
+        return sbtest_ui::makeProject(path, ids).empty() && w.openProject(path);
+    }
+};
+
 }  // namespace
 
 class test_ui_frame : public QObject {
@@ -148,12 +160,9 @@ private slots:
     }
 
     void navigationMovesAndKeepsRecordOnFailure() {
-        const QString path = dir_.filePath("nav.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {10, 20, 30})), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("nav.sbproj"), profile());
+        QVERIFY(p.open({10, 20, 30}));
+        main_window& w = p.w;
         doc_soilbench& doc = *w.document();
         QCOMPARE(doc.objectName(), QStringLiteral("Soilbench.Document"));
         QCOMPARE(w.recordView()->windowTitle(), QStringLiteral("Sbench - nav.sbproj"));
@@ -215,12 +224,9 @@ private slots:
     }
 
     void recordZeroAndAnEmptyProjectAreShownAsTheyAre() {
-        const QString path = dir_.filePath("zero.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {0, 3})), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("zero.sbproj"), profile());
+        QVERIFY(p.open({0, 3}));
+        main_window& w = p.w;
         QCOMPARE(w.document()->records().rowCount(), 1);
         QCOMPARE(w.document()->currentId(), 0);
         w.runCommand(command_id::recordNext);
@@ -237,12 +243,9 @@ private slots:
     }
 
     void deleteAsksWithTheIdAndRemovesOnYes() {
-        const QString path = dir_.filePath("delete.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {5, 6, 7})), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("delete.sbproj"), profile());
+        QVERIFY(p.open({5, 6, 7}));
+        main_window& w = p.w;
         std::string errors;
         QVERIFY(w.document()->moveToId(6, errors));
 
@@ -266,12 +269,9 @@ private slots:
     }
 
     void copyThenPasteUnderANewId() {
-        const QString path = dir_.filePath("paste.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("paste.sbproj"), profile());
+        QVERIFY(p.open({1, 2}));
+        main_window& w = p.w;
         std::string errors;
         w.document()->moveToId(2, errors);
         w.runCommand(command_id::editCopy);
@@ -315,12 +315,9 @@ private slots:
     }
 
     void pasteOfABadClipboardItemReportsAndChangesNothing() {
-        const QString path = dir_.filePath("badpaste.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1})), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("badpaste.sbproj"), profile());
+        QVERIFY(p.open({1}));
+        main_window& w = p.w;
         auto* data = new QMimeData;
         data->setData(record_clipboard::kMimeType, QByteArray(8, '\1'));
         QApplication::clipboard()->setMimeData(data);
@@ -350,14 +347,11 @@ private slots:
     void largeProjectOpensWithoutReadingEveryRecord() {
         // With the prebuilt list off, opening reads one record and the table
         // holds a page at most: the rest is read as the user scrolls.
-        const QString path = dir_.filePath("large.sbproj");
         std::vector<int32_t> ids;
         for (int i = 1; i <= 1500; ++i) ids.push_back(i * 2);
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, ids)), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("large.sbproj"), profile());
+        QVERIFY(p.open(ids));
+        main_window& w = p.w;
         auto& model = w.document()->records();
         QVERIFY(model.rowCount() <= control_record_table_model::kPageSize + 1);
         QVERIFY(model.canFetchMore({}));
@@ -370,14 +364,11 @@ private slots:
     }
 
     void prebuiltListIsReadAfterTheFirstRecordShows() {
-        const QString path = dir_.filePath("prebuilt.sbproj");
         std::vector<int32_t> ids;
         for (int i = 1; i <= 1234; ++i) ids.push_back(i);
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, ids)), QString());
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = true;
-        main_window w(settings);
-        QVERIFY(w.openProject(path));
+        window_on_project p(dir_.filePath("prebuilt.sbproj"), profile(), true);
+        QVERIFY(p.open(ids));
+        main_window& w = p.w;
         QStringList scans;
         connect(w.document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
         auto& model = w.document()->records();

@@ -62,6 +62,47 @@ class test_ui_run : public QObject {
         return "no row";
     }
 
+    // A run of `command` with the stand-in hanging until it is ended: `start`
+    // answers the dialog before the run, Cancel is pressed once the progress
+    // dialog shows its text. Without Cancel the run would last until its
+    // two-minute time limit.
+    struct cancelled_run {
+        QString progressText, report;
+        bool cancelEnabled = false;
+        qint64 cancelMs = -1;  // from Cancel to the report
+    };
+    cancelled_run cancelHangingRun(main_window& w, command_id command, std::function<void(QWidget*)> start) {
+        qputenv("SB_STANDIN_MODE", "hang");
+        cancelled_run run;
+        QElapsedTimer sinceCancel;
+        std::function<void(QWidget*)> handle = [&](QWidget* m) {
+            if (auto* progress = qobject_cast<dialog_progress*>(m)) {
+                if (progress->text().isEmpty() || sinceCancel.isValid()) {
+                    onNextModal(handle);  // not started yet, or cancelled and not yet closed: look again
+                    return;
+                }
+                run.progressText = progress->text();
+                QTest::qWait(300);  // let the model start and hang
+                for (QPushButton* b : progress->findChildren<QPushButton*>())
+                    if (b->text() == "Cancel") run.cancelEnabled = b->isEnabled();
+                sinceCancel.start();
+                sbtest_ui::pressButton(progress, "Cancel");
+                onNextModal(handle);
+            } else if (auto* e = qobject_cast<dialog_errors*>(m)) {
+                run.report = e->text();
+                e->accept();
+            } else {
+                start(m);
+                onNextModal(handle);
+            }
+        };
+        onNextModal(handle);
+        w.runCommand(command);
+        qunsetenv("SB_STANDIN_MODE");
+        if (sinceCancel.isValid()) run.cancelMs = sinceCancel.elapsed();
+        return run;
+    }
+
 private slots:
     void initTestCase() {
         // The demo set-up shipped with the program, read in as record 1.
@@ -161,101 +202,40 @@ private slots:
         QVERIFY(!outputs.empty());  // the outputs stay stored with the record
     }
 
-    void runSetShowsProgressAndCancelEndsAHangingModel() {
+    // Cancel ends the hanging model at once, and no further record is started.
+    void cancelEndsAHangingRunSetOrSingleRun() {
         app_soilbench settings = runSettings("profile3.ini", 120000);
         main_window w(settings);
         QVERIFY(w.openProject(project_));
-
-        // The stand-in hangs until it is ended; only Cancel can stop the set.
-        qputenv("SB_STANDIN_MODE", "hang");
-        QString report, progressText;
-        QElapsedTimer sinceCancel;
-        std::function<void(QWidget*)> handle = [&](QWidget* m) {
-            if (auto* set = qobject_cast<dialog_run_set*>(m)) {
-                set->setIdList("1-9");
-                set->makeWhere();
-                set->accept();
-                onNextModal(handle);
-            } else if (auto* progress = qobject_cast<dialog_progress*>(m)) {
-                if (progress->text().isEmpty()) {
-                    onNextModal(handle);  // not started yet: look again
-                    return;
-                }
-                progressText = progress->text();
-                sinceCancel.start();
-                sbtest_ui::pressButton(progress, "Cancel");
-                onNextModal(handle);
-            } else if (auto* errors = qobject_cast<dialog_errors*>(m)) {
-                report = errors->text();
-                errors->accept();
-            } else {
-                onNextModal(handle);
+        cancelled_run set = cancelHangingRun(w, command_id::runMultiple, [](QWidget* m) {
+            if (auto* d = qobject_cast<dialog_run_set*>(m)) {
+                d->setIdList("1-9");
+                d->makeWhere();
+                d->accept();
             }
-        };
-        onNextModal(handle);
-        w.runCommand(command_id::runMultiple);
-        qunsetenv("SB_STANDIN_MODE");
-        QVERIFY2(progressText.startsWith("Running TELLURA #1 Record="), qPrintable(progressText));
-        QVERIFY2(report.contains("Elapsed: "), qPrintable(report));
-        // Cancel ended the hanging model instead of waiting for its two-minute
-        // time limit, and no further record was started.
-        QVERIFY2(report.contains("Process Cancelled/Error"), qPrintable(report));
-        QVERIFY2(report.contains("Fail count=1"), qPrintable(report));
-        QVERIFY(sinceCancel.isValid());
-        QVERIFY2(sinceCancel.elapsed() < 10000, qPrintable(QString::number(sinceCancel.elapsed())));
-    }
+        });
+        QVERIFY2(set.progressText.startsWith("Running TELLURA #1 Record="), qPrintable(set.progressText));
+        QVERIFY2(set.report.contains("Elapsed: "), qPrintable(set.report));
+        QVERIFY2(set.report.contains("Fail count=1"), qPrintable(set.report));
 
-    void cancelEndsAHangingSingleRun() {
-        app_soilbench settings = runSettings("profile5.ini", 120000);
-        main_window w(settings);
-        QVERIFY(w.openProject(project_));
         std::string errors;
         QVERIFY(w.document()->moveToId(5, errors));
         QCOMPARE(lastRunOf(w, 5), QStringLiteral("good"));
-
-        // The stand-in hangs until it is ended: without Cancel the run would
-        // last until its two-minute time limit.
-        qputenv("SB_STANDIN_MODE", "hang");
-        QString report, progressText;
-        bool cancelEnabled = false;
-        QElapsedTimer sinceCancel;
-        std::function<void(QWidget*)> handle = [&](QWidget* m) {
-            if (auto* run = qobject_cast<dialog_run*>(m)) {
-                run->accept();
-                onNextModal(handle);
-            } else if (auto* progress = qobject_cast<dialog_progress*>(m)) {
-                if (progress->text().isEmpty() || sinceCancel.isValid()) {
-                    onNextModal(handle);  // not started yet, or cancelled and not yet closed: look again
-                    return;
-                }
-                progressText = progress->text();
-                QTest::qWait(300);  // let the model start and hang
-                for (QPushButton* b : progress->findChildren<QPushButton*>())
-                    if (b->text() == "Cancel") cancelEnabled = b->isEnabled();
-                sinceCancel.start();
-                sbtest_ui::pressButton(progress, "Cancel");
-                onNextModal(handle);
-            } else if (auto* e = qobject_cast<dialog_errors*>(m)) {
-                report = e->text();
-                e->accept();
-            } else {
-                onNextModal(handle);
-            }
-        };
-        onNextModal(handle);
-        w.runCommand(command_id::runOne);
-        qunsetenv("SB_STANDIN_MODE");
-        QCOMPARE(progressText, QStringLiteral("Running TELLURA, ID=5"));
+        cancelled_run one = cancelHangingRun(w, command_id::runOne, [](QWidget* m) {
+            if (auto* d = qobject_cast<dialog_run*>(m)) d->accept();
+        });
+        QCOMPARE(one.progressText, QStringLiteral("Running TELLURA, ID=5"));
+        QVERIFY2(one.report.contains("Total Elapsed: "), qPrintable(one.report));
         // The list shows the cancelled run at once, with its message.
         QCOMPARE(lastRunOf(w, 5), QStringLiteral("failed"));
         const QString tip = lastRunOf(w, 5, Qt::ToolTipRole);
         QVERIFY2(tip.startsWith("Last run failed, ended 20") && tip.contains("Process Cancelled/Error"),
                  qPrintable(tip));
-        QVERIFY(cancelEnabled);
-        QVERIFY2(report.contains("Process Cancelled/Error"), qPrintable(report));
-        QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));
-        QVERIFY(sinceCancel.isValid());
-        QVERIFY2(sinceCancel.elapsed() < 10000, qPrintable(QString::number(sinceCancel.elapsed())));
+        for (const cancelled_run& run : {set, one}) {
+            QVERIFY(run.cancelEnabled);
+            QVERIFY2(run.report.contains("Process Cancelled/Error"), qPrintable(run.report));
+            QVERIFY2(run.cancelMs >= 0 && run.cancelMs < 10000, qPrintable(QString::number(run.cancelMs)));
+        }
     }
 
     void eventViewAndPrintedTableShowTheRecord() {
