@@ -49,12 +49,6 @@ struct process_guard {
     }
 };
 
-bool processGone(pid_t pid) {
-    std::string stat = sbtest::readFile("/proc/" + std::to_string(pid) + "/stat");
-    size_t end = stat.rfind(')');
-    return end == std::string::npos || stat[end + 2] == 'Z' || stat[end + 2] == 'X';
-}
-
 // No process of the group is left running.
 bool groupGone(pid_t group) {
     for (const auto& entry : fs::directory_iterator("/proc")) {
@@ -318,7 +312,8 @@ TEST_F(ReliabilityRuns, EndingTheProgramEndsTheModelAndEverythingItStarted) {
         guard.pids = {model, helper};
         program.signal(signal);
         EXPECT_EQ(program.finish(), signal == SIGKILL ? 128 + SIGKILL : 1);
-        EXPECT_TRUE(within(5, [&] { return processGone(model) && processGone(helper) && groupGone(model); }));
+        EXPECT_TRUE(
+            within(5, [&] { return sbtest::processGone(model) && sbtest::processGone(helper) && groupGone(model); }));
 
         const fs::path folder = fs::path(console).parent_path();
         auto next = run({"run", project, "--ids", "102", "--jobs", "1"});

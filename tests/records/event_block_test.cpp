@@ -369,31 +369,19 @@ TEST(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
     ASSERT_EQ(read.size(), 1u);
     EXPECT_EQ(read[0].events.size(), 2u);
     EXPECT_EQ(errors, "");
-}
 
-TEST(EventStorage, OneBlockIsReplacedAlone) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    std::vector<tellura_event_block> blocks = sampleBlocks();
+    // One block is replaced alone.
     ASSERT_TRUE(saveEventBlocks(project.db(), 5, blocks, errors));
     tellura_event_block changed = blocks[1];
     changed.description = "Dryland corn";
     changed.events.pop_back();
     ASSERT_TRUE(saveEventBlock(project.db(), 5, changed, errors)) << errors;
-    std::vector<tellura_event_block> read;
     ASSERT_TRUE(loadEventBlocks(project.db(), 5, read, errors));
     EXPECT_EQ(read, (std::vector<tellura_event_block>{blocks[0], changed}));
-}
 
-TEST(EventStorage, EventsAreNumberedInListOrderWhenSaved) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::vector<tellura_event_block> blocks = sampleBlocks();
-    for (tellura_event& e : blocks[0].events) e.order = 9;  // as an editor may leave them
-    std::string errors;
+    // Events are numbered in list order when saved, whatever an editor left in them.
+    for (tellura_event& e : blocks[0].events) e.order = 9;
     ASSERT_TRUE(saveEventBlocks(project.db(), 1, blocks, errors)) << errors;
-    std::vector<tellura_event_block> read;
     ASSERT_TRUE(loadEventBlocks(project.db(), 1, read, errors));
     ASSERT_EQ(read[0].events.size(), 3u);
     EXPECT_EQ(read[0].events[0].order, 1);

@@ -30,20 +30,6 @@ public:
     ~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
 };
 
-// Gone, or a zombie waiting for its new parent to reap it (no longer running).
-bool processGone(pid_t pid) {
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string pidText, name, state;
-    if (!(stat >> pidText >> name >> state)) return true;
-    return state == "Z" || state == "X";
-}
-
-// SIGKILL reaches the group's other members asynchronously: allow them a moment.
-bool processEnds(pid_t pid) {
-    for (int i = 0; i < 200 && !processGone(pid); ++i) usleep(10000);
-    return processGone(pid);
-}
-
 pid_t helperPid(const std::string& runLog) {
     const std::string marker = "helper process ";
     size_t at = runLog.rfind(marker);
@@ -86,7 +72,7 @@ TEST(ProcessRunner, HangIsCutAtTheTimeLimitWithItsWholeProcessGroup) {
     EXPECT_EQ(run.errors, kTimeLimit);
     pid_t helper = helperPid(run.runLog);  // the console is read after a time-out too
     ASSERT_GT(helper, 0) << run.runLog;
-    EXPECT_TRUE(processEnds(helper));
+    EXPECT_TRUE(sbtest::processEnds(helper));
     EXPECT_EQ(run.runLog.find("Process Finished"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
 }
@@ -102,7 +88,7 @@ TEST(ProcessRunner, CancelHookEndsTheProcessGroup) {
     EXPECT_EQ(errors, "Process Cancelled/Error\n");
     pid_t helper = helperPid(runLog);
     ASSERT_GT(helper, 0) << runLog;
-    EXPECT_TRUE(processEnds(helper));
+    EXPECT_TRUE(sbtest::processEnds(helper));
 }
 
 TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
@@ -114,7 +100,7 @@ TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
     EXPECT_EQ(errors, "");
     pid_t helper = helperPid(runLog);
     ASSERT_GT(helper, 0) << runLog;
-    EXPECT_TRUE(processEnds(helper));
+    EXPECT_TRUE(sbtest::processEnds(helper));
 }
 
 TEST(ProcessRunner, CrashIsReportedWithItsSignal) {

@@ -54,19 +54,6 @@ std::string runLogOf(const run_project& project, int32_t id) {
     return std::to_string(id) + ":\"" + project.model() + "\" -s sb -n sb\nProcess Finished\n";
 }
 
-// Gone, or a zombie waiting for its new parent to reap it.
-bool processGone(pid_t pid) {
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string pidText, name, state;
-    if (!(stat >> pidText >> name >> state)) return true;
-    return state == "Z" || state == "X";
-}
-
-bool processEnds(pid_t pid) {
-    for (int i = 0; i < 200 && !processGone(pid); ++i) usleep(10000);
-    return processGone(pid);
-}
-
 std::vector<pid_t> helperPids(const std::string& runLog) {
     std::vector<pid_t> pids;
     static const std::regex kHelper("helper process ([0-9]+)");
@@ -235,7 +222,7 @@ TEST(RunSet, EndRunningEndsHangingModelsAndTheirHelpersAtOnce) {
         // The console of each ended model was still read: it names its helper.
         std::vector<pid_t> helpers = helperPids(run.runLog);
         EXPECT_EQ(static_cast<int>(helpers.size()), jobs) << run.runLog;
-        for (pid_t helper : helpers) EXPECT_TRUE(processEnds(helper)) << helper;
+        for (pid_t helper : helpers) EXPECT_TRUE(sbtest::processEnds(helper)) << helper;
         expectElapsedLine(run.runLog, jobs);
     }
 }

@@ -20,6 +20,17 @@ bool haveSamples() { return std::filesystem::is_directory(SB_SAMPLES_DIR); }
 std::string testDataDir() { return SB_TEST_DATA_DIR; }
 std::string binDir() { return SB_BIN_DIR; }
 
+bool processGone(int pid) {
+    std::string stat = readFile("/proc/" + std::to_string(pid) + "/stat");
+    size_t end = stat.rfind(')');  // the name in brackets may hold blanks
+    return end == std::string::npos || end + 2 >= stat.size() || stat[end + 2] == 'Z' || stat[end + 2] == 'X';
+}
+
+bool processEnds(int pid) {
+    for (int i = 0; i < 200 && !processGone(pid); ++i) usleep(10000);
+    return processGone(pid);
+}
+
 temp_dir::temp_dir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "sbtest-XXXXXX").string();
     char* made = mkdtemp(pattern.data());

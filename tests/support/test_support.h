@@ -56,6 +56,12 @@ const postgresql_server* postgresqlServer();
 bool killPostgresqlServer(std::string& why);
 bool restartPostgresqlServer(std::string& why);
 
+// The process has ended: gone, or a zombie waiting for its parent to reap it.
+bool processGone(int pid);
+// Waits up to two seconds for the process to end (a signal reaches the members
+// of a process group one after another).
+bool processEnds(int pid);
+
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& content);
 std::string testDataDir();
