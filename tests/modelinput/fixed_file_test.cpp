@@ -158,30 +158,6 @@ TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
     EXPECT_EQ(row().number("AGPPA"), 4.5);
 }
 
-TEST_F(FixedFileTest, ExportThenImportPerVersion) {
-    for (int version = 1; version <= 6; ++version) {
-        sbtest::writeFile(dir.file("fix.100"), text(version));
-        tellura_control_record back;
-        TelluraSoils soil = setup.soils.soils.front();
-        std::string messages;
-        ASSERT_TRUE(importFixedFile(back, dir.file("fix.100"), &soil, version, messages));
-        EXPECT_EQ(messages, "Imported fixed data from \"" + dir.file("fix.100") + "\"\n");
-        if (version != 4 && version != 5) {
-            // The plain P2CO2 line carries element 2 and is read into element 1.
-            EXPECT_FLOAT_EQ(back.row.number("P2CO2(1)"), row().number("P2CO2(2)"));
-            back.row.setNumber("P2CO2(2)", back.row.number("P2CO2(1)"));
-        }
-        std::string again = fixedFileText(back.row, version, &soil);
-        if (version == 5) {
-            // Release 5 writes DEC5(1..2) and P2CO2(1..2) but reads only the plain names.
-            EXPECT_NE(again, text(version));
-            EXPECT_FLOAT_EQ(back.row.number("DEC5(1)"), tellura_control_record().row.number("DEC5(1)"));
-        } else {
-            EXPECT_EQ(again, text(version)) << "version " << version;
-        }
-    }
-}
-
 TEST_F(FixedFileTest, ImportFileFormat) {
     sbtest::writeFile(dir.file("fix.100"),
                       "X     Fixed_values\r\n"
