@@ -4,6 +4,10 @@
 //    stand-in sleeping a fixed time per run (SB_STANDIN_MODE=slow=<s>), one
 //    record at a time and several at once. With a fixed model time the gain
 //    of running at once shows how little of a record's time is our own.
+//  - BM_SlurmRunSet: the same run set as one Slurm job array (the cluster
+//    SLURM_CONF names, e.g. one started by tests/support/slurm-test-cluster),
+//    followed and stored as tasks end. Against BM_RunSet with as many jobs as
+//    the cluster has cores, the difference per record is Slurm's overhead.
 //  - the workbench's own work per record, phase by phase: load and check,
 //    write the run directory, read the list file, store the outputs.
 //  - BM_RecordStatuses: telling the state of every record of a run project.
@@ -24,6 +28,7 @@
 #include "records/new_project.h"
 #include "records/tellura_control_record.h"
 #include "run/run_controller.h"
+#include "run/slurm_batch.h"
 
 namespace fs = std::filesystem;
 
@@ -164,6 +169,50 @@ void BM_RecordStatuses(benchmark::State& state) {
         benchmark::Counter(done, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_RecordStatuses)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// Args: model time in milliseconds, queue look interval in milliseconds.
+void BM_SlurmRunSet(benchmark::State& state) {
+    if (!std::getenv("SLURM_CONF")) {
+        state.SkipWithError("SLURM_CONF names no cluster (tests/support/slurm-test-cluster start INFO makes one)");
+        return;
+    }
+    const int records = recordCount();
+    bench_project project(records);
+    if (!project.ok()) {
+        state.SkipWithError(project.errors().c_str());
+        return;
+    }
+    setenv("SB_STANDIN_MODE", sb::strprintf("slow=%g", static_cast<double>(state.range(0)) / 1000.0).c_str(), 1);
+    sb::slurm_options slurm;
+    slurm.sharedFolder = (project.folder() / "shared").string();
+    slurm.taskProgram = std::string(SB_BIN_DIR) + "/soilbench";
+    slurm.pollMs = static_cast<int>(state.range(1));
+    long failed = 0;
+    std::string lastErrors;
+    for (auto _ : state) {
+        sb::run_controller controller(project.db(), project.settings());
+        sb::slurm_batch batch(project.db(), controller, slurm);
+        quiet_observer observer;
+        std::string runLog;
+        lastErrors.clear();
+        failed += batch.run({}, observer, runLog, lastErrors).failed;
+    }
+    unsetenv("SB_STANDIN_MODE");
+    if (failed) state.SkipWithError(("some records failed: " + lastErrors.substr(0, 400)).c_str());
+    const double runs = static_cast<double>(records) * static_cast<double>(state.iterations());
+    state.counters["records"] = records;
+    state.counters["records_per_s"] = benchmark::Counter(runs, benchmark::Counter::kIsRate);
+    state.counters["s_per_record"] =
+        benchmark::Counter(runs, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_SlurmRunSet)
+    ->ArgNames({"model_ms", "poll_ms"})
+    ->Args({200, 1000})
+    ->Args({0, 1000})
+    ->Args({0, 200})
+    ->Iterations(1)
+    ->UseRealTime()
+    ->Unit(benchmark::kSecond);
 
 // One record's phases outside the model, on the demo record.
 class phases : public benchmark::Fixture {

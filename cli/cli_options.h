@@ -78,12 +78,22 @@ struct run_options {
     bool binary = false;
     bool visible = false;
     std::string only;  // "failed,stale": run just the records in these states
+    // Through a Slurm job array instead of this machine's cores.
+    bool slurm = false;
+    std::string partition, timeLimit, sharedDir;
+    int maxParallel = 0;
 };
 struct status_options {
     std::string project;
     record_selection selection;
     int version = 0;              // 0 = the configured version
     std::string format = "text";  // text | tsv
+};
+struct collect_options {
+    std::string project;
+};
+struct run_task_options {
+    std::string folder;
 };
 struct export_options {
     std::string project, table, csv;
@@ -126,6 +136,8 @@ int cmdDelete(const delete_options&);
 int cmdPrepare(const prepare_options&);
 int cmdRun(const run_options&);
 int cmdStatus(const status_options&);
+int cmdCollect(const collect_options&);
+int cmdRunTask(const run_task_options&);
 int cmdExport(const export_options&);
 int cmdPlot(const plot_options&);
 int cmdReadBin(const read_bin_options&);

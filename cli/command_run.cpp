@@ -13,9 +13,12 @@
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/tellura_output.h"
+#include "app/program_location.h"
 #include "progress_reporter.h"
+#include "run/run_task.h"
 #include "records/tellura_control_record.h"
 #include "run/run_controller.h"
+#include "run/slurm_batch.h"
 
 namespace sbcli {
 namespace {
@@ -41,7 +44,40 @@ bool parseBlockList(const std::string& text, std::vector<int>& blocks) {
     return flush() && !blocks.empty();
 }
 
+sb::slurm_options slurmOptions(const run_options& opt, const sb::app_soilbench& settings) {
+    sb::slurm_options slurm;
+    slurm.sharedFolder = sb::localPath(opt.sharedDir.empty() ? settings.slurmFolder : opt.sharedDir);
+    slurm.partition = opt.partition;
+    slurm.timeLimit = opt.timeLimit;
+    slurm.maxParallel = opt.maxParallel;
+    slurm.taskProgram = sb::programDirectory() + "/soilbench";
+    return slurm;
+}
+
 }  // namespace
+
+int cmdCollect(const collect_options& opt) {
+    auto db = openProject(opt.project);
+    if (!db) return kExitFailed;
+    std::string runLog, errors;
+    sb::collect_result result;
+    {
+        progress_reporter progress;
+        result = sb::collectSlurmTasks(*db, loadUserSettings(), progress, runLog, errors);
+    }
+    std::cout << runLog;
+    report(errors);
+    std::cout << sb::strprintf("%ld records collected: %ld good, %ld failed; %ld still running.\n",
+                               result.good + result.failed, result.good, result.failed, result.stillRunning);
+    return result.failed == 0 && result.stillRunning == 0 && !result.unreadable ? kExitOk : kExitFailed;
+}
+
+int cmdRunTask(const run_task_options& opt) {
+    std::string errors;
+    const int status = sb::runTask(opt.folder, errors);
+    report(errors);
+    return status;
+}
 
 int cmdPrepare(const prepare_options& opt) {
     if (opt.dir.empty()) {
@@ -122,7 +158,12 @@ int cmdRun(const run_options& opt) {
     sb::run_set_result result;
     {
         progress_reporter progress;
-        result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+        if (opt.slurm) {
+            sb::slurm_batch batch(*db, controller, slurmOptions(opt, settings));
+            result = batch.run(runSet, progress, runLog, errors);
+        } else {
+            result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+        }
     }
     std::cout << runLog;
     report(errors);

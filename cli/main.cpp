@@ -253,6 +253,16 @@ void addRun(CLI::App& app, command_action& action) {
     cmd->add_flag("--visible", opt->visible, "let the model print to this terminal instead of capturing it");
     cmd->add_option("--only", opt->only,
                     "run just the records in these states, comma-separated: never, failed, stale, good");
+    auto* slurm = cmd->add_flag("--slurm", opt->slurm, "run the records as one Slurm job array");
+    cmd->add_option("--partition", opt->partition, "the Slurm partition (with --slurm)")->needs(slurm);
+    cmd->add_option("--time", opt->timeLimit, "each task's Slurm time limit, like 30 or 2:00:00 (with --slurm)")
+        ->needs(slurm);
+    cmd->add_option("--max-parallel", opt->maxParallel, "tasks of the array at once (with --slurm)")
+        ->check(CLI::Range(1, 1000000))
+        ->needs(slurm);
+    cmd->add_option("--shared-dir", opt->sharedDir,
+                    "a folder every node sees, for the run folders (with --slurm; default: Files/SlurmFolder)")
+        ->needs(slurm);
 }
 
 void addStatus(CLI::App& app, command_action& action) {
@@ -264,6 +274,20 @@ void addStatus(CLI::App& app, command_action& action) {
     cmd->add_option("--version", opt->version, "model version code 1-6 the runs would use")->check(CLI::Range(1, 6));
     cmd->add_option("--format", opt->format, "text (a table and the counts) or tsv (one line per record)")
         ->check(CLI::IsMember({"text", "tsv"}));
+}
+
+void addCollect(CLI::App& app, command_action& action) {
+    auto* cmd = app.add_subcommand("collect",
+                                   "store the records of Slurm jobs that ended while no \"run --slurm\" followed them");
+    auto opt = runs(cmd, action, cmdCollect);
+    cmd->add_option("PROJECT", opt->project)->required();
+}
+
+void addRunTask(CLI::App& app, command_action& action) {
+    auto* cmd = app.add_subcommand(
+        "run-task", "run the programs of one prepared run folder and write its result (a Slurm task's work)");
+    auto opt = runs(cmd, action, cmdRunTask);
+    cmd->add_option("FOLDER", opt->folder)->required();
 }
 
 void addPlot(CLI::App& app, command_action& action) {
@@ -306,8 +330,8 @@ void addDemo(CLI::App& app, command_action& action) {
 
 // The commands, in the order the help lists them.
 constexpr void (*kCommands[])(CLI::App&, command_action&) = {
-    addNew,     addCopyProject, addImport, addExport, addList,    addShow,   addCopy, addDelete,
-    addPrepare, addRun,         addStatus, addPlot,   addReadBin, addConfig, addDemo,
+    addNew, addCopyProject, addImport,  addExport,  addList, addShow,    addCopy,   addDelete, addPrepare,
+    addRun, addStatus,      addCollect, addRunTask, addPlot, addReadBin, addConfig, addDemo,
 };
 
 }  // namespace

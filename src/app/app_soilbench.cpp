@@ -113,6 +113,7 @@ private:
         add(kFiles, "WineCommand", &app_.wineCommand);
         add(kFiles, "WinePrefix", &app_.winePrefix);
         add(kFiles, "RunsFolder", &app_.runsFolder);
+        add(kFiles, "SlurmFolder", &app_.slurmFolder);
     }
     void addDailyKeys() {
         for (int number = 1; number <= kOutfileCount; ++number)

@@ -8,7 +8,7 @@
 // section "Files":
 //   one key per version named after it ("Tellura 4 Agricultural", ...), the same
 //   followed by " LIST100", TelluraHelp, OutputPath, OutputPrefix, BinaryLayouts,
-//   WineCommand, WinePrefix, RunsFolder
+//   WineCommand, WinePrefix, RunsFolder, SlurmFolder
 // section "Recent File List": File1..File4.
 // Booleans are stored as 0 or 1; any nonzero integer reads as true.
 //
@@ -73,6 +73,8 @@ public:
     // outputs are stored, unless keepRunFolders is set; other runs' folders stay.
     std::string runsFolder;
     bool keepRunFolders = false;
+    // Ours: where runs through Slurm write their run folders; every node must see it.
+    std::string slurmFolder;
     // Most recently used project files, newest first, at most 4.
     std::vector<std::string> recentFiles;
 

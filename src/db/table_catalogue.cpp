@@ -327,6 +327,15 @@ const catalogue_entry kCatalogue[] = {
      "TEXT(255): Host; INTEGER: Process ID",
      row_owner::record_local,
      "ID"},
+    // Ours: records handed to a Slurm job array and not yet brought back, one
+    // row each (the job, its array task, the record's run folder), so that a
+    // later collect finds them when the submitting process is gone.
+    {"Slurm Submissions",
+     "Primary",
+     {"ID", "Job"},
+     "INTEGER: ID, Job, Task; TEXT(1000): Folder; TEXT(24): Submitted; TEXT(255): Host",
+     row_owner::record_local,
+     "ID"},
 };
 
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == kTableCount);

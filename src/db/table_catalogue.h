@@ -33,6 +33,7 @@ enum class table_id : int {
     tree_removal,
     record_changes,
     run_history,
+    slurm_submissions,
     count
 };
 

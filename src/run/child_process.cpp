@@ -363,6 +363,7 @@ bool child_process::start(const std::vector<std::string>& arguments, const std::
     programPid_ = started.value;
     running_ = true;
     endingSignal_ = 0;
+    exitCode_ = -1;
     return true;
 }
 
@@ -379,6 +380,7 @@ child_process::watchdog_end child_process::collectWatchdog(bool block) {
     if (!reported) return watchdog_end::lost;
     if (ended.code != kProgramEnded) return watchdog_end::endedOnRequest;
     if (WIFSIGNALED(ended.value)) endingSignal_ = WTERMSIG(ended.value);
+    exitCode_ = WIFEXITED(ended.value) ? WEXITSTATUS(ended.value) : -1;
     return watchdog_end::programEnded;
 }
 

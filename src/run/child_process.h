@@ -37,6 +37,8 @@ public:
     wait_result wait(uint32_t timeoutMs, const std::function<bool()>& cancelRequested);
     // The signal that ended the program, 0 when it exited (or was ended by us).
     int endingSignal() const { return endingSignal_; }
+    // The program's exit status when it exited by itself; -1 otherwise.
+    int exitCode() const { return exitCode_; }
     // The program's process ID (its process group's too); -1 before a start.
     pid_t pid() const { return programPid_; }
 
@@ -52,6 +54,7 @@ private:
     int report_ = -1;    // the watchdog's report: start result, then how the program ended
     bool running_ = false;
     int endingSignal_ = 0;
+    int exitCode_ = -1;
 };
 
 }  // namespace sb

@@ -157,44 +157,69 @@ bool record_runner::writeInputs(const tellura_control_record& record, const std:
     return prepared;
 }
 
-run_state record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow,
-                             std::string* inputsDigest) const {
+bool record_runner::prepare(const tellura_control_record& record, const std::string& runFolder, std::string& errors,
+                            std::string* inputsDigest) const {
     const int version = settings_.version;
-    const std::string modelExe = localPath(settings_.modelExecutable(version));
-    const std::string listExe = localPath(settings_.list100Executable(version));
+    const std::string folder = withSlash(runFolder);
+    std::string digest;
+    // The model must not run on inputs that are not all there.
+    if (!writeInputs(record, folder, digest, errors)) return false;
+    if (inputsDigest) *inputsDigest = digest;
+    bringDataFiles(directoryOf(localPath(settings_.modelExecutable(version))), folder, errors);
+    if (settings_.readBinaryOutput) return true;
+    output_variable_set variables;
+    variables.setCurrentVersion(version);
+    return variables.writeRequestFile(folder, record, errors);
+}
+
+run_state record_runner::runPrograms(const app_soilbench& settings, const std::string& runFolder, std::string& runLog,
+                                     std::string& errors, const std::function<bool()>& cancelNow, bool* modelGood) {
+    const int version = settings.version;
+    const std::string folder = withSlash(runFolder);
+    if (modelGood) *modelGood = false;
+    process_runner processes(settings.runTimeout);
+    if (cancelNow) processes.setCancelCheck(cancelNow);
+    processes.setWine({settings.wineCommand, settings.winePrefix});
+    model_process_runner model(processes);
+    model.setWorkingDirectory(folder);
+    if (!model.runModel(version, localPath(settings.modelExecutable(version)), settings.runVisible, runLog, errors))
+        return failedEnd(processes);
+    if (modelGood) *modelGood = true;
+    if (settings.readBinaryOutput) return run_state::good;
+    // Release 6 has no list utility: asking for it reports the process-start failure.
+    if (!model.runList100(version, localPath(settings.list100Executable(version)), settings.runVisible, runLog, errors))
+        return failedEnd(processes);
+    return run_state::good;
+}
+
+bool record_runner::collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
+                            bool programsGood, std::string& errors) const {
     const std::string folder = withSlash(runFolder);
     outputs.clear();
     record.runDone = false;
-
-    std::string digest;
-    // The model must not run on inputs that are not all there.
-    if (!writeInputs(record, folder, digest, errors)) return run_state::failed;
-    if (inputsDigest) *inputsDigest = digest;
-    bringDataFiles(directoryOf(modelExe), folder, errors);
-
-    process_runner processes(settings_.runTimeout);
-    if (cancelNow) processes.setCancelCheck(cancelNow);
-    processes.setWine({settings_.wineCommand, settings_.winePrefix});
-    model_process_runner model(processes);
-    model.setWorkingDirectory(folder);
-    if (!model.runModel(version, modelExe, settings_.runVisible, runLog, errors)) return failedEnd(processes);
-
-    bool ok = true;
-    if (!settings_.readBinaryOutput) {
-        // Release 6 has no list utility: asking for it reports the process-start failure.
-        output_variable_set variables;
-        variables.setCurrentVersion(version);
-        if (!variables.writeRequestFile(folder, record, errors)) ok = false;
-        else if (!model.runList100(version, listExe, settings_.runVisible, runLog, errors)) ok = false;
-        else if (version != kTellura4Agricultural && !listFileIsNew(folder, errors)) ok = false;
-    }
+    bool ok = programsGood;
+    if (ok && !settings_.readBinaryOutput && settings_.version != kTellura4Agricultural &&
+        !listFileIsNew(folder, errors))
+        ok = false;
     if (!readOutputs(record, outputs, folder, errors)) ok = false;
     // Daily files replace the kept ones of an earlier run only for a good run.
     if (ok && !keepDailyFiles(record, folder, errors)) ok = false;
-    if (!ok) return failedEnd(processes);
-    record.runDone = true;
-    return run_state::good;
+    record.runDone = ok;
+    return ok;
+}
+
+run_state record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
+                             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow,
+                             std::string* inputsDigest) const {
+    outputs.clear();
+    record.runDone = false;
+    if (!prepare(record, runFolder, errors, inputsDigest)) return run_state::failed;
+    bool modelGood = false;
+    const run_state programs = runPrograms(settings_, runFolder, runLog, errors, cancelNow, &modelGood);
+    if (!modelGood) return programs;
+    const bool programsGood = programs == run_state::good;
+    if (collect(record, outputs, runFolder, programsGood, errors)) return run_state::good;
+    return programsGood ? run_state::failed : programs;
 }
 
 bool record_runner::readOutputs(const tellura_control_record& record, tellura_outputs& outputs,

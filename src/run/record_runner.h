@@ -32,12 +32,29 @@ public:
     // `settings` is the run's own copy: version, executables, time limit, flags.
     record_runner(const app_soilbench& settings, const run_inputs& inputs);
 
-    // Writes the record's inputs into `runFolder` (its own, empty), brings the
-    // model's data files along, runs the model (and the list utility) there with
-    // the executables where they are installed, and reads the outputs back. The
-    // model is ended early when `cancelNow` returns true. Good only when every
-    // step succeeded; outputs read before a failure stay in `outputs`.
-    // `inputsDigest` receives the SHA-256 of the input files written.
+    // A run in three steps, so that the programs may run elsewhere (a cluster
+    // node) between writing the folder and reading it back:
+    //
+    // 1. Writes the record's inputs into `runFolder` (its own, empty), brings the
+    //    model's data files along and writes the list utility's request file.
+    //    False when the model must not run. `inputsDigest` receives the SHA-256
+    //    of the input files written.
+    bool prepare(const tellura_control_record& record, const std::string& runFolder, std::string& errors,
+                 std::string* inputsDigest = nullptr) const;
+    // 2. Runs the model (and the list utility) in the prepared folder with the
+    //    executables where they are installed; needs nothing of the project. The
+    //    model is ended early when `cancelNow` returns true. `modelGood` tells
+    //    whether the model itself ended well (the list utility may still fail).
+    static run_state runPrograms(const app_soilbench& settings, const std::string& runFolder, std::string& runLog,
+                                 std::string& errors, const std::function<bool()>& cancelNow = {},
+                                 bool* modelGood = nullptr);
+    // 3. Reads the outputs the programs left in `runFolder` into `outputs` and
+    //    keeps the daily files; `programsGood` is step 2's verdict. Good only
+    //    when that and every read succeeded; outputs read before a failure stay.
+    bool collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
+                 bool programsGood, std::string& errors) const;
+
+    // All three steps here, one after the other.
     run_state run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
                   std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
                   std::string* inputsDigest = nullptr) const;

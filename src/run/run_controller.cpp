@@ -24,6 +24,7 @@
 #include "run/record_runner.h"
 #include "run/run_folder.h"
 #include "run/run_history.h"
+#include "run/run_task.h"
 
 namespace sb {
 namespace {
@@ -155,6 +156,7 @@ struct run_controller::record_run {
     run_state state = run_state::failed;
     std::string started, ended;
     std::string inputsDigest;
+    std::string host = hostName();  // where the programs ran
     std::string runLog, errors;
 };
 
@@ -253,7 +255,7 @@ run_history_entry run_controller::historyEntry(int32_t id, const record_run& run
     entry.releaseProfile = releaseProfile();
     entry.inputsSha256 = run.inputsDigest;
     entry.soilbenchVersion = programVersion();
-    entry.host = hostName();
+    entry.host = run.host;
     entry.processId = static_cast<int32_t>(getpid());
     return entry;
 }
@@ -276,7 +278,7 @@ void run_controller::noteRefusedRun(int32_t id, const std::string& messages) {
 }
 
 bool run_controller::finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
-                               std::string& errors) {
+                               std::string& errors, const std::function<bool(std::string&)>& alsoInStore) {
     const long id = static_cast<long>(record.id());
     const run_history_entry startedEntry = historyEntry(record.id(), run);
     run_history_entry entry = startedEntry;
@@ -288,7 +290,8 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         {
             store_session s(db_, storeErrors);
             stored = s.ok() && s.commitIf(storeOutputs(db_, record.id(), outputs, storeErrors) &&
-                                          replaceRunHistory(db_, startedEntry, entry, storeErrors));
+                                          replaceRunHistory(db_, startedEntry, entry, storeErrors) &&
+                                          (!alsoInStore || alsoInStore(storeErrors)));
         }
         errors += storeErrors;
         if (stored) {
@@ -305,6 +308,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         entry.message = storeErrors;
         std::string ignored;  // the store that just failed most likely refuses this too
         replaceRunHistory(db_, startedEntry, entry, ignored);
+        if (alsoInStore) alsoInStore(ignored);
         return false;
     }
     run.folder.keep();
@@ -315,7 +319,72 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
                 "ERROR, the run of record %ld %s: its earlier outputs are kept, and what it wrote is in \"%s\".\n", id,
                 endPhrase(run.state), run.folder.path().c_str());
     replaceRunHistory(db_, startedEntry, entry, errors);
+    if (alsoInStore) alsoInStore(errors);
     return false;
+}
+
+bool run_controller::readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, std::string& errors) {
+    std::vector<std::pair<long, int32_t>> rows;
+    if (!readRunSet(db_, options.filter, rows, errors)) return false;
+    if (!rows.empty() && !options.only.empty() && !keepRowsInStates(options, rows, errors)) return false;
+    for (const auto& row : rows) ids.push_back(row.second);
+    return true;
+}
+
+bool run_controller::prepareDetached(const tellura_control_record& record, const std::string& root, task_order& order,
+                                     std::string& folder, std::string& errors) {
+    prepareRuns(errors);
+    run_folder made;
+    if (!made.create(root, projectName_, record.id(), errors)) return false;
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    const int version = settings_.version;
+    order.id = record.id();
+    order.version = version;
+    order.model = localPath(settings_.modelExecutable(version));
+    order.listUtility = localPath(settings_.list100Executable(version));
+    order.runTimeoutMs = settings_.runTimeout;
+    order.readBinaryOutput = settings_.readBinaryOutput;
+    order.wineCommand = settings_.wineCommand;
+    order.winePrefix = settings_.winePrefix;
+    order.saveDailyFirstYear = settings_.saveDailyFirstYear;
+    order.saveDailyLastYear = settings_.saveDailyLastYear;
+    if (!runner.prepare(record, made.path(), errors, &order.inputsDigest) ||
+        !writeTaskOrder(made.path(), order, errors))
+        return false;  // the folder, still ours, goes with `made`
+    made.keep();
+    folder = made.path();
+    return true;
+}
+
+bool run_controller::collectDetached(tellura_control_record& record, const std::string& folder, const task_order& order,
+                                     const std::string& failure, run_state endWithoutResult,
+                                     const std::function<bool(std::string&)>& alsoInStore, std::string& runLog,
+                                     std::string& errors) {
+    prepareRuns(errors);
+    record_run run;
+    run.folder.adopt(folder);
+    run.inputsDigest = order.inputsDigest;
+    task_result result;
+    tellura_outputs outputs;
+    if (!folder.empty() && readTaskResult(folder, result, run.errors)) {
+        run.state = result.state;
+        run.started = result.started;
+        run.ended = result.ended;
+        run.host = result.host;
+        run.runLog = result.runLog;
+        run.errors += result.messages;
+        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+        const bool programsGood = run.state == run_state::good;
+        if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.errors))
+            run.state = run_state::failed;
+    } else {
+        run.state = endWithoutResult;
+        run.started = run.ended = historyTimeNow();
+        run.errors += failure;
+    }
+    runLog += run.runLog;
+    errors += run.errors;
+    return finishRun(record, outputs, run, errors, alsoInStore);
 }
 
 bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs,

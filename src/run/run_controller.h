@@ -27,10 +27,12 @@
 #include "run/record_status.h"
 #include "run/run_choices.h"
 #include "run/run_observer.h"
+#include "run/run_state.h"
 
 namespace sb {
 
 class database;
+struct task_order;
 
 // Checks a record before it may run; every failing check appends its message.
 bool precheck(const tellura_control_record& record, int version, const tellura_soil_list& soils,
@@ -97,6 +99,24 @@ public:
     bool recordStatuses(const std::string& filter, const std::vector<int>& blockOrder,
                         std::vector<record_status>& statuses, std::string& errors);
 
+    // --- Runs whose programs run elsewhere (the nodes of a cluster) ---
+    // The run set's records (chosen by its filter and states), in table order.
+    bool readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, std::string& errors);
+    // Writes the loaded and checked record's run folder under `root` with the
+    // task order a node runs it by (see run_task.h); the folder is then the
+    // task's and stays. False with the messages when it cannot be written.
+    bool prepareDetached(const tellura_control_record& record, const std::string& root, task_order& order,
+                         std::string& folder, std::string& errors);
+    // Reads back what the task left in `folder`, checked and stored exactly as
+    // a local run's outputs (the same reading, rules and store), or notes the
+    // run as failed with `failure` when there is no result to read (a missing
+    // folder: the task never ran). `alsoInStore` runs inside the good run's
+    // commit; after a failure it runs alone. True when the record is good.
+    bool collectDetached(tellura_control_record& record, const std::string& folder, const task_order& order,
+                         const std::string& failure, run_state endWithoutResult,
+                         const std::function<bool(std::string&)>& alsoInStore, std::string& runLog,
+                         std::string& errors);
+
     // The settings a run uses (version, executables, time limit, flags).
     const app_soilbench& settings() const { return settings_; }
     app_soilbench& settings() { return settings_; }
@@ -120,8 +140,8 @@ private:
                    const std::function<bool()>& cancelNow) const;
     // Stores a good run's outputs with its history row, or keeps a failed run's
     // folder and notes it in the history; true when the record is good.
-    bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
-                   std::string& errors);
+    bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run, std::string& errors,
+                   const std::function<bool(std::string&)>& alsoInStore = {});
     const std::string& modelDigest();
     std::string releaseProfile() const;
     // The record's history row as the run stands (started, or ended).

@@ -121,6 +121,12 @@ bool run_folder::create(const std::string& root, const std::string& project, int
     return false;
 }
 
+void run_folder::adopt(const std::string& path) {
+    path_ = path;
+    if (!path_.empty() && path_.back() != '/') path_ += '/';
+    owned_ = false;
+}
+
 void run_folder::keep() {
     if (!owned_) return;
     owned_ = false;

@@ -26,6 +26,9 @@ public:
     // Makes the record's folder under `root` (made too when missing) and marks it
     // as ours. `project` is the project file's name, reduced to safe characters.
     bool create(const std::string& root, const std::string& project, int32_t id, std::string& errors);
+    // Takes up a folder made earlier and kept (one a cluster task ran in): not
+    // owned, but remove() removes it.
+    void adopt(const std::string& path);
     // The folder with its trailing '/'; "" before create().
     const std::string& path() const { return path_; }
 

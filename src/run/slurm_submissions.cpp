@@ -1,0 +1,97 @@
+#include "run/slurm_submissions.h"
+
+#include <algorithm>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "db/database_maker.h"
+#include "records/store_session.h"
+
+namespace sb {
+namespace {
+
+constexpr table_id kTable = table_id::slurm_submissions;
+
+void appendCannotOpen(const db_status& status, std::string& errors) {
+    errors += "ERROR, unable to open the Slurm submissions of the project.\n";
+    appendStatusText(status, errors);
+}
+
+}  // namespace
+
+bool ensureSlurmSubmissionsTable(database& db, std::string& errors) {
+    db_status status;
+    if (db.openTable(kTable, "ID = -1", "", status)) return true;
+    if (status.code != kStatusNoTable) {
+        appendCannotOpen(status, errors);
+        return false;
+    }
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    database_maker maker(db);
+    const bool made = maker.createTable(tableDef(kTable), errors) && maker.createIndexes(tableDef(kTable), errors);
+    return s.commitIf(made);
+}
+
+bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors) {
+    store_session s(db, errors);
+    if (!s.ok()) return false;
+    db_status status;
+    auto rows = db.openTable(kTable, "ID = -1", "", status);
+    for (size_t i = 0; rows && status.ok() && i < entries.size(); ++i) {
+        const slurm_task_entry& entry = entries[i];
+        table_record row(kTable);
+        row.setNumber("ID", entry.id);
+        row.setNumber("Job", static_cast<double>(entry.job));
+        row.setNumber("Task", entry.task);
+        row.setText(row.column("Folder"), entry.folder);
+        row.setText(row.column("Submitted"), entry.submitted);
+        row.setText(row.column("Host"), entry.host);
+        status = rows->insert(row);
+    }
+    if (!rows || status.failed()) {
+        appendCannotOpen(status, errors);
+        return false;
+    }
+    rows.reset();
+    return s.commit();
+}
+
+bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::string& errors) {
+    db_status status;
+    auto rows = db.openTable(kTable, "", "", status);
+    if (!rows) {
+        if (status.code == kStatusNoTable) return true;  // nothing was ever submitted
+        appendCannotOpen(status, errors);
+        return false;
+    }
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
+        const table_record& row = rows->row();
+        slurm_task_entry entry;
+        entry.id = row.integer(row.column("ID"));
+        entry.job = static_cast<long>(row.number("Job"));
+        entry.task = row.integer(row.column("Task"));
+        entry.folder = row.text("Folder");
+        entry.submitted = row.text("Submitted");
+        entry.host = row.text("Host");
+        entries.push_back(std::move(entry));
+    }
+    if (!readToTheEnd(s, tableName(kTable), errors)) return false;
+    std::sort(entries.begin(), entries.end(), [](const slurm_task_entry& a, const slurm_task_entry& b) {
+        return a.job != b.job ? a.job < b.job : a.task < b.task;
+    });
+    return true;
+}
+
+bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors) {
+    db_status status = db.execute(
+        strprintf("DELETE FROM `%s` WHERE [Job] = %ld AND ID = %ld", tableName(kTable), job, static_cast<long>(id)));
+    if (status.ok()) return true;
+    appendf(errors, "ERROR, unable to remove record %ld of Slurm job %ld from the project's submissions.\n",
+            static_cast<long>(id), job);
+    appendStatusText(status, errors);
+    return false;
+}
+
+}  // namespace sb

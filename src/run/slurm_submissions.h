@@ -1,0 +1,31 @@
+#pragma once
+// The project's note of records handed to Slurm and not yet brought back: one
+// row per record (its job, array task and run folder). A row is added when the
+// job array is submitted and goes when its record's run is stored or marked
+// failed, so "soilbench collect" knows what is still out.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sb {
+
+class database;
+
+struct slurm_task_entry {
+    int32_t id = 0;  // the control record
+    long job = 0;    // the Slurm job array
+    int task = 0;    // the record's array task
+    std::string folder;
+    std::string submitted, host;
+};
+
+// Projects made before Slurm runs get the table here.
+bool ensureSlurmSubmissionsTable(database& db, std::string& errors);
+// Adds every entry in one commit, or none.
+bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors);
+// Every entry, by job and task.
+bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::string& errors);
+// Removes the record's entry of that job, within the caller's session when there is one.
+bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors);
+
+}  // namespace sb

@@ -1,0 +1,318 @@
+// Runs through a real single-node Slurm cluster (tests/support/slurm-test-cluster,
+// started once per test run), with the stand-in model: the same records stored
+// as a local run stores them, a submitting program killed half-way, and the
+// failures a user must be told about.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <iterator>
+#include <sched.h>
+#include <spawn.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "app/text_file.h"
+#include "app/text_format.h"
+#include "cli_fixture.h"
+#include "db/database.h"
+#include "records/tellura_control_record.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr int kRecords = 4;
+const char* const kIds = "101-104";
+
+// "key=value" of the cluster's info file, "" when absent.
+std::string infoValue(const std::string& info, const std::string& key) {
+    for (const std::string& line : sb::splitLines(info))
+        if (line.rfind(key + "=", 0) == 0) return line.substr(key.size() + 1);
+    return "";
+}
+
+// Every row of an output table, one text per row, sorted.
+std::vector<std::string> storedRows(const std::string& path, sb::table_id table) {
+    std::string errors;
+    auto db = sb::database::open(path, errors);
+    EXPECT_TRUE(db) << errors;
+    std::vector<std::string> rows;
+    sb::db_status status;
+    auto set = db ? db->openTable(table, "", "", status) : nullptr;
+    for (sb::db_status s = set ? set->moveFirst() : status; set && s.ok(); s = set->moveNext()) {
+        std::string text = sb::tableName(table);
+        for (int c = 0; c < set->row().columnCount(); ++c) text += sb::strprintf("|%.9g", set->row().number(c));
+        rows.push_back(text);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+std::vector<std::string> storedOutputs(const std::string& path) {
+    std::vector<std::string> all;
+    for (sb::table_id table : {sb::table_id::output, sb::table_id::output_annual, sb::table_id::output_monthly,
+                               sb::table_id::output_daily, sb::table_id::output_soil_layers}) {
+        std::vector<std::string> rows = storedRows(path, table);
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+    return all;
+}
+
+// The states of the record's runs, oldest first.
+std::vector<std::string> runStates(const std::string& path, int id) {
+    std::string errors;
+    auto db = sb::database::open(path, errors);
+    std::vector<std::pair<std::string, std::string>> runs;
+    sb::db_status status;
+    auto set = db ? db->openTable(sb::table_id::run_history, sb::strprintf("ID = %d", id), "", status) : nullptr;
+    for (sb::db_status s = set ? set->moveFirst() : status; set && s.ok(); s = set->moveNext())
+        runs.emplace_back(set->row().text("Started"), set->row().text("State"));
+    std::sort(runs.begin(), runs.end());
+    std::vector<std::string> states;
+    for (const auto& run : runs) states.push_back(run.second);
+    return states;
+}
+
+long countRows(const std::string& path, sb::table_id table) {
+    std::string errors;
+    auto db = sb::database::open(path, errors);
+    long long count = 0;
+    if (!db || !db->countRows(table, count).ok()) return -1;
+    return static_cast<long>(count);
+}
+
+// Runs a Slurm command of the test's own (scancel, squeue) and returns its standard output.
+std::string slurmCommand(const std::vector<std::string>& args, const std::string& outFile) {
+    std::vector<char*> argv;
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t pid = -1;
+    int status = -1;
+    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) waitpid(pid, &status, 0);
+    posix_spawn_file_actions_destroy(&actions);
+    return sbtest::readFile(outFile);
+}
+
+template <class Check>
+bool within(double seconds, Check check) {
+    for (double waited = 0; waited < seconds && !check(); waited += 0.1) usleep(100000);
+    return check();
+}
+
+class SlurmRuns : public CliTest {
+public:
+    void SetUp() override {
+        CliTest::SetUp();
+        const char* infoPath = std::getenv("SB_TEST_SLURM");
+        if (!infoPath) GTEST_SKIP() << "no Slurm test cluster (run through ctest, which starts one)";
+        const std::string info = sbtest::readFile(infoPath);
+        if (!infoValue(info, "unavailable").empty())
+            GTEST_SKIP() << "Slurm test cluster unavailable: " << infoValue(info, "unavailable");
+        const std::string conf = infoValue(info, "conf");
+        if (conf.empty()) GTEST_SKIP() << "Slurm test cluster wrote no configuration to " << infoPath;
+        setenv("SLURM_CONF", conf.c_str(), 1);  // for the programs started here and their tasks
+        env["SLURM_CONF"] = conf;
+        shared = dir.file("shared");
+        makeRunnableProject();
+        makeRecords();
+    }
+
+    // Records 101..104: the demo record, each with its own length, so that outputs under another ID show.
+    void makeRecords() {
+        std::string errors;
+        auto db = sb::database::open(project, errors);
+        ASSERT_TRUE(db) << errors;
+        sb::tellura_control_record base;
+        ASSERT_TRUE(sb::readControlRecord(*db, 2, base, errors)) << errors;
+        for (int n = 0; n < kRecords; ++n) {
+            sb::tellura_control_record record = base;
+            record.setId(101 + n);
+            for (auto& block : record.blocks) block.lastYear = static_cast<int16_t>(block.lastYear - n);
+            ASSERT_TRUE(sb::writeControlRecord(record, *db, errors)) << errors;
+        }
+    }
+
+    std::vector<std::string> slurmArgs(const std::string& path, const std::string& ids = kIds) const {
+        return {"run", path, "--ids", ids, "--slurm", "--shared-dir", shared};
+    }
+
+    // What a local run of the records stores.
+    std::vector<std::string> localOutputs() {
+        const std::string local = dir.file("local.sbproj");
+        fs::copy_file(project, local, fs::copy_options::overwrite_existing);
+        auto ran = run({"run", local, "--ids", kIds, "--jobs", "2"});
+        EXPECT_EQ(ran.exitCode, 0) << ran.err;
+        return storedOutputs(local);
+    }
+
+    std::string shared;
+};
+
+TEST_F(SlurmRuns, StoreWhatALocalRunStores) {
+    const std::vector<std::string> expected = localOutputs();
+    ASSERT_GT(expected.size(), 100u);
+    auto ran = run(slurmArgs(project));
+    ASSERT_EQ(ran.exitCode, 0) << ran.err;
+    EXPECT_NE(ran.out.find("4 records run: 4 good, 0 failed."), std::string::npos) << ran.out;
+    EXPECT_EQ(storedOutputs(project), expected);
+    for (int id = 101; id < 101 + kRecords; ++id) EXPECT_EQ(runStates(project, id), std::vector<std::string>{"good"});
+    // Nothing is left out, and the shared folder is clean.
+    EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
+    EXPECT_TRUE(fs::is_empty(shared));
+}
+
+// The submitting program is killed while the array runs and the rest of the
+// array is cancelled: collect stores every record whose task ended, marks the
+// cancelled ones, and a run of those alone completes the project.
+TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
+    const std::vector<std::string> expected = localOutputs();
+    sbtest::temp_dir output;
+    std::vector<std::string> args = slurmArgs(project);
+    args.insert(args.end(), {"--max-parallel", "1"});
+    pid_t submitter = sbtest::startSoilbench(args, env, output.file("out"), output.file("err"));
+    ASSERT_GT(submitter, 0);
+    auto resultCount = [&] {
+        long results = 0;
+        std::error_code ec;
+        for (const auto& entry : fs::recursive_directory_iterator(shared, ec))
+            results += entry.path().filename() == "soilbench-result.txt" ? 1 : 0;
+        return results;
+    };
+    const bool oneEnded = within(60, [&] { return resultCount() >= 1; });
+    kill(submitter, SIGKILL);
+    sbtest::finishSoilbench(submitter);
+    ASSERT_TRUE(oneEnded) << sbtest::readFile(output.file("err"));
+    ASSERT_EQ(countRows(project, sb::table_id::slurm_submissions), kRecords);
+    slurmCommand({"scancel", "--name=soilbench"}, output.file("scancel"));
+    ASSERT_TRUE(within(60, [&] {
+        return slurmCommand({"squeue", "--noheader", "--name=soilbench"}, output.file("squeue")).empty();
+    }));
+    const long ended = resultCount();
+
+    auto collected = run({"collect", project});
+    EXPECT_EQ(collected.exitCode, ended == kRecords ? 0 : 1) << collected.err;
+    EXPECT_NE(collected.out.find(sb::strprintf("%d records collected: %ld good, %ld failed; 0 still running.", kRecords,
+                                               ended, kRecords - ended)),
+              std::string::npos)
+        << collected.out << collected.err;
+    EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
+    std::string rest;
+    for (int id = 101; id < 101 + kRecords; ++id) {
+        const std::vector<std::string> states = runStates(project, id);
+        ASSERT_EQ(states.size(), 1u) << id;
+        if (states.back() != "good") {
+            EXPECT_EQ(states.back(), "cancelled") << id;
+            rest += (rest.empty() ? "" : ",") + std::to_string(id);
+        }
+    }
+    EXPECT_EQ(rest.empty(), ended == kRecords);
+    if (!rest.empty()) {
+        auto reran = run(slurmArgs(project, rest));
+        EXPECT_EQ(reran.exitCode, 0) << reran.err;
+    }
+    EXPECT_EQ(storedOutputs(project), expected);
+}
+
+// The submitting program in a mount namespace of its own, where the shared
+// folder is a private memory file system: the nodes cannot see what it writes.
+int runWithPrivateFolder(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                         const std::string& folder, const std::string& errFile) {
+    pid_t child = fork();
+    if (child == 0) {
+        for (const auto& [name, value] : env) setenv(name.c_str(), value.c_str(), 1);
+        int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (err < 0 || dup2(err, 2) < 0 || unshare(CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64m") != 0)
+            _exit(99);
+        std::vector<char*> argv;
+        const std::string program = sbtest::soilbenchProgram();
+        argv.push_back(const_cast<char*>(program.c_str()));
+        for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+        argv.push_back(nullptr);
+        execv(program.c_str(), argv.data());
+        _exit(98);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(SlurmRuns, AFolderTheNodesDoNotSeeIsNamed) {
+    fs::create_directories(shared);
+    sbtest::temp_dir output;
+    const int status = runWithPrivateFolder(slurmArgs(project, "101"), env, shared, output.file("err"));
+    if (status == 99) GTEST_SKIP() << "no private mount namespace here (needs root)";
+    const std::string err = sbtest::readFile(output.file("err"));
+    EXPECT_EQ(status, 1) << err;
+    EXPECT_NE(err.find("\" is not shared with the Slurm nodes: task 0 of job "), std::string::npos) << err;
+    EXPECT_NE(err.find("Give --shared-dir a folder every node sees (a network file system)."), std::string::npos)
+        << err;
+    EXPECT_EQ(runStates(project, 101), std::vector<std::string>{"failed"});
+    EXPECT_EQ(countRows(project, sb::table_id::output_annual), 0);
+    EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
+}
+
+// Without a cluster: what is refused before anything runs, each with its
+// message, every record marked failed and nothing stored.
+TEST_F(CliTest, SlurmRunsRefusedBeforeAnythingRuns) {
+    makeRunnableProject();
+    struct refusal {
+        const char* name;
+        std::vector<std::string> extra;
+        std::map<std::string, std::string> env;
+        const char* message;
+        int exitCode;
+        bool markedFailed;
+    };
+    const std::string emptyBin = dir.file("empty-bin");
+    fs::create_directories(emptyBin);
+    // The last case marks the record failed; the others leave no trace.
+    const refusal cases[] = {
+        {"no shared folder",
+         {},
+         {},
+         "ERROR, no shared folder for Slurm runs: give --shared-dir, or set Files/SlurmFolder to a folder every node "
+         "sees. Nothing was run.\n",
+         1,
+         false},
+        {"a shared folder that is a file",
+         {"--shared-dir", project},
+         {},
+         "ERROR, unable to make the shared folder \"",
+         1,
+         false},
+        {"--partition without --slurm", {}, {}, "--partition requires --slurm", 2, false},
+        {"sbatch not on the PATH",
+         {"--shared-dir", dir.file("shared")},
+         {{"PATH", emptyBin}},
+         "ERROR, \"sbatch\" was not found on the PATH: Slurm's commands must be installed on this host.\n",
+         1,
+         true},
+    };
+    for (const refusal& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<std::string> args = {"run", project, "--ids", "2"};
+        if (std::string(c.name).find("without") == std::string::npos) args.push_back("--slurm");
+        else args.insert(args.end(), {"--partition", "debug"});
+        args.insert(args.end(), c.extra.begin(), c.extra.end());
+        std::map<std::string, std::string> caseEnv = env;
+        for (const auto& [name, value] : c.env) caseEnv[name] = value;
+        auto ran = runSoilbench(args, caseEnv);
+        EXPECT_EQ(ran.exitCode, c.exitCode) << ran.err;
+        EXPECT_NE(ran.err.find(c.message), std::string::npos) << ran.err;
+        EXPECT_EQ(runStates(project, 2),
+                  c.markedFailed ? std::vector<std::string>{"failed"} : std::vector<std::string>{});
+        EXPECT_EQ(countRows(project, sb::table_id::output_annual), 0);
+    }
+    EXPECT_TRUE(fs::is_empty(dir.file("shared")));
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+// A record's run handed to a cluster node: the task order read back as it was
+// written, damaged results refused naming the file, and a node that does not
+// share the folder told apart from a failed run.
+#include "run/run_task.h"
+
+#include <gtest/gtest.h>
+
+#include "test_support.h"
+
+namespace {
+
+using sbtest::temp_dir;
+
+sb::task_order sampleOrder(const temp_dir& dir) {
+    sb::task_order order;
+    order.id = 42;
+    order.version = 4;
+    order.model = "/opt/model dir/dd";
+    order.listUtility = "/opt/model dir/list";
+    order.runTimeoutMs = 90000;
+    order.readBinaryOutput = true;
+    order.wineCommand = "wine";
+    order.saveDailyFirstYear = 1990;
+    order.saveDailyLastYear = 1995;
+    order.blockOrder = {3, 1};
+    order.inputsDigest = std::string(64, 'a');
+    order.marker = dir.file("marker");
+    order.markerText = "host 12 2024-05-01T08:15:02.123Z";
+    return order;
+}
+
+TEST(RunTask, OrderIsReadBackAsWritten) {
+    temp_dir dir;
+    const sb::task_order written = sampleOrder(dir);
+    std::string errors;
+    ASSERT_TRUE(sb::writeTaskOrder(dir.path(), written, errors)) << errors;
+    sb::task_order read;
+    ASSERT_TRUE(sb::readTaskOrder(dir.path(), read, errors)) << errors;
+    EXPECT_EQ(read.id, 42);
+    EXPECT_EQ(read.version, 4);
+    EXPECT_EQ(read.model, written.model);
+    EXPECT_EQ(read.listUtility, written.listUtility);
+    EXPECT_EQ(read.runTimeoutMs, 90000u);
+    EXPECT_TRUE(read.readBinaryOutput);
+    EXPECT_EQ(read.saveDailyFirstYear, 1990);
+    EXPECT_EQ(read.saveDailyLastYear, 1995);
+    EXPECT_EQ(read.blockOrder, (std::vector<int>{3, 1}));
+    EXPECT_EQ(read.inputsDigest, written.inputsDigest);
+    EXPECT_EQ(read.markerText, written.markerText);
+    // A path with a line end would break the file: it is refused, not written.
+    sb::task_order broken = written;
+    broken.model = "/opt/a\nversion=1";
+    errors.clear();
+    EXPECT_FALSE(sb::writeTaskOrder(dir.file("x"), broken, errors));
+    EXPECT_EQ(errors, "ERROR, the model \"/opt/a\nversion=1\" holds a line end: a task cannot be written for it.\n");
+}
+
+TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
+    temp_dir dir;
+    const std::string path = dir.file(sb::kTaskResultFile);
+    struct damaged {
+        const char* text;
+        const char* message;
+    };
+    const damaged cases[] = {
+        {"state=good\nlog-bytes=3\nmessage-bytes=0\n\nab",
+         "ERROR, the task result \"%s\" holds 2 bytes of run log "
+         "and messages, not 3.\n"},
+        {"state=good\nlog-bytes=3\nmessage-bytes=0\n", "ERROR, \"%s\" is cut short.\n"},
+        {"state=splendid\nlog-bytes=0\nmessage-bytes=0\n\n",
+         "ERROR, the task result \"%s\" names no known end: \"splendid\".\n"},
+        {"state=good\nlog-bytes=x\nmessage-bytes=0\n\n",
+         "ERROR, \"%s\" has no whole number from 0 to 268435456 for \"log-bytes\".\n"},
+        {"state good\n\n", "ERROR, line 1 of \"%s\" is not \"key=value\".\n"},
+    };
+    for (const damaged& c : cases) {
+        SCOPED_TRACE(c.text);
+        sbtest::writeFile(path, c.text);
+        sb::task_result result;
+        std::string errors;
+        EXPECT_FALSE(sb::readTaskResult(dir.path(), result, errors));
+        std::string expected = c.message;
+        expected.replace(expected.find("%s"), 2, path);
+        EXPECT_EQ(errors, expected);
+    }
+    // A whole result keeps the run log and the messages apart, byte for byte.
+    sb::task_result written{sb::run_state::timedOut, "s", "e", "node7", "log\r\nline", "ERROR, x\n"};
+    std::string errors;
+    ASSERT_TRUE(sb::writeTaskResult(dir.path(), written, errors)) << errors;
+    sb::task_result read;
+    ASSERT_TRUE(sb::readTaskResult(dir.path(), read, errors)) << errors;
+    EXPECT_EQ(read.state, sb::run_state::timedOut);
+    EXPECT_EQ(read.host, "node7");
+    EXPECT_EQ(read.runLog, written.runLog);
+    EXPECT_EQ(read.messages, written.messages);
+}
+
+// The marker is missing or holds another submission's text: the task ends with
+// its own status and writes no result (there is nobody to read one).
+TEST(RunTask, ANodeWithoutTheMarkerEndsWithItsOwnStatus) {
+    temp_dir dir;
+    const sb::task_order order = sampleOrder(dir);
+    std::string errors;
+    ASSERT_TRUE(sb::writeTaskOrder(dir.path(), order, errors)) << errors;
+    for (const char* marker : {"", "another submission"}) {
+        SCOPED_TRACE(marker);
+        if (*marker) sbtest::writeFile(order.marker, marker);
+        errors.clear();
+        EXPECT_EQ(sb::runTask(dir.path(), errors), sb::kTaskNotSharedStatus);
+        EXPECT_NE(errors.find("ERROR, the run folder \"" + dir.path() + "\" is not shared with this host ("),
+                  std::string::npos)
+            << errors;
+        EXPECT_FALSE(sb::hasTaskResult(dir.path()));
+    }
+    // With the marker there, the run's end (here: no model to start) is the result's.
+    sbtest::writeFile(order.marker, order.markerText);
+    errors.clear();
+    EXPECT_EQ(sb::runTask(dir.path(), errors), 0) << errors;
+    sb::task_result result;
+    ASSERT_TRUE(sb::readTaskResult(dir.path(), result, errors)) << errors;
+    EXPECT_EQ(result.state, sb::run_state::failed);
+    EXPECT_NE(result.messages.find("Unable to create process"), std::string::npos) << result.messages;
+}
+
+}  // namespace
