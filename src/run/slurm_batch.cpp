@@ -196,6 +196,10 @@ public:
             // A result written just before the task ended may take a moment to
             // show on a network file system: one more look before it counts as missing.
             if (!ended || ++task.endedWithoutResult < 2) continue;
+            if (task.noted && !slurmTaskNoted(db_, job, task.entry.id)) {
+                task.done = true;  // taken in by another Soilbench, which removed its folder
+                continue;
+            }
             const queued_task seen = found != queue.end() ? found->second : queued_task{"gone", 0};
             collect(task, endedWithoutResultMessage(job, task, seen),
                     seen.state == "CANCELLED" ? run_state::cancelled

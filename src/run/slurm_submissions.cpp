@@ -84,6 +84,12 @@ bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::s
     return true;
 }
 
+bool slurmTaskNoted(database& db, long job, int32_t id) {
+    db_status status;
+    auto rows = db.openTable(kTable, strprintf("[Job] = %ld AND ID = %ld", job, static_cast<long>(id)), "", status);
+    return rows && rows->moveFirst().ok();
+}
+
 bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors) {
     db_status status = db.execute(
         strprintf("DELETE FROM `%s` WHERE [Job] = %ld AND ID = %ld", tableName(kTable), job, static_cast<long>(id)));

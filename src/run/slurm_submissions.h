@@ -25,6 +25,9 @@ bool ensureSlurmSubmissionsTable(database& db, std::string& errors);
 bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors);
 // Every entry, by job and task.
 bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::string& errors);
+// Whether the record's entry of that job is still there (another Soilbench
+// following or collecting the job may have taken the record in meanwhile).
+bool slurmTaskNoted(database& db, long job, int32_t id);
 // Removes the record's entry of that job, within the caller's session when there is one.
 bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors);
 
