@@ -85,6 +85,16 @@ long countRows(const std::string& path, sb::table_id table) {
     return static_cast<long>(count);
 }
 
+// The Slurm job the project notes as out.
+std::string submittedJob(const std::string& path) {
+    std::string errors;
+    auto db = sb::database::open(path, errors);
+    sb::db_status status;
+    auto set = db ? db->openTable(sb::table_id::slurm_submissions, "", "", status) : nullptr;
+    if (!set || !set->moveFirst().ok()) return "";
+    return sb::strprintf("%.0f", set->row().number("Job"));
+}
+
 // Runs a Slurm command of the test's own (scancel, squeue) and returns its standard output.
 std::string slurmCommand(const std::vector<std::string>& args, const std::string& outFile) {
     std::vector<char*> argv;
@@ -190,9 +200,12 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     sbtest::finishSoilbench(submitter);
     ASSERT_TRUE(oneEnded) << sbtest::readFile(output.file("err"));
     ASSERT_EQ(countRows(project, sb::table_id::slurm_submissions), kRecords);
-    slurmCommand({"scancel", "--name=soilbench"}, output.file("scancel"));
+    // The rest of this job (only: other tests' jobs run beside it) is cancelled.
+    const std::string job = submittedJob(project);
+    ASSERT_FALSE(job.empty());
+    slurmCommand({"scancel", job}, output.file("scancel"));
     ASSERT_TRUE(within(60, [&] {
-        return slurmCommand({"squeue", "--noheader", "--name=soilbench"}, output.file("squeue")).empty();
+        return slurmCommand({"squeue", "--noheader", "--jobs", job}, output.file("squeue")).empty();
     }));
     const long ended = resultCount();
 
