@@ -180,7 +180,7 @@ TEST_F(SlurmRuns, StoreWhatALocalRunStores) {
 
 // The submitting program is killed while the array runs and the rest of the
 // array is cancelled: collect stores every record whose task ended, marks the
-// cancelled ones, and a run of those alone completes the project.
+// cancelled ones as failed, and a run of the failed ones alone completes the project.
 TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     const std::vector<std::string> expected = localOutputs();
     sbtest::temp_dir output;
@@ -227,8 +227,12 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     }
     EXPECT_EQ(rest.empty(), ended == kRecords);
     if (!rest.empty()) {
-        auto reran = run(slurmArgs(project, rest));
+        auto reran = run({"run", project, "--only", "failed", "--slurm", "--shared-dir", shared});
         EXPECT_EQ(reran.exitCode, 0) << reran.err;
+        EXPECT_NE(
+            reran.out.find(sb::strprintf("%ld records run: %ld good, 0 failed.", kRecords - ended, kRecords - ended)),
+            std::string::npos)
+            << reran.out;
     }
     EXPECT_EQ(storedOutputs(project), expected);
 }
