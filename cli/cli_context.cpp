@@ -28,6 +28,12 @@ bool saveUserSettings(sb::app_soilbench& settings) {
     return ok;
 }
 
+sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, std::string& errors) {
+    sb::release_profile_catalogue catalogue;
+    catalogue.load(sb::release_profile_catalogue::shippedFolder(), settings.userProfileFolder(), errors);
+    return catalogue;
+}
+
 std::unique_ptr<sb::database> openProject(const std::string& path) {
     std::string errors;
     auto db = sb::database::open(path, errors);

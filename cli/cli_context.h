@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/app_soilbench.h"
+#include "app/release_profile_catalogue.h"
 #include "db/database.h"
 
 namespace sbcli {
@@ -13,6 +14,10 @@ namespace sbcli {
 sb::app_soilbench loadUserSettings();
 // Saves them back; false with the message printed when the profile cannot be written.
 bool saveUserSettings(sb::app_soilbench& settings);
+
+// The shipped release profiles and the user's own (the profile folder setting).
+// Profiles that cannot be read are left out; their problems go to `errors`.
+sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, std::string& errors);
 
 // Opens an existing project; prints the messages and returns null on failure.
 std::unique_ptr<sb::database> openProject(const std::string& path);

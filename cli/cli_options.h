@@ -7,6 +7,15 @@
 
 namespace sbcli {
 
+struct profile_list_options {
+    int version = 0;  // 0 = every version
+};
+struct profile_derive_options {
+    std::string dir, schedule, outputs, title, out, success, listSkip;
+    std::vector<std::string> failures;
+    int version = 4;
+};
+
 // Exit status: 0 success, 1 the operation reported an error, 2 usage error.
 enum exit_status : int { kExitOk = 0, kExitFailed = 1, kExitUsage = 2 };
 
@@ -29,8 +38,9 @@ struct copy_project_options {
 struct import_run_files_options {
     std::string project, dir, schedule;
     std::optional<int> id;
-    int version = 0;     // 0 = the configured version
-    bool force = false;  // replace a record of that ID
+    int version = 0;      // 0 = the version of the profile the files match, else the configured one
+    bool force = false;   // replace a record of that ID
+    std::string profile;  // "" = the profile the files match, else the version's configured one
 };
 struct import_weather_options {
     std::string project, file, description;
@@ -65,7 +75,8 @@ struct prepare_options {
     std::string project, dir;
     int id = 0;
     int version = 0;
-    bool force = false;  // write into a folder that already holds files
+    bool force = false;   // write into a folder that already holds files
+    std::string profile;  // "" = the version's configured release profile
 };
 struct run_options {
     std::string project;
@@ -145,5 +156,7 @@ int cmdConfig(const config_options&);
 int cmdDemo(const demo_options&);
 int cmdExportArchive(const archive_options&);
 int cmdImportArchive(const archive_options&);
+int cmdProfileList(const profile_list_options&);
+int cmdProfileDerive(const profile_derive_options&);
 
 }  // namespace sbcli

@@ -68,6 +68,20 @@ private:
     }
 };
 
+// A version's release profile must name a profile that exists and serves that
+// version; a wrong name would only show when the next run fails.
+bool releaseProfileUsable(const sb::app_soilbench& settings, const std::string& key) {
+    for (int code = 1; code <= sb::kVersionCount; ++code) {
+        if (key != std::string("Files/") + sb::versionDisplayName(code) + " PROFILE") continue;
+        std::string errors;
+        sb::release_profile_catalogue profiles = loadReleaseProfiles(settings, errors);
+        if (sb::chooseReleaseProfile(profiles, settings.releaseProfile(code), code, errors)) return true;
+        report(errors);
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 int cmdConfig(const config_options& opt) {
@@ -107,6 +121,7 @@ int cmdConfig(const config_options& opt) {
             return kExitFailed;
         }
         settings.loadSettings(store);
+        if (!releaseProfileUsable(settings, key)) return kExitFailed;
         return saveUserSettings(settings) ? kExitOk : kExitFailed;
     }
     for (const auto& e : store.entries) std::cout << e.key << "=" << e.value << "\n";

@@ -6,6 +6,7 @@
 #include "app/text_format.h"
 #include "cli_context.h"
 #include "cli_options.h"
+#include "modelinput/profile_match.h"
 #include "modelinput/run_files_import.h"
 #include "modelinput/site_file.h"
 #include "records/option_lists.h"
@@ -67,6 +68,28 @@ const sb::option_member* memberOrReport(const std::string& kind) {
     return member;
 }
 
+// The profile a set-up is read with: the one named, else the one its files
+// match (of the version asked for, or of any version), else the configured
+// profile of the version asked for (or the configured version). The
+// recognition's verdict is printed.
+const sb::release_profile* importProfile(const import_run_files_options& opt, const std::string& schedule,
+                                         const sb::app_soilbench& settings, std::string& errors) {
+    static sb::release_profile_catalogue profiles;
+    profiles = loadReleaseProfiles(settings, errors);
+    const int configured = opt.version ? opt.version : settings.version;
+    if (!opt.profile.empty()) return sb::chooseReleaseProfile(profiles, opt.profile, configured, errors);
+    std::vector<const sb::release_profile*> candidates;
+    for (const sb::release_profile& profile : profiles.profiles())
+        if (!opt.version || profile.version == opt.version) candidates.push_back(&profile);
+    const std::string siteFile = sb::scheduledSiteFile(opt.dir, schedule, configured);
+    std::string verdict;
+    const sb::release_profile* match =
+        sb::recogniseReleaseProfile(opt.dir, siteFile, candidates, settings.releaseProfile(configured), verdict);
+    std::cout << verdict;
+    if (match) return match;
+    return sb::chooseReleaseProfile(profiles, settings.releaseProfile(configured), configured, errors);
+}
+
 }  // namespace
 
 int cmdImportRunFiles(const import_run_files_options& opt) {
@@ -81,9 +104,12 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
                           sb::strprintf("record %ld exists already", static_cast<long>(id)), "another --id",
                           "replace it", errors))
         return finish(false, errors);
-    int version = opt.version ? opt.version : settings.version;
-    bool ok = sb::importRunFiles(*db, opt.dir, schedule, version, id, errors);
-    if (ok) std::cout << "Imported " << opt.dir << " as record " << id << ".\n";
+    const sb::release_profile* profile = importProfile(opt, schedule, settings, errors);
+    if (!profile) return finish(false, errors);
+    bool ok = sb::importRunFiles(*db, opt.dir, schedule, *profile, id, errors);
+    if (ok)
+        std::cout << "Imported " << opt.dir << " as record " << id << " (" << sb::versionDisplayName(profile->version)
+                  << ", release profile \"" << profile->name << "\").\n";
     return finish(ok, errors);
 }
 

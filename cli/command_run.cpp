@@ -105,12 +105,17 @@ int cmdPrepare(const prepare_options& opt) {
     if (!sb::readControlRecord(*db, opt.id, record, errors)) return finish(false, errors);
     std::string dir = opt.dir;
     if (dir.back() != '/') dir += '/';
+    std::string profileErrors;
+    sb::release_profile_catalogue profiles = loadReleaseProfiles(settings, profileErrors);
+    const std::string profileName = opt.profile.empty() ? settings.releaseProfile(version) : opt.profile;
+    const sb::release_profile* profile = sb::chooseReleaseProfile(profiles, profileName, version, errors);
+    if (!profile) return finish(false, errors);
     // The run directory is the folder of the model executable: name one in the chosen folder.
-    bool ok = sb::prepareRunDirectory(record, version, dir + "model", settings.outfileSelected,
+    bool ok = sb::prepareRunDirectory(record, *profile, dir + "model", settings.outfileSelected,
                                       controller.optionLists(), controller.soils(), controller.stations(), errors);
     if (ok)
         std::cout << "Wrote the run directory of record " << opt.id << " for " << sb::versionDisplayName(version)
-                  << " in " << opt.dir << ".\n";
+                  << " (release profile \"" << profile->name << "\") in " << opt.dir << ".\n";
     return finish(ok, errors);
 }
 

@@ -113,8 +113,13 @@ void addImportRunFiles(CLI::App& import, command_action& action) {
     cmd->add_option("--id", opt->id, "ID of the new record (default: one past the highest)")
         ->check(CLI::Range(0, 2147483647));
     cmd->add_flag("--force", opt->force, "replace the record of that ID (and its outputs) if there is one");
-    cmd->add_option("--version", opt->version, "model version the files are written for (default: the configured one)")
+    cmd->add_option("--version", opt->version,
+                    "model version the files are written for (default: that of the release profile they match, "
+                    "else the configured one)")
         ->check(CLI::Range(1, 6));
+    cmd->add_option("--profile", opt->profile,
+                    "release profile to read the files with (default: the one they match, else the version's "
+                    "configured one)");
 }
 
 void addImportWeather(CLI::App& import, command_action& action) {
@@ -237,6 +242,7 @@ void addPrepare(CLI::App& app, command_action& action) {
     cmd->add_option("--version", opt->version, "model version code 1-6")->check(CLI::Range(1, 6));
     cmd->add_option("--dir", opt->dir, "directory to write into")->required();
     cmd->add_flag("--force", opt->force, "write into a folder that already holds files");
+    cmd->add_option("--profile", opt->profile, "release profile (default: the version's configured one)");
 }
 
 void addRun(CLI::App& app, command_action& action) {
@@ -322,6 +328,27 @@ void addConfig(CLI::App& app, command_action& action) {
     set->excludes(list);
 }
 
+void addProfile(CLI::App& app, command_action& action) {
+    auto* profile = app.add_subcommand("profile", "the model release profiles: list them, derive one from a set-up");
+    profile->require_subcommand(1);
+    auto* list = profile->add_subcommand("list", "list the release profiles and any that cannot be read");
+    auto listOpt = runs(list, action, cmdProfileList);
+    list->add_option("--version", listOpt->version, "only those of this version code")->check(CLI::Range(1, 6));
+    auto* derive = profile->add_subcommand("derive", "write the release profile of a release's own sample set-up");
+    auto opt = runs(derive, action, cmdProfileDerive);
+    derive->add_option("DIR", opt->dir, "the sample set-up")->required();
+    derive->add_option("--schedule", opt->schedule, "its schedule (default: the first .sch in DIR by name)");
+    derive->add_option("--outputs", opt->outputs, "a folder of that set-up's outputs (binary, daily files)");
+    derive->add_option("--title", opt->title, "the profile's title")->required();
+    derive->add_option("--version", opt->version, "the version code it serves (default 4)")->check(CLI::Range(1, 6));
+    derive->add_option("--success", opt->success, "the console line of a good run (default \"Execution success.\")");
+    derive->add_option("--failure", opt->failures, "a console line by which the release refuses a run");
+    derive->add_option("--list-skip", opt->listSkip,
+                       "what the list utility prints before a name it does not know "
+                       "(default \"Variable not found, skipping:\")");
+    derive->add_option("--out", opt->out, "the profile file to write (default: standard output)");
+}
+
 void addDemo(CLI::App& app, command_action& action) {
     auto* cmd = app.add_subcommand("demo", "build and run the demo project through the stand-in model");
     auto opt = runs(cmd, action, cmdDemo);
@@ -330,8 +357,8 @@ void addDemo(CLI::App& app, command_action& action) {
 
 // The commands, in the order the help lists them.
 constexpr void (*kCommands[])(CLI::App&, command_action&) = {
-    addNew, addCopyProject, addImport,  addExport,  addList, addShow,    addCopy,   addDelete, addPrepare,
-    addRun, addStatus,      addCollect, addRunTask, addPlot, addReadBin, addConfig, addDemo,
+    addNew, addCopyProject, addImport,  addExport,  addList, addShow,    addCopy,   addDelete,  addPrepare,
+    addRun, addStatus,      addCollect, addRunTask, addPlot, addReadBin, addConfig, addProfile, addDemo,
 };
 
 }  // namespace

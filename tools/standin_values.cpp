@@ -14,25 +14,31 @@ float modelTime(int year, int monthsAfter) {
     return static_cast<float>(std::round(exact * 100.0) / 100.0);
 }
 
-void addBlockTimes(const schedule_block& block, int index, std::vector<output_time>& times) {
+// `throughLastYear`: as the real releases write, a block's output runs to the
+// end of its last year (time lastYear + 1.00); otherwise it stops at the
+// start of that year.
+void addBlockTimes(const schedule_block& block, int index, bool throughLastYear, std::vector<output_time>& times) {
     int first = std::min(std::max(block.outputStartYear, block.firstYear), block.lastYear);
+    const int shift = throughLastYear ? 1 : 0;
     if (!block.monthlyOutput()) {
-        for (int year = first; year <= block.lastYear; ++year) times.push_back({modelTime(year, 0), index, false});
+        for (int year = first; year <= block.lastYear; ++year)
+            times.push_back({modelTime(year + shift, 0), index, false});
         return;
     }
     int step = std::max(1, static_cast<int>(std::lround(block.intervalMonths)));
     for (int months = step;; months += step) {
         float time = modelTime(first, months);
         times.push_back({time, index, true});
-        if (time >= static_cast<float>(block.lastYear)) break;
+        if (time >= static_cast<float>(block.lastYear + shift)) break;
     }
 }
 
 }  // namespace
 
-std::vector<output_time> outputTimes(const schedule_file& schedule) {
+std::vector<output_time> outputTimes(const schedule_file& schedule, bool throughLastYear) {
     std::vector<output_time> times;
-    for (size_t i = 0; i < schedule.blocks.size(); ++i) addBlockTimes(schedule.blocks[i], static_cast<int>(i), times);
+    for (size_t i = 0; i < schedule.blocks.size(); ++i)
+        addBlockTimes(schedule.blocks[i], static_cast<int>(i), throughLastYear, times);
     return times;
 }
 
@@ -92,10 +98,10 @@ double standin_values::value(const std::string& name, const output_time& when) c
 }
 
 std::vector<std::vector<float>> binaryRecords(const run_inputs& inputs, const binary_layout& layout,
-                                              const array_counts& counts) {
+                                              const array_counts& counts, bool throughLastYear) {
     standin_values values(inputs);
     std::vector<std::vector<float>> records;
-    for (const output_time& when : outputTimes(inputs.schedule)) {
+    for (const output_time& when : outputTimes(inputs.schedule, throughLastYear)) {
         std::vector<float> record(1 + counts.count1 + counts.count2 + counts.count3, 0.0f);
         record[0] = when.time;
         for (const layout_entry& entry : layout.entries())

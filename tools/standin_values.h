@@ -20,12 +20,14 @@ struct output_time {
 // (year.00); monthly blocks one per output interval from January of their
 // first output year; each block's times end with the first one at or after
 // its last year, which is where the readers start the next block.
-std::vector<output_time> outputTimes(const schedule_file& schedule);
+// With `throughLastYear` (the real releases) they end at the end of the last
+// year instead (time lastYear + 1.00).
+std::vector<output_time> outputTimes(const schedule_file& schedule, bool throughLastYear = false);
 
 // One binary record per output time: the time, then the three arrays with
 // each variable of the layout at its position.
 std::vector<std::vector<float>> binaryRecords(const run_inputs& inputs, const binary_layout& layout,
-                                              const array_counts& counts);
+                                              const array_counts& counts, bool throughLastYear = false);
 
 class standin_values {
 public:

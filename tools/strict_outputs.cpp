@@ -140,7 +140,7 @@ bool writeStrictBinary(const run_inputs& inputs, const release_behaviour& releas
     binary_layout layout;
     if (!layoutCounts(reference.layoutFile, counts, errors) || !layout.readFile(reference.layoutFile, counts, errors))
         return false;
-    std::vector<std::vector<float>> records = binaryRecords(inputs, layout, counts);
+    std::vector<std::vector<float>> records = binaryRecords(inputs, layout, counts, true);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out << encodeBinaryFile(records, release.framing);
     if (!out) return errors += "stand-in model: error: cannot write " + path + "\n", false;

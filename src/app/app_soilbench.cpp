@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "app/ini_settings_store.h"
+#include "app/release_profile_catalogue.h"
 #include "app/text_format.h"
 
 namespace sb {
@@ -104,6 +105,9 @@ private:
             add(kFiles, name, &app_.modelExecutables[code - 1]);
             add(kFiles, name + " LIST100", &app_.list100Executables[code - 1]);
         }
+        // Ours, after the twelve executable keys.
+        for (int code = 1; code <= kVersionCount; ++code)
+            add(kFiles, std::string(versionDisplayName(code)) + " PROFILE", &app_.releaseProfiles[code - 1]);
     }
     void addFileKeys() {
         add(kFiles, "TelluraHelp", &app_.helpFile);
@@ -114,6 +118,7 @@ private:
         add(kFiles, "WinePrefix", &app_.winePrefix);
         add(kFiles, "RunsFolder", &app_.runsFolder);
         add(kFiles, "SlurmFolder", &app_.slurmFolder);
+        add(kFiles, "ProfileFolder", &app_.profileFolder);
     }
     void addDailyKeys() {
         for (int number = 1; number <= kOutfileCount; ++number)
@@ -138,6 +143,7 @@ app_soilbench::app_soilbench(std::string profilePath) : profilePath_(std::move(p
         const model_version_info* info = findModelVersion(code);
         modelExecutables[code - 1] = info->modelExecutable;
         list100Executables[code - 1] = info->list100Executable;
+        releaseProfiles[code - 1] = defaultReleaseProfileName(code);
     }
     for (int number : kDefaultOutfiles) outfileSelected[number - 1] = true;
 }
@@ -217,6 +223,14 @@ std::string app_soilbench::modelExecutable(int code) const {
 
 std::string app_soilbench::list100Executable(int code) const {
     return isValidVersion(code) ? list100Executables[code - 1] : std::string();
+}
+
+std::string app_soilbench::releaseProfile(int code) const {
+    return isValidVersion(code) ? releaseProfiles[code - 1] : std::string();
+}
+
+std::string app_soilbench::userProfileFolder() const {
+    return profileFolder.empty() ? release_profile_catalogue::defaultUserFolder() : localPath(profileFolder);
 }
 
 std::string app_soilbench::modelExecutablePath(int code) const { return localPath(modelExecutable(code)); }

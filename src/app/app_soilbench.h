@@ -7,8 +7,10 @@
 //   SaveDailyFirstYear, SaveDailyLastYear, ReadBinaryOutput, Jobs, KeepRunFolders
 // section "Files":
 //   one key per version named after it ("Tellura 4 Agricultural", ...), the same
-//   followed by " LIST100", TelluraHelp, OutputPath, OutputPrefix, BinaryLayouts,
-//   WineCommand, WinePrefix, RunsFolder, SlurmFolder
+//   followed by " LIST100", the same followed by " PROFILE" (the release
+//   profile the version's executable is driven with), TelluraHelp, OutputPath,
+//   OutputPrefix, BinaryLayouts, WineCommand, WinePrefix, RunsFolder, SlurmFolder,
+//   ProfileFolder
 // section "Recent File List": File1..File4.
 // Booleans are stored as 0 or 1; any nonzero integer reads as true.
 //
@@ -75,6 +77,12 @@ public:
     bool keepRunFolders = false;
     // Ours: where runs through Slurm write their run folders; every node must see it.
     std::string slurmFolder;
+    // Ours: per version, the name of the release profile its executable is
+    // driven with (by default the profile of the files as Soilbench writes them).
+    std::array<std::string, kVersionCount> releaseProfiles;
+    // Ours: the folder of the user's own release profiles; "" means
+    // ~/.local/share/soilbench/profiles.
+    std::string profileFolder;
     // Most recently used project files, newest first, at most 4.
     std::vector<std::string> recentFiles;
 
@@ -104,6 +112,11 @@ public:
     std::string modelExecutablePath(int code) const;
     std::string list100ExecutablePath(int code) const;
     std::string runDirectory(int code) const;
+
+    // Codes outside 1..6 select nothing: "".
+    std::string releaseProfile(int code) const;
+    // The profile folder as configured, or the default one.
+    std::string userProfileFolder() const;
 
     // The binaryLayouts setting split at ';', blanks trimmed, empties dropped.
     std::vector<std::string> binaryLayoutFiles() const;

@@ -6,7 +6,7 @@
 
 namespace sb {
 
-configuration_form::configuration_form(app_soilbench& settings)
+configuration_form::configuration_form(app_soilbench& settings, const release_profile_catalogue* profiles)
     : recordList(settings.recordList),
       runVisible(settings.runVisible),
       runTimeoutText(std::to_string(settings.runTimeout)),
@@ -20,7 +20,9 @@ configuration_form::configuration_form(app_soilbench& settings)
       settings_(settings),
       helpFileText_(settings.helpFile),
       openedModelPaths_(settings.modelExecutables),
-      openedList100Paths_(settings.list100Executables) {
+      openedList100Paths_(settings.list100Executables),
+      profiles_(profiles),
+      chosenProfiles_(settings.releaseProfiles) {
     for (int code = 1; code <= kOfferedVersions; ++code) {
         std::string name = versionDisplayName(code);
         versionChoices_.push_back(name);
@@ -30,12 +32,45 @@ configuration_form::configuration_form(app_soilbench& settings)
     int index = settings.version - 1;
     selectedIndex_ = index >= 0 && index < kOfferedVersions ? index : 0;
     markRows();
+    listProfiles();
 }
 
 void configuration_form::selectVersion(int index) {
     if (index < 0 || index >= kOfferedVersions) return;
     selectedIndex_ = index;
     markRows();
+    listProfiles();
+}
+
+void configuration_form::listProfiles() {
+    profileChoices_.clear();
+    profileNames_.clear();
+    const std::string& chosen = chosenProfiles_[static_cast<size_t>(selectedIndex_)];
+    std::vector<const release_profile*> offered;
+    if (profiles_) offered = profiles_->forVersion(selectedIndex_ + 1);
+    bool listed = false;
+    for (const release_profile* profile : offered) listed = listed || profile->name == chosen;
+    if (!listed) {
+        profileNames_.push_back(chosen);
+        profileChoices_.push_back(chosen + ": (not found)");
+    }
+    for (const release_profile* profile : offered) {
+        profileNames_.push_back(profile->name);
+        profileChoices_.push_back(profile->name + ": " + profile->title);
+    }
+    selectedProfile_ = 0;
+    for (size_t i = 0; i < profileNames_.size(); ++i)
+        if (profileNames_[i] == chosen) selectedProfile_ = static_cast<int>(i);
+}
+
+void configuration_form::selectProfile(int index) {
+    if (index < 0 || index >= static_cast<int>(profileNames_.size())) return;
+    selectedProfile_ = index;
+    chosenProfiles_[static_cast<size_t>(selectedIndex_)] = profileNames_[static_cast<size_t>(index)];
+}
+
+std::string configuration_form::chosenProfile(int code) const {
+    return isValidVersion(code) ? chosenProfiles_[static_cast<size_t>(code - 1)] : std::string();
 }
 
 void configuration_form::markRows() {
@@ -83,6 +118,7 @@ bool configuration_form::accept(std::string& errors) {
     settings_.recordList = recordList;
     settings_.runVisible = runVisible;
     settings_.runTimeout = timeout;
+    settings_.releaseProfiles = chosenProfiles_;
     return true;
 }
 

@@ -13,15 +13,21 @@
 //   Cancel puts back the paths the dialog opened with.
 // - Choosing a help file (filter "*.mdb") sets the help file at once; Cancel
 //   does not undo that.
+// - "Release profile:" lists the release profiles of the version selected in
+//   the drop-down (name and title); each version keeps its own choice while
+//   the dialog is open. A version whose profile is not among them shows it
+//   first, so what the user sees is what OK stores.
 // - OK copies version, binary output, output prefix and path, record list,
 //   visible console, run timeout, Wine command and Wine prefix, the runs folder
-//   and whether good runs' folders are kept back; Cancel changes none of them. A run
+//   and whether good runs' folders are kept, and every version's release
+//   profile back; Cancel changes none of them. A run
 //   timeout that is not an integer from 0 to 5000000 refuses OK.
 #include <array>
 #include <string>
 #include <vector>
 
 #include "app/app_soilbench.h"
+#include "app/release_profile_catalogue.h"
 
 namespace sb {
 
@@ -38,6 +44,7 @@ inline constexpr const char* kConfigurationLabels[] = {
     "TELLURA executable version:",
     "TELLURA executable locations:",
     "Edit",
+    "Release profile:",
     "Read binary output (doesn't work for Daily runs)",
     "Wine command (.exe builds):",
     "Wine prefix directory:",
@@ -60,7 +67,8 @@ public:
         bool marked;        // belongs to the version selected in the drop-down
     };
 
-    explicit configuration_form(app_soilbench& settings);
+    // `profiles` offers the release profiles; none when it is null.
+    explicit configuration_form(app_soilbench& settings, const release_profile_catalogue* profiles = nullptr);
 
     // The drop-down: display names of versions 1..5.
     const std::vector<std::string>& versionChoices() const { return versionChoices_; }
@@ -68,6 +76,14 @@ public:
     // Selects a drop-down entry and re-marks the location rows; an index
     // outside the list is ignored.
     void selectVersion(int index);
+
+    // The release profiles of the version selected in the drop-down: "name: title".
+    const std::vector<std::string>& profileChoices() const { return profileChoices_; }
+    int selectedProfileIndex() const { return selectedProfile_; }
+    // Chooses that version's profile; an index outside the list is ignored.
+    void selectProfile(int index);
+    // The profile chosen for a version code ("" outside 1..6).
+    std::string chosenProfile(int code) const;
 
     const std::vector<location_row>& locationRows() const { return rows_; }
     // The path a row is bound to ("" for a row number outside the list).
@@ -100,6 +116,7 @@ public:
 private:
     std::string& rowField(const location_row& row) const;
     void markRows();
+    void listProfiles();
 
     app_soilbench& settings_;
     std::vector<std::string> versionChoices_;
@@ -108,6 +125,11 @@ private:
     std::string helpFileText_;
     std::array<std::string, kVersionCount> openedModelPaths_;
     std::array<std::string, kVersionCount> openedList100Paths_;
+    const release_profile_catalogue* profiles_;
+    std::array<std::string, kVersionCount> chosenProfiles_;
+    std::vector<std::string> profileChoices_;
+    std::vector<std::string> profileNames_;  // the names behind profileChoices_
+    int selectedProfile_ = 0;
 };
 
 // The run timeout as typed: true with the value when it is an integer from 0

@@ -80,6 +80,11 @@ bool writeTextFile(const std::string& path, std::string_view text, bool* created
     return written;
 }
 
+bool readTextFileIfReadable(const std::string& path, std::string& text) {
+    std::string ignored;
+    return readTextFile(path, text, ignored, "");
+}
+
 bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen) {
     text.clear();
     std::error_code ec;

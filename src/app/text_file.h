@@ -28,6 +28,9 @@ bool writeTextFile(const std::string& path, std::string_view text, bool* created
 // \"%s\" is longer than %zu characters.\n" or "ERROR, \"%s\" is larger than %lld
 // bytes.\n" is appended, and `text` is left empty.
 bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen);
+// The same without a message, for looking into a file that may well not be
+// there (recognising a set-up's layout): false when it cannot be read whole.
+bool readTextFileIfReadable(const std::string& path, std::string& text);
 // The same limits on a text already in memory (`path` names it in the message).
 bool checkTextLimits(std::string_view text, const std::string& path, std::string& errors);
 // The lines of a text, without their LF or CR LF ends; a last line without a

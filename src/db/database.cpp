@@ -13,6 +13,7 @@
 
 #include "app/text_format.h"
 #include "db/database_impl.h"
+#include "db/database_maker.h"
 
 namespace sb {
 
@@ -424,7 +425,16 @@ std::unique_ptr<database> database::open(const std::string& where, std::string& 
             status = impl->rawRun(sql);
             if (!status.ok()) return fail(status);
         }
-    return std::unique_ptr<database>(new database(std::move(impl)));
+    const QStringList tables = impl->db.tables();
+    const bool holdsTables = holdsProjectTable(tables);
+    std::vector<std::string> existing;
+    for (const QString& table : tables) existing.push_back(table.toStdString());
+    std::unique_ptr<database> db(new database(std::move(impl)));
+    // A project made before the catalogue gained a table gets it now (a new,
+    // still empty project gets all of them from its maker); a read-only
+    // project does without.
+    if (holdsTables && !db->readOnly() && !database_maker(*db).addMissingTables(existing, errors)) return nullptr;
+    return db;
 }
 
 db_status database::execute(std::string_view sql) {

@@ -69,8 +69,8 @@ bool parseTypeWord(std::string_view word, int& type, int& size) {
         const char* text;
         int code;
     } kWords[] = {
-        {"SMALLINT", kTypeSmallint}, {"INTEGER", kTypeInteger}, {"SINGLE", kTypeSingle},
-        {"DOUBLE", kTypeDouble},     {"BIT", kTypeBit},         {"BYTE", kTypeByte},
+        {"SMALLINT", kTypeSmallint}, {"INTEGER", kTypeInteger}, {"SINGLE", kTypeSingle}, {"DOUBLE", kTypeDouble},
+        {"BIT", kTypeBit},           {"BYTE", kTypeByte},       {"MEMO", kTypeMemo},
     };
     size = 0;
     if (istartsWith(word, "TEXT(") && word.back() == ')') {
@@ -149,7 +149,8 @@ database_maker_table database_maker_table::fromColumnList(std::string name, std:
 void database_maker_table::addField(std::string name, int type, int size) {
     int position = static_cast<int>(fields_.size());
     lookup_.emplace(toLower(name), position);
-    textSlots_.push_back(type == kTypeText ? textCount_++ : -1);
+    // MEMO holds text of any length (a whole file kept with a record).
+    textSlots_.push_back(type == kTypeText || type == kTypeMemo ? textCount_++ : -1);
     database_maker_field field;
     field.name = std::move(name);
     field.type = type;
@@ -213,6 +214,17 @@ bool database_maker::createIndexes(const database_maker_table& table, std::strin
         return false;
     }
     return true;
+}
+
+bool database_maker::addMissingTables(const std::vector<std::string>& existing, std::string& errors) {
+    bool ok = true;
+    for (int i = static_cast<int>(table_id::record_changes) + 1; i < kTableCount; ++i) {
+        const database_maker_table& table = tableDef(static_cast<table_id>(i));
+        bool present = false;
+        for (const std::string& name : existing) present = present || iequals(name, table.name());
+        if (!present) ok = createTable(table, errors) && createIndexes(table, errors) && ok;
+    }
+    return ok;
 }
 
 bool database_maker::createAllTables(std::string& errors) {

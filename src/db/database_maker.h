@@ -97,6 +97,11 @@ public:
     bool createTable(const database_maker_table& table, std::string& errors);
     // Stops at the first failing index: "ERROR, unable to create index.\n", statement, status text.
     bool createIndexes(const database_maker_table& table, std::string& errors);
+    // Creates the tables added to the catalogue after Record Changes that are
+    // not among `existing`: a project made before they were added gets them
+    // when it is opened. A table of the first schema that is missing is a
+    // damaged project, left to fail at the first statement that needs it.
+    bool addMissingTables(const std::vector<std::string>& existing, std::string& errors);
     // Creates every catalogue table in creation order; a failing table does not stop the others.
     bool createAllTables(std::string& errors);
 

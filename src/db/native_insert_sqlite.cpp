@@ -53,7 +53,9 @@ public:
                     break;
                 }
                 case bound_as::real:
-                    sqlite3_bind_double(statement_, slot, record.number(col));
+                    // A missing value (checked against the table before) is NULL, not a number.
+                    if (record.isMissing(col)) sqlite3_bind_null(statement_, slot);
+                    else sqlite3_bind_double(statement_, slot, record.number(col));
                     break;
                 case bound_as::bit:
                     sqlite3_bind_int64(statement_, slot, record.number(col) != 0.0 ? 1 : 0);

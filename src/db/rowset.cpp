@@ -120,9 +120,12 @@ void rowset::readRow(table_record& record) const {
     const QSqlQuery& query = *impl_->query;
     const auto& def = record.def();
     const std::vector<int>& columns = impl_->columns;
+    const bool keepsMissing = keepsMissingValues(table_);
     for (int col = 0; col < record.columnCount(); ++col) {
         QVariant value = query.value(columns[static_cast<size_t>(col)]);
         if (def.isText(col)) record.setText(col, value.toString().toStdString());
+        else if (value.isNull() && keepsMissing && def.fields()[static_cast<size_t>(col)].type == kTypeSingle)
+            record.setMissing(col);
         else record.setNumber(col, value.isNull() ? 0.0 : value.toDouble());
     }
 }
@@ -266,6 +269,7 @@ db_status checkValue(const table_record& record, int col) {
         default:
             break;
     }
+    if (std::isnan(value) && keepsMissingValues(record.table()) && field.type == kTypeSingle) return {};  // NULL
     if (!std::isfinite(value))
         return statusOf(kStatusValueOutOfRange,
                         strprintf("The value %g for column [%s] of table [%s] is not a finite number.", value,
@@ -283,6 +287,7 @@ QVariant storeValue(const table_record& record, int col) {
     switch (record.def().fields()[static_cast<size_t>(col)].type) {
         case kTypeSingle:
         case kTypeDouble:
+            if (record.isMissing(col)) return QVariant(QMetaType(QMetaType::Double));  // NULL
             return QVariant(record.number(col));
         case kTypeBit:
             return QVariant(static_cast<qlonglong>(record.number(col) != 0.0 ? 1 : 0));

@@ -336,6 +336,25 @@ const catalogue_entry kCatalogue[] = {
      "INTEGER: ID, Job, Task; TEXT(1000): Folder; TEXT(24): Submitted; TEXT(255): Host",
      row_owner::record_local,
      "ID"},
+    // Values of the model's input files that no column above holds, kept so
+    // that a run directory written back carries every value it was read with:
+    // per control record (File "fix.100", "site.100", "sitepar.in") ...
+    {"Kept Values",
+     "Primary",
+     {"ID", "File", "Name"},
+     "INTEGER: ID; TEXT(20): File; TEXT(40): Name; SINGLE: Value",
+     row_owner::record,
+     "ID"},
+    // ... and per management option (File "crop.100", ...; Option its name).
+    {"Kept Option Values",
+     "Primary",
+     {"File", "Option", "Name"},
+     "TEXT(20): File; TEXT(255): Option; TEXT(40): Name; SINGLE: Value",
+     row_owner::option,
+     "Option"},
+    // Further files a set-up's schedule needs beside it (nscale.dat and the
+    // like), stored with the record and written into its run directory.
+    {"Record Files", "Primary", {"ID", "Name"}, "INTEGER: ID; TEXT(80): Name; MEMO: Content", row_owner::record, "ID"},
 };
 
 static_assert(sizeof kCatalogue / sizeof kCatalogue[0] == kTableCount);
@@ -365,6 +384,11 @@ const char* tableName(table_id id) { return kCatalogue[static_cast<int>(id)].nam
 table_owner tableOwner(table_id id) {
     const catalogue_entry& entry = kCatalogue[static_cast<int>(id)];
     return {entry.owner, entry.ownerColumn ? entry.ownerColumn : ""};
+}
+
+bool keepsMissingValues(table_id id) {
+    return id == table_id::output || id == table_id::output_annual || id == table_id::output_monthly ||
+           id == table_id::output_daily || id == table_id::output_soil_layers;
 }
 
 const database_maker_table& tableDef(table_id id) {

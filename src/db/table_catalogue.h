@@ -34,6 +34,9 @@ enum class table_id : int {
     record_changes,
     run_history,
     slurm_submissions,
+    kept_values,
+    kept_option_values,
+    record_files,
     count
 };
 
@@ -57,5 +60,7 @@ const char* tableName(table_id id);
 // The full description (columns, types, sizes, keys) of one table.
 const database_maker_table& tableDef(table_id id);
 table_owner tableOwner(table_id id);
+// The output tables: their SINGLE columns keep a missing value (NULL) apart from 0.
+bool keepsMissingValues(table_id id);
 
 }  // namespace sb

@@ -77,8 +77,24 @@ void table_record::clear() {
     for (auto& text : texts_) text.clear();
 }
 
+bool table_record::isMissing(int col) const { return std::isnan(numbers_[static_cast<size_t>(col)]); }
+
+void table_record::setMissing(int col) {
+    numbers_[static_cast<size_t>(col)] = std::numeric_limits<double>::quiet_NaN();
+}
+
+void table_record::setValuesMissing() {
+    for (int col = 0; col < columnCount(); ++col)
+        if (def_->fields()[static_cast<size_t>(col)].type == kTypeSingle) setMissing(col);
+}
+
 bool table_record::operator==(const table_record& other) const {
-    return table_ == other.table_ && numbers_ == other.numbers_ && texts_ == other.texts_;
+    if (table_ != other.table_ || texts_ != other.texts_ || numbers_.size() != other.numbers_.size()) return false;
+    // Two missing values are the same (NaN never equals itself).
+    for (size_t i = 0; i < numbers_.size(); ++i)
+        if (numbers_[i] != other.numbers_[i] && !(std::isnan(numbers_[i]) && std::isnan(other.numbers_[i])))
+            return false;
+    return true;
 }
 
 }  // namespace sb

@@ -37,6 +37,13 @@ public:
     float single(int col) const { return static_cast<float>(number(col)); }
     int32_t integer(int col) const { return static_cast<int32_t>(number(col)); }
     bool flag(int col) const { return number(col) == kBitTrue; }
+    // A value a model output did not give (a name its list utility did not know):
+    // stored as NULL in the tables that keep missing values (keepsMissingValues),
+    // shown and exported as empty, never as 0.
+    bool isMissing(int col) const;
+    void setMissing(int col);
+    // Every SINGLE column missing (the keys and other columns stay as they are).
+    void setValuesMissing();
     void setFlag(int col, bool on) { setNumber(col, on ? kBitTrue : 0.0); }
 
     // Text columns only (isText(col)); kept compact because output rows have none.

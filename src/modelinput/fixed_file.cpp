@@ -1,146 +1,18 @@
 #include "modelinput/fixed_file.h"
 
-#include <array>
 #include <cctype>
 #include <cmath>
+#include <map>
 
 #include "app/text_format.h"
 #include "modelinput/parameter_names.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/soil_site_names.h"
 #include "app/text_file.h"
 #include "paramfile/field_setter.h"
 #include "paramfile/value_line_writer.h"
 
 namespace sb {
-
-namespace {
-
-constexpr int kLayerSlots = 10;
-// The daily release's own layer structure, whatever the soil.
-constexpr std::array<int, kLayerSlots> kDiurnaLayerDepths{10, 20, 15, 15, 30, 30, 30, 30, 30, 30};
-
-bool isMonthlyRelease45(int version) { return version >= 3 && version <= 5; }
-
-// Value lines of the Control Records row. `line` is the name the model reads,
-// `column` the base of the row's column names when they differ.
-class fixed_lines {
-public:
-    fixed_lines(std::string& out, const TelluraControlRecords& row) : out_(out), row_(row) {}
-
-    void real(const char* line, const char* column = nullptr) {
-        writeReal(out_, row_.number(column ? column : line), line);
-    }
-    void reals(std::initializer_list<const char*> lines) {
-        for (const char* line : lines) real(line);
-    }
-    void indexed(const char* line, int n, const char* column = nullptr) {
-        for (int i = 1; i <= n; ++i) writeElement(out_, row_.number(subscripted(column ? column : line, i)), line, i);
-    }
-    void indexedGroup(std::initializer_list<std::pair<const char*, int>> arrays) {
-        for (const auto& [line, n] : arrays) indexed(line, n);
-    }
-    void rowOrder(const char* line, int rows, int cols, const char* column = nullptr) {
-        for (int i = 1; i <= rows; ++i)
-            for (int j = 1; j <= cols; ++j) element2(line, column, i, j);
-    }
-    void columnOrder(const char* line, int rows, int cols, const char* column = nullptr) {
-        for (int j = 1; j <= cols; ++j)
-            for (int i = 1; i <= rows; ++i) element2(line, column, i, j);
-    }
-
-private:
-    void element2(const char* line, const char* column, int i, int j) {
-        writeElement(out_, row_.number(subscripted(column ? column : line, i, j)), line, i, j);
-    }
-    std::string& out_;
-    const TelluraControlRecords& row_;
-};
-
-void appendSoilLayers(std::string& out, const char* name, const TelluraSoils* soil, bool depths, int version) {
-    for (int layer = 1; layer <= kLayerSlots; ++layer) {
-        double value = 0.0;
-        if (depths && version == 4) value = kDiurnaLayerDepths[static_cast<size_t>(layer - 1)];
-        else if (soil) value = soilLayerValue(*soil, name, layer);
-        writeElement(out, value, name, layer);
-    }
-}
-
-void appendDecomposition(std::string& out, fixed_lines& lines, const TelluraControlRecords& row, int version) {
-    lines.reals({"BGPPA", "BGPPB"});
-    lines.indexed("CO2PPM", 2);
-    writeSmallInt(out, static_cast<int>(row.number("CO2RMP")), "CO2RMP");
-    lines.rowOrder("DAMR", 2, 3);
-    lines.indexed("DAMRMN", 3);
-    lines.indexedGroup({{"DEC1", 2}, {"DEC2", 2}, {"DEC3", 2}});
-    lines.real("DEC4", "Dec4");
-    if (version == 4 || version == 5) lines.indexed("DEC5", 2);
-    else lines.real("DEC5", "Dec5");
-    lines.reals({"DECK5", "DLIGDF", "DRESP", "EDEPTH", "ELITST", "ENRICH"});
-    if (version != 4) lines.real("FAVAIL(1)");
-    lines.reals({"FAVAIL(3)", "FAVAIL(4)", "FAVAIL(5)", "FAVAIL(6)"});
-    lines.indexedGroup({{"FLEACH", 5}, {"FWLOSS", 4}});
-    lines.reals({"FXMCA", "FXMCB", "FXMXS", "FXNPB", "GREMB"});
-    writeSmallInt(out, static_cast<int>(row.number("IDEF")), "IDEF");
-    lines.indexed("LHZF", 3);
-    lines.reals({"MINLCH", "NSNFIX", "NTSPM"});
-    lines.indexedGroup({{"OMLECH", 3}, {"P1CO2A", 2}, {"P1CO2B", 2}});
-    // The older releases read one P2CO2; they get the second element.
-    if (version == 4 || version == 5) lines.indexed("P2CO2", 2);
-    else lines.real("P2CO2", "P2CO2(2)");
-    lines.reals({"P3CO2", "PABRES"});
-    if (version == 5) {
-        lines.rowOrder("PCEMIC1", 3, 3, "PCEMIC");
-        lines.rowOrder("PCEMIC2", 3, 3);
-    } else if (version != 4) {
-        lines.rowOrder("PCEMIC", 3, 3);
-    }
-}
-
-void appendProductionAndTemperature(std::string& out, fixed_lines& lines, const TelluraControlRecords& row,
-                                    int version) {
-    lines.reals({"PEFTXA", "PEFTXB"});
-    lines.indexedGroup({{"PHESP", 4}, {"PLIGST", 2}, {"PMCO2", 2}, {"PMNSEC", 3}});
-    lines.reals({"PMNTMP", "PMXBIO", "PMXTMP"});
-    lines.indexedGroup({{"PPARMN", 3}, {"PPRPTS", 3}, {"PS1CO2", 2}, {"PS1S3", 2}, {"PS2S3", 2}, {"PSECMN", 3}});
-    if (isMonthlyRelease45(version)) lines.reals({"PSECOC1", "PSECOC2"});
-    else lines.real("PSECOC", "PSECOC1");
-    lines.columnOrder("RAD1P", 3, 3);
-    lines.indexed("RCESTR", 3);
-    lines.reals({"RICTRL", "RIINT", "RSPLIG", "SEED"});
-    lines.indexedGroup({{"SPL", 2}, {"STRMAX", 2}});
-    // TEXEPP(1) is kept as a yes/no flag.
-    writeElement(out, row.flag(row.column("TEXEPP(1)")) ? 1.0 : 0.0, "TEXEPP", 1);
-    for (int i = 2; i <= 5; ++i) writeElement(out, row.number(subscripted("TEXEPP", i)), "TEXEPP", i);
-    lines.reals({"TEXESP(1)", "TEXESP(3)"});
-    int form = temperatureForm(row);
-    if (form == 1) {
-        lines.real("TMAX");
-    } else {
-        lines.reals({"TEFF(1)", "TEFF(2)", "TEFF(3)"});
-        if (isMonthlyRelease45(version) || form == 3) lines.real("TEFF(4)");
-    }
-    lines.indexed("TMELT", 2);
-    if (form == 1) lines.reals({"TOPT", "TSHL", "TSHR"});
-}
-
-void appendMatrices(fixed_lines& lines, int version) {
-    if (version == 4) {
-        lines.columnOrder("VARAT11", 3, 3);
-        lines.columnOrder("VARAT12", 3, 3);
-    } else {
-        lines.columnOrder("VARAT1", 3, 3, "VARAT12");
-        if (version != 5) lines.columnOrder("VARAT2", 3, 3, "VARAT22");
-    }
-    if (version == 4 || version == 5) {
-        lines.columnOrder("VARAT21", 3, 3);
-        lines.columnOrder("VARAT22", 3, 3);
-    }
-    lines.columnOrder("VARAT3", 3, 3);
-    lines.reals({"VLOSSE", "VLOSSG"});
-    if (version == 1) lines.real("XEFCLTEF");
-}
-
-}  // namespace
 
 int temperatureForm(const TelluraControlRecords& row) {
     bool teffZero = true;
@@ -149,25 +21,25 @@ int temperatureForm(const TelluraControlRecords& row) {
     return row.number("TEFF(4)") != 0.0 ? 3 : 2;
 }
 
-std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil) {
-    std::string out;
-    out.reserve(12288);
-    fixed_lines lines(out, row);
-    out += "X     Fixed_values\n";
-    appendSoilLayers(out, "ADEP", soil, true, version);
-    lines.reals({"AGPPA", "AGPPB"});
-    lines.indexed("ANEREF", 3);
-    lines.real("ANIMPT");
-    appendSoilLayers(out, "AWTL", soil, false, version);
-    appendDecomposition(out, lines, row, version);
-    appendProductionAndTemperature(out, lines, row, version);
-    appendMatrices(lines, version);
+std::string fixedFileText(const record_sources& sources, std::string& errors) {
+    std::string out = "X     Fixed_values\n";
+    appendParameterFile(out, sources, kFixedFile, errors);
     return out;
 }
 
-bool writeFixedFile(const tellura_control_record& record, int version, const std::string& path,
-                    const tellura_soil_list& soils) {
-    return writeTextFile(path, fixedFileText(record.row, version, soils.find(record.soilId())));
+std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil) {
+    tellura_control_record record;
+    record.row = row;
+    std::string ignored;
+    return fixedFileText({record, soil, nullptr, shippedReleaseProfile(version)}, ignored);
+}
+
+bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
+                    const tellura_soil_list& soils, std::string& errors) {
+    std::string problems;
+    std::string text = fixedFileText({record, soils.find(record.soilId()), nullptr, profile}, problems);
+    errors += problems;
+    return problems.empty() && writeTextFile(path, text);
 }
 
 // ---------------------------------------------------------------------------
@@ -297,27 +169,48 @@ void store(TelluraControlRecords& row, const std::string& column, double value) 
 
 }  // namespace
 
-bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
-                             std::string& messages) {
-    if (name.empty()) return false;
+namespace {
+
+// The field a name sets for a version: `found` when some field takes the name
+// (an out-of-range subscript included, which the setter has reported), and
+// the column it goes to when the subscripts are in range.
+struct fixed_match {
+    bool found = false;
+    std::string column;
+};
+
+fixed_match matchFixedName(std::string_view name, int version, std::string& messages) {
+    if (name.empty()) return {};
     char group = static_cast<char>(std::toupper(static_cast<unsigned char>(name.front())));
-    if (group < 'A' || group > 'X') return false;
-    field_setter set(name, value, messages);
+    if (group < 'A' || group > 'X') return {};
+    field_setter set(name, 0.0, messages);
     for (const fixed_field& field : kFixedFields) {
         if (std::toupper(static_cast<unsigned char>(field.name[0])) != group) continue;
         if ((field.versions & only(version)) == 0) continue;
         if (field.rows == 0) {
             if (!iequals(name, field.name)) continue;
-            store(row, field.column, value);
-            return true;
+            return {true, field.column};
         }
         int index =
             field.cols == 0 ? set.locate1(field.name, field.rows) : set.locate2(field.name, field.rows, field.cols);
         if (index == field_setter::kNoMatch) continue;
-        if (index >= 0) store(row, columnOf(field, index), value);
-        return true;
+        return {true, index >= 0 ? columnOf(field, index) : std::string()};
     }
-    return false;
+    return {};
+}
+
+}  // namespace
+
+std::string fixedParameterColumn(std::string_view name, int version) {
+    std::string ignored;
+    return matchFixedName(name, version, ignored).column;
+}
+
+bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
+                             std::string& messages) {
+    fixed_match match = matchFixedName(name, version, messages);
+    if (!match.column.empty()) store(row, match.column, value);
+    return match.found;
 }
 
 bool setParameterByName(std::string_view name, double value, TelluraControlRecords& row, TelluraSoils* soil,
@@ -328,11 +221,12 @@ bool setParameterByName(std::string_view name, double value, TelluraControlRecor
     return setFixedParameterByName(row, name, value, version, messages);
 }
 
-bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
-                     std::string& messages) {
+bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil,
+                     const release_profile& profile, std::string& messages) {
     std::string text;
     if (!readTextFile(path, text, messages, strprintf("ERROR, can't open file %s.\n", path.c_str()))) return false;
     std::vector<std::string> lines = splitLines(text);
+    std::map<std::string, size_t> seen;  // names read so far, and their lines
     bool ok = true;
     for (size_t i = 1; i < lines.size(); ++i) {  // the first line is the title
         std::string_view line = lines[i];
@@ -347,15 +241,33 @@ bool importFixedFile(tellura_control_record& record, const std::string& path, Te
         // The model's own files quote their names: 'ADEP(1)'.
         while (!name.empty() && name.front() == '\'') name.erase(0, 1);
         while (!name.empty() && name.back() == '\'') name.pop_back();
+        if (name.empty()) continue;
+        auto [first, added] = seen.emplace(canonicalParameterName(name), i + 1);
+        if (!added) {
+            appendf(messages,
+                    "ERROR, \"%s\" line %zu: \"%s\" is given twice (first on line %zu); the second value is "
+                    "not used.\n",
+                    path.c_str(), i + 1, name.c_str(), first->second);
+            ok = false;
+            continue;
+        }
         if (!std::isfinite(value))
             appendf(messages, "ERROR, value \"%s\" is not a number.\n", std::string(trim(line.substr(0, 12))).c_str());
-        else setParameterByName(name, value, record.row, soil, nullptr, version, messages);
+        else
+            importProfileValue(record, &profile, kFixedFile, name, value, [&] {
+                return setParameterByName(name, value, record.row, soil, nullptr, profile.version, messages);
+            });
         if (messages.size() == messagesBefore) continue;
         appendf(messages, "File: \"%s\", line %zu\n", path.c_str(), i + 1);
         ok = false;
     }
     appendf(messages, "Imported fixed data from \"%s\"\n", path.c_str());
     return ok;
+}
+
+bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
+                     std::string& messages) {
+    return importFixedFile(record, path, soil, shippedReleaseProfile(version), messages);
 }
 
 }  // namespace sb

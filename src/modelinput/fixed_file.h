@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/release_profile.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
@@ -19,12 +20,20 @@ namespace sb {
 // not, TEFF(4) when it is non-zero.
 int temperatureForm(const TelluraControlRecords& row);
 
-// The text of the fixed file for a version; a missing soil writes zero depths
+struct record_sources;
+
+// The text of the fixed file under a release profile: its title line, then
+// the profile's [fix.100] lines. Missing values are reported (naming the
+// profile line) and their lines left out.
+std::string fixedFileText(const record_sources& sources, std::string& errors);
+// The same for a Control Records row alone under the version's shipped
+// profile (the file as Soilbench writes it); a missing soil writes zero depths
 // and weights (version 4 writes its own fixed depths anyway).
 std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil);
-// False when the file cannot be written (nothing is reported here).
-bool writeFixedFile(const tellura_control_record& record, int version, const std::string& path,
-                    const tellura_soil_list& soils);
+// False when a value is missing or the file cannot be written (the latter is
+// not reported here).
+bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
+                    const tellura_soil_list& soils, std::string& errors);
 
 // A fixed parameter by its file name with the version's rules (DEC5, P2CO2,
 // PCEMIC/PCEMIC1, PSECOC1/PSECOC2, the VARAT matrices, TEXEPP(1) as a flag).
@@ -32,17 +41,28 @@ bool writeFixedFile(const tellura_control_record& record, int version, const std
 bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
                              std::string& messages);
 
+// The Control Records column a fixed file name is read into (and written
+// from) for a version, by the same rules; "" when no fixed parameter has it.
+std::string fixedParameterColumn(std::string_view name, int version);
+
 // Routes a name to the station (climate names, when a station is given: any
 // other name is then not found), then to the soil (when given), then to the
 // fixed parameters.
 bool setParameterByName(std::string_view name, double value, TelluraControlRecords& row, TelluraSoils* soil,
                         TelluraWeatherStations* station, int version, std::string& messages);
 
-// Reads a fixed file: the title line is passed over, "*" lines are comments,
-// an empty line ends it; the value is in the first 12 characters, the name
-// from the 15th on. "ERROR, can't open file %s.\n" when it cannot be opened.
-// Every message a line gives is followed by "File: \"<path>\", line <n>\n", and
-// the result is then false (the values of the other lines are still read).
+// Reads a fixed file under a release profile: the title line is passed over,
+// "*" lines are comments, an empty line ends it; the value is in the first 12
+// characters, the name from the 15th on. Each value goes to its place for the
+// profile's version; a name of a "keep" line, and a name no place takes, is
+// kept with the record. "ERROR, can't open file %s.\n" when it cannot be
+// opened; a name given twice is reported with its line and fails the import.
+// Every other message a line gives is followed by "File: \"<path>\", line
+// <n>\n", and the result is then false (the values of the other lines are
+// still read).
+bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil,
+                     const release_profile& profile, std::string& messages);
+// The same under the version's shipped profile.
 bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
                      std::string& messages);
 

@@ -1,9 +1,12 @@
 #include "modelinput/run_directory.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "app/text_format.h"
+#include "app/release_profile_catalogue.h"
 #include "modelinput/fixed_file.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/schedule_file.h"
 #include "modelinput/site_file.h"
 #include "app/text_file.h"
@@ -44,17 +47,6 @@ constexpr std::array<daily_output_file, kDailyOutputFileCount> kDailyOutputFiles
     {"summary.out", "daily climate, trace gas, and CO resp"},
 }};
 
-// Row 12 of the monthly releases' selection.
-constexpr daily_output_file kMonthlyRespiration{"mresp.out", "weekly maintenance respiration"};
-constexpr int kRespirationRow = 12;
-constexpr int kMonthlyRowCount = 18;
-
-// The ten option files in the order they are written.
-constexpr std::array<option_kind, kOptionKindCount> kOptionFileOrder{
-    option_kind::crop,         option_kind::cultivation, option_kind::harvest, option_kind::graze,
-    option_kind::irrigation,   option_kind::fertilizer,  option_kind::omad,    option_kind::tree,
-    option_kind::tree_removal, option_kind::fire};
-
 void checkRunDirectory(const std::string& directory, std::string& errors) {
     std::error_code error;
     std::filesystem::path folder = directory.empty() ? std::filesystem::path(".") : std::filesystem::path(directory);
@@ -69,25 +61,51 @@ bool reportUnwritten(bool written, const std::string& path, std::string& errors)
     return written;
 }
 
-bool writeOptionFiles(const option_lists& options, const std::string& directory, int version, std::string& errors) {
-    bool ok = true;
-    for (option_kind kind : kOptionFileOrder)
-        ok = options.list(kind).write(directory + optionMember(kind).runFile, errors, version) && ok;
-    return ok;
+// A writer that reports missing values but not a file it could not write.
+template <class Write>
+bool writeParameterFile(const std::string& path, std::string& errors, Write write) {
+    std::string problems;
+    bool written = write(problems);
+    bool valuesMissing = problems.find("ERROR") != std::string::npos;
+    errors += problems;
+    return valuesMissing ? false : reportUnwritten(written, path, errors);
 }
 
-bool writeDailyFiles(const tellura_control_record& record, const std::string& directory,
-                     const outfile_flags& outfileSelected, const tellura_soil_list& soils, std::string& errors) {
+bool writeDailyFiles(const record_sources& sources, const std::string& directory, const outfile_flags& outfileSelected,
+                     std::string& errors) {
     bool ok = true;
-    if (const TelluraSoils* soil = soils.find(record.soilId())) {
-        ok = writeSoilsIn(*soil, soil->layerDepths(), directory + "soils.in", errors);
+    if (sources.soil) {
+        ok = writeSoilsIn(*sources.soil, sources.soil->layerDepths(), directory + "soils.in", errors);
     } else {
-        appendf(errors, "ERROR, can't find soil, ID=%ld SoilID=%ld.\n", static_cast<long>(record.id()),
-                static_cast<long>(record.soilId()));
+        appendf(errors, "ERROR, can't find soil, ID=%ld SoilID=%ld.\n", static_cast<long>(sources.record.id()),
+                static_cast<long>(sources.record.soilId()));
         ok = false;
     }
-    ok = writeSitepar(record.site, directory + "sitepar.in", 4, errors) && ok;
-    return writeOutfiles(directory + "outfiles.in", 4, outfileSelected, errors) && ok;
+    ok = writeSitepar(sources, directory + "sitepar.in", errors) && ok;
+    return writeOutfiles(directory + "outfiles.in", sources.profile, outfileSelected, errors) && ok;
+}
+
+// The files the record keeps beside its schedule, and those the release
+// needs for the record's options (nscale.dat for N input scaling): a needed
+// file the record does not hold would stop the model, so it fails here.
+bool writeRecordFiles(const tellura_control_record& record, const release_profile& profile,
+                      const std::string& directory, std::string& errors) {
+    bool ok = true;
+    for (const record_file& file : record.files)
+        ok = reportUnwritten(writeTextFile(directory + file.name, file.content), directory + file.name, errors) && ok;
+    for (const profile_extra_file& extra : profile.extraFiles) {
+        if (record.row.number(extra.column) != extra.value) continue;
+        bool held = std::any_of(record.files.begin(), record.files.end(),
+                                [&](const record_file& file) { return iequals(file.name, extra.file); });
+        if (held) continue;
+        appendf(errors,
+                "ERROR, record %ld sets %s to %g, for which %s needs the file \"%s\" beside the schedule; the "
+                "record holds no such file (import it with the set-up's run files).\n",
+                static_cast<long>(record.id()), extra.column.c_str(), extra.value, profile.where(0).c_str(),
+                extra.file.c_str());
+        ok = false;
+    }
+    return ok;
 }
 
 }  // namespace
@@ -107,26 +125,53 @@ const char* scheduleFileName(int version) {
 
 const char* fixedFileName(int version) { return version == 6 ? "sbfix.100" : "fix.100"; }
 
-bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
-                         const outfile_flags& outfileSelected, const option_lists& options,
-                         const tellura_soil_list& soils, const tellura_weather_station_list& stations,
-                         std::string& errors) {
+bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
+                         const std::string& modelExecutable, const outfile_flags& outfileSelected,
+                         const option_lists& options, const tellura_soil_list& soils,
+                         const tellura_weather_station_list& stations, std::string& errors) {
+    const int version = profile.version;
     const std::string directory = runDirectoryOf(modelExecutable);
     checkRunDirectory(directory, errors);
     bool ok = true;
     if (version == 6) ok = reportUnwritten(writeIni(directory + "sb.ini"), directory + "sb.ini", errors);
     const std::string fixedPath = directory + fixedFileName(version);
-    ok = reportUnwritten(writeFixedFile(record, version, fixedPath, soils), fixedPath, errors) && ok;
+    ok = writeParameterFile(
+             fixedPath, errors,
+             [&](std::string& problems) { return writeFixedFile(record, profile, fixedPath, soils, problems); }) &&
+         ok;
     const std::string sitePath = directory + "sbsite.100";
-    ok = reportUnwritten(writeSiteFile(record, version, sitePath, soils, stations, errors), sitePath, errors) && ok;
+    ok = writeParameterFile(sitePath, errors,
+                            [&](std::string& problems) {
+                                return writeSiteFile(record, profile, sitePath, soils, stations, problems);
+                            }) &&
+         ok;
     const std::string schedulePath = directory + scheduleFileName(version);
     ok = reportUnwritten(writeScheduleFile(record, options.list(option_kind::crop), options.list(option_kind::tree),
-                                           version, schedulePath, directory, stations, errors),
+                                           profile, schedulePath, directory, stations, errors),
                          schedulePath, errors) &&
          ok;
-    ok = writeOptionFiles(options, directory, version, errors) && ok;
-    if (version == 4) ok = writeDailyFiles(record, directory, outfileSelected, soils, errors) && ok;
-    return ok;
+    ok = options.writeRunFiles(directory, profile, errors) && ok;
+    if (version == kDailyStepVersion) {
+        const record_sources sources{record, soils.find(record.soilId()), stations.find(record.weatherId()), profile};
+        ok = writeDailyFiles(sources, directory, outfileSelected, errors) && ok;
+    }
+    return writeRecordFiles(record, profile, directory, errors) && ok;
+}
+
+bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
+                         const outfile_flags& outfileSelected, const option_lists& options,
+                         const tellura_soil_list& soils, const tellura_weather_station_list& stations,
+                         std::string& errors) {
+    const release_profile& profile = shippedReleaseProfile(version);
+    if (profile.name.empty()) {
+        appendf(errors, "ERROR, no release profile \"%s\" is installed for version %d.\n",
+                defaultReleaseProfileName(version), version);
+        release_profile bare = profile;
+        bare.version = version;
+        prepareRunDirectory(record, bare, modelExecutable, outfileSelected, options, soils, stations, errors);
+        return false;
+    }
+    return prepareRunDirectory(record, profile, modelExecutable, outfileSelected, options, soils, stations, errors);
 }
 
 bool writeIni(const std::string& path) {
@@ -139,20 +184,19 @@ bool writeIni(const std::string& path) {
                          "ProjectPathsCount=0\r\n");
 }
 
-std::string outfilesText(int version, const outfile_flags& flags) {
-    std::string out = "Output (0/1)  file_name         description\n";
-    int rows = version == 4 ? kDailyOutputFileCount : kMonthlyRowCount;
-    for (int row = 1; row <= rows; ++row) {
-        daily_output_file entry = kDailyOutputFiles[static_cast<size_t>(row - 1)];
-        if (row == kRespirationRow && version != 4) entry = kMonthlyRespiration;
-        appendf(out, "%d             %-18s# %s\n", flags[static_cast<size_t>(row - 1)] ? 1 : 0, entry.file,
-                entry.description);
+std::string outfilesText(const release_profile& profile, const outfile_flags& flags) {
+    std::string out = profile.outfilesHeader + "\n";
+    for (const profile_outfile_row& row : profile.outfiles) {
+        bool on =
+            row.setting >= 1 && row.setting <= kDailyOutputFileCount && flags[static_cast<size_t>(row.setting - 1)];
+        appendf(out, "%d             %-18s# %s\n", on ? 1 : 0, row.file.c_str(), row.description.c_str());
     }
     return out;
 }
 
-bool writeOutfiles(const std::string& path, int version, const outfile_flags& flags, std::string& errors) {
-    if (!writeTextFile(path, outfilesText(version, flags))) {
+bool writeOutfiles(const std::string& path, const release_profile& profile, const outfile_flags& flags,
+                   std::string& errors) {
+    if (!writeTextFile(path, outfilesText(profile, flags))) {
         appendf(errors, "ERROR, unable to open 'outfiles' file \"%s\".\n", path.c_str());
         return false;
     }

@@ -7,6 +7,7 @@
 #include <array>
 #include <string>
 
+#include "app/release_profile.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -33,8 +34,16 @@ const char* scheduleFileName(int version);
 // "sbfix.100" for release 6, "fix.100" otherwise.
 const char* fixedFileName(int version);
 
-// Writes every file, appending problems to `errors`; one failing file does not
-// stop the others. False when any file could not be written.
+// Writes every file for a release profile (its version decides which files),
+// appending problems to `errors`; one failing file does not stop the others.
+// False when any file could not be written or a value a profile line needs is
+// missing; also when the profile needs a file beside the schedule that the
+// record does not hold.
+bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
+                         const std::string& modelExecutable, const outfile_flags& outfileSelected,
+                         const option_lists& options, const tellura_soil_list& soils,
+                         const tellura_weather_station_list& stations, std::string& errors);
+// The same with the version's shipped profile (the files as Soilbench writes them).
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
                          const outfile_flags& outfileSelected, const option_lists& options,
                          const tellura_soil_list& soils, const tellura_weather_station_list& stations,
@@ -42,8 +51,9 @@ bool prepareRunDirectory(const tellura_control_record& record, int version, cons
 
 // "sb.ini" with CR LF line ends; nothing is reported when it cannot be created.
 bool writeIni(const std::string& path);
-// "outfiles.in": header and one row per file (rows 19..28 only for version 4).
-bool writeOutfiles(const std::string& path, int version, const outfile_flags& flags, std::string& errors);
-std::string outfilesText(int version, const outfile_flags& flags);
+// "outfiles.in": the profile's header and rows, each switched on by its setting.
+bool writeOutfiles(const std::string& path, const release_profile& profile, const outfile_flags& flags,
+                   std::string& errors);
+std::string outfilesText(const release_profile& profile, const outfile_flags& flags);
 
 }  // namespace sb

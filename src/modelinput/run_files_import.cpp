@@ -5,7 +5,9 @@
 #include <map>
 
 #include "app/text_format.h"
+#include "app/text_file.h"
 #include "modelinput/fixed_file.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/run_directory.h"
 #include "modelinput/schedule_file.h"
 #include "modelinput/site_file.h"
@@ -58,9 +60,25 @@ void readWeather(const std::string& directory, const schedule_references& refere
     }
 }
 
-void readDailyFiles(const std::string& directory, imported_run& run, std::string& messages) {
+void readDailyFiles(const std::string& directory, const release_profile& profile, imported_run& run,
+                    std::string& messages) {
     importSoilLayerFile(run.soil, joinPath(directory, "soils.in"), messages);
-    importSitepar(joinPath(directory, "sitepar.in"), run.record, messages);
+    importSitepar(joinPath(directory, "sitepar.in"), run.record, profile, messages);
+}
+
+// The files the profile's release needs beside the schedule, as the set-up has them.
+void readExtraFiles(const std::string& directory, const release_profile& profile, imported_run& run,
+                    std::string& messages) {
+    for (const profile_extra_file& extra : profile.extraFiles) {
+        record_file file{extra.file, {}};
+        const std::string path = joinPath(directory, extra.file);
+        std::error_code ec;
+        if (!std::filesystem::exists(path, ec)) continue;  // a schedule that does not name it
+        if (!readTextFile(path, file.content, messages, strprintf("ERROR, can't open file \"%s\".\n", path.c_str())))
+            continue;
+        run.record.files.push_back(std::move(file));
+        appendf(messages, "Kept \"%s\" with the record.\n", extra.file.c_str());
+    }
 }
 
 // The description of a record whose schedule does not name it: the site
@@ -105,8 +123,9 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
 
 }  // namespace
 
-bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
-                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+bool readRunFiles(const std::string& directory, const std::string& scheduleFile, const release_profile& profile,
+                  int32_t recordId, int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+    const int version = profile.version;
     run.record.setId(recordId);
     run.soil.setSoilId(soilId);
     run.soil.setName(strprintf("Imported from %s", scheduleFile.c_str()).substr(0, 50));
@@ -116,28 +135,46 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
     run.record.row.setNumber("Weather ID", stationId);
     run.record.row.setText("Description", "");  // the schedule's "#ID" line may name the set-up
 
-    importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, version, messages);
+    bool ok = importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, profile, messages);
     schedule_references references;
-    if (!readScheduleFile(joinPath(directory, scheduleFile), version, run.record, references, messages)) return false;
+    if (!readScheduleFile(joinPath(directory, scheduleFile), profile, run.record, references, messages)) return false;
     if (references.siteFile.empty()) messages += "ERROR, the schedule names no site file.\n";
-    else importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages);
+    else
+        ok = importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages,
+                            &profile) &&
+             ok;
     if (run.record.description().empty())
         run.record.row.setText("Description", describeRun(joinPath(directory, references.siteFile), scheduleFile));
     std::string status;
-    run.options.importRunFiles(directory, messages, status);
+    ok = run.options.importRunFiles(directory, messages, status) && ok;
     messages += status;
-    if (version == 4) readDailyFiles(directory, run, messages);
+    if (version == kDailyStepVersion) readDailyFiles(directory, profile, run, messages);
     readWeather(directory, references, version, run, messages);
-    return true;
+    readExtraFiles(directory, profile, run, messages);
+    return ok;
 }
 
-bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
-                    int32_t newId, std::string& errors) {
+bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
+                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+    return readRunFiles(directory, scheduleFile, shippedReleaseProfile(version), recordId, soilId, stationId, run,
+                        messages);
+}
+
+std::string scheduledSiteFile(const std::string& directory, const std::string& scheduleFile, int version) {
+    tellura_control_record scratch;
+    schedule_references references;
+    std::string ignored;
+    readScheduleFile(joinPath(directory, scheduleFile), version, scratch, references, ignored);
+    return references.siteFile;
+}
+
+bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile,
+                    const release_profile& profile, int32_t newId, std::string& errors) {
     imported_run run;
     run.options.loadAll(db, errors);
     // Read and check every file first: a directory with any error stores nothing.
     const size_t messagesBefore = errors.size();
-    if (!readRunFiles(directory, scheduleFile, version, newId, nextFreeSoilId(db, newId), nextFreeStationId(db, newId),
+    if (!readRunFiles(directory, scheduleFile, profile, newId, nextFreeSoilId(db, newId), nextFreeStationId(db, newId),
                       run, errors))
         return false;
     if (hasErrorMessage(std::string_view(errors).substr(messagesBefore))) {
@@ -145,6 +182,11 @@ bool importRunFiles(database& db, const std::string& directory, const std::strin
         return false;
     }
     return saveRun(db, run, errors);
+}
+
+bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
+                    int32_t newId, std::string& errors) {
+    return importRunFiles(db, directory, scheduleFile, shippedReleaseProfile(version), newId, errors);
 }
 
 }  // namespace sb

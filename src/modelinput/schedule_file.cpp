@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "app/name_pattern.h"
 #include "app/text_format.h"
 #include "app/text_file.h"
 #include "paramfile/value_line_writer.h"
@@ -113,15 +114,48 @@ void appendInitialCropAndTree(std::string& out, const tellura_control_record& re
     else out += "              Initial Tree\n";
 }
 
+// The releases read the interval in years by a fixed-point read: a number
+// without a decimal point has three implied decimals ("12" is 0.012 years).
+// Months as Soilbench holds them come from years as round(years * 12000) / 1000.
+double monthsOfYears(double years) { return std::round(years * 12000.0) / 1000.0; }
+
+// Years with a decimal point and as few decimals (three at least) as give the
+// months back: "1.000" for 12 months, "0.0833" for one.
+std::string yearsWithDecimalPoint(float months) {
+    const double years = months / 12.0;
+    std::string text;
+    for (int decimals = 3; decimals <= 9; ++decimals) {
+        text = strprintf("%.*f", decimals, years);
+        if (static_cast<float>(monthsOfYears(toReal(text))) == months) break;
+    }
+    return text;
+}
+
+void appendOutputInterval(std::string& out, float months, output_interval_form form) {
+    switch (form) {
+        case output_interval_form::months:
+            appendf(out, "%-5d         Output interval\n", static_cast<int>(months));
+            break;
+        case output_interval_form::years:
+            appendf(out, "%-10.5f    Output interval\n", months / 12.0);
+            break;
+        case output_interval_form::years_decimal:
+            appendf(out, "%-14sOutput interval\n", yearsWithDecimalPoint(months).c_str());
+            break;
+    }
+}
+
 void appendEvent(std::string& out, const tellura_event& event, int version, int blockNumber, std::string& errors) {
     if (version == 4) appendf(out, "%04d %03d", event.year, dayOfYear(event.month, event.day));
     else appendf(out, "%02d  %02d", event.year, event.month);
     if (event.type < 1 || event.type >= kEventExtr) return;  // kept out of runs by validation
     const char* command = eventTypeName(event.type);
     if (event.type == kEventErod) {
-        if (version == 6) appendf(out, " %s %f %f\n", command, event.parameter1, event.parameter2);
-        else if (version == 2) appendf(out, " %s\n%f\n", command, event.parameter1);
-        else appendf(out, " %s %f\n", command, event.parameter1);
+        const std::string first = exactDecimals(event.parameter1, 6);
+        if (version == 6)
+            appendf(out, " %s %s %s\n", command, first.c_str(), exactDecimals(event.parameter2, 6).c_str());
+        else if (version == 2) appendf(out, " %s\n%s\n", command, first.c_str());
+        else appendf(out, " %s %s\n", command, first.c_str());
         return;
     }
     if (!eventTypeTakesItem(event.type)) {
@@ -137,15 +171,14 @@ void appendEvent(std::string& out, const tellura_event& event, int version, int 
     appendf(out, version == 2 ? " %s\n%s\n" : " %s %s\n", command, item.c_str());
 }
 
-void appendBlock(std::string& out, const tellura_event_block& block, int number, int version, std::string& errors) {
+void appendBlock(std::string& out, const tellura_event_block& block, int number, int version,
+                 output_interval_form interval, std::string& errors) {
     appendf(out, "%-2d            Block #    %s\n", number, oneLine(block.description).c_str());
     appendf(out, "%-5d         Last year\n", block.lastYear);
     appendf(out, "%-4d          Repeats # years\n", block.repeatingYears);
     appendf(out, "%-5d         Output starting year\n", block.outputStartingYear);
     appendf(out, "%-4d          Output Month\n", block.outputMonth);
-    if (hasScalarOptions(version))
-        appendf(out, "%-5d         Output interval\n", static_cast<int>(block.outputInterval));
-    else appendf(out, "%-10.5f    Output interval\n", block.outputInterval / 12.0);
+    appendOutputInterval(out, block.outputInterval, interval);
     switch (block.weatherChoice) {
         case kWeatherMean:
             out += "M             Weather choice\n";
@@ -182,6 +215,15 @@ void monthAndDay(int dayOfYear, int& month, int& day) {
 
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
                              const tellura_input_list& trees, int version, std::string& errors) {
+    release_profile profile;
+    profile.version = version;
+    profile.interval = version >= 3 && version <= 5 ? output_interval_form::months : output_interval_form::years;
+    return scheduleFileText(record, crops, trees, profile, errors);
+}
+
+std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
+                             const tellura_input_list& trees, const release_profile& profile, std::string& errors) {
+    const int version = profile.version;
     std::string out;
     appendYearsAndOptions(out, record, version);
     if (hasScalarOptions(version)) appendScalarOptions(out, record);
@@ -189,7 +231,8 @@ std::string scheduleFileText(const tellura_control_record& record, const tellura
     appendInitialCropAndTree(out, record, crops, trees, errors);
     out += "\nYear Month Option\n";
     int number = 1;
-    for (const tellura_event_block& block : record.blocks) appendBlock(out, block, number++, version, errors);
+    for (const tellura_event_block& block : record.blocks)
+        appendBlock(out, block, number++, version, profile.interval, errors);
     return out;
 }
 
@@ -214,12 +257,12 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
 }
 
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
-                       const tellura_input_list& trees, int version, const std::string& path,
+                       const tellura_input_list& trees, const release_profile& profile, const std::string& path,
                        const std::string& runDirectory, const tellura_weather_station_list& stations,
                        std::string& errors) {
-    bool written = writeTextFile(path, scheduleFileText(record, crops, trees, version, errors));
+    bool written = writeTextFile(path, scheduleFileText(record, crops, trees, profile, errors));
     for (const tellura_weather_recorded_for_block& weather : gatherBlockWeather(record.blocks, stations, errors))
-        weather.write(weather.filePath(runDirectory), version, errors);
+        weather.write(weather.filePath(runDirectory), profile.weatherColumns, errors);
     return written;
 }
 
@@ -245,9 +288,15 @@ labelled_line splitLabelled(const std::string& line) {
 
 class schedule_reader {
 public:
-    schedule_reader(const std::string& text, const std::string& path, int version, tellura_control_record& record,
-                    schedule_references& references, std::string& errors)
-        : source_(text), path_(path), version_(version), record_(record), references_(references), errors_(errors) {}
+    schedule_reader(const std::string& text, const std::string& path, int version, output_interval_form interval,
+                    tellura_control_record& record, schedule_references& references, std::string& errors)
+        : source_(text),
+          path_(path),
+          version_(version),
+          interval_(interval),
+          record_(record),
+          references_(references),
+          errors_(errors) {}
 
     bool read() {
         if (!readHeader()) {
@@ -366,13 +415,7 @@ private:
         block.outputMonth = static_cast<uint8_t>(nextValue());
         std::string line;
         nextNonBlank(line);
-        double interval = toReal(splitLabelled(line).value);
-        // The older releases' interval is in years, written with five decimals.
-        // Releases 3 to 5 take whole months, but their own schedules often
-        // carry the year fraction (0.0833 for monthly output): a value below
-        // one month is read as years too, so the output interval survives.
-        bool inYears = !hasScalarOptions(version_) || (interval > 0.0 && interval < 1.0);
-        block.outputInterval = static_cast<float>(inYears ? std::round(interval * 12000.0) / 1000.0 : interval);
+        block.outputInterval = static_cast<float>(intervalMonths(splitLabelled(line).value));
         readWeatherChoice(block);
         return readEvents(block);
     }
@@ -429,9 +472,22 @@ private:
         return false;
     }
 
+    // The interval in months. A release that reads years gets years; the
+    // releases that read them by a fixed-point read take a number without a
+    // decimal point with three implied decimals ("12" is 0.012 years). A
+    // whole-month release's own schedules often carry the year fraction (0.0833
+    // for monthly output): a value below one month is read as years there too.
+    double intervalMonths(const std::string& text) const {
+        double value = toReal(text);
+        if (interval_ == output_interval_form::months) return value > 0.0 && value < 1.0 ? monthsOfYears(value) : value;
+        bool impliedDecimals = interval_ == output_interval_form::years_decimal && text.find('.') == std::string::npos;
+        return monthsOfYears(impliedDecimals ? value / 1000.0 : value);
+    }
+
     text_line_source source_;
     const std::string& path_;
     int version_;
+    output_interval_form interval_;
     tellura_control_record& record_;
     schedule_references& references_;
     std::string& errors_;
@@ -442,14 +498,24 @@ private:
 
 bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,
                       schedule_references& references, std::string& errors) {
-    return schedule_reader(text, path, version, record, references, errors).read();
+    output_interval_form interval =
+        hasScalarOptions(version) ? output_interval_form::months : output_interval_form::years;
+    return schedule_reader(text, path, version, interval, record, references, errors).read();
+}
+
+bool readScheduleFile(const std::string& path, const release_profile& profile, tellura_control_record& record,
+                      schedule_references& references, std::string& errors) {
+    std::string text;
+    if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
+    return schedule_reader(text, path, profile.version, profile.interval, record, references, errors).read();
 }
 
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
                       schedule_references& references, std::string& errors) {
-    std::string text;
-    if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
-    return readScheduleText(text, path, version, record, references, errors);
+    release_profile profile;
+    profile.version = version;
+    profile.interval = hasScalarOptions(version) ? output_interval_form::months : output_interval_form::years;
+    return readScheduleFile(path, profile, record, references, errors);
 }
 
 }  // namespace sb

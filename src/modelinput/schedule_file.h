@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/release_profile.h"
 #include "modelinput/weather_file.h"
 #include "paramfile/tellura_input_list.h"
 #include "records/tellura_control_record.h"
@@ -18,8 +19,12 @@ int dayOfYear(int month, int day);
 // Month and day of a day of the year in a non-leap year; days past 365 fall in December.
 void monthAndDay(int dayOfYear, int& month, int& day);
 
-// The schedule's text. Problems (an unknown initial crop or tree, an item cut
-// to 20 characters) are appended to `errors`.
+// The schedule's text for the profile's version, its output intervals in the
+// profile's form. Problems (an unknown initial crop or tree, an item cut to 20
+// characters) are appended to `errors`.
+std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
+                             const tellura_input_list& trees, const release_profile& profile, std::string& errors);
+// The same with the version's own interval form (whole months for 3 to 5, years otherwise).
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
                              const tellura_input_list& trees, int version, std::string& errors);
 
@@ -33,7 +38,7 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
 // (which ends in a separator, or is empty for the current folder). False when
 // the schedule itself cannot be written.
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
-                       const tellura_input_list& trees, int version, const std::string& path,
+                       const tellura_input_list& trees, const release_profile& profile, const std::string& path,
                        const std::string& runDirectory, const tellura_weather_station_list& stations,
                        std::string& errors);
 
@@ -48,6 +53,8 @@ struct schedule_references {
 // blocks with their events (replacing the record's). Blocks start the year
 // after the previous one ends, the first at the starting year. A block whose
 // weather file is "sb%06d.wth" gets that station ID.
+bool readScheduleFile(const std::string& path, const release_profile& profile, tellura_control_record& record,
+                      schedule_references& references, std::string& errors);
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
                       schedule_references& references, std::string& errors);
 bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,

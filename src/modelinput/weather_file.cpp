@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "app/name_pattern.h"
 #include "app/text_format.h"
 #include "app/text_file.h"
 
@@ -12,6 +13,20 @@ namespace {
 
 constexpr int kMaxCoverageWarnings = 10;
 
+// The columns the daily releases of the version table read.
+const std::vector<std::string> kDailyColumns = {"day",  "month",  "year",   "doy",    "tmax",
+                                                "tmin", "precip", "solrad", "rhumid", "windsp"};
+
+float dayValue(const weather_day_record& day, const std::string& column) {
+    if (column == "tmax") return day.tmx2m;
+    if (column == "tmin") return day.tmn2m;
+    if (column == "precip") return day.precip;
+    if (column == "solrad") return day.solrad;
+    if (column == "rhumid") return day.rhumid;
+    if (column == "windsp") return day.windsp;
+    return 0.0f;
+}
+
 // The three monthly lines of one year: a keyword, the year and twelve values,
 // missing months written as 0.00.
 template <class Member>
@@ -20,7 +35,12 @@ void appendMonthlyLine(std::string& out, const char* keyword, const weather_mont
     for (const weather_month_record& month : year.months)
         if (month.month >= 1 && month.month <= 12) values[static_cast<size_t>(month.month - 1)] = month.*member;
     appendf(out, "%s  %4d", keyword, year.year);
-    for (float value : values) appendf(out, "%7.2f", value);
+    for (float value : values) {
+        // Seven characters as a rule; a value that needs more decimals to stay
+        // exact keeps a blank before it.
+        std::string text = exactDecimals(value, 2);
+        out += text.size() < 7 ? std::string(7 - text.size(), ' ') + text : " " + text;
+    }
     out += '\n';
 }
 
@@ -32,15 +52,24 @@ void appendMonthlyText(std::string& out, const TelluraWeatherStations& station) 
     }
 }
 
-// The daily model reads day, month, year, day of year, then maximum and
-// minimum temperature, precipitation and the three extra drivers.
-void appendDailyText(std::string& out, const TelluraWeatherStations& station) {
+// One line per day, in the columns the release reads: the dates as whole
+// numbers, the values with three decimals (or more where three would not
+// give the value back).
+void appendDailyText(std::string& out, const TelluraWeatherStations& station, const std::vector<std::string>& columns) {
     for (const weather_daily_year& year : station.daily) {
         int counter = 1;  // restarts every year; a missing day shifts the later ones
         for (const weather_day_record& day : year.days) {
-            appendf(out, "%d %d %d", day.day, day.month, day.year);
-            appendf(out, " %d %.3f %.3f %.3f %.3f %.3f %.3f\n", counter++, day.tmx2m, day.tmn2m, day.precip, day.solrad,
-                    day.rhumid, day.windsp);
+            std::string line;
+            for (const std::string& column : columns) {
+                if (!line.empty()) line += ' ';
+                if (column == "day") line += std::to_string(day.day);
+                else if (column == "month") line += std::to_string(day.month);
+                else if (column == "year") line += std::to_string(day.year);
+                else if (column == "doy") line += std::to_string(counter);
+                else line += exactDecimals(dayValue(day, column), 3);
+            }
+            out += line + "\n";
+            ++counter;
         }
     }
 }
@@ -69,8 +98,9 @@ std::string tellura_weather_recorded_for_block::filePath(const std::string& runD
     return strprintf("%ssb%06d.wth", runDirectory.c_str(), station_->id);
 }
 
-bool tellura_weather_recorded_for_block::write(const std::string& path, int version, std::string& errors) const {
-    if (!writeTextFile(path, weatherFileText(*station_, version))) {
+bool tellura_weather_recorded_for_block::write(const std::string& path, const std::vector<std::string>& dailyColumns,
+                                               std::string& errors) const {
+    if (!writeTextFile(path, weatherFileText(*station_, dailyColumns))) {
         appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
         return false;
     }
@@ -81,11 +111,15 @@ std::string weatherFileName(int32_t stationId) { return strprintf("sb%06d.wth", 
 
 bool usesDailyWeather(int version) { return version == 4 || version == 6; }
 
-std::string weatherFileText(const TelluraWeatherStations& station, int version) {
+std::string weatherFileText(const TelluraWeatherStations& station, const std::vector<std::string>& dailyColumns) {
     std::string out;
-    if (usesDailyWeather(version)) appendDailyText(out, station);
+    if (!dailyColumns.empty()) appendDailyText(out, station, dailyColumns);
     else appendMonthlyText(out, station);
     return out;
+}
+
+std::string weatherFileText(const TelluraWeatherStations& station, int version) {
+    return weatherFileText(station, usesDailyWeather(version) ? kDailyColumns : std::vector<std::string>());
 }
 
 bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear, int version,

@@ -29,9 +29,10 @@ public:
 
     // "%ssb%06d.wth" with the run directory (its trailing separator included).
     std::string filePath(const std::string& runDirectory) const;
-    // Writes every year record the station holds; false (with the message) when
-    // the file cannot be created.
-    bool write(const std::string& path, int version, std::string& errors) const;
+    // Writes every year record the station holds, one line per day in these
+    // columns (a release profile's weather columns), or the monthly lines when
+    // there are none; false (with the message) when the file cannot be created.
+    bool write(const std::string& path, const std::vector<std::string>& dailyColumns, std::string& errors) const;
 
 private:
     const TelluraWeatherStations* station_;
@@ -45,7 +46,11 @@ std::string weatherFileName(int32_t stationId);
 // Daily releases (4 Diurna, 6) read one line per day; the others monthly lines.
 bool usesDailyWeather(int version);
 
-// Text of the weather file for a version: monthly prec/tmin/tmax lines, or daily lines
+// Text of the weather file: daily lines in the given columns ("day", "month",
+// "year", "doy" (a counter that restarts every year), "tmax", "tmin", "precip",
+// "solrad", "rhumid", "windsp"), or monthly prec/tmin/tmax lines when there are none.
+std::string weatherFileText(const TelluraWeatherStations& station, const std::vector<std::string>& dailyColumns);
+// The same as a version writes it: monthly prec/tmin/tmax lines, or daily lines
 // "day month year counter tmax tmin prec solrad rhumid windsp".
 std::string weatherFileText(const TelluraWeatherStations& station, int version);
 

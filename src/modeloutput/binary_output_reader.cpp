@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 
+#include "app/release_profile.h"
 #include "app/text_format.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_record_reader.h"
@@ -51,13 +53,14 @@ std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) 
 }
 
 // The state array has room for more layers than a site's profile uses; a
-// layer that holds nothing at the end is not one of the site's and is not kept.
+// layer that holds nothing (zeros or no value) at the end is not one of the
+// site's and is not kept.
 void dropEmptySoilLayers(tellura_outputs& outputs) {
     auto& layers = outputs.soilLayers;
     layers.erase(std::remove_if(layers.begin(), layers.end(),
                                 [](const TelluraOutputSoilLayer& layer) {
                                     for (int c = 2; c < layer.columnCount(); ++c)
-                                        if (layer.number(c) != 0.0) return false;
+                                        if (!layer.isMissing(c) && layer.number(c) != 0.0) return false;
                                     return true;
                                 }),
                  layers.end());
@@ -91,18 +94,23 @@ public:
             return false;
         }
         bool ok = true;
+        float lastTime = -HUGE_VALF;
         for (bool last = false; !last;) {
             if (!reader_.readRecord(bytes_, record_, error_, errors)) {
-                ok = false;
+                // A file that ends where a block's last year begins is whole
+                // for a build that writes no record for the last year; a file
+                // that ends sooner (or is damaged) is not.
+                ok = !error_ && lastTime >= static_cast<float>(block.lastYear);
                 break;
             }
             float time = floatAt(record_, 0);
+            lastTime = time;
             if (!std::isfinite(time)) {
                 appendf(errors, "ERROR, binary output record %ld has no valid time.\n", reader_.recordsRead());
                 ok = false;
                 break;
             }
-            last = static_cast<float>(block.lastYear) <= time;
+            last = closesBlock(time, block.lastYear);
             table_record* target = nullptr;
             int month = 0;
             long year = 0;
@@ -133,10 +141,7 @@ private:
                 badValues_.note(reader_.recordsRead(), std::isnan(value) ? "NaN" : "Infinity", p.name, errors);
                 continue;
             }
-            if (p.endOfRunColumn >= 0) {
-                storeOutputValue(outputs_.endOfRun, p.endOfRunColumn, value);
-                outputs_.hasEndOfRun = true;
-            }
+            if (p.endOfRunColumn >= 0) storeOutputValue(outputs_.endOfRunRecord(), p.endOfRunColumn, value);
             if (p.periodTarget.placed() && p.periodTarget.takesMonth(month))
                 storeOutputValue(target, p.periodTarget.column, value);
             // Each record overwrites the layers: the last one read leaves the end state.
@@ -156,8 +161,56 @@ private:
 
 }  // namespace
 
+namespace {
+
+const char* framingText(binary_framing framing) {
+    return framing == binary_framing::byte_markers ? "1-byte record markers" : "4-byte record lengths";
+}
+
+// The framing and layout the release profile gives its release, checked against the file.
+bool profileLayout(const std::string& path, const binary_record_reader& reader, const binary_layout_catalogue& layouts,
+                   const release_profile& profile, const binary_layout*& layout, std::string& errors) {
+    const binary_framing said = profile.framing == profile_framing::markers   ? binary_framing::byte_markers
+                                : profile.framing == profile_framing::lengths ? binary_framing::length_markers
+                                                                              : reader.framing();
+    if (said != reader.framing()) {
+        appendf(errors, "ERROR, binary output file \"%s\" has %s, but %s says its release writes %s.\n", path.c_str(),
+                framingText(reader.framing()), profile.where(0).c_str(), framingText(said));
+        return false;
+    }
+    if (profile.binaryLayout.empty()) return true;
+    for (const binary_layout& known : layouts.layouts())
+        if (std::filesystem::path(known.source).filename() == profile.binaryLayout) layout = &known;
+    if (!layout) {
+        appendf(errors, "ERROR, the binary layout \"%s\" of %s is not among the binary layout files.\n",
+                profile.binaryLayout.c_str(), profile.where(0).c_str());
+        return false;
+    }
+    if (layout->recordBytes() != reader.firstRecordBytes()) {
+        appendf(errors,
+                "ERROR, binary output file \"%s\" has records of %ld bytes, but the layout \"%s\" of %s has "
+                "%ld.\n",
+                path.c_str(), reader.firstRecordBytes(), profile.binaryLayout.c_str(), profile.where(0).c_str(),
+                layout->recordBytes());
+        layout = nullptr;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool binaryOutputHoldsRecord(const std::string& path) {
+    binary_record_reader reader;
+    std::string ignored;
+    int firstByte = 0;
+    return reader.open(path, ignored) && reader.readFirstByte(firstByte) && reader.detectFraming(ignored) &&
+           reader.firstRecordBytes() > 0;
+}
+
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors,
+                      const release_profile* profile) {
     binary_record_reader reader;
     if (!reader.open(path, errors)) return false;
     int firstByte = 0;
@@ -168,7 +221,9 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     if (blocks.empty()) return true;
     if (!reader.detectFraming(errors)) return false;
     const binary_layout* layout = nullptr;
-    if (reader.firstRecordBytes() > 0) {
+    if (profile && reader.firstRecordBytes() > 0 && !profileLayout(path, reader, layouts, *profile, layout, errors))
+        return false;
+    if (!layout && reader.firstRecordBytes() > 0) {
         layout = layouts.find(versionIndex, reader.firstRecordBytes());
         if (!layout) {
             errors += layouts.noLayoutMessage(path, versionIndex, reader.firstRecordBytes());

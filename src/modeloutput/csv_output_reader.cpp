@@ -115,10 +115,7 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
             }
             const resolved_field& target = columns[i - 1];
             if (target.annualColumn >= 0) annual.setNumber(target.annualColumn, value);
-            if (target.endOfRunColumn >= 0) {
-                outputs.endOfRun.setNumber(target.endOfRunColumn, value);
-                outputs.hasEndOfRun = true;
-            }
+            if (target.endOfRunColumn >= 0) outputs.endOfRunRecord().setNumber(target.endOfRunColumn, value);
         }
         span.see(year);
         ++span.count;

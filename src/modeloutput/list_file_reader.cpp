@@ -65,10 +65,7 @@ public:
     void finish(std::string& errors) const { badValues_.finish(errors); }
 
 private:
-    table_record& endOfRunRecord() {
-        outputs_.hasEndOfRun = true;
-        return outputs_.endOfRun;
-    }
+    table_record& endOfRunRecord() { return outputs_.endOfRunRecord(); }
 
     void noteUnreadable(std::string_view row, long lineNumber, const output_column_definition& definition,
                         std::string& errors) {
@@ -104,7 +101,7 @@ bool readBlock(output_line_reader& reader, const tellura_event_block& block, int
             ok = false;
             break;
         }
-        if (block.lastYear <= time) last = true;
+        if (closesBlock(time, block.lastYear)) last = true;
         table_record* target = nullptr;
         int month = 0;
         long year = 0;
@@ -133,7 +130,7 @@ bool readBlock(output_line_reader& reader, const tellura_event_block& block, int
 bool readListFile(output_variable_set& variables, const std::string& path, int versionIndex,
                   const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
     variables.setCurrentVersion(versionIndex);
-    bool monthly = output_variable_set::extraListWanted(versionIndex, blocks);
+    bool extraWanted = output_variable_set::extraListWanted(versionIndex, blocks);
     output_line_reader reader;
     if (!reader.open(path)) {
         errors += "ERROR, unable to open LIS file: " + path + "\n";
@@ -144,21 +141,26 @@ bool readListFile(output_variable_set& variables, const std::string& path, int v
         return false;
     }
     variables.resetColumns();
-    variables.matchHeader(reader.line(), reader.lengthAsRead(), monthly, errors);
+    variables.matchHeader(reader.line(), reader.lengthAsRead(), extraWanted, errors);
     if (!reader.next()) {
         if (reader.withinLimit(errors)) errors += "ERROR, LIS file missing data.\n";
         return false;
     }
     if (blocks.empty()) return true;
-    list_file_filler filler(variables, versionIndex, monthly, outputs);
+    // Each block's rows are annual or monthly as its interval says, as in the
+    // binary file: the two readings of one run store the same records.
+    list_file_filler annualFiller(variables, versionIndex, false, outputs);
+    list_file_filler monthlyFiller(variables, versionIndex, true, outputs);
     bool ok = true;
     for (const auto& block : blocks) {
-        if (!readBlock(reader, block, versionIndex, monthly, filler, outputs, errors)) {
+        bool monthly = block.outputInterval < 12.0f;
+        if (!readBlock(reader, block, versionIndex, monthly, monthly ? monthlyFiller : annualFiller, outputs, errors)) {
             ok = false;
             break;
         }
     }
-    filler.finish(errors);
+    annualFiller.finish(errors);
+    monthlyFiller.finish(errors);
     return reader.withinLimit(errors) && ok;
 }
 

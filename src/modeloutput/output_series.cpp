@@ -101,7 +101,9 @@ bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vec
         }
         output_series s{def.fields()[static_cast<size_t>(column)].name, {}};
         s.points.reserve(rows.size());
-        for (const table_record* row : rows) s.points.emplace_back(outputTime(*row, table), row->number(column));
+        for (const table_record* row : rows)
+            if (!row->isMissing(column))  // no point where the model gave no value
+                s.points.emplace_back(outputTime(*row, table), row->number(column));
         series.push_back(std::move(s));
     }
     return ok;

@@ -35,7 +35,8 @@ struct output_series {
 
 // The named variables of an annual, monthly or daily table over time, one
 // series each, in the order asked (names are matched ignoring case). A name
-// that is no variable of the table is reported and skipped.
+// that is no variable of the table is reported and skipped. A row missing the
+// value (the model gave none) gives no point.
 bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vector<std::string>& names,
                   std::vector<output_series>& series, std::string& errors);
 

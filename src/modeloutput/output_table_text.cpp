@@ -42,6 +42,7 @@ std::string recordsCsv(const std::vector<const table_record*>& rows, const datab
         for (int c = 0; c < row->columnCount(); ++c) {
             if (c) out += ',';
             if (row->isText(c)) out += csvField(row->text(c));
+            else if (row->isMissing(c)) continue;  // a value the model did not give: an empty field
             else if (fields[static_cast<size_t>(c)].type == kTypeSingle) out += floatText(row->number(c));
             else out += strprintf("%.0f", row->number(c));
         }

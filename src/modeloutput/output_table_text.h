@@ -2,7 +2,7 @@
 // Stored outputs as comma-separated text (for scripts, spreadsheets, R or
 // Python): one header line of column names, then one line per record. Column
 // names holding commas ("clittr(1,1)") are quoted; values are written with
-// the float precision they are stored at.
+// the float precision they are stored at, a missing value as an empty field.
 #include <string>
 #include <vector>
 

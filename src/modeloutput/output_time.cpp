@@ -30,6 +30,11 @@ output_year_month monthlyTime(float time) {
 
 int annualYear(double time) { return clampedFloor(time); }
 
+bool closesBlock(double time, int lastYear) {
+    // The times are written with two decimals: half a hundredth is no time step.
+    return time + 0.005 >= static_cast<double>(lastYear) + 1.0;
+}
+
 void output_year_span::see(long year) {
     if (year < low) low = year;
     if (year > high) high = year;

@@ -17,6 +17,11 @@ struct output_year_month {
 output_year_month monthlyTime(float time);
 int annualYear(double time);
 
+// Whether an output time is the last of a block running to `lastYear`: the
+// model writes a block's output up to the end of its last year, whose time
+// is lastYear + 1.00 (December of the last year in monthly output).
+bool closesBlock(double time, int lastYear);
+
 // Row count and lowest / highest year of one read (bounds start at 999999 and -999999).
 struct output_year_span {
     long count = 0;

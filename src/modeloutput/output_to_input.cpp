@@ -16,14 +16,21 @@ const char* const kCopiedValues[][2] = {
 
 const char* const kSoilLayerValues[] = {"Mineral N", "Mineral P", "Mineral S", "Initial Relative Water Content"};
 
+// None of the copied values given (each zero or missing).
 bool allZero(const table_record& output) {
-    for (const auto& pair : kCopiedValues)
-        if (output.number(pair[0]) != 0.0) return false;
+    for (const auto& pair : kCopiedValues) {
+        int column = output.column(pair[0]);
+        if (!output.isMissing(column) && output.number(column) != 0.0) return false;
+    }
     return true;
 }
 
+// A value the run did not give (missing) leaves the input as it is.
 void copyValues(const table_record& output, tellura_control_record& record) {
-    for (const auto& pair : kCopiedValues) record.site.setNumber(pair[1], output.number(pair[0]));
+    for (const auto& pair : kCopiedValues) {
+        int column = output.column(pair[0]);
+        if (!output.isMissing(column)) record.site.setNumber(pair[1], output.number(column));
+    }
     record.modified = true;
 }
 
@@ -61,7 +68,8 @@ bool fillSoilFromOutput(const tellura_outputs& outputs, TelluraSoils* soil, std:
         int number = layerOutput.layerNumber();
         if (number < 1 || number > soil->layerCount || number > kMaxSoilLayers) continue;
         auto& layer = soil->layers[static_cast<size_t>(number - 1)];
-        for (const char* column : kSoilLayerValues) layer.setNumber(column, layerOutput.number(column));
+        for (const char* column : kSoilLayerValues)
+            if (!layerOutput.isMissing(layerOutput.column(column))) layer.setNumber(column, layerOutput.number(column));
         filled = true;
     }
     return filled;

@@ -12,6 +12,21 @@ size_t bucketOf(int year) {
 }
 }  // namespace
 
+TelluraOutput& tellura_outputs::endOfRunRecord() {
+    if (!hasEndOfRun) endOfRun.setValuesMissing();
+    hasEndOfRun = true;
+    return endOfRun;
+}
+
+TelluraOutputDaily& tellura_outputs::dailyFor(int year, int day) {
+    for (auto it = daily.rbegin(); it != daily.rend() && it->year() >= year; ++it)
+        if (it->year() == year && it->julianDay() == day) return *it;
+    daily.emplace_back();
+    daily.back().setValuesMissing();
+    daily.back().setYearDay(year, day);
+    return daily.back();
+}
+
 void tellura_outputs::clear() {
     endOfRun.clear();
     hasEndOfRun = false;
@@ -31,6 +46,7 @@ TelluraOutputAnnual& tellura_outputs::annualFor(int year) {
     for (auto it = annual.rbegin(); it != annual.rend(); ++it)
         if (it->year() == year) return *it;
     annual.emplace_back();
+    annual.back().setValuesMissing();  // what no output file gives stays missing
     annual.back().setYear(year);
     return annual.back();
 }
@@ -40,6 +56,7 @@ TelluraOutputMonthly& tellura_outputs::monthlyFor(int year, int month) {
     for (auto it = bucket.rbegin(); it != bucket.rend(); ++it)
         if (it->year() == year && it->month() == month) return *it;
     bucket.emplace_back();
+    bucket.back().setValuesMissing();
     bucket.back().setYearMonth(year, month);
     return bucket.back();
 }
@@ -49,6 +66,7 @@ TelluraOutputSoilLayer& tellura_outputs::soilLayerFor(int layer) {
                            [layer](const TelluraOutputSoilLayer& l) { return l.layerNumber() >= layer; });
     if (at != soilLayers.end() && at->layerNumber() == layer) return *at;
     at = soilLayers.insert(at, TelluraOutputSoilLayer());
+    at->setValuesMissing();
     at->setLayerNumber(layer);
     return *at;
 }

@@ -73,7 +73,13 @@ struct tellura_outputs {
 
     void clear();
     bool empty() const;
-    // Find the record of a year (and month), or make one and add it.
+    // The end-of-run record, its values missing until a reader gives them.
+    TelluraOutput& endOfRunRecord();
+    // The daily record of a year and day of the year, or a new one (values
+    // missing) added at the end: daily files are read in time order.
+    TelluraOutputDaily& dailyFor(int year, int day);
+    // Find the record of a year (and month), or make one and add it (its
+    // values missing until a reader gives them).
     TelluraOutputAnnual& annualFor(int year);
     TelluraOutputMonthly& monthlyFor(int year, int month);
     // The record of a soil layer, made when missing; layers are kept in number order.

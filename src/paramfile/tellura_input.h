@@ -25,6 +25,10 @@ public:
     // this kind has that name (the importer ignores such lines).
     virtual bool setField(std::string_view fieldName, double value, std::string& errors) = 0;
 
+    // A value line setField() did not take: a kind that keeps such values
+    // (so that nothing read is lost) keeps it and returns true.
+    virtual bool keepValue(std::string_view /*fieldName*/, double /*value*/) { return false; }
+
     // "NAME " padded to 5 characters, then " description" when there is one.
     virtual void writeHeader(std::string& out) const;
 

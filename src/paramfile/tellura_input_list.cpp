@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "app/text_format.h"
@@ -31,15 +32,18 @@ public:
         if (end == std::string_view::npos) end = text_.size();
         line = text_.substr(pos_, end - pos_);
         pos_ = end + 1;
+        ++number_;
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         if (line.size() > limit_) line = line.substr(0, limit_);
         return true;
     }
+    int number() const { return number_; }
 
 private:
     std::string_view text_;
     size_t limit_;
     size_t pos_ = 0;
+    int number_ = 0;
 };
 
 // strtok-style: skips leading delimiters and returns the token, moving `pos`
@@ -70,15 +74,17 @@ public:
     import_pass(tellura_input_list& list, const std::string& path, std::string& errors)
         : list_(list), path_(path), errors_(errors) {}
 
-    // One line of the file; its messages are followed by where it stands.
+    // One line of the file; its messages are followed by where it stands
+    // (those that name their own line are not).
     void line(std::string_view text) {
         ++lineNumber_;
         const bool isHeader = std::isalpha(static_cast<unsigned char>(text.front()));
         if (isHeader) closeRecord();
         const size_t before = errors_.size();
+        located_ = false;
         if (isHeader) header(text);
         else value(text);
-        if (errors_.size() == before) return;
+        if (errors_.size() == before || located_) return;
         ++counts_.badLines;
         appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), lineNumber_);
     }
@@ -105,10 +111,16 @@ private:
     const std::string& path_;
     std::string& errors_;
     tellura_input* current_ = nullptr;
+    // The names the current record's lines gave so far (upper case), and where.
+    std::map<std::string, long> seen_;
+    // The records of this file so far (upper case), and their header lines.
+    std::map<std::string, long> records_;
+    bool skipping_ = false;  // the lines of a second record of one name
     import_counts counts_;
     long lineNumber_ = 0;
     long headerLine_ = 0;
     bool valuesSeen_ = true;
+    bool located_ = false;  // the line's message names its file and line itself
 };
 
 void import_pass::header(std::string_view line) {
@@ -124,6 +136,22 @@ void import_pass::header(std::string_view line) {
     name = name.substr(0, tellura_input::kMaxNameLength);
     headerLine_ = lineNumber_;
     valuesSeen_ = false;
+    seen_.clear();
+    // A second record of one name within the file: the model looks its
+    // options up from the top and takes the first, so the first one stands.
+    auto [first, added] = records_.emplace(toUpper(name), lineNumber_);
+    if (!added) {
+        appendf(errors_,
+                "WARNING, \"%s\" line %ld: a second record \"%.*s\" (the first is on line %ld); the model "
+                "reads the first, so this one is not imported.\n",
+                path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), first->second);
+        ++counts_.duplicateRecords;
+        located_ = true;
+        current_ = nullptr;
+        skipping_ = true;
+        return;
+    }
+    skipping_ = false;
     current_ = list_.find(name);
     if (current_) {
         ++counts_.updated;
@@ -144,15 +172,16 @@ void import_pass::header(std::string_view line) {
 }
 
 void import_pass::value(std::string_view line) {
+    if (skipping_) return;
     if (!current_) {
         errors_ += "Syntax error in cultivation parameter file.\n";
         return;
     }
     size_t pos = 0;
     std::string_view token = nextToken(line, pos, kValueDelimiters);
-    double number = 0;
+    double value = 0;
     if (!token.empty() && token.front() == '*') return;  // "*** Climate parameters": a section heading
-    if (!readFiniteNumber(token, number)) {
+    if (!readFiniteNumber(token, value)) {
         appendf(errors_, "ERROR, value \"%.*s\" is not a number.\n", static_cast<int>(token.size()), token.data());
         return;
     }
@@ -162,7 +191,20 @@ void import_pass::value(std::string_view line) {
         return;
     }
     valuesSeen_ = true;
-    current_->setField(name, number, errors_);
+    // A name given twice in one record is a broken file: the model reads its
+    // lines by position, so which value was meant cannot be told.
+    auto [first, added] = seen_.emplace(toUpper(name), lineNumber_);
+    if (!added) {
+        appendf(errors_,
+                "ERROR, \"%s\" line %ld: \"%.*s\" is given twice in \"%s\" (first on line %ld); the second "
+                "value is not used.\n",
+                path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), current_->name.c_str(),
+                first->second);
+        ++counts_.duplicates;
+        located_ = true;
+        return;
+    }
+    if (!current_->setField(name, value, errors_)) current_->keepValue(name, value);
 }
 
 }  // namespace

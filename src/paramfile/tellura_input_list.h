@@ -12,7 +12,13 @@
 //   section heading ("*** Climate parameters") and is passed over; any other
 //   first word that is not a finite decimal number is refused ("ERROR, value
 //   \"%s\" is not a number.\n").
-// - Every message a line gives is followed by "File: \"<path>\", line <n>\n".
+// - A name given twice within one record is reported with its line ("ERROR,
+//   ... is given twice ...") and the second value is not used.
+// - A second record of one name within the file is reported with its line
+//   ("WARNING, ... a second record ...") and not imported: the model takes the
+//   first record of a name it looks up.
+// - A name no field takes is offered to the record's keepValue().
+// - Every other message a line gives is followed by "File: \"<path>\", line <n>\n".
 // - Reading stops at the end of the file or at the first empty line (a line
 //   holding nothing but blanks counts as empty).
 // - Line ends may be LF or CR LF.
@@ -30,12 +36,14 @@
 namespace sb {
 
 struct import_counts {
-    int imported = 0;     // records new to the list
-    int updated = 0;      // records already in the list, overwritten
-    int badLines = 0;     // lines that gave an error message (each followed by the file and line)
-    bool unread = false;  // the file could not be read at all
+    int imported = 0;          // records new to the list
+    int updated = 0;           // records already in the list, overwritten
+    int badLines = 0;          // lines that gave an error message (each followed by the file and line)
+    int duplicates = 0;        // value lines naming a parameter their record gave already (reported, not used)
+    int duplicateRecords = 0;  // records of a name the file gave before (reported, not imported)
+    bool unread = false;       // the file could not be read at all
     // Nothing wrong: every line read and at least one record in the file.
-    bool clean() const { return !unread && badLines == 0 && imported + updated > 0; }
+    bool clean() const { return !unread && badLines == 0 && duplicates == 0 && imported + updated > 0; }
 };
 
 class tellura_input_list {

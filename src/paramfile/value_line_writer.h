@@ -15,6 +15,10 @@
 //
 // The short-gap integer and the signed boolean are used by particular site
 // and fixed-file fields; keep them as they are.
+//
+// A real gets more decimals than its format's when those would not read back
+// as the value itself (30.539165 is written so, not as 30.53917): the model
+// must read every value exactly as the project holds it.
 #include <cstdint>
 #include <string>
 #include <string_view>

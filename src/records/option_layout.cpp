@@ -151,6 +151,25 @@ const std::vector<option_line>& option_layout::lines(int version) const {
     return lines_[static_cast<size_t>(version)];
 }
 
+int option_layout::writtenColumn(std::string_view name, int version) const {
+    for (const option_line& line : lines(version))
+        if (iequals(line.name, name)) return line.column;
+    if (const std::vector<int>* columns = scalarColumns(name)) return columns->empty() ? -1 : columns->front();
+    std::string base;
+    std::vector<int> subscripts;
+    if (!splitSubscripted(name, base, subscripts)) return -1;
+    const option_array_field* field = arrayField(base);
+    if (!field || field->subscripts != static_cast<int>(subscripts.size())) return -1;
+    size_t index = 0;
+    for (int d = 0; d < field->subscripts; ++d) {
+        if (subscripts[static_cast<size_t>(d)] > field->dims[d]) return -1;
+        index =
+            index * static_cast<size_t>(field->dims[d]) + static_cast<size_t>(subscripts[static_cast<size_t>(d)] - 1);
+    }
+    const std::vector<int>& columns = field->elements[index];
+    return columns.empty() ? -1 : columns.front();
+}
+
 const std::vector<int>* option_layout::scalarColumns(std::string_view name) const {
     auto it = scalars_.find(toUpper(name));
     return it == scalars_.end() ? nullptr : &it->second;

@@ -42,6 +42,10 @@ public:
     const std::vector<int>* scalarColumns(std::string_view name) const;
     // nullptr when no array has that base name (case ignored).
     const option_array_field* arrayField(std::string_view baseName) const;
+    // The column a file name is written from for a version: the version's own
+    // line of that name, else the column any form of the name reads into; -1
+    // when the member has no column for it.
+    int writtenColumn(std::string_view name, int version) const;
     // Patterns that named no column or paired up badly; empty when the tables are sound.
     const std::vector<std::string>& problems() const { return problems_; }
 

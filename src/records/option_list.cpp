@@ -5,6 +5,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "records/kept_values.h"
 #include "records/store_session.h"
 
 namespace sb {
@@ -49,6 +50,7 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
         appendf(errors, "Unable to open table %s\n", table);
         return false;
     }
+    std::vector<option_kept_values> kept;
     for (size_t i = 0; i < size(); ++i) {
         status = rows->insert(recordAt(i).toRow());
         if (status.failed()) {
@@ -56,8 +58,10 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
             appendStatusText(status, errors);
             return false;
         }
+        if (!recordAt(i).kept.empty()) kept.push_back({recordAt(i).name, recordAt(i).kept});
     }
     rows.reset();
+    ok = writeOptionKeptValues(db, m.runFile, kept, errors) && ok;
     return unit.commitIf(ok);
 }
 
@@ -80,6 +84,10 @@ bool option_list::loadFromDatabase(database& db, std::string& errors) {
         appendStatusText(status, errors);
         return false;
     }
+    std::vector<option_kept_values> kept;
+    if (!readOptionKeptValues(db, m.runFile, kept, errors)) return false;
+    for (option_kept_values& option : kept)
+        if (option_record* record = findRecord(option.option)) record->kept = std::move(option.values);
     return true;
 }
 

@@ -2,6 +2,9 @@
 
 #include <filesystem>
 
+#include "app/text_file.h"
+#include "app/text_format.h"
+
 namespace sb {
 
 namespace {
@@ -23,19 +26,33 @@ bool option_lists::loadAll(database& db, std::string& errors) {
     return ok;
 }
 
-bool option_lists::writeRunFiles(const std::string& directory, int version, std::string& errors) const {
+bool option_lists::writeRunFiles(const std::string& directory, const release_profile& profile,
+                                 std::string& errors) const {
     bool ok = true;
-    for (const auto& list : lists_)
-        ok = list->write(inDirectory(directory, list->member().runFile), errors, version) && ok;
+    for (const auto& list : lists_) {
+        std::string text;
+        for (size_t i = 0; i < list->size(); ++i) {
+            list->recordAt(i).writeHeader(text);
+            ok = list->recordAt(i).writeProfileValues(text, profile, errors) && ok;
+        }
+        const std::string path = inDirectory(directory, list->member().runFile);
+        if (!writeTextFile(path, text)) {
+            // The message option list exports have always given.
+            errors += "ERROR, unable to open file in tellura_input_list.write: " + path;
+            ok = false;
+        }
+    }
     return ok;
 }
 
-void option_lists::importRunFiles(const std::string& directory, std::string& errors, std::string& status) {
+bool option_lists::importRunFiles(const std::string& directory, std::string& errors, std::string& status) {
+    int duplicates = 0;
     for (auto& list : lists_) {
         std::string path = inDirectory(directory, list->member().runFile);
         std::error_code ec;
-        if (std::filesystem::is_regular_file(path, ec)) list->importFile(path, errors, status);
+        if (std::filesystem::is_regular_file(path, ec)) duplicates += list->importFile(path, errors, status).duplicates;
     }
+    return duplicates == 0;
 }
 
 }  // namespace sb

@@ -27,11 +27,14 @@ public:
     option_record* find(option_kind kind, std::string_view name) { return list(kind).findRecord(name); }
     const option_record* find(option_kind kind, std::string_view name) const { return list(kind).findRecord(name); }
 
-    // The ten files of a run directory ("crop.100", ..., "graz.100", ...) for the version.
-    bool writeRunFiles(const std::string& directory, int version, std::string& errors) const;
+    // The ten files of a run directory ("crop.100", ..., "graz.100", ...), each
+    // record in the order of the profile's section for its file. False when a
+    // file cannot be written or a value is missing (both reported).
+    bool writeRunFiles(const std::string& directory, const release_profile& profile, std::string& errors) const;
     // Reads whichever of the ten run-directory files exist in the folder into
-    // the lists; a missing file is skipped without a message.
-    void importRunFiles(const std::string& directory, std::string& errors, std::string& status);
+    // the lists; a missing file is skipped without a message. False when a
+    // file gives a name twice within one option (reported with its line).
+    bool importRunFiles(const std::string& directory, std::string& errors, std::string& status);
 
 private:
     std::array<std::unique_ptr<option_list>, kOptionKindCount> lists_;

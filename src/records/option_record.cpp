@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "app/release_profile_catalogue.h"
+#include "app/text_format.h"
 #include "db/database_maker.h"
 #include "paramfile/field_setter.h"
 #include "paramfile/value_line_writer.h"
@@ -36,6 +38,12 @@ const std::vector<int>* locateElement(const option_array_field& field, field_set
     }
     if (index < 0) return nullptr;
     return &field.elements[static_cast<size_t>(index)];
+}
+
+// A value no column holds: as a whole number on "int" lines, else as a real.
+void writeFileValue(std::string& out, const profile_line& line, double value) {
+    if (line.integer) writeSmallInt(out, static_cast<int>(value), line.name);
+    else writeReal(out, value, line.name);
 }
 
 }  // namespace
@@ -73,13 +81,53 @@ void option_record::store(int column, double value) {
     }
 }
 
+bool option_record::keepValue(std::string_view fieldName, double value) {
+    kept.set(member().runFile, fieldName, value);
+    return true;
+}
+
 void option_record::writeValues(std::string& out, int version) const {
-    for (const option_line& line : option_layout::of(kind_).lines(version)) {
-        int type = def().fields()[static_cast<size_t>(line.column)].type;
-        if (type == kTypeBit) writeBoolean(out, flag(line.column) ? kTrue16 : kFalse16, line.name);
-        else if (isByte(type)) writeSmallInt(out, integer(line.column), line.name);
-        else writeReal(out, static_cast<double>(single(line.column)), line.name);
+    const release_profile* profile = release_profile_catalogue::shipped().find(defaultReleaseProfileName(version));
+    std::string ignored;
+    if (profile) writeProfileValues(out, *profile, ignored);
+}
+
+bool option_record::writeProfileValues(std::string& out, const release_profile& profile, std::string& errors) const {
+    const std::vector<profile_line>* lines = profile.lines(member().runFile);
+    if (!lines) return true;
+    const option_layout& layout = option_layout::of(kind_);
+    bool ok = true;
+    for (const profile_line& line : *lines) {
+        if (line.isText()) {
+            out += line.text + "\n";
+            continue;
+        }
+        int column =
+            line.column.empty() ? layout.writtenColumn(line.name, profile.version) : def().fieldIndex(line.column);
+        const double* keptValue = kept.find(member().runFile, line.name);
+        switch (chooseValueSource(line, column >= 0, keptValue != nullptr)) {
+            case value_source::place: {
+                int type = def().fields()[static_cast<size_t>(column)].type;
+                if (type == kTypeBit) writeBoolean(out, flag(column) ? kTrue16 : kFalse16, line.name);
+                else if (isByte(type) || line.integer) writeSmallInt(out, integer(column), line.name);
+                else writeReal(out, static_cast<double>(single(column)), line.name);
+                break;
+            }
+            case value_source::kept:
+                writeFileValue(out, line, *keptValue);
+                break;
+            case value_source::fallback:
+                writeFileValue(out, line, *line.fallback);
+                break;
+            case value_source::none:
+                appendf(errors, "ERROR, %s \"%s\" has no value for \"%s\", which %s writes into %s.\n",
+                        member().cliName, name.c_str(), line.name.c_str(), profile.where(line.line).c_str(),
+                        member().runFile);
+                ok = false;
+                break;
+        }
     }
+    return ok;
 }
 
 void option_record::fromRow(const table_record& row) {

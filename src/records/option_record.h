@@ -5,8 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "app/release_profile.h"
 #include "db/table_record.h"
 #include "paramfile/tellura_input.h"
+#include "records/kept_values.h"
 #include "records/option_member.h"
 
 namespace sb {
@@ -23,8 +25,20 @@ public:
     // Subscripts beyond the array give "ERROR, exceeds array size: ..." in the
     // form of the name's subscript count; names of no parameter return false.
     bool setField(std::string_view fieldName, double value, std::string& errors) override;
-    // The version's value lines; nothing for codes outside 1..6.
+    // A value line no column takes is kept with the option (under its file's name).
+    bool keepValue(std::string_view fieldName, double value) override;
+    // The value lines of the version's own release profile (the files as
+    // Soilbench writes them); nothing for codes outside 1..6.
     void writeValues(std::string& out, int version) const override;
+    // The value lines of a profile's section for this member, in its order:
+    // each name from its column for the profile's version (or the column the
+    // line names), else from the value the option keeps, else from the line's
+    // fallback. False, with a message naming the option and the profile line,
+    // when a name has none of these.
+    bool writeProfileValues(std::string& out, const release_profile& profile, std::string& errors) const;
+
+    // Values of its file that no column holds.
+    kept_values kept;
 
     // The parameter value by column name (case ignored); 0 when there is none.
     double value(std::string_view column) const { return number(column); }

@@ -178,62 +178,8 @@ const std::array<option_sequence, kOptionKindCount> kSequences = {{
     {kTableOrder, {}},  // tree removal
 }};
 
-struct subscript_range {
-    int first = 0;
-    int last = 0;
-};
-
-bool readInt(std::string_view text, int& value) {
-    if (text.empty()) return false;
-    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return ec == std::errc() && end == text.data() + text.size() && value >= 0;
-}
-
-// "3" or "1..5".
-bool readRange(std::string_view text, subscript_range& range) {
-    size_t dots = text.find("..");
-    if (dots == std::string_view::npos) {
-        if (!readInt(text, range.first)) return false;
-        range.last = range.first;
-        return true;
-    }
-    return readInt(text.substr(0, dots), range.first) && readInt(text.substr(dots + 2), range.last) &&
-           range.first <= range.last;
-}
-
-void expandFrom(const std::string& base, const std::vector<subscript_range>& ranges, size_t at, std::string prefix,
-                std::vector<std::string>& out) {
-    if (at == ranges.size()) {
-        out.push_back(base + "(" + prefix + ")");
-        return;
-    }
-    for (int i = ranges[at].first; i <= ranges[at].last; ++i) {
-        std::string next = prefix.empty() ? std::to_string(i) : prefix + "," + std::to_string(i);
-        expandFrom(base, ranges, at + 1, next, out);
-    }
-}
-
 }  // namespace
 
 const option_sequence& optionSequence(option_kind kind) { return kSequences.at(static_cast<size_t>(kind)); }
-
-std::vector<std::string> expandNamePattern(std::string_view pattern) {
-    if (pattern.find("..") == std::string_view::npos) return {std::string(pattern)};
-    size_t open = pattern.find('(');
-    if (open == std::string_view::npos || pattern.back() != ')') return {};
-    std::vector<subscript_range> ranges;
-    std::string_view inside = pattern.substr(open + 1, pattern.size() - open - 2);
-    while (true) {
-        size_t comma = inside.find(',');
-        subscript_range range;
-        if (!readRange(inside.substr(0, comma), range)) return {};
-        ranges.push_back(range);
-        if (comma == std::string_view::npos) break;
-        inside.remove_prefix(comma + 1);
-    }
-    std::vector<std::string> out;
-    expandFrom(std::string(pattern.substr(0, open)), ranges, 0, {}, out);
-    return out;
-}
 
 }  // namespace sb

@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/name_pattern.h"
 #include "records/option_member.h"
 
 namespace sb {
@@ -46,9 +47,5 @@ struct option_sequence {
     std::span<const option_sequence_entry> readAliases;
 };
 const option_sequence& optionSequence(option_kind kind);
-
-// "PPDF(1..4)" -> "PPDF(1)", ..., "PPDF(4)". A name without ranges is returned
-// as it stands. An unreadable range gives an empty list.
-std::vector<std::string> expandNamePattern(std::string_view pattern);
 
 }  // namespace sb

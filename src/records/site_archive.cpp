@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "app/text_file.h"
 #include "app/text_format.h"
@@ -101,8 +102,19 @@ void applyIdMaps(site_archive_content& content, const std::map<row_owner, id_map
 bool settleOptions(database& db, site_archive_content& content, std::string& messages, std::string& errors) {
     const size_t before = errors.size();
     const archive_needs needs = recordNeeds(content);
+    std::set<std::pair<option_kind, std::string>> heldAtHome;  // entries the project's own stand for
     for (archive_table& table : content.tables()) {
         if (tableOwner(table.table).owner != row_owner::option) continue;
+        if (!optionMemberByTable(table.table)) {
+            // Rows kept for an entry (its kept values) go with the entry: left
+            // out where the project's entry of that name is kept.
+            std::erase_if(table.rows, [&](const table_record& row) {
+                option_kind kind;
+                std::string name;
+                return !optionEntryOf(row, kind, name) || heldAtHome.count({kind, toLower(name)});
+            });
+            continue;
+        }
         const int name = columnOf(table.table, tableOwner(table.table).column);
         std::vector<table_record> stored;
         if (!readRows(db, table.table, "", stored, errors)) return false;
@@ -118,6 +130,7 @@ bool settleOptions(database& db, site_archive_content& content, std::string& mes
                 added.push_back(std::move(row));
                 continue;
             }
+            heldAtHome.insert({kind, toLower(row.text(name))});
             table_record renamed = row;
             renamed.setText(name, same->text(name));
             if (renamed == *same)

@@ -137,15 +137,16 @@ bool collectOptions(database& db, const archive_needs& needs, bool allOptions, s
     for (int i = 0; i < kTableCount; ++i) {
         const table_id table = static_cast<table_id>(i);
         if (tableOwner(table).owner != row_owner::option) continue;
-        const option_member* member = optionMemberByTable(table);
-        if (!member) continue;
         std::vector<table_record> rows;
         ok = readRows(db, table, "", rows, errors) && ok;
-        auto named = needs.options.find(member->kind);
-        const int name = columnOf(table, tableOwner(table).column.c_str());
-        for (table_record& row : rows)
-            if (allOptions || (named != needs.options.end() && named->second.count(toLower(row.text(name)))))
+        for (table_record& row : rows) {
+            option_kind kind;
+            std::string name;
+            if (!optionEntryOf(row, kind, name)) continue;
+            auto named = needs.options.find(kind);
+            if (allOptions || (named != needs.options.end() && named->second.count(toLower(name))))
                 content.table(table).rows.push_back(std::move(row));
+        }
     }
     return ok;
 }
@@ -162,6 +163,25 @@ bool travelsInArchive(table_id table) {
         default:
             return false;
     }
+}
+
+bool optionEntryOf(const table_record& row, option_kind& kind, std::string& name) {
+    const table_id table = row.table();
+    if (const option_member* member = optionMemberByTable(table)) {
+        kind = member->kind;
+        name = row.text(columnOf(table, tableOwner(table).column.c_str()));
+        return true;
+    }
+    if (table != table_id::kept_option_values) return false;
+    const std::string file = row.text(columnOf(table, "File"));
+    for (int i = 0; i < kOptionKindCount; ++i) {
+        const option_member& member = optionMember(static_cast<option_kind>(i));
+        if (!iequals(member.runFile, file)) continue;
+        kind = member.kind;
+        name = row.text(columnOf(table, "Option"));
+        return true;
+    }
+    return false;
 }
 
 const std::vector<id_reference>& idReferences() {

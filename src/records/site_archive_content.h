@@ -85,6 +85,11 @@ bool collectFromProject(database& db, const std::string& recordFilter, bool allO
 bool readRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
               std::string& errors);
 
+// The option entry a row of an option-owned table belongs to: the entry of
+// an option list's own table, or the entry a kept option value is kept for
+// (its list told by the run file it was read from). False for other rows.
+bool optionEntryOf(const table_record& row, option_kind& kind, std::string& name);
+
 // "crop", "tree removal", "OMAD": an option list in messages.
 const char* optionWord(option_kind kind);
 

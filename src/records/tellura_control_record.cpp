@@ -155,6 +155,8 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
     bool ok = readSiteData(db, id, record.site, errors);
     record.site.setNumber(std::string_view("ID"), id);
     ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
+    ok = readKeptValues(db, id, record.kept, errors) && ok;
+    ok = readRecordFiles(db, id, record.files, errors) && ok;
     record.modified = false;
     return ok;
 }
@@ -170,6 +172,8 @@ bool writeControlRecord(tellura_control_record& record, database& db, std::strin
     if (stop) return false;  // the old record stays as it was
     ok = writeSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
+    ok = writeKeptValues(db, id, record.kept, errors) && ok;
+    ok = writeRecordFiles(db, id, record.files, errors) && ok;
     ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
     // Any part that failed leaves the whole record as it was stored before.
     if (!s.commitIf(ok)) return false;
@@ -188,9 +192,9 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
     }
     bool ok = forgetRecordChanges(db, id, errors);
     ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors) && ok;
-    for (table_id table :
-         {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output, table_id::output_annual,
-          table_id::output_monthly, table_id::output_daily, table_id::output_soil_layers})
+    for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output,
+                           table_id::output_annual, table_id::output_monthly, table_id::output_daily,
+                           table_id::output_soil_layers, table_id::kept_values, table_id::record_files})
         ok = deleteById(db, kDeleteDependentRows, table, id, errors) && ok;
     return s.commitIf(ok);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "db/table_record.h"
+#include "records/kept_values.h"
 #include "records/record_changes.h"
 #include "records/tellura_event_block.h"
 
@@ -37,6 +38,10 @@ public:
     TelluraControlRecords row;
     TelluraSiteData site;
     std::vector<tellura_event_block> blocks;
+    // Values of its files that no column holds, and further files its
+    // schedule needs (read from a set-up, written back into run directories).
+    kept_values kept;
+    std::vector<record_file> files;
     bool modified = false;
     bool runDone = false;  // set by a successful model run
     // How many times the record had been saved when it was read (kChangesUnknown for
@@ -57,14 +62,16 @@ public:
     double value(std::string_view column) const { return row.number(column); }
 };
 
-// Reads the whole record (row, site data, blocks and events). When the row is
+// Reads the whole record (row, site data, blocks and events, kept values and
+// files). When the row is
 // missing or its table cannot be opened the record keeps its defaults; the
 // other parts are all read even when one of them fails.
 bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
 // Replaces the record and everything stored under its ID, in one session: the
-// row, the site data, the blocks and events, and the record's soil when `soils`
-// holds it. A failing step does not stop the others (each reports), but then
-// nothing is kept: the record stays as stored before. Inside a caller's session
+// row, the site data, the blocks and events, the kept values and files, and
+// the record's soil when `soils` holds it. A failing step does not stop the
+// others (each reports), but then nothing is kept: the record stays as stored
+// before. Inside a caller's session
 // (which may store more under the ID) it all commits with that session.
 // Another save of the same record waits for this one; when someone else saved
 // the record since it was read, a warning says so and this save still wins whole.

@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "app/file_digest.h"
+#include "app/release_profile_catalogue.h"
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "modelinput/run_directory.h"
 #include "modeloutput/binary_layout.h"
@@ -31,13 +33,24 @@ bool fileExists(const std::string& path) {
     return fs::is_regular_file(path, ec);
 }
 
-// The daily-step release's text outputs that are read back, by their place
-// in the daily output file selection (from 1).
-struct read_text_output {
-    const char* file;
-    int outfileNumber;
-};
-const read_text_output kReadTextOutputs[] = {{"year_summary.out", 13}, {"daily.out", 26}};
+// The text outputs the profile's release writes and we read back.
+std::vector<std::string> textOutputs(const release_profile& profile) {
+    std::vector<std::string> files = profile.annualFiles;
+    files.insert(files.end(), profile.dailyFiles.begin(), profile.dailyFiles.end());
+    return files;
+}
+
+// Whether the run asked the model for a text output: its outfiles.in row is
+// switched on, or it has no row (the release always writes it). A file the
+// run did not ask for is never read, even when one stands in the run directory.
+bool askedFor(const release_profile& profile, const outfile_flags& selected, const std::string& file) {
+    for (const profile_outfile_row& row : profile.outfiles) {
+        if (row.file != file) continue;
+        return row.setting >= 1 && row.setting <= static_cast<int>(selected.size()) &&
+               selected[static_cast<size_t>(row.setting - 1)];
+    }
+    return true;
+}
 
 // The daily years to keep are at most as many as the record simulates: the
 // files of one run go to the first year's folder and each further year gets a
@@ -57,6 +70,46 @@ void keepToSimulatedYears(const tellura_control_record& record, int first, int& 
             "are kept.\n",
             first, last, years, static_cast<long>(record.id()), first, first + years - 1);
     last = static_cast<int>(first + years - 1);
+}
+
+// The lines of a console text, without blanks around them.
+std::vector<std::string_view> consoleLines(std::string_view console) {
+    std::vector<std::string_view> lines;
+    text_file::forEachLine(console, [&](std::string_view line) { lines.push_back(trim(line)); });
+    return lines;
+}
+
+// A release tells success by a line of its console, not by its exit status:
+// a run whose console lacks that line failed, whatever else it printed. The
+// release's own words for a refusal are quoted.
+bool consoleTellsSuccess(std::string_view console, const release_profile& profile, std::string& errors) {
+    bool success = false;
+    std::string refusals;
+    for (std::string_view line : consoleLines(console)) {
+        success = success || line == trim(profile.successLine);
+        for (const std::string& failure : profile.failureLines)
+            if (line.find(failure) != std::string_view::npos)
+                appendf(refusals, "  %.*s\n", static_cast<int>(line.size()), line.data());
+    }
+    if (success) return true;
+    appendf(errors, "ERROR, the model's console lacks its success line \"%s\" (%s): the run failed.\n",
+            profile.successLine.c_str(), profile.where(0).c_str());
+    if (!refusals.empty()) errors += "The model said:\n" + refusals;
+    return false;
+}
+
+// The names the list utility said it does not know: their values stay missing.
+void reportSkippedNames(std::string_view console, const release_profile& profile, std::string& errors) {
+    if (profile.listSkipText.empty()) return;
+    std::string names;
+    for (std::string_view line : consoleLines(console)) {
+        size_t at = line.find(profile.listSkipText);
+        if (at == std::string_view::npos) continue;
+        std::string_view name = trim(line.substr(at + profile.listSkipText.size()));
+        appendf(names, "%s%.*s", names.empty() ? "" : ", ", static_cast<int>(name.size()), name.data());
+    }
+    if (!names.empty())
+        appendf(errors, "WARNING, the list utility does not know %s: stored as missing, not as 0.\n", names.c_str());
 }
 
 std::string withSlash(std::string dir) {
@@ -146,15 +199,24 @@ void record_runner::applyBlockChoice(tellura_control_record& record, const run_c
 
 bool record_runner::writeInputs(const tellura_control_record& record, const std::string& runFolder,
                                 std::string& inputsDigest, std::string& errors) const {
+    const int version = settings_.version;
+    const release_profile* profile =
+        chooseReleaseProfile(inputs_.profiles, settings_.releaseProfile(version), version, errors);
+    if (!profile) return false;
     const std::string folder = withSlash(runFolder);
     // The writers take the executable's path to find the run directory: point
     // them at the run folder with a name that is only used for its folder.
-    std::string prepareErrors;
-    const bool prepared = prepareRunDirectory(record, settings_.version, folder + "model", settings_.outfileSelected,
-                                              inputs_.options, inputs_.soils, inputs_.stations, prepareErrors);
-    errors += prepareErrors;
-    if (prepared) inputsDigest = digestOfInputs(folder);
-    return prepared;
+    // A run directory the release would read wrongly is not run at all.
+    if (!prepareRunDirectory(record, *profile, folder + "model", settings_.outfileSelected, inputs_.options,
+                             inputs_.soils, inputs_.stations, errors)) {
+        appendf(errors,
+                "ERROR, the run directory of record %ld could not be written as %s reads it; the model was "
+                "not started.\n",
+                static_cast<long>(record.id()), profile->where(0).c_str());
+        return false;
+    }
+    inputsDigest = digestOfInputs(folder);
+    return true;
 }
 
 bool record_runner::prepare(const tellura_control_record& record, const std::string& runFolder, std::string& errors,
@@ -193,15 +255,31 @@ run_state record_runner::runPrograms(const app_soilbench& settings, const std::s
 }
 
 bool record_runner::collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                            bool programsGood, std::string& errors) const {
+                            bool programsGood, std::string_view console, std::string& errors) const {
     const std::string folder = withSlash(runFolder);
     outputs.clear();
     record.runDone = false;
+    const int version = settings_.version;
+    const release_profile* profile =
+        chooseReleaseProfile(inputs_.profiles, settings_.releaseProfile(version), version, errors);
+    if (!profile) return false;
     bool ok = programsGood;
-    if (ok && !settings_.readBinaryOutput && settings_.version != kTellura4Agricultural &&
-        !listFileIsNew(folder, errors))
+    // A visible run's console is the user's terminal: there is nothing to check.
+    if (ok && !settings_.runVisible && !consoleTellsSuccess(console, *profile, errors)) return false;
+    if (ok && version != kTellura5 && !binaryOutputHoldsRecord(folder + "sb.bin")) {
+        appendf(errors, "ERROR, the model's binary output file \"%ssb.bin\" holds no record: the run failed.\n",
+                folder.c_str());
+        return false;
+    }
+    if (!settings_.readBinaryOutput) {
+        if (ok && version != kTellura4Agricultural && !listFileIsNew(folder, errors)) ok = false;
+        reportSkippedNames(console, *profile, errors);
+    }
+    if (!readOutputs(record, outputs, folder, *profile, errors)) ok = false;
+    if (outputs.empty()) {
+        errors += "ERROR, no output was read from the model's output files: the run failed.\n";
         ok = false;
-    if (!readOutputs(record, outputs, folder, errors)) ok = false;
+    }
     // Daily files replace the kept ones of an earlier run only for a good run.
     if (ok && !keepDailyFiles(record, folder, errors)) ok = false;
     record.runDone = ok;
@@ -215,37 +293,45 @@ run_state record_runner::run(tellura_control_record& record, tellura_outputs& ou
     record.runDone = false;
     if (!prepare(record, runFolder, errors, inputsDigest)) return run_state::failed;
     bool modelGood = false;
+    const size_t consoleStart = runLog.size();
     const run_state programs = runPrograms(settings_, runFolder, runLog, errors, cancelNow, &modelGood);
     if (!modelGood) return programs;
     const bool programsGood = programs == run_state::good;
-    if (collect(record, outputs, runFolder, programsGood, errors)) return run_state::good;
+    const std::string_view console = std::string_view(runLog).substr(consoleStart);
+    if (collect(record, outputs, runFolder, programsGood, console, errors)) return run_state::good;
     return programsGood ? run_state::failed : programs;
 }
 
 bool record_runner::readOutputs(const tellura_control_record& record, tellura_outputs& outputs,
-                                const std::string& runDirectory, std::string& errors) const {
+                                const std::string& runDirectory, const release_profile& profile,
+                                std::string& errors) const {
     const int version = settings_.version;
     bool ok = true;
     if (version == kTellura5) return readCsvOutputs(runDirectory, outputs, errors);
 
     // Release 1 is always read from its binary file: it has no variable lists.
     if (settings_.readBinaryOutput || version == kTellura4Agricultural) {
-        ok = readBinaryOutput(runDirectory + "sb.bin", version, inputs_.layouts, record.blocks, outputs, errors) && ok;
+        ok = readBinaryOutput(runDirectory + "sb.bin", version, inputs_.layouts, record.blocks, outputs, errors,
+                              &profile) &&
+             ok;
     } else {
         output_variable_set variables;
         ok = readListFile(variables, runDirectory + "sb.lis", version, record.blocks, outputs, errors) && ok;
     }
-    if (version == kDiurna45) {
-        // Only the files the model was asked to write are read back.
-        auto selected = [&](const read_text_output& output) {
-            return settings_.outfileSelected[static_cast<size_t>(output.outfileNumber - 1)] &&
-                   fileExists(runDirectory + output.file);
-        };
-        if (selected(kReadTextOutputs[0]))
-            ok = readYearSummary(runDirectory + kReadTextOutputs[0].file, outputs, errors) && ok;
-        if (selected(kReadTextOutputs[1]))
-            ok = readDailyOutput(runDirectory + kReadTextOutputs[1].file, outputs, errors) && ok;
+    // The text outputs this run asked for and wrote (a run folder starts
+    // without any): year summaries first, then the daily files, whose columns
+    // are taken by their names.
+    for (const std::string& file : profile.annualFiles) {
+        const std::string path = runDirectory + file;
+        if (askedFor(profile, settings_.outfileSelected, file) && fileExists(path))
+            ok = readYearSummary(path, outputs, errors) && ok;
     }
+    for (const std::string& file : profile.dailyFiles) {
+        const std::string path = runDirectory + file;
+        if (askedFor(profile, settings_.outfileSelected, file) && fileExists(path))
+            ok = readDailyOutput(path, profile.dailyAliases, outputs, errors) && ok;
+    }
+    addAnnualSumsOfDailyValues(outputs);
     return ok;
 }
 

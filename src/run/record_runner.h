@@ -5,6 +5,7 @@
 // records may run at once, each in its own run folder.
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "app/app_soilbench.h"
 #include "run/run_choices.h"
@@ -13,6 +14,8 @@
 namespace sb {
 
 class binary_layout_catalogue;
+class release_profile_catalogue;
+struct release_profile;
 class option_lists;
 class tellura_control_record;
 class tellura_soil_list;
@@ -25,6 +28,7 @@ struct run_inputs {
     const tellura_soil_list& soils;
     const tellura_weather_station_list& stations;
     const binary_layout_catalogue& layouts;
+    const release_profile_catalogue& profiles;
 };
 
 class record_runner {
@@ -49,10 +53,12 @@ public:
                                  std::string& errors, const std::function<bool()>& cancelNow = {},
                                  bool* modelGood = nullptr);
     // 3. Reads the outputs the programs left in `runFolder` into `outputs` and
-    //    keeps the daily files; `programsGood` is step 2's verdict. Good only
-    //    when that and every read succeeded; outputs read before a failure stay.
+    //    keeps the daily files; `programsGood` is step 2's verdict and `console`
+    //    what the programs printed (checked for the release's success line).
+    //    Good only when those and every read succeeded; outputs read before a
+    //    failure stay.
     bool collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                 bool programsGood, std::string& errors) const;
+                 bool programsGood, std::string_view console, std::string& errors) const;
 
     // All three steps here, one after the other.
     run_state run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
@@ -70,7 +76,7 @@ public:
 
 private:
     bool readOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
-                     std::string& errors) const;
+                     const release_profile& profile, std::string& errors) const;
     // The daily-step release's daily files of the chosen years, into the output folder.
     bool keepDailyFiles(const tellura_control_record& record, const std::string& runFolder, std::string& errors) const;
     std::string dailyOutputFolder() const;

@@ -176,6 +176,9 @@ bool run_controller::loadProjectData(std::string& errors) {
         ok = loadDailyHistory(db_, station, errors) && ok;
     }
     layouts_ = loadBinaryLayouts(settings_.binaryLayoutFiles(), errors);
+    // A profile that cannot be read is reported when a run needs it.
+    std::string profileProblems;
+    profiles_.load(release_profile_catalogue::shippedFolder(), settings_.userProfileFolder(), profileProblems);
     loaded_ = true;
     return ok;
 }
@@ -225,7 +228,7 @@ void run_controller::runRecord(tellura_control_record& record, tellura_outputs& 
                                const std::function<bool()>& cancelNow) const {
     if (run.started.empty()) run.started = historyTimeNow();
     if (run.folder.create(runsRoot_, projectName_, record.id(), run.errors)) {
-        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
         run.state =
             runner.run(record, outputs, run.folder.path(), run.runLog, run.errors, cancelNow, &run.inputsDigest);
     }
@@ -375,7 +378,7 @@ bool run_controller::collectDetached(tellura_control_record& record, const std::
         run.errors += result.messages;
         record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
         const bool programsGood = run.state == run_state::good;
-        if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.errors))
+        if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.runLog, run.errors))
             run.state = run_state::failed;
     } else {
         run.state = endWithoutResult;
@@ -441,7 +444,7 @@ std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blo
     // own, which goes again at once (or at the next start, if we die here).
     run_folder folder;
     std::string digest, writeErrors, ignored;
-    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
     const bool written = folder.create(runsRoot_, projectName_, id, writeErrors) &&
                          runner.writeInputs(record, folder.path(), digest, writeErrors);
     folder.remove(ignored);

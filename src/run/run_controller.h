@@ -18,6 +18,7 @@
 #include <string>
 
 #include "app/app_soilbench.h"
+#include "app/release_profile_catalogue.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/tellura_output.h"
 #include "records/option_lists.h"
@@ -62,8 +63,8 @@ public:
     run_controller(database& db, const app_soilbench& settings);
     ~run_controller();
 
-    // Soils, weather stations with their history, option lists and binary
-    // layouts: read once, shared by every record of a command.
+    // Soils, weather stations with their history, option lists, binary
+    // layouts and release profiles: read once, shared by every record of a command.
     bool loadProjectData(std::string& errors);
 
     // Run one record, first half: check that there is a model to run, load the
@@ -168,6 +169,7 @@ private:
     tellura_soil_list soils_;
     tellura_weather_station_list stations_;
     binary_layout_catalogue layouts_;
+    release_profile_catalogue profiles_;
     bool loaded_ = false;
 };
 

@@ -23,8 +23,21 @@
 
 namespace sb {
 
+namespace {
+
+// The profiles the dialog offers: the shipped ones and the user's own.
+const release_profile_catalogue& offeredProfiles(const app_soilbench& settings) {
+    static release_profile_catalogue catalogue;
+    catalogue = release_profile_catalogue();
+    std::string problems;  // a profile that cannot be read is simply not offered
+    catalogue.load(release_profile_catalogue::shippedFolder(), settings.userProfileFolder(), problems);
+    return catalogue;
+}
+
+}  // namespace
+
 dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* parent)
-    : QDialog(parent), form_(std::make_unique<configuration_form>(settings)) {
+    : QDialog(parent), form_(std::make_unique<configuration_form>(settings, &offeredProfiles(settings))) {
     setObjectName(QStringLiteral("dialog_configuration"));
     setWindowTitle(QString::fromLatin1(configuration_form::kTitle));
     const configuration_form& f = *form_;
@@ -51,6 +64,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     locations_->setObjectName(QStringLiteral("locations"));
     auto* locationEdit = new QPushButton(QStringLiteral("Edit"), this);
     locationEdit->setObjectName(QStringLiteral("locationEdit"));
+    profile_ = new QComboBox(this);
+    profile_->setObjectName(QStringLiteral("releaseProfile"));
     readBinary_ = new QCheckBox(QStringLiteral("Read binary output (doesn't work for Daily runs)"), this);
     readBinary_->setChecked(f.readBinaryOutput);
     wineCommand_ = new QLineEdit(QString::fromStdString(f.wineCommand), this);
@@ -65,6 +80,7 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     keepRunFolders_->setObjectName(QStringLiteral("keepRunFolders"));
     keepRunFolders_->setChecked(f.keepRunFolders);
     fillLocations();
+    fillProfiles();
 
     auto* form = new QFormLayout;
     form->addRow(recordList_);
@@ -85,6 +101,7 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     locationRow->addWidget(locations_, 1);
     locationRow->addWidget(locationEdit, 0, Qt::AlignTop);
     form->addRow(locationRow);
+    form->addRow(QStringLiteral("Release profile:"), profile_);
     form->addRow(readBinary_);
     form->addRow(QStringLiteral("Wine command (.exe builds):"), wineCommand_);
     form->addRow(QStringLiteral("Wine prefix directory:"), winePrefix_);
@@ -107,7 +124,8 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     setTabOrder(outputPrefix_, version_);
     setTabOrder(version_, locations_);
     setTabOrder(locations_, locationEdit);
-    setTabOrder(locationEdit, readBinary_);
+    setTabOrder(locationEdit, profile_);
+    setTabOrder(profile_, readBinary_);
     setTabOrder(readBinary_, wineCommand_);
     setTabOrder(wineCommand_, winePrefix_);
     setTabOrder(winePrefix_, runsFolder_);
@@ -116,7 +134,9 @@ dialog_configuration::dialog_configuration(app_soilbench& settings, QWidget* par
     connect(version_, &QComboBox::currentIndexChanged, this, [this](int index) {
         form_->selectVersion(index);
         fillLocations();
+        fillProfiles();
     });
+    connect(profile_, &QComboBox::activated, this, [this](int index) { form_->selectProfile(index); });
     connect(locationEdit, &QPushButton::clicked, this, &dialog_configuration::editSelectedLocation);
     connect(locations_, &QListWidget::itemDoubleClicked, this, &dialog_configuration::editSelectedLocation);
     connect(helpEdit, &QPushButton::clicked, this, &dialog_configuration::editHelpFile);
@@ -138,6 +158,12 @@ void dialog_configuration::fillLocations() {
         item->setFont(font);
     }
     locations_->setCurrentRow(selected);
+}
+
+void dialog_configuration::fillProfiles() {
+    profile_->clear();
+    for (const std::string& choice : form_->profileChoices()) profile_->addItem(QString::fromStdString(choice));
+    profile_->setCurrentIndex(form_->selectedProfileIndex());
 }
 
 void dialog_configuration::editLocation(int row, const QString& path) {

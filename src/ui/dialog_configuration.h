@@ -45,6 +45,8 @@ private:
     QLineEdit* outputPath_;
     QLineEdit* outputPrefix_;
     QComboBox* version_;
+    QComboBox* profile_;
+    void fillProfiles();
     QListWidget* locations_;
     QCheckBox* readBinary_;
     QLineEdit* wineCommand_;

@@ -26,7 +26,10 @@ QVariant output_table_model::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     if (role == Qt::TextAlignmentRole) return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (role != Qt::DisplayRole) return {};
-    const double v = rows_[static_cast<size_t>(index.row())].number(tableColumn(index.column()));
+    const table_record& row = rows_[static_cast<size_t>(index.row())];
+    const int column = tableColumn(index.column());
+    if (row.isMissing(column)) return QString();  // the model did not give it: empty, not 0
+    const double v = row.number(column);
     return index.column() < keyColumnCount() ? QString::number(static_cast<long long>(v)) : QString::number(v, 'g', 7);
 }
 

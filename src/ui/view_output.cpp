@@ -40,7 +40,7 @@ QStringList defaultVariables(table_id table, const output_table_model& model) {
     auto holdsData = [&](int column) {
         if (column < 0) return false;
         for (const table_record& row : model.rows())
-            if (row.number(column) != 0.0) return true;
+            if (!row.isMissing(column) && row.number(column) != 0.0) return true;
         return false;
     };
     for (const QString& name : preferred)

@@ -103,9 +103,9 @@ TEST_F(CliTest, ImportsAndOptionListExport) {
         int exitCode;
         std::string said;
     } imports[] = {
-        {{}, 0, "as record 10."},
+        {{}, 0, "as record 10 (Diurna 4.5, release profile \"diurna45\")."},
         {{"--id", "10"}, 1, "ERROR, record 10 exists already: give another --id, or --force to replace it.\n"},
-        {{"--id", "10", "--force"}, 0, "as record 10."},
+        {{"--id", "10", "--force"}, 0, "as record 10 (Diurna 4.5, release profile \"diurna45\")."},
     };
     for (const auto& i : imports) {
         std::vector<std::string> args = {"import", "run-files", project, demoSetup(), "--version", "4"};

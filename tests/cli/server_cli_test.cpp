@@ -64,7 +64,7 @@ TEST_F(ServerCli, EveryCommandTakesAUrlAndCopyProjectGoesBothWays) {
     auto down = run({"copy-project", url, file});
     EXPECT_EQ(down.exitCode, 0) << down.err;
     EXPECT_EQ(down.out.rfind("Copied project " + url + " to " + file + ": ", 0), 0u) << down.out;
-    EXPECT_TRUE(down.out.ends_with(" rows in 28 tables.\n")) << down.out;
+    EXPECT_TRUE(down.out.ends_with(" rows in 31 tables.\n")) << down.out;
     EXPECT_NE(down.err.find("Copied [Control Records]: 2 rows\n"), std::string::npos) << down.err;
     EXPECT_EQ(run({"list", file}).out, run({"list", url}).out);
 

@@ -34,9 +34,11 @@ inline void fillRandom(sb::table_record& r, std::mt19937& rng) {
         const auto& f = r.def().fields()[static_cast<size_t>(col)];
         auto pick = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); };
         switch (f.type) {
-            case sb::kTypeText: {
+            case sb::kTypeText:
+            case sb::kTypeMemo: {
                 std::string text;
-                int length = std::uniform_int_distribution<int>(0, f.size)(rng);
+                // MEMO holds any length: well past what a TEXT column takes.
+                int length = std::uniform_int_distribution<int>(0, f.type == sb::kTypeMemo ? 2000 : f.size)(rng);
                 for (int i = 0; i < length; ++i) text += kPieces[rng() % std::size(kPieces)];
                 r.setText(col, text);
                 break;

@@ -45,6 +45,9 @@ TEST(TableCatalogue, KeysAreTheDesignedOnes) {
     EXPECT_EQ(key(table_id::record_changes), "Primary: ID");
     EXPECT_EQ(key(table_id::run_history), "Primary: ID Started Host Process ID");
     EXPECT_EQ(key(table_id::slurm_submissions), "Primary: ID Job");
+    EXPECT_EQ(key(table_id::kept_values), "Primary: ID File Name");
+    EXPECT_EQ(key(table_id::kept_option_values), "Primary: File Option Name");
+    EXPECT_EQ(key(table_id::record_files), "Primary: ID Name");
     // Every key column is a column of its table.
     for (int i = 0; i < kTableCount; ++i)
         for (const auto& index : tableDef(static_cast<table_id>(i)).indexes())

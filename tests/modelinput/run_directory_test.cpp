@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "golden_setup.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/run_directory.h"
 #include "test_support.h"
 
@@ -53,7 +54,7 @@ TEST_F(RunDirectoryTest, EachReleaseGetsItsOwnSetOfFiles) {
         {4, {"fix.100", "sbsite.100", "sb.sch", "soils.in", "sitepar.in", "outfiles.in"}},
         {5, {"fix.100", "sbsite.100", "sb.sch"}},
         {6, {"sb.ini", "sbfix.100", "sbsite.100", "sb.sch"}},
-        {7, {"fix.100", "sbsite.100", "ERROR"}},  // a bad code leaves a visible sign
+        {7, {"ERROR"}},  // a bad code leaves a visible sign (and no parameter files: no profile has it)
     };
     for (const auto& [version, files] : cases) {
         sbtest::temp_dir run;
@@ -80,10 +81,10 @@ TEST_F(RunDirectoryTest, IniFileHasCrLfLineEnds) {
     EXPECT_FALSE(writeIni(dir.file("missing/sb.ini")));
 }
 
-TEST_F(RunDirectoryTest, OutfilesRowsAndRespirationRowPerVersion) {
+TEST_F(RunDirectoryTest, OutfilesRowsFollowTheProfileAndTheirSettings) {
     outfile_flags flags{};
     flags[0] = flags[11] = flags[27] = true;
-    std::string daily = outfilesText(4, flags);
+    std::string daily = outfilesText(shippedReleaseProfile(4), flags);
     std::vector<std::string> lines;
     for (size_t start = 0, end; (end = daily.find('\n', start)) != std::string::npos; start = end + 1)
         lines.push_back(daily.substr(start, end - start));
@@ -94,14 +95,19 @@ TEST_F(RunDirectoryTest, OutfilesRowsAndRespirationRowPerVersion) {
     EXPECT_EQ(lines[13], "0             year_summary.out  # yearly trace gas fluxes");
     EXPECT_EQ(lines[28], "1             summary.out       # daily climate, trace gas, and CO resp");
 
-    std::string monthly = outfilesText(2, flags);
-    EXPECT_EQ(std::count(monthly.begin(), monthly.end(), '\n'), 19);
-    EXPECT_NE(monthly.find("\n1             mresp.out         # weekly maintenance respiration\n"), std::string::npos);
-    EXPECT_EQ(monthly.find("dN2lyr.out"), std::string::npos);
-    EXPECT_NE(monthly.find("0             tgmonth.out       # monthly trace gas fluxes\n"), std::string::npos);
+    // A release with other rows: each row follows its own setting; a row no
+    // setting belongs to is written off.
+    release_profile release;
+    release.outfilesHeader = "Output (0/1)    file_name       description";
+    release.outfiles = {{12, "mresp.out", "daily maintenance respiration"}, {0, "gresp.out", "growth"}};
+    flags[20] = true;
+    EXPECT_EQ(outfilesText(release, flags),
+              "Output (0/1)    file_name       description\n"
+              "1             mresp.out         # daily maintenance respiration\n"
+              "0             gresp.out         # growth\n");
 
     std::string errors;
-    EXPECT_FALSE(writeOutfiles(dir.file("none/outfiles.in"), 4, flags, errors));
+    EXPECT_FALSE(writeOutfiles(dir.file("none/outfiles.in"), release, flags, errors));
     EXPECT_EQ(errors, "ERROR, unable to open 'outfiles' file \"" + dir.file("none/outfiles.in") + "\".\n");
 }
 

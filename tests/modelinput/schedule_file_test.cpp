@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "golden_setup.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/schedule_file.h"
 #include "app/text_file.h"
 #include "test_support.h"
@@ -153,8 +154,8 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
     errors.clear();
     std::string runDir = dir.path() + "/";
     ASSERT_TRUE(writeScheduleFile(setup.record, setup.options.list(option_kind::crop),
-                                  setup.options.list(option_kind::tree), 2, runDir + "sb.sch", runDir, setup.stations,
-                                  errors));
+                                  setup.options.list(option_kind::tree), shippedReleaseProfile(2), runDir + "sb.sch",
+                                  runDir, setup.stations, errors));
     EXPECT_TRUE(std::filesystem::is_regular_file(runDir + "sb000007.wth"));
     EXPECT_FALSE(std::filesystem::exists(runDir + "sb000099.wth"));
     EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");

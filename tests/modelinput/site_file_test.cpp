@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "golden_setup.h"
+#include "modelinput/profile_values.h"
 #include "modelinput/site_file.h"
 #include "app/text_file.h"
 #include "test_support.h"
@@ -20,6 +21,13 @@ protected:
     const TelluraSoils* soil() const { return &setup.soils.soils.front(); }
     const TelluraWeatherStations* station() const { return setup.stations.find(7); }
     std::string text(int version) const { return siteFileText(setup.record, version, soil(), station()); }
+    record_sources sources() const { return {setup.record, soil(), station(), shippedReleaseProfile(4)}; }
+    std::string sitepar() const {
+        std::string errors;
+        std::string out = siteparText(sources(), errors);
+        EXPECT_EQ(errors, "");
+        return out;
+    }
     sbtest::golden_setup setup;
     sbtest::temp_dir dir;
 };
@@ -66,7 +74,8 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
     setup.record.row.setNumber("Soil ID", 77);
     setup.record.row.setNumber("Weather ID", 78);
     std::string errors;
-    ASSERT_TRUE(writeSiteFile(setup.record, 3, dir.file("sbsite.100"), setup.soils, setup.stations, errors));
+    ASSERT_TRUE(writeSiteFile(setup.record, shippedReleaseProfile(3), dir.file("sbsite.100"), setup.soils,
+                              setup.stations, errors));
     EXPECT_EQ(errors,
               "WARNING, soil 77 of record 42 not found, site file soil values written as zero.\n"
               "WARNING, weather station 78 of record 42 not found, site file climate values written as zero.\n");
@@ -76,7 +85,7 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
 
     setup.record.row.setNumber("Weather ID", 12);  // a station without monthly means
     errors.clear();
-    writeSiteFile(setup.record, 3, dir.file("sbsite.100"), setup.soils, setup.stations, errors);
+    writeSiteFile(setup.record, shippedReleaseProfile(3), dir.file("sbsite.100"), setup.soils, setup.stations, errors);
     EXPECT_NE(errors.find("WARNING, weather station 12 has no monthly climate means, site file climate values "
                           "written as zero.\n"),
               std::string::npos)
@@ -84,40 +93,35 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
 }
 
 TEST_F(SiteFileTest, SiteparLines) {
-    std::string text = siteparText(setup.record.site, 4);
+    std::string text = sitepar();
     EXPECT_EQ(text.find("timstep"), std::string::npos);
     EXPECT_EQ(
         text.rfind("1              1 = Use extra weather drivers (solrad, rhumid, windsp), 0 = don't use (for PET)\n",
                    0),
         0u);
-    EXPECT_TRUE(hasLine(text, "0.5 12.2       min and max temperature for bottom soil layer (degrees C)"));
+    EXPECT_TRUE(hasLine(text, "0.5 12.25      min and max temperature for bottom soil layer (degrees C)"));
     EXPECT_TRUE(hasLine(text, "3  1"));   // WATERTABLE(3) set
     EXPECT_TRUE(hasLine(text, "12 52"));  // CLDCOV(12)
     EXPECT_TRUE(
         hasLine(text, "5 300          JDAYEND - turn off respiration restraint on denit between these Julian dates"));
     setup.record.site.setNumber("DMPFLUX", 0.000008);
-    EXPECT_TRUE(hasLine(siteparText(setup.record.site, 4), "0.000008       DMPFLUX"));
+    EXPECT_TRUE(hasLine(sitepar(), "0.000008       DMPFLUX"));
     // A pair as wide as the field or wider is not padded.
     setup.record.site.setNumber("TBOTMN", -1234.5);
     setup.record.site.setNumber("TBOTMX", 12345.5);
-    EXPECT_NE(siteparText(setup.record.site, 4).find("\n-1234.5 12345.5min and max"), std::string::npos);
-    // Other versions: the timstep line and one N2O adjustment line.
-    std::string other = siteparText(setup.record.site, 2);
-    EXPECT_EQ(other.rfind("2              timstep: 1=monthly production, 2=weekly production\n", 0), 0u);
-    EXPECT_NE(other.find("     N2OADJ - proportion of nitrified N that is lost as N2O (0.0-1.0)\n"), std::string::npos);
-    EXPECT_EQ(other.find("wfpsdnitadj"), std::string::npos);
+    EXPECT_NE(sitepar().find("\n-1234.5 12345.5min and max"), std::string::npos);
 
     std::string errors;
-    EXPECT_FALSE(writeSitepar(setup.record.site, dir.file("x/sitepar.in"), 4, errors));
+    EXPECT_FALSE(writeSitepar(sources(), dir.file("x/sitepar.in"), errors));
     EXPECT_EQ(errors, "ERROR, unable to open 'outfiles' file \"" + dir.file("x/sitepar.in") + "\".\n");
 }
 
 TEST_F(SiteFileTest, SiteparReadsBackByPosition) {
     setup.record.site.setNumber("DMPFLUX", 0.000008);
-    sbtest::writeFile(dir.file("sitepar.in"), siteparText(setup.record.site, 4));
+    sbtest::writeFile(dir.file("sitepar.in"), sitepar());
     tellura_control_record back;
     std::string messages;
-    ASSERT_TRUE(importSitepar(dir.file("sitepar.in"), back, messages));
+    ASSERT_TRUE(importSitepar(dir.file("sitepar.in"), back, shippedReleaseProfile(4), messages));
     EXPECT_EQ(messages, "Imported site parameters from \"" + dir.file("sitepar.in") + "\"\n");
     std::vector<std::string> columns{"USEXDRVRS",
                                      "SUBLIMSCALE",
@@ -147,12 +151,12 @@ TEST_F(SiteFileTest, SiteparReadsBackByPosition) {
     }
     for (const std::string& column : columns)
         EXPECT_FLOAT_EQ(back.site.number(column), setup.record.site.number(column)) << column;
-    // One decimal is all the bottom temperatures get.
-    EXPECT_FLOAT_EQ(back.site.number("TBOTMX"), 12.2f);
+    // The bottom temperatures get the decimals they need to stay exact.
+    EXPECT_FLOAT_EQ(back.site.number("TBOTMX"), 12.25f);
 }
 
 TEST_F(SiteFileTest, SiteparMonthsOutOfOrder) {
-    std::string text = siteparText(setup.record.site, 4);
+    std::string text = sitepar();
     size_t at = text.find("\n5  0\n");
     ASSERT_NE(at, std::string::npos);
     text.replace(at, 6, "\n6  1\n");
@@ -160,13 +164,13 @@ TEST_F(SiteFileTest, SiteparMonthsOutOfOrder) {
     tellura_control_record back;
     back.site.setFlag(back.site.column("WATERTABLE(7)"), false);
     std::string messages;
-    importSitepar(dir.file("sitepar.in"), back, messages);
+    importSitepar(dir.file("sitepar.in"), back, shippedReleaseProfile(4), messages);
     EXPECT_NE(messages.find("ERROR, WATERTABLE month out of order in site parameters file.\n"), std::string::npos);
     EXPECT_FALSE(back.site.flag(back.site.column("WATERTABLE(7)")));  // nothing stored after the bad month
     EXPECT_EQ(back.site.number("CLDCOV(12)"), 52);                    // later lines still in place
 
     std::string missing;
-    EXPECT_FALSE(importSitepar(dir.file("none.in"), back, missing));
+    EXPECT_FALSE(importSitepar(dir.file("none.in"), back, shippedReleaseProfile(4), missing));
     EXPECT_EQ(missing, "ERROR, cannot open site parameters file \"" + dir.file("none.in") + "\"\n");
 }
 

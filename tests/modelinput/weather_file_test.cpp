@@ -69,9 +69,9 @@ TEST(WeatherFile, WriteFailureIsReported) {
     EXPECT_EQ(recorded.lastYear(), 1991);
     EXPECT_EQ(recorded.filePath("/run/"), "/run/sb000005.wth");
     std::string errors;
-    EXPECT_TRUE(recorded.write(dir.file("sb000005.wth"), 2, errors));
+    EXPECT_TRUE(recorded.write(dir.file("sb000005.wth"), {}, errors));
     EXPECT_EQ(sbtest::readFile(dir.file("sb000005.wth")), weatherFileText(station, 2));
-    EXPECT_FALSE(recorded.write(dir.file("none/sb000005.wth"), 2, errors));
+    EXPECT_FALSE(recorded.write(dir.file("none/sb000005.wth"), {}, errors));
     EXPECT_EQ(errors, "ERROR, can't open file \"" + dir.file("none/sb000005.wth") + "\".\n");
 }
 

@@ -12,6 +12,7 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
     tellura_outputs outputs;
     outputs.annualFor(1990).setNumber("crpval", 7);
     outputs.annualFor(1991).setNumber("crpval", 8.0);
+    outputs.annualFor(1990).setNumber("agcacc", 1.5);  // none given for 1991: no point there, not 0
     // Stored out of order: a chart runs in time order.
     outputs.monthlyFor(2001, 3).setNumber("somtc", 30.0);
     outputs.monthlyFor(2000, 12).setNumber("somtc", 12.0);
@@ -34,6 +35,13 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
          true,
          {"crpval"},
          {{1990.0, 7.0}, {1991.0, 8.0}},
+         ""},
+        {"annual: a year without the value",
+         table_id::output_annual,
+         {"agcacc"},
+         true,
+         {"agcacc"},
+         {{1990.0, 1.5}},
          ""},
         {"monthly: mid-month, in time order",
          table_id::output_monthly,

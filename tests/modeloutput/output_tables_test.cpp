@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "db/database.h"
+#include "db/table_catalogue.h"
+#include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/output_to_input.h"
 #include "modeloutput/tellura_output.h"
@@ -16,6 +18,16 @@ namespace {
 
 float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
 
+// The comma-separated fields of one line of numbers.
+std::vector<std::string> splitFields(const std::string& line) {
+    std::vector<std::string> fields(1);
+    for (char c : line.substr(0, line.find('\n'))) {
+        if (c == ',') fields.emplace_back();
+        else fields.back() += c;
+    }
+    return fields;
+}
+
 tellura_outputs sampleOutputs() {
     tellura_outputs out;
     out.hasEndOfRun = true;
@@ -25,6 +37,7 @@ tellura_outputs sampleOutputs() {
         auto& a = out.annualFor(year);
         a.setNumber("somsc", year + 0.5);
         a.setNumber("crpval", 3);
+        a.setNumber("agcacc", 0);  // given as 0, unlike every column not set: missing
     }
     // 1990 and 2190 share a bucket; read back they come in year order.
     for (int year : {2190, 1990})
@@ -74,6 +87,18 @@ TEST(OutputTables, StoreAndReadBackEveryTable) {
     EXPECT_FLOAT_EQ(cell(back.daily[0], "tmax"), 4.5f);
     ASSERT_EQ(back.soilLayers.size(), 3u);
     EXPECT_FLOAT_EQ(cell(back.soilLayers[2], "Mineral N"), 6.0f);
+
+    // A value no output gave is stored as NULL and reads back missing; a 0 stays
+    // 0. The comma-separated export leaves the missing one empty.
+    const TelluraOutputAnnual& y1991 = back.annual[1];
+    EXPECT_TRUE(y1991.isMissing(y1991.column("aglivc")));
+    EXPECT_FALSE(y1991.isMissing(y1991.column("agcacc")));
+    EXPECT_EQ(y1991.number("agcacc"), 0.0);
+    std::string csv = recordsCsv({&y1991}, tableDef(table_id::output_annual));
+    std::vector<std::string> fields = splitFields(csv.substr(csv.find('\n') + 1));
+    EXPECT_EQ(fields.at(static_cast<size_t>(y1991.column("aglivc"))), "");
+    EXPECT_EQ(fields.at(static_cast<size_t>(y1991.column("agcacc"))), "0");
+    EXPECT_EQ(fields.at(static_cast<size_t>(y1991.column("somsc"))), "1991.5");
 
     // Nothing stored under another ID.
     tellura_outputs other;
@@ -196,7 +221,7 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
     EXPECT_FALSE(copyMonthlyOutputToInput(outputs, record, errors));
     EXPECT_EQ(errors, "No annual output exists for record.\nNo monthly output exists for record.\n");
 
-    // All eight zero: nothing changes, nothing said.
+    // None of the eight given (missing): nothing changes, nothing said.
     record.site.setNumber("AGLIVE(1)", 9);
     outputs.annualFor(1990).setNumber("aglive(1)", 4);
     outputs.annualFor(1991).setNumber("somsc", 4);

@@ -2,7 +2,9 @@
 // and keeping the daily files of chosen years.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
+#include <map>
 
 #include "app/text_format.h"
 #include "modeloutput/csv_output_reader.h"
@@ -47,7 +49,7 @@ TEST(YearSummary, FixedRangesFillTheYearsRecords) {
     EXPECT_EQ(annual[1].year(), 1900);
     EXPECT_FLOAT_EQ(cell(annual[1], "nit"), 4.5f);
     EXPECT_FLOAT_EQ(cell(annual[2], "noflux"), 3.5f);
-    EXPECT_EQ(annual[2].number("n2flux"), 0.0);
+    EXPECT_TRUE(annual[2].isMissing(annual[2].column("n2flux")));
 }
 
 TEST(YearSummary, HeaderIsCheckedExactly) {
@@ -95,7 +97,7 @@ TEST(DailyOutput, RowsBecomeDailyRecords) {
     EXPECT_FLOAT_EQ(cell(daily[1], "NOflux"), 0.25f);
     EXPECT_FLOAT_EQ(cell(daily[1], "CO2resp"), 3001.0f);
     EXPECT_EQ(daily[2].julianDay(), 365);
-    EXPECT_EQ(daily[2].number("N2Oflux"), 0.0);
+    EXPECT_TRUE(daily[2].isMissing(daily[2].column("N2Oflux")));
 }
 
 TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
@@ -115,30 +117,46 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
     EXPECT_FLOAT_EQ(cell(outputs.daily[0], "NIT"), 43.9735f);
     EXPECT_FLOAT_EQ(cell(outputs.daily[0], "CO2resp"), 3429.2802f);
 
-    struct bad_header {
+    // "time" and the day of the year lead; the other columns are taken by
+    // name, those the table has no column for passed over.
+    const std::map<std::string, std::string> jday = {{"jday", "dayofyr"}};
+    struct header_case {
         const char* header;
+        std::map<std::string, std::string> aliases;
         const char* message;
+        float tmax;  // NaN: none read
     } cases[] = {
         {"      time jday tmax tmin N2Oflux NOflux CO2resp",
-         "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n"},
-        {"      time  dayofyr      PET(cm)      agdefac",
-         "ERROR in columns of \"daily.out\": read \"PET(cm)\", expected \"tmax\".\n"},
-        {"time dayofyr tmax tmin N2Oflux NOflux",
-         "ERROR in columns of \"daily.out\": read \"\", expected \"CO2resp\".\n"},
-        {"", "ERROR in columns of \"daily.out\": read \"\", expected \"time\".\n"},
-        // Optional names before the time or the day (found by fuzzing: they were read past the row's columns).
+         {},
+         "ERROR in columns of \"daily.out\": read \"jday\", expected \"dayofyr\".\n",
+         NAN},
+        {"      time jday tmax tmin N2Oflux NOflux CO2resp", jday, "DAILY.OUT: 1 days read, from 1900 to 1900.\n", 7},
+        {"dayofyr time tmax", {}, "ERROR in columns of \"daily.out\": read \"dayofyr\", expected \"time\".\n", NAN},
+        {"", {}, "ERROR in columns of \"daily.out\": read \"\", expected \"time\".\n", NAN},
+        {"      time  dayofyr      PET(cm)      tmax", {}, "DAILY.OUT: 1 days read, from 1900 to 1900.\n", 8},
+        // Names before the time or the day: rows are read as time and day first.
         {"CH4 NIT time dayofyr tmax tmin N2Oflux NOflux CO2resp",
-         "ERROR in columns of \"daily.out\": read \"CH4\", expected \"time\".\n"},
+         {},
+         "ERROR in columns of \"daily.out\": read \"CH4\", expected \"time\".\n",
+         NAN},
         {"time ppt dayofyr tmax tmin N2Oflux NOflux CO2resp",
-         "ERROR in columns of \"daily.out\": read \"ppt\", expected \"dayofyr\".\n"},
+         {},
+         "ERROR in columns of \"daily.out\": read \"ppt\", expected \"dayofyr\".\n",
+         NAN},
     };
     for (const auto& c : cases) {
-        sbtest::writeFile(dir.file("daily.out"), std::string(c.header) + "\n 1900.0 1 1 1 1 1 1\n");
+        sbtest::writeFile(dir.file("daily.out"), std::string(c.header) + "\n 1900.0 1 7 8 9 9 9\n");
         tellura_outputs other;
         errors.clear();
-        EXPECT_FALSE(readDailyOutput(dir.file("daily.out"), other, errors));
+        EXPECT_EQ(readDailyOutput(dir.file("daily.out"), c.aliases, other, errors), !std::isnan(c.tmax)) << c.header;
         EXPECT_EQ(errors, c.message);
-        EXPECT_TRUE(other.daily.empty());
+        if (std::isnan(c.tmax)) {
+            EXPECT_TRUE(other.daily.empty());
+            continue;
+        }
+        ASSERT_EQ(other.daily.size(), 1u);
+        EXPECT_FLOAT_EQ(cell(other.daily[0], "tmax"), c.tmax);
+        EXPECT_TRUE(other.daily[0].isMissing(other.daily[0].column("CH4")));  // no column: missing, not 0
     }
     errors.clear();
     EXPECT_FALSE(readDailyOutput(dir.file("gone.out"), outputs, errors));
@@ -180,7 +198,7 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
     EXPECT_FLOAT_EQ(cell(annual[0], "resp(2)"), 200.0f);
     EXPECT_FLOAT_EQ(cell(annual[1], "shrema"), 31.0f);
     EXPECT_FLOAT_EQ(cell(annual[1], "resp(1)"), 101.0f);
-    EXPECT_EQ(annual[1].number("totsysc"), 0.0);
+    EXPECT_TRUE(annual[1].isMissing(annual[1].column("totsysc")));
     EXPECT_FLOAT_EQ(cell(annual[1], "aminrl(3)"), 10.0f);
     ASSERT_TRUE(outputs.hasEndOfRun);  // the last year's mineral pools
     EXPECT_FLOAT_EQ(cell(outputs.endOfRun, "aminrl(1)"), 8.0f);

@@ -155,16 +155,26 @@ TEST(TelluraInputList, NameAndDescriptionLimits) {
     test_crop_list list;
     std::string desc80(80, 'd');
     std::string desc81(81, 'e');
-    imported r = importText(
-        list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n" + "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
+    imported first = importText(list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n");
+    // A later import of the name as cut updates the record; its description is too long.
+    imported r = importText(list, "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list.recordAt(0).name, "ABCDEFGHIJKLMNOPQRST");
     EXPECT_EQ(list.recordAt(0).description, desc80);
-    EXPECT_EQ(r.counts.imported, 1);
+    EXPECT_EQ(first.counts.imported, 1);
     EXPECT_EQ(r.counts.updated, 1);
     EXPECT_EQ(r.errors,
-              "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 3\n"
-              "ERROR, option record \"ABCDEFGHIJKLMNOPQRST\" has no values.\nFile: \"crop.100\", line 3\n");
+              "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 1\n"
+              "ERROR, option record \"ABCDEFGHIJKLMNOPQRST\" has no values.\nFile: \"crop.100\", line 1\n");
+
+    // Within one file the same name as cut is a second record: reported, not imported.
+    test_crop_list once;
+    imported twice = importText(once, "ABCDEFGHIJKLMNOPQRSTUVWXYZ\n1 PRDX(1)\nABCDEFGHIJKLMNOPQRSTUVW\n2 PRDX(1)\n");
+    EXPECT_EQ(twice.counts.duplicateRecords, 1);
+    EXPECT_EQ(twice.errors,
+              "WARNING, \"crop.100\" line 3: a second record \"ABCDEFGHIJKLMNOPQRST\" (the first is on "
+              "line 1); the model reads the first, so this one is not imported.\n");
+    EXPECT_EQ(static_cast<const test_crop&>(once.at(0)).prdx[0], 1.0);
 }
 
 // A line longer than 131 characters is cut there and the rest is skipped:
@@ -298,20 +308,23 @@ TEST(TelluraInputList, WriteFailureOnFullDevice) {
     EXPECT_EQ(errors, "ERROR, unable to write file \"/dev/full\"\n");
 }
 
-TEST(GenericTelluraInput, KeepsEveryPairInFileOrder) {
+TEST(GenericTelluraInput, KeepsEveryPairInFileOrderAndReportsANameGivenTwice) {
     generic_tellura_input_list list;
     imported r = importText(list, "X     Fixed_values\n1.5 'b(1)'\n2 a\n3 B(1)\n");
-    EXPECT_EQ(r.errors, "");
+    EXPECT_EQ(r.errors,
+              "ERROR, \"crop.100\" line 4: \"B(1)\" is given twice in \"X\" (first on line 2); the second value is "
+              "not used.\n");
+    EXPECT_EQ(r.counts.duplicates, 1);
     ASSERT_EQ(list.size(), 1u);
     const generic_tellura_input& x = list.recordAt(0);
     ASSERT_EQ(x.values.size(), 2u);
     EXPECT_EQ(x.values[0].name, "b(1)");
-    EXPECT_EQ(x.values[0].value, 3.0);
+    EXPECT_EQ(x.values[0].value, 1.5);
     EXPECT_EQ(x.findValue("A")->value, 2.0);
     EXPECT_EQ(x.findValue("c"), nullptr);
     std::string out;
     list.writeText(out, 4);
-    EXPECT_EQ(out, "X     Fixed_values\n3.00000        b(1)\n2.00000        a\n");
+    EXPECT_EQ(out, "X     Fixed_values\n1.50000        b(1)\n2.00000        a\n");
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include <cstdint>
 
 namespace {
@@ -47,10 +49,33 @@ TEST(ValueLineWriter, BareForms) {
     writeBoolean(out, kTrue16);
     writeSignedBoolean(out, 7);
     writeReal(out, 3.0);
-    writeRealWidth(out, 3.14159, 8, 3);
+    writeRealWidth(out, 3.125, 8, 3);
     writeLargeInt(out, -99);
     writeLargeIntShortGap(out, 12345678);
-    EXPECT_EQ(out, "5 \n1 \n-1\n3.00000   \n3.142   \n-99       \n12345678  \n");
+    EXPECT_EQ(out, "5 \n1 \n-1\n3.00000   \n3.125   \n-99       \n12345678  \n");
+}
+
+// A value the usual decimals would not give back gets the decimals it needs:
+// the model reads it as the 32-bit real the project holds.
+TEST(ValueLineWriter, RealsReadBackAsTheValueHeld) {
+    const struct {
+        double value;
+        const char* line;
+    } cases[] = {
+        {30.539165, "30.539165      SITLAT\n"},  // 30.53917 would move the site
+        {-96.421337, "-96.421337     SITLAT\n"},   {0.000008, "0.000008       SITLAT\n"},
+        {0.1, "0.10000        SITLAT\n"},           // exact as it is: the usual decimals stay
+        {1234567.0, "1234567.00000     SITLAT\n"},  // wider than the field: the gap stays
+    };
+    for (const auto& c : cases) {
+        std::string out;
+        writeReal(out, c.value, "SITLAT");
+        EXPECT_EQ(out, c.line) << c.value;
+        EXPECT_EQ(std::strtof(out.c_str(), nullptr), static_cast<float>(c.value)) << out;
+    }
+    std::string element;
+    writeElement(element, 0.123456, "AWILT", 3);
+    EXPECT_EQ(element, "0.123456       AWILT(3)\n");
 }
 
 TEST(ValueLineWriter, ArraysRowMajorAndColumn) {

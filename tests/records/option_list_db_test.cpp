@@ -3,6 +3,8 @@
 // messages of each failing step.
 #include <gtest/gtest.h>
 
+#include "app/release_profile_catalogue.h"
+
 #include <filesystem>
 
 #include "app/text_format.h"
@@ -13,6 +15,15 @@
 #include "test_support.h"
 
 namespace {
+
+using namespace sb;
+
+const release_profile& diurnaProfile() {
+    const release_profile* profile = release_profile_catalogue::shipped().find("diurna45");
+    EXPECT_NE(profile, nullptr) << "the shipped release profiles are not installed";
+    static const release_profile none;
+    return profile ? *profile : none;
+}
 
 using namespace sb;
 using sbtest::records_project;
@@ -191,7 +202,7 @@ TEST(OptionLists, LoadAllFindAndRunDirectoryFiles) {
     EXPECT_EQ(lists.find(option_kind::tree_removal, "clear")->name, "CLEAR");
 
     sbtest::temp_dir dir;
-    ASSERT_TRUE(lists.writeRunFiles(dir.path(), 4, errors)) << errors;
+    ASSERT_TRUE(lists.writeRunFiles(dir.path(), diurnaProfile(), errors)) << errors;
     for (const char* file : {"crop.100", "cult.100", "fert.100", "fire.100", "graz.100", "harv.100", "irri.100",
                              "omad.100", "tree.100", "trem.100"})
         EXPECT_TRUE(std::filesystem::exists(dir.file(file))) << file;
@@ -224,7 +235,7 @@ TEST(OptionLists, LoadAllGoesOnPastAMissingTable) {
 TEST(OptionLists, WritingIntoAMissingFolderIsReported) {
     option_lists lists;
     std::string errors;
-    EXPECT_FALSE(lists.writeRunFiles("/nonexistent-folder-for-soilbench", 4, errors));
+    EXPECT_FALSE(lists.writeRunFiles("/nonexistent-folder-for-soilbench", diurnaProfile(), errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to open file in tellura_input_list.write: "
                            "/nonexistent-folder-for-soilbench/crop.100",
                            0),

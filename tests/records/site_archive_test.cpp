@@ -57,6 +57,10 @@ void fillSource(database& db) {
             row.setText("Initial Crop", "OPT15");
             row.setText("Initial Tree", "");
         }
+        if (table == table_id::kept_option_values) {  // kept for the record's crop
+            row.setText("File", "crop.100");
+            row.setText("Option", "OPT15");
+        }
         if (table == table_id::event_blocks) {
             row.setNumber("Weather Choice", kWeatherFile);
             row.setNumber("Weather ID", 2);
@@ -99,6 +103,7 @@ TEST_F(SiteArchiveTest, RoundTripBetweenProjectsGivesTheSameFile) {
     EXPECT_EQ(sbtest::readFile(dir.file("b.esa")), sbtest::readFile(file));
     // Outputs stay at home; the fill value shows every text survived.
     EXPECT_EQ(sbtest::readFile(file).find("table\tOutput"), std::string::npos);
+    EXPECT_NE(sbtest::readFile(file).find("table\tKept Option Values"), std::string::npos);
     EXPECT_NE(sbtest::readFile(file).find("t\\t\\\\n\\n"), std::string::npos);
 }
 

@@ -330,6 +330,31 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
     EXPECT_EQ(project.history(1).size(), std::size(kRuns) + 2);
 }
 
+// A release tells success only by its console: a release whose good runs end
+// with another line than the stand-in prints has not succeeded, whatever its
+// exit status, and the earlier run's outputs stay as they were.
+TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
+    std::string runLog, errors;
+    ASSERT_TRUE(run(runLog, errors)) << errors;
+    ASSERT_EQ(project.storedOutputRows(1), 108);
+    const std::vector<std::string> good = project.storedOutputs();
+    std::string text = sbtest::readFile(std::string(SB_SHARE_DIR) + "/profiles/diurna45.profile");
+    const std::string shipped = "success = Execution success.";
+    ASSERT_NE(text.find(shipped), std::string::npos);
+    text.replace(text.find(shipped), shipped.size(), "success = Simulation complete.");
+    std::filesystem::create_directory(project.file("profiles"));
+    sbtest::writeFile(project.file("profiles/diurna45.profile"), text);
+    project.settings().profileFolder = project.file("profiles");
+    errors.clear();
+    EXPECT_FALSE(run(runLog, errors));
+    EXPECT_NE(errors.find("ERROR, the model's console lacks its success line \"Simulation complete.\" (release "
+                          "profile \"diurna45\" (" +
+                          project.file("profiles/diurna45.profile") + ")): the run failed.\n"),
+              std::string::npos)
+        << errors;
+    EXPECT_EQ(project.storedOutputs(), good);
+}
+
 // Files that would make a stale result look like this run's, and the
 // list utility in a folder of its own: each record reads only what its own
 // run wrote, or fails.

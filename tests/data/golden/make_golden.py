@@ -115,6 +115,17 @@ OPTION_NAMES = {
 OUTFILE_FLAGS = [n in (1, 7, 12, 13, 22, 26, 28) for n in range(1, 29)]
 
 # ---------------------------------------------------------------- line forms
+def exact(v, decimals):
+    """The value with its usual decimals, or as many more as it takes to read
+    back as the same 32-bit real (the model reads its inputs as such)."""
+    import struct
+    single = struct.unpack('f', struct.pack('f', v))[0]
+    while True:
+        text = '%.*f' % (decimals, v)
+        if struct.unpack('f', struct.pack('f', float(text)))[0] == single:
+            return text
+        decimals += 1
+
 def real(v, name): return '%-10.5f     %s\n' % (v, name)
 def smallint(v, name): return '%-2d             %s\n' % (v, name)
 def el(v, name, *subs): return '%-10.5f     %s(%s)\n' % (v, name, ','.join(str(s) for s in subs))
@@ -256,7 +267,7 @@ def sitepar():
     for m in range(1, 13): o.append('%-2d %d\n' % (m, 1 if sv('WATERTABLE(%d)' % m) == 65535 else 0))
     o.append('%-10d     HPOTDEEP\n' % sv('HPOTDEEP')); o.append(real(sv('KSATDEEP'), 'KSATDEEP'))
     for m in range(1, 13): o.append('%-2d %d\n' % (m, sv('CLDCOV(%d)' % m)))
-    o.append(('%.1f %.1f' % (sv('TBOTMN'), sv('TBOTMX'))).ljust(15) +
+    o.append((exact(sv('TBOTMN'), 1) + ' ' + exact(sv('TBOTMX'), 1)).ljust(15) +
              'min and max temperature for bottom soil layer (degrees C)\n')
     o.append(real(0.003, 'DMP - damping factor for calculating soil temperature by layer'))
     o.append(real(sv('TIMLAG'), 'TIMLAG - timlag, days from Jan 1 to coolest temp at bottom of soil (days)'))

@@ -1,0 +1,176 @@
+#include "records/kept_values.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "app/text_format.h"
+#include "db/database.h"
+#include "records/store_session.h"
+
+namespace sb {
+
+namespace {
+
+std::string quoted(std::string_view text) {
+    std::string out = "'";
+    for (char c : text) out += c == '\'' ? std::string("''") : std::string(1, c);
+    return out + "'";
+}
+
+// Opens the table for reading; a read-only project made before the table
+// existed has none, which reads as nothing kept.
+std::unique_ptr<rowset> openForReading(database& db, table_id table, const std::string& filter, bool& ok,
+                                       std::string& errors) {
+    db_status status;
+    std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
+    ok = rows || db.readOnly();
+    if (!ok) {
+        appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table));
+        appendStatusText(status, errors);
+    }
+    return rows;
+}
+
+bool readRows(rowset& rows, table_id table, const std::function<void(const table_record&)>& take, std::string& errors) {
+    db_status status;
+    for (status = rows.moveFirst(); status.ok(); status = rows.moveNext()) take(rows.row());
+    if (status.endOfRowset()) return true;
+    appendf(errors, "ERROR, unable to read table [%s].\n", tableName(table));
+    appendStatusText(status, errors);
+    return false;
+}
+
+bool replaceRows(database& db, table_id table, const std::string& filter, const std::vector<table_record>& rows,
+                 std::string& errors) {
+    store_session unit(db, errors);
+    if (!unit.ok()) return false;
+    if (db.execute(strprintf("DELETE * FROM `%s` WHERE %s", tableName(table), filter.c_str())).failed()) {
+        appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+        return false;
+    }
+    db_status status;
+    std::unique_ptr<rowset> out = db.openTable(table, "", "", status);
+    if (!out) {
+        appendf(errors, "Unable to open table %s\n", tableName(table));
+        return false;
+    }
+    for (const table_record& row : rows) {
+        status = out->insert(row);
+        if (status.failed()) {
+            appendf(errors, "ERROR, unable to insert into table [%s]\n", tableName(table));
+            appendStatusText(status, errors);
+            return false;
+        }
+    }
+    out.reset();
+    return unit.commit();
+}
+
+}  // namespace
+
+void kept_values::set(std::string_view file, std::string_view name, double value) {
+    for (kept_value& kept : values_)
+        if (iequals(kept.file, file) && iequals(kept.name, name)) {
+            kept.value = value;
+            return;
+        }
+    values_.push_back({std::string(file), std::string(name), value});
+}
+
+const double* kept_values::find(std::string_view file, std::string_view name) const {
+    for (const kept_value& kept : values_)
+        if (iequals(kept.file, file) && iequals(kept.name, name)) return &kept.value;
+    return nullptr;
+}
+
+bool kept_values::operator==(const kept_values& other) const {
+    if (values_.size() != other.values_.size()) return false;
+    for (const kept_value& kept : values_) {
+        const double* theirs = other.find(kept.file, kept.name);
+        if (!theirs || *theirs != kept.value) return false;
+    }
+    return true;
+}
+
+bool readKeptValues(database& db, int32_t id, kept_values& values, std::string& errors) {
+    values.clear();
+    bool ok = true;
+    auto rows = openForReading(db, table_id::kept_values, strprintf("[ID] = %ld", static_cast<long>(id)), ok, errors);
+    if (!rows) return ok;
+    return readRows(
+        *rows, table_id::kept_values,
+        [&](const table_record& row) { values.set(row.text(1), row.text(2), row.number(3)); }, errors);
+}
+
+bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors) {
+    std::vector<table_record> rows;
+    for (const kept_value& kept : values.all()) {
+        table_record row(table_id::kept_values);
+        row.setNumber(0, id);
+        row.setText(1, kept.file);
+        row.setText(2, kept.name);
+        row.setNumber(3, kept.value);
+        rows.push_back(std::move(row));
+    }
+    return replaceRows(db, table_id::kept_values, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
+}
+
+bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors) {
+    files.clear();
+    bool ok = true;
+    auto rows = openForReading(db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)), ok, errors);
+    if (!rows) return ok;
+    return readRows(
+        *rows, table_id::record_files,
+        [&](const table_record& row) {
+            files.push_back({row.text(1), row.text(2)});
+        },
+        errors);
+}
+
+bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors) {
+    std::vector<table_record> rows;
+    for (const record_file& file : files) {
+        table_record row(table_id::record_files);
+        row.setNumber(0, id);
+        row.setText(1, file.name);
+        row.setText(2, file.content);
+        rows.push_back(std::move(row));
+    }
+    return replaceRows(db, table_id::record_files, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
+}
+
+bool readOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
+                          std::string& errors) {
+    options.clear();
+    bool ok = true;
+    auto rows = openForReading(db, table_id::kept_option_values, "[File] = " + quoted(file), ok, errors);
+    if (!rows) return ok;
+    return readRows(
+        *rows, table_id::kept_option_values,
+        [&](const table_record& row) {
+            const std::string& option = row.text(1);
+            auto found = std::find_if(options.begin(), options.end(),
+                                      [&](const option_kept_values& o) { return iequals(o.option, option); });
+            if (found == options.end()) found = options.insert(options.end(), {option, {}});
+            found->values.set(file, row.text(2), row.number(3));
+        },
+        errors);
+}
+
+bool writeOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
+                           std::string& errors) {
+    std::vector<table_record> rows;
+    for (const option_kept_values& option : options)
+        for (const kept_value& kept : option.values.all()) {
+            table_record row(table_id::kept_option_values);
+            row.setText(0, file);
+            row.setText(1, option.option);
+            row.setText(2, kept.name);
+            row.setNumber(3, kept.value);
+            rows.push_back(std::move(row));
+        }
+    return replaceRows(db, table_id::kept_option_values, "File = " + quoted(file), rows, errors);
+}
+
+}  // namespace sb

@@ -1,0 +1,62 @@
+#pragma once
+// What a set-up's files hold beyond the project's columns, so that nothing
+// read is lost: values of names no column holds (or that a release profile
+// keeps apart from the database's place), per control record and per
+// management option, and whole further files a schedule needs beside it
+// (nscale.dat and the like), per control record.
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sb {
+
+class database;
+
+struct kept_value {
+    std::string file;  // "fix.100", "site.100", "sitepar.in", "crop.100", ...
+    std::string name;  // as the file spells it, e.g. "VARAT1(2,1)"
+    double value = 0;
+};
+
+class kept_values {
+public:
+    // Replaces the value of the same file and name (case ignored).
+    void set(std::string_view file, std::string_view name, double value);
+    // nullptr when none is kept.
+    const double* find(std::string_view file, std::string_view name) const;
+    const std::vector<kept_value>& all() const { return values_; }
+    bool empty() const { return values_.empty(); }
+    void clear() { values_.clear(); }
+    bool operator==(const kept_values& other) const;
+
+private:
+    std::vector<kept_value> values_;
+};
+
+struct record_file {
+    std::string name;     // as the schedule's release looks for it, e.g. "nscale.dat"
+    std::string content;  // the whole file, bytes as read
+    bool operator==(const record_file&) const = default;
+};
+
+// A record's kept values and files: read replaces `values` / `files` (a
+// project opened read-only that predates their tables reads none); write
+// replaces what is stored under the ID and belongs in the caller's session.
+bool readKeptValues(database& db, int32_t id, kept_values& values, std::string& errors);
+bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors);
+bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors);
+bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors);
+
+// The kept values of one option file: one entry per option with values.
+struct option_kept_values {
+    std::string option;
+    kept_values values;
+};
+bool readOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
+                          std::string& errors);
+// Replaces every kept value of the file.
+bool writeOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
+                           std::string& errors);
+
+}  // namespace sb
