@@ -33,13 +33,6 @@ bool fileExists(const std::string& path) {
     return fs::is_regular_file(path, ec);
 }
 
-// The text outputs the profile's release writes and we read back.
-std::vector<std::string> textOutputs(const release_profile& profile) {
-    std::vector<std::string> files = profile.annualFiles;
-    files.insert(files.end(), profile.dailyFiles.begin(), profile.dailyFiles.end());
-    return files;
-}
-
 // Whether the run asked the model for a text output: its outfiles.in row is
 // switched on, or it has no row (the release always writes it). A file the
 // run did not ask for is never read, even when one stands in the run directory.

@@ -339,7 +339,7 @@ bool run_controller::prepareDetached(const tellura_control_record& record, const
     prepareRuns(errors);
     run_folder made;
     if (!made.create(root, projectName_, record.id(), errors)) return false;
-    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+    record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
     const int version = settings_.version;
     order.id = record.id();
     order.version = version;
@@ -376,7 +376,7 @@ bool run_controller::collectDetached(tellura_control_record& record, const std::
         run.host = result.host;
         run.runLog = result.runLog;
         run.errors += result.messages;
-        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_});
+        record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
         const bool programsGood = run.state == run_state::good;
         if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.runLog, run.errors))
             run.state = run_state::failed;

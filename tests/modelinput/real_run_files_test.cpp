@@ -263,7 +263,7 @@ TEST(RealRunFiles, TheTwoReleasesFilesDifferOnlyWhereTheirLayoutsDo) {
     for (const std::string& file : profileParameterFiles()) {
         std::map<std::string, double> first = keyedValues(a, file), second = keyedValues(b, file);
         for (const auto& [key, value] : first)
-            if (second.count(key)) EXPECT_TRUE(same(value, second[key])) << file << " " << key;
+            if (second.count(key)) { EXPECT_TRUE(same(value, second[key])) << file << " " << key; }
     }
     // sitepar.in: the lines both have (the 2008 one has a timstep line first and
     // soil region lines before the Julian dates).
