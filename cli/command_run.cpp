@@ -194,6 +194,7 @@ std::string firstLine(const std::string& text) {
 
 std::string statusMessage(const sb::record_status& status) {
     if (status.state == sb::record_state::stale) return status.staleBecause;
+    if (status.state == sb::record_state::running) return "running in " + status.lastRun.runFolder;
     if (status.state == sb::record_state::failed) return firstLine(status.lastRun.message);
     return "";
 }
@@ -231,9 +232,12 @@ int cmdStatus(const status_options& opt) {
     }
     if (!tsv) {
         using sb::record_state;
-        std::cout << sb::strprintf("%zu records: %ld never run, %ld failed, %ld good, %ld stale.\n", statuses.size(),
+        std::cout << sb::strprintf("%zu records: %ld never run, %ld failed, %ld good, %ld stale", statuses.size(),
                                    counts[record_state::never], counts[record_state::failed],
                                    counts[record_state::good], counts[record_state::stale]);
+        // Runs going on (another program running the project) are counted only when there are some.
+        if (counts[record_state::running] > 0) std::cout << ", " << counts[record_state::running] << " running";
+        std::cout << ".\n";
     }
     return finish(true, errors);
 }

@@ -258,7 +258,7 @@ void addRun(CLI::App& app, command_action& action) {
     cmd->add_flag("--binary", opt->binary, "read the binary output instead of the list file");
     cmd->add_flag("--visible", opt->visible, "let the model print to this terminal instead of capturing it");
     cmd->add_option("--only", opt->only,
-                    "run just the records in these states, comma-separated: never, failed, stale, good");
+                    "run just the records in these states, comma-separated: never, failed, stale, good, running");
     auto* slurm = cmd->add_flag("--slurm", opt->slurm, "run the records as one Slurm job array");
     cmd->add_option("--partition", opt->partition, "the Slurm partition (with --slurm)")->needs(slurm);
     cmd->add_option("--time", opt->timeLimit, "each task's Slurm time limit, like 30 or 2:00:00 (with --slurm)")

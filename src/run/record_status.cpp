@@ -1,11 +1,13 @@
 #include "run/record_status.h"
 
 #include "app/text_format.h"
+#include "run/run_folder.h"
 
 namespace sb {
 namespace {
 
-constexpr record_state kStates[] = {record_state::never, record_state::failed, record_state::good, record_state::stale};
+constexpr record_state kStates[] = {record_state::never, record_state::failed, record_state::good, record_state::stale,
+                                    record_state::running};
 
 }  // namespace
 
@@ -17,6 +19,8 @@ const char* recordStateWord(record_state state) {
             return "good";
         case record_state::stale:
             return "stale";
+        case record_state::running:
+            return "running";
         case record_state::failed:
             break;
     }
@@ -41,9 +45,10 @@ bool parseRecordStates(const std::string& text, std::vector<record_state>& state
             states.push_back(state);
         }
         if (!known) {
-            appendf(errors,
-                    "ERROR, \"%s\" is not a record state: give never, failed, stale or good, comma-separated.\n",
-                    word.c_str());
+            appendf(
+                errors,
+                "ERROR, \"%s\" is not a record state: give never, failed, stale, good or running, comma-separated.\n",
+                word.c_str());
             ok = false;
         }
         from = comma + 1;
@@ -53,7 +58,10 @@ bool parseRecordStates(const std::string& text, std::vector<record_state>& state
 
 record_state lastRunState(const run_history_entry* lastRun) {
     if (!lastRun) return record_state::never;
-    return lastRun->finished() && lastRun->state == run_state::good ? record_state::good : record_state::failed;
+    // A run that never finished is still going while its folder's owner lives.
+    if (!lastRun->finished())
+        return run_folder::inUse(lastRun->runFolder) ? record_state::running : record_state::failed;
+    return lastRun->state == run_state::good ? record_state::good : record_state::failed;
 }
 
 }  // namespace sb

@@ -1,9 +1,9 @@
 #pragma once
 // Where each record stands with its runs, from its latest row in the run
 // history: never run, failed (the last run ended badly or never finished),
-// good, or stale (good, but the inputs a run would write now, the model
-// executable or the release differ from those of that run). The command line's
-// status and --only and the desktop's record list all read it from here.
+// running (not finished, and the process running it lives), good, or stale (good, but the inputs a run would write now,
+// the model executable or the release differ from those of that run). The command line's status and --only and the
+// desktop's record list all read it from here.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,9 +12,9 @@
 
 namespace sb {
 
-enum class record_state { never, failed, good, stale };
+enum class record_state { never, failed, good, stale, running };
 
-// "never", "failed", "good", "stale": the words of --only and of the status table.
+// "never", "failed", "good", "stale", "running": the words of --only and of the status table.
 const char* recordStateWord(record_state state);
 // "never run", "failed", "good", "stale": as counts and the desktop name them.
 const char* recordStateText(record_state state);
@@ -22,7 +22,7 @@ const char* recordStateText(record_state state);
 bool parseRecordStates(const std::string& text, std::vector<record_state>& states, std::string& errors);
 
 // The state the latest run gives without looking at the inputs: never (no
-// run), good, or failed. Only a good run can later turn stale.
+// run), good, running, or failed. Only a good run can later turn stale.
 record_state lastRunState(const run_history_entry* lastRun);
 
 struct record_status {

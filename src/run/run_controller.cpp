@@ -226,8 +226,7 @@ void run_controller::prepareRuns(std::string& errors) {
 
 void run_controller::runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
                                const std::function<bool()>& cancelNow) const {
-    if (run.started.empty()) run.started = historyTimeNow();
-    if (run.folder.create(runsRoot_, projectName_, record.id(), run.errors)) {
+    if (!run.folder.path().empty()) {  // made when the run began
         record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
         run.state =
             runner.run(record, outputs, run.folder.path(), run.runLog, run.errors, cancelNow, &run.inputsDigest);
@@ -263,13 +262,15 @@ run_history_entry run_controller::historyEntry(int32_t id, const record_run& run
     return entry;
 }
 
-void run_controller::beginRun(const tellura_control_record& record, record_run& run, std::string& errors) {
+void run_controller::beginRun(const tellura_control_record& record, record_run& run) {
     run.started = historyTimeNow();
+    // The folder is made first, so that the history names it while the run goes on.
+    run.folder.create(runsRoot_, projectName_, record.id(), run.errors);
     run_history_entry entry = historyEntry(record.id(), run);
     entry.state = run_state::failed;
     entry.message = strprintf("ERROR, the run started by process %ld on %s did not finish.\n",
                               static_cast<long>(entry.processId), entry.host.c_str());
-    appendRunHistory(db_, entry, errors);
+    appendRunHistory(db_, entry, run.errors);
 }
 
 void run_controller::noteRefusedRun(int32_t id, const std::string& messages) {
@@ -400,7 +401,7 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     if (!checkPrograms(errors)) return false;
     prepareRuns(errors);
     record_run run;
-    beginRun(record, run, errors);
+    beginRun(record, run);
     const auto modelRun = [&] { runRecord(record, outputs, run, cancelNow); };
     if (host) host(modelRun);
     else modelRun();
@@ -626,7 +627,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
             pending_record* p = pending.back().get();
             if (!p->prechecked && options.stopOnPrecheckErrors) stopDispatch = true;
             if (p->prechecked) {
-                beginRun(p->record, p->run, p->run.errors);
+                beginRun(p->record, p->run);
                 p->running = true;
                 p->job = pool.start([this, p, &cancelNow] { runRecord(p->record, p->outputs, p->run, cancelNow); });
             }

@@ -149,8 +149,10 @@ private:
     run_history_entry historyEntry(int32_t id, const record_run& run);
     // A record that failed its precheck did not run: its history says so, with why.
     void noteRefusedRun(int32_t id, const std::string& messages);
-    // Marks the run as started in the history, so that one that never ends shows as failed.
-    void beginRun(const tellura_control_record& record, record_run& run, std::string& errors);
+    // Makes the run's folder and marks the run as started in the history, so
+    // that one that never ends shows as failed (as running while its folder's
+    // owner lives).
+    void beginRun(const tellura_control_record& record, record_run& run);
     // Leaves the run set's rows of records in the states `options.only` names.
     bool keepRowsInStates(const run_set_options& options, std::vector<std::pair<long, int32_t>>& rows,
                           std::string& errors);

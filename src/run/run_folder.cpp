@@ -155,6 +155,13 @@ std::string run_folder::rootFor(const std::string& configured) {
     return configured.empty() ? defaultRoot() : localPath(configured);
 }
 
+bool run_folder::inUse(const std::string& folder) {
+    std::string text;
+    owner who;
+    if (folder.empty() || !readSmallFile((fs::path(folder) / kOwnerFile).string(), text)) return false;
+    return parseOwner(text, who) && !ownerIsGone(who);
+}
+
 int run_folder::removeStale(const std::string& root, std::string& errors) {
     std::error_code ec;
     std::vector<fs::path> stale;

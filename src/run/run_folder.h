@@ -45,6 +45,9 @@ public:
     // that is gone. Folders of live processes, of other hosts and kept folders
     // stay. Returns how many were removed.
     static int removeStale(const std::string& root, std::string& errors);
+    // True while the folder is owned by a live process (on this host; a folder
+    // of another host's process counts as in use, as removeStale leaves it).
+    static bool inUse(const std::string& folder);
 
     static constexpr const char* kOwnerFile = ".soilbench-owner";
 

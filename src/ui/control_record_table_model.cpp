@@ -18,8 +18,11 @@ constexpr int kDescriptionColumn = 3;
 QString lastRunToolTip(record_state state, const run_history_entry& run) {
     if (state == record_state::never) return QStringLiteral("Never run");
     std::string text = strprintf("Last run %s, ", recordStateText(state));
-    text += run.finished() ? "ended " + run.ended : "started " + run.started + ", never finished";
-    if (!run.message.empty()) text += "\n" + std::string(trim(run.message));
+    if (run.finished()) text += "ended " + run.ended;
+    else
+        text += "started " + run.started + (state == record_state::running ? ", not finished yet" : ", never finished");
+    // A run going on has only the message for the case it never finishes.
+    if (!run.message.empty() && state != record_state::running) text += "\n" + std::string(trim(run.message));
     return QString::fromStdString(text);
 }
 

@@ -280,7 +280,7 @@ TEST_F(ReliabilityRuns, OnlyRunsTheRecordsInTheStatesNamed) {
         {"failed", "", 1, "1 records run: 0 good, 1 failed.\n"},
         {"good", "105,107", 0, "2 records run: 2 good, 0 failed.\n"},
         {"failed,bad", "", 2,
-         "ERROR, \"bad\" is not a record state: give never, failed, stale or good, comma-separated.\n"},
+         "ERROR, \"bad\" is not a record state: give never, failed, stale, good or running, comma-separated.\n"},
     };
     for (const only_case& c : cases) {
         SCOPED_TRACE(c.only);
