@@ -76,18 +76,7 @@ run_history_entry entryOf(const table_record& row) {
 }  // namespace
 
 bool ensureRunHistoryTable(database& db, std::string& errors) {
-    db_status status;
-    if (db.openTable(kTable, "ID = -1", "", status)) return true;
-    if (status.code != kStatusNoTable) {
-        errors += "ERROR, unable to open the run history.\n";
-        appendStatusText(status, errors);
-        return false;
-    }
-    store_session s(db, errors);
-    if (!s.ok()) return false;
-    database_maker maker(db);
-    const bool made = maker.createTable(tableDef(kTable), errors) && maker.createIndexes(tableDef(kTable), errors);
-    return s.commitIf(made);
+    return ensureTableMade(db, kTable, "ERROR, unable to open the run history.\n", errors);
 }
 
 bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors) {

@@ -20,17 +20,7 @@ void appendCannotOpen(const db_status& status, std::string& errors) {
 }  // namespace
 
 bool ensureSlurmSubmissionsTable(database& db, std::string& errors) {
-    db_status status;
-    if (db.openTable(kTable, "ID = -1", "", status)) return true;
-    if (status.code != kStatusNoTable) {
-        appendCannotOpen(status, errors);
-        return false;
-    }
-    store_session s(db, errors);
-    if (!s.ok()) return false;
-    database_maker maker(db);
-    const bool made = maker.createTable(tableDef(kTable), errors) && maker.createIndexes(tableDef(kTable), errors);
-    return s.commitIf(made);
+    return ensureTableMade(db, kTable, "ERROR, unable to open the Slurm submissions of the project.\n", errors);
 }
 
 bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors) {
