@@ -30,9 +30,13 @@ project_rows readAll(database& db) {
     return rows;
 }
 
-// Every table holds rows of random values anywhere in each column's range.
+void expectSameRows(const project_rows& got, const project_rows& want, const std::string& what);
+
+// Every table holds rows of random values anywhere in each column's range, and
+// reads them back exactly, in the order they were stored.
 project_rows fillEveryTable(database& db, unsigned seed) {
     std::mt19937 rng(seed);
+    project_rows written(kTableCount);
     session s(db);
     for (int i = 0; i < kTableCount; ++i) {
         auto table = static_cast<table_id>(i);
@@ -45,10 +49,12 @@ project_rows fillEveryTable(database& db, unsigned seed) {
             if (r.isText(0)) r.setText(0, "k" + std::to_string((n * 5) % 9));
             else r.setNumber(0, (n * 5) % 9 - 4);
             EXPECT_TRUE(into->insert(r).ok()) << tableName(table);
+            written[static_cast<size_t>(i)].push_back(r);
         }
     }
     EXPECT_TRUE(s.commit()) << s.storeError();
-    return readAll(db);
+    expectSameRows(readAll(db), written, "stored");
+    return written;
 }
 
 void expectSameRows(const project_rows& got, const project_rows& want, const std::string& what) {

@@ -7,51 +7,22 @@
 
 using namespace sb;
 
-// Every table is made under its own name, of columns whose types have DDL text.
-TEST(TableCatalogue, EveryTableHasItsNameAndKnownColumnTypes) {
+// Every table is made under its own name, of columns whose types have DDL text,
+// and every key column is a column of its table.
+TEST(TableCatalogue, EveryTableHasItsNameKnownColumnTypesAndKeysOfItsColumns) {
     for (int i = 0; i < kTableCount; ++i) {
-        auto id = static_cast<table_id>(i);
-        SCOPED_TRACE(tableName(id));
-        EXPECT_EQ(tableDef(id).name(), tableName(id));
-        EXPECT_FALSE(tableDef(id).fields().empty());
-        for (const auto& f : tableDef(id).fields()) {
+        const database_maker_table& table = tableDef(static_cast<table_id>(i));
+        SCOPED_TRACE(table.name());
+        EXPECT_EQ(table.name(), tableName(static_cast<table_id>(i)));
+        EXPECT_FALSE(table.fields().empty());
+        for (const auto& f : table.fields()) {
             EXPECT_STRNE(sqlTypeText(f.type), "ERROR, Unknown field type") << f.name;
             EXPECT_NE(f.name.front(), ' ') << f.name;
-            EXPECT_EQ(tableDef(id).fieldIndex(f.name), &f - tableDef(id).fields().data()) << "twice: " << f.name;
+            EXPECT_EQ(table.fieldIndex(f.name), &f - table.fields().data()) << "twice: " << f.name;
         }
+        for (const auto& index : table.indexes())
+            for (const auto& c : index.columns) EXPECT_GE(table.fieldIndex(c), 0) << c;
     }
-}
-
-TEST(TableCatalogue, KeysAreTheDesignedOnes) {
-    auto key = [](table_id t) {
-        const auto& idx = tableDef(t).indexes();
-        if (idx.empty()) return std::string("none");
-        EXPECT_EQ(idx.size(), 1u);
-        EXPECT_TRUE(idx[0].primary);
-        std::string text = idx[0].name + ":";
-        for (const auto& c : idx[0].columns) text += " " + c;
-        return text;
-    };
-    EXPECT_EQ(key(table_id::control_records), "Primary: ID");
-    EXPECT_EQ(key(table_id::events), "ByID: ID Block Number Order");
-    EXPECT_EQ(key(table_id::event_blocks), "Primary: ID Block Number");
-    EXPECT_EQ(key(table_id::output_monthly), "Primary: ID Year Month");
-    EXPECT_EQ(key(table_id::output_daily), "Primary: ID Year Julian Day");
-    EXPECT_EQ(key(table_id::soil_layers), "Primary: Soil ID Layer Number");
-    EXPECT_EQ(key(table_id::weather_historical_daily), "Primary: ID Year Month Day");
-    EXPECT_EQ(key(table_id::crops), "Primary: Name");
-    EXPECT_EQ(key(table_id::graze), "none");
-    EXPECT_EQ(key(table_id::tree_removal), "none");
-    EXPECT_EQ(key(table_id::record_changes), "Primary: ID");
-    EXPECT_EQ(key(table_id::run_history), "Primary: ID Started Host Process ID");
-    EXPECT_EQ(key(table_id::slurm_submissions), "Primary: ID Job");
-    EXPECT_EQ(key(table_id::kept_values), "Primary: ID File Name");
-    EXPECT_EQ(key(table_id::kept_option_values), "Primary: File Option Name");
-    EXPECT_EQ(key(table_id::record_files), "Primary: ID Name");
-    // Every key column is a column of its table.
-    for (int i = 0; i < kTableCount; ++i)
-        for (const auto& index : tableDef(static_cast<table_id>(i)).indexes())
-            for (const auto& c : index.columns) EXPECT_GE(tableDef(static_cast<table_id>(i)).fieldIndex(c), 0) << c;
 }
 
 TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
@@ -75,35 +46,25 @@ TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
     EXPECT_EQ(table.textSlot(3), -1);
     EXPECT_EQ(table.fieldIndex("damr(1,2)"), 3);
     EXPECT_EQ(table.fieldIndex("DAMR(2,1)"), -1);
-
-    EXPECT_EQ(tableDef(table_id::weather_stations).createTableText(),
-              "Create Table [Weather Stations]([ID] INTEGER, [Description] TEXT(80))");
-    EXPECT_EQ(tableDef(table_id::soils).createIndexTexts(),
-              std::vector<std::string>{"Create Index [Primary] on [Soils]([Soil ID]) with primary"});
-    EXPECT_EQ(tableDef(table_id::events).createIndexTexts(),
-              std::vector<std::string>{"Create Index [ByID] on [Events]([ID], [Block Number], [Order]) with primary"});
-    EXPECT_TRUE(tableDef(table_id::graze).createIndexTexts().empty());
 }
 
 TEST(DatabaseMaker, TypeTextForEveryCode) {
-    const std::pair<int, const char*> codes[] = {
-        {2, "SMALLINT"},
-        {3, "INTEGER"},
-        {4, "SINGLE"},
-        {5, "DOUBLE"},
-        {6, "CURRENCY"},
-        {7, "datetime"},
-        {11, "BIT"},
-        {16, "BYTE"},
-        {17, "BYTE"},
-        {128, "BLOB(2G)"},
-        {129, "TEXT"},
-        {130, "WIDETEXT"},
-        {131, "NUMERIC"},
-        {136, "MEMO"},
-        {0, "ERROR, Unknown field type"},
-        {8, "ERROR, Unknown field type"},
-    };
+    const std::pair<int, const char*> codes[] = {{2, "SMALLINT"},
+                                                 {3, "INTEGER"},
+                                                 {4, "SINGLE"},
+                                                 {5, "DOUBLE"},
+                                                 {6, "CURRENCY"},
+                                                 {7, "datetime"},
+                                                 {11, "BIT"},
+                                                 {16, "BYTE"},
+                                                 {17, "BYTE"},
+                                                 {128, "BLOB(2G)"},
+                                                 {129, "TEXT"},
+                                                 {130, "WIDETEXT"},
+                                                 {131, "NUMERIC"},
+                                                 {136, "MEMO"},
+                                                 {0, "ERROR, Unknown field type"},
+                                                 {8, "ERROR, Unknown field type"}};
     for (auto [code, text] : codes) EXPECT_STREQ(sqlTypeText(code), text) << code;
     database_maker_table table("T");
     table.addField("a", 99);

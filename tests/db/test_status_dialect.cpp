@@ -42,51 +42,46 @@ TEST(StatusText, MessagesByCode) {
 
 TEST(SqliteDialect, ProjectSqlBecomesStoreSql) {
     auto d = sql_dialect::sqlite();
-    EXPECT_EQ(d->translate("SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC"),
-              "SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC");
-    EXPECT_EQ(d->translate("SELECT * FROM `Output Annual` WHERE [ID] = 7 ORDER BY [Year]"),
-              "SELECT * FROM `Output Annual` WHERE `ID` = 7 ORDER BY `Year`");
-    EXPECT_EQ(d->translate("DELETE * FROM `Events` WHERE ID = 3 AND [Block Number] = 2"),
-              "DELETE FROM `Events` WHERE ID = 3 AND `Block Number` = 2");
-    EXPECT_EQ(d->translate("delete  *  from `Crops`"), "DELETE FROM `Crops`");
-    EXPECT_EQ(d->translate("DELETE FROM `Weather Stations` WHERE ID = 1"),
-              "DELETE FROM `Weather Stations` WHERE ID = 1");
-    // Literals pass untouched; the project's double-quoted strings become literals.
-    EXPECT_EQ(d->translate("SELECT * FROM `Soils` WHERE [Name] = 'a [b] `c`' OR [Name] = \"it's\""),
-              "SELECT * FROM `Soils` WHERE `Name` = 'a [b] `c`' OR `Name` = 'it''s'");
-    EXPECT_EQ(d->translate("SELECT * FROM `T` WHERE [x] = 'o''k'"), "SELECT * FROM `T` WHERE `x` = 'o''k'");
-}
-
-TEST(SqliteDialect, DdlTypesKeysAndInserts) {
-    auto d = sql_dialect::sqlite();
-    EXPECT_EQ(d->translate("Create Table [Demo]([ID] INTEGER, [Description] TEXT(80), [DAMR(1,2)] SINGLE, "
-                           "[f] BIT, [b] BYTE, [s] SMALLINT)"),
-              "CREATE TABLE `Demo`(`ID` INTEGER, `Description` TEXT, `DAMR(1,2)` REAL, `f` INTEGER, "
-              "`b` INTEGER, `s` INTEGER) STRICT");
-    // An unknown type is passed on, so the store refuses the statement.
-    EXPECT_EQ(d->translate("Create Table [T]([a] ERROR, Unknown field type)"),
-              "CREATE TABLE `T`(`a` ERROR, Unknown field type) STRICT");
-    EXPECT_EQ(d->translate("Create Index [Primary] on [Soils]([Soil ID]) with primary"),
-              "CREATE UNIQUE INDEX `Soils.Primary` ON `Soils`(`Soil ID`)");
-    EXPECT_EQ(d->translate("Create Index [ByID] on [Events]([ID], [Block Number], [Order]) with primary"),
-              "CREATE UNIQUE INDEX `Events.ByID` ON `Events`(`ID`, `Block Number`, `Order`)");
-    EXPECT_EQ(d->translate("Create Index [Other] on [Soils]([Name])"), "CREATE INDEX `Soils.Other` ON `Soils`(`Name`)");
+    const std::pair<const char*, const char*> cases[] = {
+        {"SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC",
+         "SELECT * FROM `Control Records` WHERE ID > 5 ORDER BY ID ASC"},
+        {"SELECT * FROM `Output Annual` WHERE [ID] = 7 ORDER BY [Year]",
+         "SELECT * FROM `Output Annual` WHERE `ID` = 7 ORDER BY `Year`"},
+        {"DELETE * FROM `Events` WHERE ID = 3 AND [Block Number] = 2",
+         "DELETE FROM `Events` WHERE ID = 3 AND `Block Number` = 2"},
+        {"delete  *  from `Crops`", "DELETE FROM `Crops`"},
+        {"DELETE FROM `Weather Stations` WHERE ID = 1", "DELETE FROM `Weather Stations` WHERE ID = 1"},
+        // Literals pass untouched; the project's double-quoted strings become literals.
+        {"SELECT * FROM `Soils` WHERE [Name] = 'a [b] `c`' OR [Name] = \"it's\"",
+         "SELECT * FROM `Soils` WHERE `Name` = 'a [b] `c`' OR `Name` = 'it''s'"},
+        {"SELECT * FROM `T` WHERE [x] = 'o''k'", "SELECT * FROM `T` WHERE `x` = 'o''k'"},
+        {"Create Table [Demo]([ID] INTEGER, [Description] TEXT(80), [DAMR(1,2)] SINGLE, [f] BIT, [b] BYTE, [s] "
+         "SMALLINT)",
+         "CREATE TABLE `Demo`(`ID` INTEGER, `Description` TEXT, `DAMR(1,2)` REAL, `f` INTEGER, `b` INTEGER, `s` "
+         "INTEGER) STRICT"},
+        // An unknown type is passed on, so the store refuses the statement.
+        {"Create Table [T]([a] ERROR, Unknown field type)", "CREATE TABLE `T`(`a` ERROR, Unknown field type) STRICT"},
+        {"Create Index [Primary] on [Soils]([Soil ID]) with primary",
+         "CREATE UNIQUE INDEX `Soils.Primary` ON `Soils`(`Soil ID`)"},
+        {"Create Index [ByID] on [Events]([ID], [Block Number], [Order]) with primary",
+         "CREATE UNIQUE INDEX `Events.ByID` ON `Events`(`ID`, `Block Number`, `Order`)"},
+        {"Create Index [Other] on [Soils]([Name])", "CREATE INDEX `Soils.Other` ON `Soils`(`Name`)"},
+    };
+    for (auto [project, store] : cases) EXPECT_EQ(d->translate(project), store) << project;
     EXPECT_EQ(d->insertText("Weather Stations", {"ID", "Description"}),
               "INSERT INTO `Weather Stations` (`ID`, `Description`) VALUES (?, ?)");
     EXPECT_EQ(d->quoteIdentifier("a`b"), "`a``b`");
-}
-
-TEST(SqliteDialect, StoreFailuresByKind) {
-    auto d = sql_dialect::sqlite();
-    EXPECT_EQ(d->classifyError("19", "UNIQUE constraint failed: Crops.Name"), kStatusIntegrityViolation);
-    EXPECT_EQ(d->classifyError("1", "no such table: Crops"), kStatusNoTable);
-    EXPECT_EQ(d->classifyError("1", "no such column: Yaer"), kStatusNoColumn);
-    EXPECT_EQ(d->classifyError("1", "table Crops has no column named x"), kStatusNoColumn);
-    EXPECT_EQ(d->classifyError("1", "near \"WHER\": syntax error"), kStatusCommandError);
-    EXPECT_EQ(d->classifyError("8", "attempt to write a readonly database"), kStatusReadOnly);
-    EXPECT_EQ(d->classifyError("5", "database is locked"), kStatusBusy);
-    EXPECT_EQ(d->classifyError("26", "file is not a database"), kStatusNotADatabase);
-    EXPECT_EQ(d->classifyError("13", "database or disk is full"), kStatusStoreError);
+    const std::tuple<const char*, const char*, status_code> failures[] = {
+        {"19", "UNIQUE constraint failed: Crops.Name", kStatusIntegrityViolation},
+        {"1", "no such table: Crops", kStatusNoTable},
+        {"1", "no such column: Yaer", kStatusNoColumn},
+        {"1", "table Crops has no column named x", kStatusNoColumn},
+        {"1", "near \"WHER\": syntax error", kStatusCommandError},
+        {"8", "attempt to write a readonly database", kStatusReadOnly},
+        {"5", "database is locked", kStatusBusy},
+        {"26", "file is not a database", kStatusNotADatabase},
+        {"13", "database or disk is full", kStatusStoreError}};
+    for (auto [code, text, status] : failures) EXPECT_EQ(d->classifyError(code, text), status) << text;
 }
 
 TEST(PostgresqlDialect, ProjectSqlBecomesServerSql) {

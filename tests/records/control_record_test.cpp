@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "app/text_format.h"
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
@@ -21,16 +19,17 @@ TEST(DefaultRecord, CarriesTheModelsOwnDefaults) {
     EXPECT_EQ(r.description(), "Default record");
     EXPECT_EQ(r.soilId(), 1);
     EXPECT_EQ(r.weatherId(), 1);
-    EXPECT_FLOAT_EQ(static_cast<float>(r.value("AGPPA")), -40.0f);
-    EXPECT_FLOAT_EQ(static_cast<float>(r.value("DEC5(2)")), 0.4f);
     // Matrices are given row by row whatever order the table keeps: RAD1P(1,2)
     // is the (1,2) element although the table stores RAD1P first index fastest.
-    EXPECT_EQ(r.value("RAD1P(1,2)"), 220);
-    EXPECT_EQ(r.value("RAD1P(2,1)"), 3);
-    EXPECT_EQ(r.value("VARAT22(1,2)"), 400);
-    EXPECT_EQ(r.value("VARAT22(2,1)"), 12);
+    for (auto [name, value] : {std::pair{"AGPPA", -40.0},
+                               {"DEC5(2)", 0.4},
+                               {"RAD1P(1,2)", 220.0},
+                               {"RAD1P(2,1)", 3.0},
+                               {"VARAT22(1,2)", 400.0},
+                               {"VARAT22(2,1)", 12.0},
+                               {"TEXEPP(5)", 2.0}})
+        EXPECT_FLOAT_EQ(static_cast<float>(r.value(name)), static_cast<float>(value)) << name;
     EXPECT_TRUE(r.row.flag(r.row.column("TEXEPP(1)")));
-    EXPECT_FLOAT_EQ(static_cast<float>(r.value("TEXEPP(5)")), 2.0f);
     EXPECT_FLOAT_EQ(r.site.single(r.site.column("RCES2(2,1)")), 28.54336f);
     ASSERT_EQ(r.blocks.size(), 1u);
     EXPECT_EQ(r.blocks[0].blockNumber, 1);
@@ -63,21 +62,29 @@ tellura_control_record sampleRecord(int32_t id) {
     return r;
 }
 
-TEST(ControlRecordStorage, WrittenRecordReadsBackWhole) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    tellura_control_record written = sampleRecord(42);
+using ControlRecordStorage = sbtest::project_test;
+
+// Written, read back whole, replaced whole, and deleted with everything under its ID.
+TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole) {
+    tellura_control_record written = sampleRecord(42), read;
     written.modified = true;
-    std::string errors;
-    ASSERT_TRUE(writeControlRecord(written, project.db(), errors)) << errors;
+    tellura_soil_list soils;  // the record's soil (ID 1) is written with it, the other is not
+    soils.soils.resize(2);
+    soils.soils[0].setNumber(0, 1);
+    soils.soils[0].setText(1, "Loam");
+    soils.soils[1].setNumber(0, 2);
+    ASSERT_TRUE(writeControlRecord(written, project.db(), errors, &soils)) << errors;
     EXPECT_FALSE(written.modified);
-    tellura_control_record read;
     ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.row, written.row);
     EXPECT_EQ(read.site, written.site);
     EXPECT_EQ(read.blocks, written.blocks);
     EXPECT_EQ(read.initialCrop(), "C6");
     EXPECT_TRUE(read.site.flag(read.site.column("WATERTABLE(3)")));
+    tellura_soil_list stored;
+    ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
+    ASSERT_EQ(stored.soils.size(), 1u);
+    EXPECT_EQ(stored.soils[0].name(), "Loam");
     EXPECT_EQ(errors, "");
 
     // Writing under an existing ID replaces everything: one block only now.
@@ -88,134 +95,68 @@ TEST(ControlRecordStorage, WrittenRecordReadsBackWhole) {
     ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.description(), "Replaced");
     EXPECT_EQ(read.blocks.size(), 1u);
-}
 
-TEST(ControlRecordStorage, MissingRecordKeepsDefaults) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    tellura_control_record read;
-    read.row.setText("Description", "Edited");
-    tellura_control_record expected = read;
-    std::string errors;
-    EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
-    EXPECT_EQ(errors, "ERROR, can't find record, ID=3, in [Control Records].\n");
-    EXPECT_EQ(read.row, expected.row);
-    // A record whose site row is gone.
-    tellura_control_record noSite = sampleRecord(9);
-    ASSERT_TRUE(writeControlRecord(noSite, project.db(), errors));
-    project.db().execute("DELETE * FROM `Site Data` WHERE ID = 9");
-    errors.clear();
-    EXPECT_FALSE(readControlRecord(project.db(), 9, read, errors));
-    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
-    project.dropTable(table_id::control_records);
-    errors.clear();
-    EXPECT_FALSE(readControlRecord(project.db(), 3, read, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to open control record table.\n", 0), 0u) << errors;
-}
-
-TEST(ControlRecordStorage, AFailingPartReportsTheOthersAndKeepsNothing) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    tellura_control_record before = sampleRecord(9);
-    std::string errors;
-    ASSERT_TRUE(writeControlRecord(before, project.db(), errors)) << errors;
-    project.dropTable(table_id::event_blocks);
-    tellura_control_record r = sampleRecord(9);
-    r.row.setText("Description", "Changed");
-    r.site.setNumber("NELEM", 3);
-    EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
-    EXPECT_NE(errors.find("ERROR, unable to delete from [Event Blocks]\n"), std::string::npos) << errors;
-    errors.clear();
-    tellura_control_record read;
-    readControlRecord(project.db(), 9, read, errors);
-    EXPECT_EQ(read.row, before.row);  // the row and site data that were written are rolled back
-    EXPECT_EQ(read.site, before.site);
-}
-
-TEST(ControlRecordStorage, UnopenableTableStopsTheWriteAndKeepsNothingOfIt) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    tellura_control_record r = sampleRecord(9);
-    ASSERT_TRUE(writeSiteData(project.db(), 9, r.site, errors));  // an earlier site row
-    project.dropTable(table_id::control_records);
-    r.site.setNumber("SIRRI", 4);
-    EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
-    EXPECT_EQ(errors,
-              "ERROR, unable to delete from [Control Records]\n"
-              "ERROR, cannot open table [Control Records].\n");
-    TelluraSiteData site;
-    errors.clear();
-    ASSERT_TRUE(readSiteData(project.db(), 9, site, errors)) << errors;
-    EXPECT_EQ(site.number("SIRRI"), 0);  // the site row was not replaced
-    std::vector<tellura_event_block> blocks;
-    ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
-    EXPECT_TRUE(blocks.empty());
-}
-
-TEST(ControlRecordStorage, TheRecordsSoilIsWrittenWhenTheListHoldsIt) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    tellura_soil_list soils;
-    soils.soils.resize(2);
-    soils.soils[0].setNumber(0, 1);
-    soils.soils[0].setText(1, "Loam");
-    soils.soils[1].setNumber(0, 2);
-    soils.soils[1].setText(1, "Clay");
-    tellura_control_record r = sampleRecord(5);  // soil ID 1
-    std::string errors;
-    ASSERT_TRUE(writeControlRecord(r, project.db(), errors, &soils)) << errors;
-    tellura_soil_list stored;
-    ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
-    ASSERT_EQ(stored.soils.size(), 1u);
-    EXPECT_EQ(stored.soils[0].name(), "Loam");
-}
-
-TEST(ControlRecordStorage, DeleteRemovesEverythingUnderTheId) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
-    tellura_control_record a = sampleRecord(1), b = sampleRecord(2);
-    ASSERT_TRUE(writeControlRecord(a, project.db(), errors));
-    ASSERT_TRUE(writeControlRecord(b, project.db(), errors));
-    ASSERT_TRUE(deleteControlRecord(project.db(), 1, errors)) << errors;
-    tellura_control_record read;
-    EXPECT_FALSE(readControlRecord(project.db(), 1, read, errors));
-    errors.clear();
+    tellura_control_record other = sampleRecord(2);
+    ASSERT_TRUE(writeControlRecord(other, project.db(), errors));
+    ASSERT_TRUE(deleteControlRecord(project.db(), 42, errors)) << errors;
     for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events}) {
         db_status status;
-        auto rows = project.db().openTable(table, "ID = 1", "", status);
+        auto rows = project.db().openTable(table, "ID = 42", "", status);
         ASSERT_TRUE(rows);
         EXPECT_TRUE(rows->moveFirst().endOfRowset()) << tableName(table);
     }
     ASSERT_TRUE(readControlRecord(project.db(), 2, read, errors)) << errors;
-    EXPECT_EQ(read.blocks, b.blocks);
+    EXPECT_EQ(read.blocks, other.blocks);
+
+    // A record not there, or whose site row is gone, leaves what was read as it was.
+    read.row.setText("Description", "Edited");
+    tellura_control_record expected = read;
+    EXPECT_FALSE(readControlRecord(project.db(), 42, read, errors));
+    EXPECT_EQ(errors, "ERROR, can't find record, ID=42, in [Control Records].\n");
+    EXPECT_EQ(read.row, expected.row);
+    project.db().execute("DELETE * FROM `Site Data` WHERE ID = 2");
+    errors.clear();
+    EXPECT_FALSE(readControlRecord(project.db(), 2, read, errors));
+    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
 }
 
-TEST(ControlRecordStorage, SessionThatCannotStartStopsTheWrite) {
-    SB_FILE_STORE_ONLY();
-    sbtest::temp_dir dir;
-    std::string path = dir.file("readonly.sbproj"), errors;
-    {
+// A table that cannot be opened (dropped, as in a damaged file) stops the write:
+// the parts written before it are rolled back.
+TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
+    const struct {
+        table_id dropped;
+        const char* message;  // the start of the messages
+    } cases[] = {{table_id::control_records,
+                  "ERROR, unable to delete from [Control Records]\nERROR, cannot open table [Control Records].\n"},
+                 {table_id::event_blocks, "ERROR, unable to delete from [Event Blocks]\n"}};
+    for (const auto& c : cases) {
         records_project project;
         SB_REQUIRE_PROJECT(project);
-        project.close();
-        std::filesystem::copy_file(project.path(), path);
+        tellura_control_record before = sampleRecord(9), r = sampleRecord(9);
+        std::string errors;
+        ASSERT_TRUE(writeControlRecord(before, project.db(), errors)) << errors;
+        project.dropTable(c.dropped);
+        r.row.setText("Description", "Changed");
+        r.site.setNumber("SIRRI", 4);
+        r.blocks.pop_back();
+        EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
+        EXPECT_TRUE(errors.starts_with(c.message)) << errors;
+        errors.clear();
+        TelluraSiteData site;
+        ASSERT_TRUE(readSiteData(project.db(), 9, site, errors)) << errors;
+        EXPECT_EQ(site, before.site);  // the site row was not replaced
+        tellura_control_record read;
+        const bool readable = readControlRecord(project.db(), 9, read, errors);
+        if (c.dropped == table_id::event_blocks) {
+            EXPECT_EQ(read.row, before.row);  // the row written before the failing part is rolled back
+            continue;
+        }
+        EXPECT_FALSE(readable);
+        EXPECT_TRUE(errors.starts_with("ERROR, unable to open control record table.\n")) << errors;
+        std::vector<tellura_event_block> blocks;
+        ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
+        EXPECT_EQ(blocks, before.blocks);
     }
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
-    std::unique_ptr<database> db = database::open(path, errors);
-    ASSERT_TRUE(db) << errors;
-    if (!db->readOnly()) GTEST_SKIP() << "running with rights that ignore file permissions";
-    tellura_control_record r;
-    errors.clear();
-    const std::string refused =
-        "ERROR, unable to create session on database.\nThe project file is read-only, nothing can be saved in it: " +
-        path + "\n";
-    EXPECT_FALSE(writeControlRecord(r, *db, errors));
-    EXPECT_EQ(errors, refused);
-    errors.clear();
-    EXPECT_FALSE(deleteControlRecord(*db, 1, errors));
-    EXPECT_EQ(errors, refused);
 }
 
 TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {

@@ -280,10 +280,9 @@ std::vector<tellura_event_block> sampleBlocks() {
     return {first, second};
 }
 
-TEST(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+using EventStorage = sbtest::project_test;
+
+TEST_F(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
     std::vector<tellura_event_block> blocks = sampleBlocks();
     ASSERT_TRUE(saveEventBlocks(project.db(), 5, blocks, errors)) << errors;
     ASSERT_TRUE(saveEventBlocks(project.db(), 6, {blocks[1]}, errors)) << errors;
@@ -319,10 +318,7 @@ TEST(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
     EXPECT_EQ(read[0].events[2].type, kEventFrst);
 }
 
-TEST(EventStorage, EventsWithoutTheirBlockAreLeftOutWithAWarning) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+TEST_F(EventStorage, EventsWithoutTheirBlockAreLeftOutWithAWarning) {
     ASSERT_TRUE(saveEventBlocks(project.db(), 5, sampleBlocks(), errors));
     ASSERT_TRUE(project.db().execute("DELETE * FROM `Event Blocks` WHERE ID = 5 AND [Block Number] = 2").ok());
     std::vector<tellura_event_block> read;
@@ -332,12 +328,9 @@ TEST(EventStorage, EventsWithoutTheirBlockAreLeftOutWithAWarning) {
     EXPECT_EQ(read[0], sampleBlocks()[0]);
 }
 
-TEST(EventStorage, FailuresAreReported) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(EventStorage, FailuresAreReported) {
     std::vector<tellura_event_block> twice = sampleBlocks();
     twice[1].blockNumber = 1;  // two blocks under one key
-    std::string errors;
     EXPECT_FALSE(saveEventBlocks(project.db(), 1, twice, errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to write Tellura event.\n", 0), 0u) << errors;
 

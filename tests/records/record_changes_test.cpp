@@ -56,9 +56,9 @@ std::unique_ptr<database> openAgain(const records_project& project) {
 
 }  // namespace
 
-TEST(RecordChanges, TheLaterSaveWinsWholeAndItsUserIsTold) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+using RecordChanges = sbtest::project_test;
+
+TEST_F(RecordChanges, TheLaterSaveWinsWholeAndItsUserIsTold) {
     addRecordOne(project.db());
     auto second = openAgain(project);
     ASSERT_TRUE(second);
@@ -96,9 +96,7 @@ TEST(RecordChanges, TheLaterSaveWinsWholeAndItsUserIsTold) {
     EXPECT_EQ(errors, kReplacedWarning);  // it was deleted since it was read
 }
 
-TEST(RecordChanges, SavesOfOneRecordTakeTurns) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     addRecordOne(project.db());
     tellura_control_record mine = readRecord(project.db(), 1);
     std::atomic<bool> holding{false};
@@ -133,14 +131,11 @@ TEST(RecordChanges, SavesOfOneRecordTakeTurns) {
     EXPECT_EQ(stored.blocks, mine.blocks);  // not the other save's four blocks, nor a mixture
 }
 
-TEST(RecordChanges, AProjectWithoutCountsSavesAsBefore) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(RecordChanges, AProjectWithoutCountsSavesAsBefore) {
     addRecordOne(project.db());
     project.dropTable(table_id::record_changes);  // a project made before counts were kept
     tellura_control_record mine = readRecord(project.db(), 1), theirs = readRecord(project.db(), 1);
     EXPECT_EQ(mine.changeCount, kChangesUnknown);
-    std::string errors;
     edit(theirs, "theirs", 2);
     ASSERT_TRUE(writeControlRecord(theirs, project.db(), errors)) << errors;
     edit(mine, "mine", 1);

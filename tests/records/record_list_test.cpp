@@ -27,24 +27,25 @@ void addRecords(database& db, const std::vector<int32_t>& ids) {
     ASSERT_TRUE(s.commit()) << s.storeError();
 }
 
+// "recordNumber:id" of a handle, or "none".
+std::string at(const control_record_proxy* h) { return h ? strprintf("%d:%d", h->recordNumber, h->id) : "none"; }
+
 class RecordList : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(project.ok()) << project.setupErrors();
         addRecords(project.db(), {30, 10, 20, 50, 40});  // stored out of ID order
+        ASSERT_TRUE(list.attach(&project.db(), false, errors));
     }
     records_project project;
     list_control_record_proxies list;
     std::string errors;
 };
 
-TEST_F(RecordList, StepsThroughAscendingIdsAndStopsAtTheEnd) {
-    ASSERT_TRUE(list.attach(&project.db(), false, errors));
+TEST_F(RecordList, StepsAndJumpsThroughAscendingIdsAndStopsAtTheEnd) {
     EXPECT_EQ(list.size(), 1u);
     const control_record_proxy* h = list.first(errors);
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->recordNumber, 1);
-    EXPECT_EQ(h->id, 10);
+    ASSERT_EQ(at(h), "1:10");
     EXPECT_EQ(h->label, "    1    10 Site 10");
     std::vector<int32_t> ids{h->id};
     while ((h = list.next(*h, errors))) ids.push_back(h->id);
@@ -54,42 +55,24 @@ TEST_F(RecordList, StepsThroughAscendingIdsAndStopsAtTheEnd) {
     ASSERT_TRUE(last);
     EXPECT_EQ(last->label, "    5    50 Site 50");
     long queries = list.queryCount();
-    EXPECT_EQ(list.next(*last, errors), nullptr);  // no new query once complete
+    EXPECT_EQ(list.next(*last, errors), nullptr);         // no new query once complete
+    EXPECT_EQ(at(list.previous(*last, errors)), "4:40");  // going back uses the handles already made
     EXPECT_EQ(list.queryCount(), queries);
-    // Going back uses the handles already made.
-    const control_record_proxy* back = list.previous(*last, errors);
-    ASSERT_TRUE(back);
-    EXPECT_EQ(back->id, 40);
-    EXPECT_EQ(list.queryCount(), queries);
-    EXPECT_EQ(errors, "");
-}
 
-TEST_F(RecordList, ForwardAndBackByN) {
-    ASSERT_TRUE(list.attach(&project.db(), false, errors));
-    const control_record_proxy* h = list.forward(nullptr, 2, errors);  // from the first record
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->recordNumber, 3);
-    EXPECT_EQ(h->id, 30);
-    EXPECT_EQ(list.size(), 3u);
-    h = list.forward(h, 10, errors);  // only two more exist
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->recordNumber, 5);
-    EXPECT_EQ(h->id, 50);
-    EXPECT_TRUE(list.complete());
-    h = list.back(h, 3, errors);
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->id, 20);
-    EXPECT_EQ(h->recordNumber, 2);
-    EXPECT_EQ(list.findId(40)->recordNumber, 4);
+    list_control_record_proxies byN;
+    ASSERT_TRUE(byN.attach(&project.db(), false, errors));
+    h = byN.forward(nullptr, 2, errors);  // from the first record
+    EXPECT_EQ(at(h), "3:30");
+    EXPECT_EQ(byN.size(), 3u);
+    EXPECT_EQ(at(h = byN.forward(h, 10, errors)), "5:50");  // only two more exist
+    EXPECT_TRUE(byN.complete());
+    EXPECT_EQ(at(byN.back(h, 3, errors)), "2:20");
+    EXPECT_EQ(at(byN.findId(40)), "4:40");
     EXPECT_EQ(errors, "");
 }
 
 TEST_F(RecordList, BackFromAHandleNotYetConnectedGoesToTheDatabase) {
-    ASSERT_TRUE(list.attach(&project.db(), false, errors));
-    const control_record_proxy* last = list.last(errors);
-    ASSERT_TRUE(last);
-    EXPECT_EQ(last->id, 50);
-    EXPECT_EQ(last->recordNumber, 5);
+    EXPECT_EQ(at(list.last(errors)), "5:50");
     // A fresh list that knows only the last record reached through "ID < %ld".
     list_control_record_proxies other;
     ASSERT_TRUE(other.attach(&project.db(), false, errors));
@@ -97,34 +80,28 @@ TEST_F(RecordList, BackFromAHandleNotYetConnectedGoesToTheDatabase) {
     known.recordNumber = 5;
     known.id = 50;
     const control_record_proxy* h = other.previous(known, errors);
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->id, 40);
-    EXPECT_EQ(h->recordNumber, 4);
-    h = other.back(h, 2, errors);
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->id, 20);
-    EXPECT_EQ(h->recordNumber, 2);
+    EXPECT_EQ(at(h), "4:40");
+    EXPECT_EQ(at(other.back(h, 2, errors)), "2:20");
 }
 
 TEST_F(RecordList, LoadAllKeepsTheStoresOrder) {
     std::vector<std::string> progress;
-    ASSERT_TRUE(list.attach(&project.db(), true, errors, [&](const std::string& t) { progress.push_back(t); }));
-    EXPECT_TRUE(list.complete());
-    ASSERT_EQ(list.size(), 5u);
-    EXPECT_EQ(list.at(1)->id, 30);
-    EXPECT_EQ(list.at(2)->label, "    2    10 Site 10");
+    list_control_record_proxies all;
+    ASSERT_TRUE(all.attach(&project.db(), true, errors, [&](const std::string& t) { progress.push_back(t); }));
+    EXPECT_TRUE(all.complete());
+    ASSERT_EQ(all.size(), 5u);
+    EXPECT_EQ(all.at(1)->id, 30);
+    EXPECT_EQ(all.at(2)->label, "    2    10 Site 10");
     EXPECT_TRUE(progress.empty());
-    long queries = list.queryCount();
-    const control_record_proxy* h = list.first(errors);
-    ASSERT_TRUE(h);
-    EXPECT_EQ(h->id, 30);
-    EXPECT_EQ(list.next(*h, errors)->id, 10);
-    EXPECT_EQ(list.queryCount(), queries);
+    long queries = all.queryCount();
+    const control_record_proxy* h = all.first(errors);
+    EXPECT_EQ(at(h), "1:30");
+    EXPECT_EQ(at(all.next(*h, errors)), "2:10");
+    EXPECT_EQ(all.queryCount(), queries);
 }
 
 TEST_F(RecordList, MissingTableMessages) {
     project.dropTable(table_id::control_records);
-    ASSERT_TRUE(list.attach(&project.db(), false, errors));
     EXPECT_EQ(list.first(errors), nullptr);
     control_record_proxy h;
     h.recordNumber = 2;
@@ -146,11 +123,10 @@ TEST_F(RecordList, MissingTableMessages) {
     EXPECT_EQ(errors.rfind("ERROR, unable to open table [Control Records].\n", 0), 0u) << errors;
 }
 
+using RecordListProgress = sbtest::project_test;
+
 // An empty project has no first record; a long one reports progress every 500 records.
-TEST(RecordListProgress, ReportedEveryFiveHundredRecords) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+TEST_F(RecordListProgress, ReportedEveryFiveHundredRecords) {
     list_control_record_proxies empty;
     ASSERT_TRUE(empty.attach(&project.db(), false, errors));
     EXPECT_EQ(empty.first(errors), nullptr);
@@ -169,49 +145,38 @@ TEST(RecordListProgress, ReportedEveryFiveHundredRecords) {
     EXPECT_EQ(list.at(1234)->label, " 1234  1234 Site 1234");
 }
 
-TEST(IdListFilter, WhereClauseFromTheList) {
+// The clause of an ID list, or the message that refuses it naming the part that
+// is not IDs (instead of reading it as some other ID or passing it to the store).
+TEST(IdListFilter, WhereClauseFromTheListOrTheRefusal) {
+    const std::string notAnId = "\" in the ID list is not an ID or a range of IDs like 5-9.\n";
     const struct {
         const char* list;
         const char* clause;
+        std::string message;
     } cases[] = {
-        {"1, 2, 5-9", " (ID IN (1, 2) OR ID BETWEEN 5 AND 9)"},
-        {"7", " (ID = 7)"},
-        {"3, 3", " (ID IN (3, 3))"},
-        {"4-4 12\t0", " (ID IN (4, 12, 0))"},
-        {"5 - 9,11-12", " (ID BETWEEN 5 AND 9 OR ID BETWEEN 11 AND 12)"},
-        {"1-2147483647", " (ID BETWEEN 1 AND 2147483647)"},
-        {"  ,,", ""},
-        {"", ""},
-    };
-    for (const auto& c : cases) {
-        std::string errors;
-        EXPECT_EQ(id_list_filter::whereClause(c.list, errors), c.clause) << c.list;
-        EXPECT_EQ(errors, "") << c.list;
-    }
-}
-
-// Text that is not IDs is refused, naming the part that is not, instead of
-// being read as some other ID (or passed on to the store).
-TEST(IdListFilter, TextThatIsNotIdsIsRefusedNamingIt) {
-    const struct {
-        const char* list;
-        const char* message;
-    } cases[] = {
-        {"1; DROP TABLE Crops", "ERROR, \"1;\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"+12", "ERROR, \"+12\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"2, abc", "ERROR, \"abc\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"5-", "ERROR, \"5-\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"-3", "ERROR, \"-3\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"1-2-9", "ERROR, \"1-2-9\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-        {"1, 9-5", "ERROR, \"9-5\" in the ID list runs backwards: a range goes from the lower ID to the higher.\n"},
-        {"2147483648", "ERROR, \"2147483648\" in the ID list is past the largest ID, 2147483647.\n"},
-        {"1-99999999999999999999",
+        {"1, 2, 5-9", " (ID IN (1, 2) OR ID BETWEEN 5 AND 9)", ""},
+        {"7", " (ID = 7)", ""},
+        {"3, 3", " (ID IN (3, 3))", ""},
+        {"4-4 12\t0", " (ID IN (4, 12, 0))", ""},
+        {"5 - 9,11-12", " (ID BETWEEN 5 AND 9 OR ID BETWEEN 11 AND 12)", ""},
+        {"1-2147483647", " (ID BETWEEN 1 AND 2147483647)", ""},
+        {"  ,,", "", ""},
+        {"", "", ""},
+        {"1; DROP TABLE Crops", "", "ERROR, \"1;" + notAnId},
+        {"+12", "", "ERROR, \"+12" + notAnId},
+        {"2, abc", "", "ERROR, \"abc" + notAnId},
+        {"5-", "", "ERROR, \"5-" + notAnId},
+        {"-3", "", "ERROR, \"-3" + notAnId},
+        {"1-2-9", "", "ERROR, \"1-2-9" + notAnId},
+        {"1, 9-5", "", "ERROR, \"9-5\" in the ID list runs backwards: a range goes from the lower ID to the higher.\n"},
+        {"2147483648", "", "ERROR, \"2147483648\" in the ID list is past the largest ID, 2147483647.\n"},
+        {"1-99999999999999999999", "",
          "ERROR, \"1-99999999999999999999\" in the ID list is past the largest ID, 2147483647.\n"},
     };
     for (const auto& c : cases) {
         std::string errors;
-        EXPECT_EQ(id_list_filter::whereClause(c.list, errors), "") << c.list;
-        EXPECT_EQ(errors, c.message);
+        EXPECT_EQ(id_list_filter::whereClause(c.list, errors), c.clause) << c.list;
+        EXPECT_EQ(errors, c.message) << c.list;
     }
 }
 
@@ -222,12 +187,10 @@ TEST(IdListFilter, SelectionNamesARecordOrSaysWhyNot) {
         bool ok;
         const char* clause;
         const char* message;
-    } cases[] = {
-        {"5-9", true, "(ID BETWEEN 5 AND 9)", ""},
-        {" ,, ", false, "", "ERROR, the ID list \" ,, \" names no record.\n"},
-        {"", false, "", "ERROR, the ID list \"\" names no record.\n"},
-        {"x", false, "", "ERROR, \"x\" in the ID list is not an ID or a range of IDs like 5-9.\n"},
-    };
+    } cases[] = {{"5-9", true, "(ID BETWEEN 5 AND 9)", ""},
+                 {" ,, ", false, "", "ERROR, the ID list \" ,, \" names no record.\n"},
+                 {"", false, "", "ERROR, the ID list \"\" names no record.\n"},
+                 {"x", false, "", "ERROR, \"x\" in the ID list is not an ID or a range of IDs like 5-9.\n"}};
     for (const auto& c : cases) {
         std::string clause = "stale", errors;
         EXPECT_EQ(id_list_filter::selectionClause(c.list, clause, errors), c.ok) << c.list;
@@ -236,10 +199,10 @@ TEST(IdListFilter, SelectionNamesARecordOrSaysWhyNot) {
     }
 }
 
+using IdListSelection = sbtest::project_test;
+
 // Thousands of IDs and ranges in one list select exactly their records, and an ID not stored nothing.
-TEST(IdListFilter, AListOfAnyLengthSelectsItsRecords) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(IdListSelection, AListOfAnyLengthSelectsItsRecords) {
     std::vector<int32_t> all;
     for (int32_t id = 1; id <= 6000; ++id) all.push_back(id);
     addRecords(project.db(), all);
@@ -254,7 +217,6 @@ TEST(IdListFilter, AListOfAnyLengthSelectsItsRecords) {
         expected.push_back(id), expected.push_back(id + 1);
     }
     list += " 7000";  // no such record: selects nothing
-    std::string errors;
     std::string clause = id_list_filter::whereClause(list, errors);
     ASSERT_EQ(errors, "");
     db_status status;

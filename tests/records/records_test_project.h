@@ -7,6 +7,8 @@
 #include "db/database_maker.h"
 #include "test_support.h"
 
+#include <gtest/gtest.h>
+
 namespace sbtest {
 
 class records_project {
@@ -39,3 +41,15 @@ private:
 }  // namespace sbtest
 
 #define SB_REQUIRE_PROJECT(project) ASSERT_TRUE((project).ok()) << (project).setupErrors()
+
+namespace sbtest {
+
+// A test on a fresh project, with `errors` for the messages of its steps.
+class project_test : public ::testing::Test {
+protected:
+    void SetUp() override { SB_REQUIRE_PROJECT(project); }
+    records_project project;
+    std::string errors;
+};
+
+}  // namespace sbtest

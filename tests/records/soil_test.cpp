@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "db/database_maker.h"
 #include "records/soil_layer_file.h"
 #include "records/soil_relayer.h"
 #include "records/tellura_soil.h"
@@ -226,17 +224,18 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     ASSERT_TRUE(importSoilLayerFile(soil, dir.file("in.txt"), errors)) << errors;
     ASSERT_EQ(soil.layerCount, 2);
     EXPECT_EQ(soil.layers[1].depth(), 30);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerBulkDensity), 1.45f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerFieldCapacity), 0.27f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerWiltingPoint), 0.15f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerEcoeff), 0.2f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerTcoeff), 0.05f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerSand), 0.5f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerClay), 0.3f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerOrganicMatter), 0.03f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerDeltamin), 0.04f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerSaturatedConductivity), 0.0004f);
-    EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerPh), 7.1f);
+    const std::pair<soil_layer_column, float> second[] = {{kLayerBulkDensity, 1.45f},
+                                                          {kLayerFieldCapacity, 0.27f},
+                                                          {kLayerWiltingPoint, 0.15f},
+                                                          {kLayerEcoeff, 0.2f},
+                                                          {kLayerTcoeff, 0.05f},
+                                                          {kLayerSand, 0.5f},
+                                                          {kLayerClay, 0.3f},
+                                                          {kLayerOrganicMatter, 0.03f},
+                                                          {kLayerDeltamin, 0.04f},
+                                                          {kLayerPh, 7.1f},
+                                                          {kLayerSaturatedConductivity, 0.0004f}};
+    for (auto [column, value] : second) EXPECT_FLOAT_EQ(soil.layers[1].value(column), value) << column;
     EXPECT_EQ(soil.layers[1].integer(kLayerNumber), 2);
 
     ASSERT_TRUE(writeSoilsIn(soil, dir.file("soils.in"), errors)) << errors;
@@ -295,15 +294,14 @@ TEST(SoilLayerFile, ShortLinesLeaveTheMissingValuesAndBlankLinesAreSkipped) {
     EXPECT_EQ(errors, "ERROR, can't open file \"/nonexistent/soils.in\".\n");
 }
 
-TEST(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+using SoilStorage = sbtest::project_test;
+
+TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     TelluraSoils soil = soilWithDepths("Loam", {15, 30});
     soil.layers[1].setValue(kLayerFieldCapacity, 0.25);
     soil.setNumber(kSoilSwFlag, 2);
     TelluraSoils other = soilWithDepths("Clay", {20});
     other.setSoilId(8);
-    std::string errors;
     ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
     ASSERT_TRUE(writeSoil(other, project.db(), errors)) << errors;
 
@@ -342,11 +340,8 @@ TEST(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     EXPECT_EQ(again.soils.size(), 2u);
 }
 
-TEST(SoilStorage, MissingTablesAreReported) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(SoilStorage, MissingTablesAreReported) {
     project.dropTable(table_id::soil_layers);
-    std::string errors;
     EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), project.db(), errors));
     EXPECT_EQ(errors, "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
     errors.clear();
@@ -356,31 +351,9 @@ TEST(SoilStorage, MissingTablesAreReported) {
     EXPECT_TRUE(list.soils.empty());  // nor was the soil row itself kept
 }
 
-TEST(SoilStorage, NoSessionOnAReadOnlyProject) {
-    SB_FILE_STORE_ONLY();
-    sbtest::temp_dir dir;
-    std::string path = dir.file("locked.sbproj");
-    std::string errors;
-    {
-        ASSERT_TRUE(database::create(path, errors)) << errors;
-        auto db = database::open(path, errors);
-        ASSERT_NE(db, nullptr) << errors;
-        ASSERT_TRUE(database_maker(*db).createAllTables(errors)) << errors;
-    }
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
-    auto db = database::open(path, errors);
-    ASSERT_NE(db, nullptr) << errors;
-    EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), *db, errors));
-    EXPECT_EQ(errors,
-              "ERROR, unable to create session on database.\n"
-              "The project file is read-only, nothing can be saved in it: " +
-                  path + "\n");
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-}
-
 // A refused layer or soil row is reported, the rest still tried and reported,
 // and the soil stored before stays whole.
-TEST(SoilStorage, ARefusedRowKeepsTheStoredSoil) {
+TEST(SoilSaveFaults, ARefusedRowKeepsTheStoredSoil) {
     struct refusal {
         const char* what;
         void (*spoil)(TelluraSoils&);

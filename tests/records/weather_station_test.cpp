@@ -16,7 +16,9 @@ TelluraWeatherStations station(int32_t id, std::string description = "Test") {
     return s;
 }
 
-TEST(MonthlyWeatherImport, KeywordIsKnownByItsFourthLetter) {
+// The keyword is known by its fourth letter; values of seven characters, which
+// leave no blank between them, are read by column.
+TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
     sbtest::temp_dir dir;
     std::string path = dir.file("monthly.wth");
     sbtest::writeFile(
@@ -25,12 +27,14 @@ TEST(MonthlyWeatherImport, KeywordIsKnownByItsFourthLetter) {
         "TMIN  1990  -1.00  -2.00  -3.00  -4.00  -5.00  -6.00  -7.00  -8.00  -9.00 -10.00 -11.00 -12.00\r\n"
         "tmax  1990  21.00  22.00  23.00  24.00  25.00  26.00  27.00  28.00  29.00  30.00  31.00  32.00\r\n"
         "RAIC  1991 1 2 3 4 5 6 7 8 9 10 11 12\n"
-        "\n");
+        "\n" +
+            strprintf("prec  1995%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f\n", 1234.5, 2345.25, 1.,
+                      2., 3., 4., 5., 6., 7., 8., 9., 10.));
     TelluraWeatherStations s = station(4);
     std::string messages;
     EXPECT_TRUE(importMonthlyWeatherFile(path, s, messages));
-    EXPECT_EQ(messages, "4 rows imported.\nImported 24 records from \"" + path + "\".\n");
-    ASSERT_EQ(s.monthly.size(), 2u);
+    EXPECT_EQ(messages, "5 rows imported.\nImported 36 records from \"" + path + "\".\n");
+    ASSERT_EQ(s.monthly.size(), 3u);
     EXPECT_EQ(s.monthly[0].year, 1990);
     ASSERT_EQ(s.monthly[0].months.size(), 12u);
     EXPECT_FLOAT_EQ(s.monthly[0].months[11].precip, 12.0f);
@@ -38,25 +42,12 @@ TEST(MonthlyWeatherImport, KeywordIsKnownByItsFourthLetter) {
     EXPECT_FLOAT_EQ(s.monthly[0].months[0].tmx2m, 21.0f);
     EXPECT_FLOAT_EQ(s.monthly[1].months[4].precip, 5.0f);  // "RAIC" is precipitation too
     EXPECT_FLOAT_EQ(s.monthly[1].months[4].tmx2m, 0.0f);
+    EXPECT_FLOAT_EQ(s.monthly[2].months[0].precip, 1234.5f);
+    EXPECT_FLOAT_EQ(s.monthly[2].months[1].precip, 2345.25f);
+    EXPECT_FLOAT_EQ(s.monthly[2].months[11].precip, 10.0f);
     messages.clear();
     EXPECT_FALSE(importMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
     EXPECT_EQ(messages, "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
-}
-
-TEST(MonthlyWeatherImport, TouchingWideValuesAreReadByColumn) {
-    sbtest::temp_dir dir;
-    std::string path = dir.file("wide.wth");
-    // Values of seven characters leave no blank between them.
-    sbtest::writeFile(path, strprintf("prec  1995%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f\n"
-                                      "",
-                                      1234.5, 2345.25, 1., 2., 3., 4., 5., 6., 7., 8., 9., 10.));
-    TelluraWeatherStations s = station(4);
-    std::string messages;
-    EXPECT_TRUE(importMonthlyWeatherFile(path, s, messages));
-    ASSERT_EQ(s.monthly.size(), 1u);
-    EXPECT_FLOAT_EQ(s.monthly[0].months[0].precip, 1234.5f);
-    EXPECT_FLOAT_EQ(s.monthly[0].months[1].precip, 2345.25f);
-    EXPECT_FLOAT_EQ(s.monthly[0].months[11].precip, 10.0f);
 }
 
 TEST(DailyWeatherImport, ModelLayoutWithOptionalDrivers) {
@@ -83,24 +74,36 @@ TEST(DailyWeatherImport, ModelLayoutWithOptionalDrivers) {
     EXPECT_EQ(s.daily[1].days[0].month, 12);
 }
 
+// A bad line is named, with the layout the line should have, and the file adds
+// nothing. A day, month or year far out of range (found by fuzzing) is refused,
+// never cast into a small number (such a cast is undefined; the sanitizer stops on it).
 TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
+    const std::string good = "1 1 2001 1 10 0 0\n";
+    const struct {
+        std::string text;
+        std::vector<const char*> badLines;  // lines 2, 3, ...
+    } cases[] = {
+        {good + "1 13 2001 1 10 0 0\n1 1 2001\nx y z\n", {"1 13 2001 1 10 0 0", "1 1 2001", "x y z"}},
+        {good + "1e300 1 1952 1 6.70 0.00 0.03\n", {"1e300 1 1952 1 6.70 0.00 0.03"}},
+        {good + "1 4.44444e+102 1952 1 6.70 0.00 0.03\n", {"1 4.44444e+102 1952 1 6.70 0.00 0.03"}},
+        {good + "1 1 196217 1 6.70 0.00 0.03\n", {"1 1 196217 1 6.70 0.00 0.03"}},
+        {good + "-1e300 -1e300 1952 1 6.70 0.00 0.03\n", {"-1e300 -1e300 1952 1 6.70 0.00 0.03"}},
+    };
+    for (const auto& c : cases) {
+        TelluraWeatherStations s = station(2);
+        std::string messages, expected;
+        for (size_t n = 0; n < c.badLines.size(); ++n)
+            expected += strprintf(
+                "ERROR, line %zu of daily weather file \"d.wth\" is not \"day month year day-of-year "
+                "tmax tmin precipitation [solrad rhumid windsp]\": \"%s\"\n",
+                n + 2, c.badLines[n]);
+        EXPECT_FALSE(importDailyWeatherText(c.text, "d.wth", s, messages));
+        EXPECT_EQ(messages, expected + "Nothing imported from \"d.wth\".\n");
+        EXPECT_TRUE(s.daily.empty()) << c.text;
+    }
     TelluraWeatherStations s = station(2);
     std::string messages;
-    const char* text = "1 1 2001 1 10 0 0\n1 13 2001 1 10 0 0\n1 1 2001\nx y z\n";
-    EXPECT_FALSE(importDailyWeatherText(text, "d.wth", s, messages));
-    const std::string layout = "is not \"day month year day-of-year tmax tmin precipitation [solrad rhumid windsp]\": ";
-    EXPECT_EQ(messages, "ERROR, line 2 of daily weather file \"d.wth\" " + layout +
-                            "\"1 13 2001 1 10 0 0\"\n"
-                            "ERROR, line 3 of daily weather file \"d.wth\" " +
-                            layout +
-                            "\"1 1 2001\"\n"
-                            "ERROR, line 4 of daily weather file \"d.wth\" " +
-                            layout +
-                            "\"x y z\"\n"
-                            "Nothing imported from \"d.wth\".\n");
-    EXPECT_TRUE(s.daily.empty()) << "a file with a bad line adds nothing";
-    messages.clear();
-    importDailyWeatherText("1 1 2001 1 10 0 0\n", "d.wth", s, messages);
+    importDailyWeatherText(good, "d.wth", s, messages);
     importDailyWeatherText("1 1 2001 1 12 0 0\n", "d.wth", s, messages);
     ASSERT_EQ(s.daily.size(), 1u);
     ASSERT_EQ(s.daily[0].days.size(), 1u);
@@ -108,23 +111,6 @@ TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
     messages.clear();
     importDailyWeatherText("", "empty.wth", s, messages);
     EXPECT_EQ(messages, "0 days read, from years 999999 to -999999.\n");
-}
-
-// Found by fuzzing: a day, month or year far out of range is refused with its
-// line named, never cast into a small number (such a cast is undefined; clang's
-// sanitizer, as in the fuzz build, stops on it).
-TEST(DailyWeatherImport, NumbersFarOutOfRangeAreRefused) {
-    const std::string layout = "is not \"day month year day-of-year tmax tmin precipitation [solrad rhumid windsp]\": ";
-    for (const char* line : {"1e300 1 1952 1 6.70 0.00 0.03", "1 4.44444e+102 1952 1 6.70 0.00 0.03",
-                             "1 1 196217 1 6.70 0.00 0.03", "-1e300 -1e300 1952 1 6.70 0.00 0.03"}) {
-        TelluraWeatherStations station;
-        std::string messages;
-        EXPECT_FALSE(
-            importDailyWeatherText(std::string("2 1 1952 2 7.2 0 0\n") + line + "\n", "d.wth", station, messages));
-        EXPECT_EQ(messages, "ERROR, line 2 of daily weather file \"d.wth\" " + layout + "\"" + line +
-                                "\"\nNothing imported from \"d.wth\".\n");
-        EXPECT_TRUE(station.daily.empty()) << line;
-    }
 }
 
 TEST(DailyWeatherImport, RealModelFilesGiveEveryDay) {
@@ -193,13 +179,12 @@ TEST(ClimateMeans, TextAndDeleteQuestion) {
 
 // --- Storage ---------------------------------------------------------------
 
-TEST(WeatherStorage, StationsMeansAndHistoryReadBack) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+using WeatherStorage = sbtest::project_test;
+
+TEST_F(WeatherStorage, StationsMeansAndHistoryReadBack) {
     TelluraWeatherStations s = station(8, "Akron");
     for (int m = 0; m < 12; ++m) s.means[static_cast<size_t>(m)] = {float(m) + 0.5f, 1, 2, -3, float(20 + m)};
     s.hasMeans = true;
-    std::string errors;
     importMonthlyWeatherFile("/nonexistent", s, errors);
     errors.clear();
     s.monthlyYear(1990).monthRecord(1).precip = 4.5f;
@@ -244,10 +229,7 @@ TEST(WeatherStorage, StationsMeansAndHistoryReadBack) {
     EXPECT_TRUE(s.daily.empty());
 }
 
-TEST(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
-    std::string errors;
+TEST_F(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
     TelluraWeatherStations old = station(1, "Old");
     old.hasMeans = true;
     old.dailyYear(2000).days.push_back({2000, 1, 1, 1, 2, 3, 4, 5, 6});
@@ -269,12 +251,9 @@ TEST(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
 }
 
 // An unknown station, a month out of bounds and a day twice are refused, naming the table.
-TEST(WeatherStorage, BadHistoryIsRefused) {
-    records_project project;
-    SB_REQUIRE_PROJECT(project);
+TEST_F(WeatherStorage, BadHistoryIsRefused) {
     TelluraWeatherStations unknown = station(99);
     unknown.monthlyYear(1990).monthRecord(1).precip = 1;
-    std::string errors;
     EXPECT_FALSE(saveMonthlyHistory(project.db(), unknown, errors));
     EXPECT_EQ(errors, "ERROR, weather station 99 not found.\n");
 
