@@ -4,6 +4,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/table_columns.h"
 #include "records/tellura_event_block.h"
 
 namespace sb {
@@ -47,9 +48,8 @@ void addOptionNeed(archive_needs& needs, option_kind kind, const std::string& na
 void addRecordNeeds(const site_archive_content& content, archive_needs& needs) {
     const archive_table* records = content.find(table_id::control_records);
     if (!records) return;
-    const int id = columnOf(table_id::control_records, "ID");
-    const int crop = columnOf(table_id::control_records, "Initial Crop");
-    const int tree = columnOf(table_id::control_records, "Initial Tree");
+    static const table_columns c(table_id::control_records, {"ID", "Initial Crop", "Initial Tree"});
+    const int id = c["ID"], crop = c["Initial Crop"], tree = c["Initial Tree"];
     for (const table_record& row : records->rows) {
         const long record = asLong(row.integer(id));
         for (const id_reference& ref : idReferences()) {
@@ -71,9 +71,8 @@ void addRecordNeeds(const site_archive_content& content, archive_needs& needs) {
 void addBlockNeeds(const site_archive_content& content, archive_needs& needs) {
     const archive_table* blocks = content.find(table_id::event_blocks);
     if (!blocks) return;
-    const table_id t = table_id::event_blocks;
-    const int id = columnOf(t, "ID"), number = columnOf(t, "Block Number");
-    const int choice = columnOf(t, "Weather Choice"), weather = columnOf(t, "Weather ID");
+    static const table_columns c(table_id::event_blocks, {"ID", "Block Number", "Weather Choice", "Weather ID"});
+    const int id = c["ID"], number = c["Block Number"], choice = c["Weather Choice"], weather = c["Weather ID"];
     for (const table_record& row : blocks->rows) {
         const int32_t station = row.integer(weather);
         // Only weather choices F and C read a station's history; other
@@ -89,9 +88,8 @@ void addBlockNeeds(const site_archive_content& content, archive_needs& needs) {
 void addEventNeeds(const site_archive_content& content, archive_needs& needs) {
     const archive_table* events = content.find(table_id::events);
     if (!events) return;
-    const table_id t = table_id::events;
-    const int id = columnOf(t, "ID"), block = columnOf(t, "Block Number");
-    const int type = columnOf(t, "Type"), item = columnOf(t, "Item");
+    static const table_columns c(table_id::events, {"ID", "Block Number", "Type", "Item"});
+    const int id = c["ID"], block = c["Block Number"], type = c["Type"], item = c["Item"];
     for (const table_record& row : events->rows) {
         option_kind kind;
         bool required = true;

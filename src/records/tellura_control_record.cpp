@@ -2,6 +2,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/table_columns.h"
 #include "records/record_ids.h"
 #include "records/store_session.h"
 #include "records/tellura_soil.h"
@@ -13,22 +14,10 @@ namespace {
 
 long asLong(int32_t id) { return static_cast<long>(id); }
 
-// Column positions used on every read and write, looked up once.
-struct control_columns {
-    int id, description, soilId, weatherId, initialCrop, initialTree;
-    control_columns() {
-        const database_maker_table& t = tableDef(table_id::control_records);
-        id = t.fieldIndex("ID");
-        description = t.fieldIndex("Description");
-        soilId = t.fieldIndex("Soil ID");
-        weatherId = t.fieldIndex("Weather ID");
-        initialCrop = t.fieldIndex("Initial Crop");
-        initialTree = t.fieldIndex("Initial Tree");
-    }
-};
-
-const control_columns& columns() {
-    static const control_columns c;
+// The columns used on every read and write, looked up once by name.
+const table_columns& columns() {
+    static const table_columns c(table_id::control_records,
+                                 {"ID", "Description", "Soil ID", "Weather ID", "Initial Crop", "Initial Tree"});
     return c;
 }
 
@@ -81,19 +70,19 @@ bool writeRecordSoil(database& db, int32_t soilId, const tellura_soil_list* soil
 
 }  // namespace
 
-int32_t tellura_control_record::id() const { return row.integer(columns().id); }
+int32_t tellura_control_record::id() const { return row.integer(columns()["ID"]); }
 
 void tellura_control_record::setId(int32_t id) {
     if (id != this->id()) changeCount = kChangesUnknown;
-    row.setNumber(columns().id, id);
+    row.setNumber(columns()["ID"], id);
     site.setNumber(std::string_view("ID"), id);
 }
 
-std::string tellura_control_record::description() const { return row.text(columns().description); }
-int32_t tellura_control_record::soilId() const { return row.integer(columns().soilId); }
-int32_t tellura_control_record::weatherId() const { return row.integer(columns().weatherId); }
-std::string tellura_control_record::initialCrop() const { return row.text(columns().initialCrop); }
-std::string tellura_control_record::initialTree() const { return row.text(columns().initialTree); }
+std::string tellura_control_record::description() const { return row.text(columns()["Description"]); }
+int32_t tellura_control_record::soilId() const { return row.integer(columns()["Soil ID"]); }
+int32_t tellura_control_record::weatherId() const { return row.integer(columns()["Weather ID"]); }
+std::string tellura_control_record::initialCrop() const { return row.text(columns()["Initial Crop"]); }
+std::string tellura_control_record::initialTree() const { return row.text(columns()["Initial Tree"]); }
 
 // --- Site data -----------------------------------------------------------------
 

@@ -7,6 +7,7 @@
 #include "app/model_version.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/table_columns.h"
 #include "records/option_lists.h"
 #include "records/record_changes.h"
 #include "records/store_session.h"
@@ -23,109 +24,77 @@ constexpr const char* kEventTypeNames[kEventTypeCount] = {"CROP", "PLTM", "HARV"
 constexpr const char* kMonthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-// Column positions of the two tables, looked up once by name.
-struct block_columns {
-    int id, blockNumber, description, firstYear, lastYear, repeatingYears, outputStartingYear, outputMonth,
-        outputInterval, weatherChoice, weatherId;
-    block_columns() {
-        const database_maker_table& t = tableDef(table_id::event_blocks);
-        id = t.fieldIndex("ID");
-        blockNumber = t.fieldIndex("Block Number");
-        description = t.fieldIndex("Description");
-        firstYear = t.fieldIndex("First Year");
-        lastYear = t.fieldIndex("Last Year");
-        repeatingYears = t.fieldIndex("Repeating Years");
-        outputStartingYear = t.fieldIndex("Output Starting Year");
-        outputMonth = t.fieldIndex("Output Month");
-        outputInterval = t.fieldIndex("Output Interval");
-        weatherChoice = t.fieldIndex("Weather Choice");
-        weatherId = t.fieldIndex("Weather ID");
-    }
-};
-
-struct event_columns {
-    int id, blockNumber, order, year, month, day, type, item, parameter1, parameter2;
-    event_columns() {
-        const database_maker_table& t = tableDef(table_id::events);
-        id = t.fieldIndex("ID");
-        blockNumber = t.fieldIndex("Block Number");
-        order = t.fieldIndex("Order");
-        year = t.fieldIndex("Year");
-        month = t.fieldIndex("Month");
-        day = t.fieldIndex("Day");
-        type = t.fieldIndex("Type");
-        item = t.fieldIndex("Item");
-        parameter1 = t.fieldIndex("Parameter 1");
-        parameter2 = t.fieldIndex("Parameter 2");
-    }
-};
-
-const block_columns& blockColumns() {
-    static const block_columns columns;
+// The columns of the two tables, looked up once by name.
+const table_columns& blockColumns() {
+    static const table_columns columns(
+        table_id::event_blocks,
+        {"ID", "Block Number", "Description", "First Year", "Last Year", "Repeating Years", "Output Starting Year",
+         "Output Month", "Output Interval", "Weather Choice", "Weather ID"});
     return columns;
 }
-const event_columns& eventColumns() {
-    static const event_columns columns;
+const table_columns& eventColumns() {
+    static const table_columns columns(table_id::events, {"ID", "Block Number", "Order", "Year", "Month", "Day", "Type",
+                                                          "Item", "Parameter 1", "Parameter 2"});
     return columns;
 }
 
 tellura_event_block blockFromRow(const table_record& row) {
-    const block_columns& c = blockColumns();
+    const table_columns& c = blockColumns();
     tellura_event_block b;
-    b.blockNumber = static_cast<int16_t>(row.integer(c.blockNumber));
-    b.description = row.text(c.description);
-    b.firstYear = static_cast<int16_t>(row.integer(c.firstYear));
-    b.lastYear = static_cast<int16_t>(row.integer(c.lastYear));
-    b.repeatingYears = static_cast<int16_t>(row.integer(c.repeatingYears));
-    b.outputStartingYear = static_cast<int16_t>(row.integer(c.outputStartingYear));
-    b.outputMonth = static_cast<uint8_t>(row.integer(c.outputMonth));
-    b.outputInterval = row.single(c.outputInterval);
-    b.weatherChoice = static_cast<uint8_t>(row.integer(c.weatherChoice));
-    b.weatherId = row.integer(c.weatherId);
+    b.blockNumber = static_cast<int16_t>(row.integer(c["Block Number"]));
+    b.description = row.text(c["Description"]);
+    b.firstYear = static_cast<int16_t>(row.integer(c["First Year"]));
+    b.lastYear = static_cast<int16_t>(row.integer(c["Last Year"]));
+    b.repeatingYears = static_cast<int16_t>(row.integer(c["Repeating Years"]));
+    b.outputStartingYear = static_cast<int16_t>(row.integer(c["Output Starting Year"]));
+    b.outputMonth = static_cast<uint8_t>(row.integer(c["Output Month"]));
+    b.outputInterval = row.single(c["Output Interval"]);
+    b.weatherChoice = static_cast<uint8_t>(row.integer(c["Weather Choice"]));
+    b.weatherId = row.integer(c["Weather ID"]);
     return b;
 }
 
 void blockToRow(int32_t recordId, const tellura_event_block& b, table_record& row) {
-    const block_columns& c = blockColumns();
-    row.setNumber(c.id, recordId);
-    row.setNumber(c.blockNumber, b.blockNumber);
-    row.setText(c.description, b.description);
-    row.setNumber(c.firstYear, b.firstYear);
-    row.setNumber(c.lastYear, b.lastYear);
-    row.setNumber(c.repeatingYears, b.repeatingYears);
-    row.setNumber(c.outputStartingYear, b.outputStartingYear);
-    row.setNumber(c.outputMonth, b.outputMonth);
-    row.setNumber(c.outputInterval, b.outputInterval);
-    row.setNumber(c.weatherChoice, b.weatherChoice);
-    row.setNumber(c.weatherId, b.weatherId);
+    const table_columns& c = blockColumns();
+    row.setNumber(c["ID"], recordId);
+    row.setNumber(c["Block Number"], b.blockNumber);
+    row.setText(c["Description"], b.description);
+    row.setNumber(c["First Year"], b.firstYear);
+    row.setNumber(c["Last Year"], b.lastYear);
+    row.setNumber(c["Repeating Years"], b.repeatingYears);
+    row.setNumber(c["Output Starting Year"], b.outputStartingYear);
+    row.setNumber(c["Output Month"], b.outputMonth);
+    row.setNumber(c["Output Interval"], b.outputInterval);
+    row.setNumber(c["Weather Choice"], b.weatherChoice);
+    row.setNumber(c["Weather ID"], b.weatherId);
 }
 
 tellura_event eventFromRow(const table_record& row) {
-    const event_columns& c = eventColumns();
+    const table_columns& c = eventColumns();
     tellura_event e;
-    e.order = static_cast<int16_t>(row.integer(c.order));
-    e.year = static_cast<int16_t>(row.integer(c.year));
-    e.month = static_cast<uint8_t>(row.integer(c.month));
-    e.day = static_cast<uint8_t>(row.integer(c.day));
-    e.type = static_cast<uint8_t>(row.integer(c.type));
-    e.item = row.text(c.item);
-    e.parameter1 = row.single(c.parameter1);
-    e.parameter2 = row.single(c.parameter2);
+    e.order = static_cast<int16_t>(row.integer(c["Order"]));
+    e.year = static_cast<int16_t>(row.integer(c["Year"]));
+    e.month = static_cast<uint8_t>(row.integer(c["Month"]));
+    e.day = static_cast<uint8_t>(row.integer(c["Day"]));
+    e.type = static_cast<uint8_t>(row.integer(c["Type"]));
+    e.item = row.text(c["Item"]);
+    e.parameter1 = row.single(c["Parameter 1"]);
+    e.parameter2 = row.single(c["Parameter 2"]);
     return e;
 }
 
 void eventToRow(int32_t recordId, int16_t blockNumber, const tellura_event& e, table_record& row) {
-    const event_columns& c = eventColumns();
-    row.setNumber(c.id, recordId);
-    row.setNumber(c.blockNumber, blockNumber);
-    row.setNumber(c.order, e.order);
-    row.setNumber(c.year, e.year);
-    row.setNumber(c.month, e.month);
-    row.setNumber(c.day, e.day);
-    row.setNumber(c.type, e.type);
-    row.setText(c.item, e.item.substr(0, tellura_event::kMaxItemLength));
-    row.setNumber(c.parameter1, e.parameter1);
-    row.setNumber(c.parameter2, e.parameter2);
+    const table_columns& c = eventColumns();
+    row.setNumber(c["ID"], recordId);
+    row.setNumber(c["Block Number"], blockNumber);
+    row.setNumber(c["Order"], e.order);
+    row.setNumber(c["Year"], e.year);
+    row.setNumber(c["Month"], e.month);
+    row.setNumber(c["Day"], e.day);
+    row.setNumber(c["Type"], e.type);
+    row.setText(c["Item"], e.item.substr(0, tellura_event::kMaxItemLength));
+    row.setNumber(c["Parameter 1"], e.parameter1);
+    row.setNumber(c["Parameter 2"], e.parameter2);
 }
 
 bool deleteRows(database& db, table_id table, const std::string& where, std::string& errors) {
@@ -256,7 +225,7 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
     }
     // Events whose block is gone (a file edited by hand) are left out with a warning;
     // the record itself reads well.
-    const int blockColumn = eventColumns().blockNumber;
+    const int blockColumn = eventColumns()["Block Number"];
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         int number = rows->row().integer(blockColumn);
         auto found = byNumber.find(number);

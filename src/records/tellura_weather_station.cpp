@@ -13,6 +13,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/table_columns.h"
 #include "paramfile/field_setter.h"
 #include "records/store_session.h"
 
@@ -35,51 +36,21 @@ constexpr climate_series kClimateSeries[] = {
     {"TMX2M", "Temperature Max", &weather_month_means::tmx2m},
 };
 
-// Column positions, looked up once by name.
-struct columns {
-    explicit columns(table_id table) : def(tableDef(table)) {}
-    int operator[](const char* name) const { return def.fieldIndex(name); }
-    const database_maker_table& def;
-};
-
-struct means_columns {
-    int id, month, precip, prcstd, prcskw, tmn2m, tmx2m;
-    means_columns() {
-        columns c(table_id::weather_averages);
-        id = c["ID"], month = c["Month"], precip = c["PRECIP"], prcstd = c["PRCSTD"], prcskw = c["PRCSKW"],
-        tmn2m = c["TMN2M"], tmx2m = c["TMX2M"];
-    }
-};
-
-struct monthly_columns {
-    int id, year, month, precip, prcstd, prcskw, tmn2m, tmx2m, solrad, rhumid, windsp;
-    monthly_columns() {
-        columns c(table_id::weather_historical_monthly);
-        id = c["ID"], year = c["Year"], month = c["Month"], precip = c["PRECIP"], prcstd = c["PRCSTD"],
-        prcskw = c["PRCSKW"], tmn2m = c["TMN2M"], tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"],
-        windsp = c["WINDSP"];
-    }
-};
-
-struct daily_columns {
-    int id, year, month, day, precip, tmn2m, tmx2m, solrad, rhumid, windsp;
-    daily_columns() {
-        columns c(table_id::weather_historical_daily);
-        id = c["ID"], year = c["Year"], month = c["Month"], day = c["Day"], precip = c["PRECIP"], tmn2m = c["TMN2M"],
-        tmx2m = c["TMX2M"], solrad = c["SOLRAD"], rhumid = c["RHUMID"], windsp = c["WINDSP"];
-    }
-};
-
-const means_columns& meansColumns() {
-    static const means_columns c;
+// The columns of the three climate tables, looked up once by name.
+const table_columns& meansColumns() {
+    static const table_columns c(table_id::weather_averages,
+                                 {"ID", "Month", "PRECIP", "PRCSTD", "PRCSKW", "TMN2M", "TMX2M"});
     return c;
 }
-const monthly_columns& monthlyColumns() {
-    static const monthly_columns c;
+const table_columns& monthlyColumns() {
+    static const table_columns c(
+        table_id::weather_historical_monthly,
+        {"ID", "Year", "Month", "PRECIP", "PRCSTD", "PRCSKW", "TMN2M", "TMX2M", "SOLRAD", "RHUMID", "WINDSP"});
     return c;
 }
-const daily_columns& dailyColumns() {
-    static const daily_columns c;
+const table_columns& dailyColumns() {
+    static const table_columns c(table_id::weather_historical_daily, {"ID", "Year", "Month", "Day", "PRECIP", "TMN2M",
+                                                                      "TMX2M", "SOLRAD", "RHUMID", "WINDSP"});
     return c;
 }
 
@@ -265,24 +236,24 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
         appendStatusText(status, errors);
         return false;
     }
-    const means_columns& c = meansColumns();
+    const table_columns& c = meansColumns();
     bool ok = true;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
-        TelluraWeatherStations* station = list.find(row.integer(c.id));
+        TelluraWeatherStations* station = list.find(row.integer(c["ID"]));
         if (!station) continue;  // means of a deleted station
-        int month = row.integer(c.month);
+        int month = row.integer(c["Month"]);
         if (month < 1 || month > 12) {
             appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table_id::weather_averages));
             ok = false;
             continue;
         }
         weather_month_means& m = station->means[static_cast<size_t>(month - 1)];
-        m.precip = row.single(c.precip);
-        m.prcstd = row.single(c.prcstd);
-        m.prcskw = row.single(c.prcskw);
-        m.tmn2m = row.single(c.tmn2m);
-        m.tmx2m = row.single(c.tmx2m);
+        m.precip = row.single(c["PRECIP"]);
+        m.prcstd = row.single(c["PRCSTD"]);
+        m.prcskw = row.single(c["PRCSKW"]);
+        m.tmn2m = row.single(c["TMN2M"]);
+        m.tmx2m = row.single(c["TMX2M"]);
         station->hasMeans = true;
     }
     return readToTheEnd(s, tableName(table_id::weather_averages), errors) && ok;
@@ -310,18 +281,18 @@ bool insertStations(database& db, const std::vector<const TelluraWeatherStations
     for (const TelluraWeatherStations* s : stations)
         if (s->hasMeans)  // no means yet: a site file import fills them later
             for (size_t m = 0; m < 12; ++m) means.emplace_back(s, m);
-    const means_columns& c = meansColumns();
+    const table_columns& c = meansColumns();
     return insertRows(
                db, table_id::weather_averages, means.size(),
                [&](size_t i, table_record& row) {
                    const weather_month_means& m = means[i].first->means[means[i].second];
-                   row.setNumber(c.id, means[i].first->id);
-                   row.setNumber(c.month, static_cast<double>(means[i].second + 1));
-                   row.setNumber(c.precip, m.precip);
-                   row.setNumber(c.prcstd, m.prcstd);
-                   row.setNumber(c.prcskw, m.prcskw);
-                   row.setNumber(c.tmn2m, m.tmn2m);
-                   row.setNumber(c.tmx2m, m.tmx2m);
+                   row.setNumber(c["ID"], means[i].first->id);
+                   row.setNumber(c["Month"], static_cast<double>(means[i].second + 1));
+                   row.setNumber(c["PRECIP"], m.precip);
+                   row.setNumber(c["PRCSTD"], m.prcstd);
+                   row.setNumber(c["PRCSKW"], m.prcskw);
+                   row.setNumber(c["TMN2M"], m.tmn2m);
+                   row.setNumber(c["TMX2M"], m.tmx2m);
                },
                errors) &&
            ok;
@@ -364,12 +335,12 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
     const table_id table = table_id::weather_historical_monthly;
     std::unique_ptr<rowset> rows = openStationRows(db, table, station.id, "[Year], [Month]", errors);
     if (!rows) return false;
-    const monthly_columns& c = monthlyColumns();
+    const table_columns& c = monthlyColumns();
     bool ok = true;
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
-        int month = row.integer(c.month);
+        int month = row.integer(c["Month"]);
         if (month < 1 || month > 12) {
             appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table));
             ok = false;
@@ -377,15 +348,15 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
         }
         weather_month_record m;
         m.month = static_cast<int16_t>(month);
-        m.precip = row.single(c.precip);
-        m.prcstd = row.single(c.prcstd);
-        m.prcskw = row.single(c.prcskw);
-        m.tmn2m = row.single(c.tmn2m);
-        m.tmx2m = row.single(c.tmx2m);
-        m.solrad = row.single(c.solrad);
-        m.rhumid = row.single(c.rhumid);
-        m.windsp = row.single(c.windsp);
-        int year = row.integer(c.year);
+        m.precip = row.single(c["PRECIP"]);
+        m.prcstd = row.single(c["PRCSTD"]);
+        m.prcskw = row.single(c["PRCSKW"]);
+        m.tmn2m = row.single(c["TMN2M"]);
+        m.tmx2m = row.single(c["TMX2M"]);
+        m.solrad = row.single(c["SOLRAD"]);
+        m.rhumid = row.single(c["RHUMID"]);
+        m.windsp = row.single(c["WINDSP"]);
+        int year = row.integer(c["Year"]);
         if (station.monthly.empty() || station.monthly.back().year != year)
             station.monthly.push_back({static_cast<int16_t>(year), {}});
         station.monthly.back().months.push_back(m);
@@ -398,20 +369,20 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
     std::unique_ptr<rowset> rows =
         openStationRows(db, table_id::weather_historical_daily, station.id, "[Year], [Month], [Day]", errors);
     if (!rows) return false;
-    const daily_columns& c = dailyColumns();
+    const table_columns& c = dailyColumns();
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         weather_day_record d;
-        d.year = static_cast<int16_t>(row.integer(c.year));
-        d.month = static_cast<int16_t>(row.integer(c.month));
-        d.day = static_cast<int16_t>(row.integer(c.day));
-        d.precip = row.single(c.precip);
-        d.tmn2m = row.single(c.tmn2m);
-        d.tmx2m = row.single(c.tmx2m);
-        d.solrad = row.single(c.solrad);
-        d.rhumid = row.single(c.rhumid);
-        d.windsp = row.single(c.windsp);
+        d.year = static_cast<int16_t>(row.integer(c["Year"]));
+        d.month = static_cast<int16_t>(row.integer(c["Month"]));
+        d.day = static_cast<int16_t>(row.integer(c["Day"]));
+        d.precip = row.single(c["PRECIP"]);
+        d.tmn2m = row.single(c["TMN2M"]);
+        d.tmx2m = row.single(c["TMX2M"]);
+        d.solrad = row.single(c["SOLRAD"]);
+        d.rhumid = row.single(c["RHUMID"]);
+        d.windsp = row.single(c["WINDSP"]);
         if (station.daily.empty() || station.daily.back().year != d.year) station.daily.push_back({d.year, {}});
         station.daily.back().days.push_back(d);
     }
@@ -422,22 +393,22 @@ bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std
     std::vector<std::pair<int16_t, const weather_month_record*>> flat;
     for (const weather_monthly_year& y : station.monthly)
         for (const weather_month_record& m : y.months) flat.emplace_back(y.year, &m);
-    const monthly_columns& c = monthlyColumns();
+    const table_columns& c = monthlyColumns();
     return replaceHistory(
         db, table_id::weather_historical_monthly, station.id, flat.size(),
         [&](size_t i, table_record& row) {
             const weather_month_record& m = *flat[i].second;
-            row.setNumber(c.id, station.id);
-            row.setNumber(c.year, flat[i].first);
-            row.setNumber(c.month, m.month);
-            row.setNumber(c.precip, m.precip);
-            row.setNumber(c.prcstd, m.prcstd);
-            row.setNumber(c.prcskw, m.prcskw);
-            row.setNumber(c.tmn2m, m.tmn2m);
-            row.setNumber(c.tmx2m, m.tmx2m);
-            row.setNumber(c.solrad, m.solrad);
-            row.setNumber(c.rhumid, m.rhumid);
-            row.setNumber(c.windsp, m.windsp);
+            row.setNumber(c["ID"], station.id);
+            row.setNumber(c["Year"], flat[i].first);
+            row.setNumber(c["Month"], m.month);
+            row.setNumber(c["PRECIP"], m.precip);
+            row.setNumber(c["PRCSTD"], m.prcstd);
+            row.setNumber(c["PRCSKW"], m.prcskw);
+            row.setNumber(c["TMN2M"], m.tmn2m);
+            row.setNumber(c["TMX2M"], m.tmx2m);
+            row.setNumber(c["SOLRAD"], m.solrad);
+            row.setNumber(c["RHUMID"], m.rhumid);
+            row.setNumber(c["WINDSP"], m.windsp);
         },
         errors);
 }
@@ -446,21 +417,21 @@ bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::
     std::vector<const weather_day_record*> flat;
     for (const weather_daily_year& y : station.daily)
         for (const weather_day_record& d : y.days) flat.push_back(&d);
-    const daily_columns& c = dailyColumns();
+    const table_columns& c = dailyColumns();
     return replaceHistory(
         db, table_id::weather_historical_daily, station.id, flat.size(),
         [&](size_t i, table_record& row) {
             const weather_day_record& d = *flat[i];
-            row.setNumber(c.id, station.id);
-            row.setNumber(c.year, d.year);
-            row.setNumber(c.month, d.month);
-            row.setNumber(c.day, d.day);
-            row.setNumber(c.precip, d.precip);
-            row.setNumber(c.tmn2m, d.tmn2m);
-            row.setNumber(c.tmx2m, d.tmx2m);
-            row.setNumber(c.solrad, d.solrad);
-            row.setNumber(c.rhumid, d.rhumid);
-            row.setNumber(c.windsp, d.windsp);
+            row.setNumber(c["ID"], station.id);
+            row.setNumber(c["Year"], d.year);
+            row.setNumber(c["Month"], d.month);
+            row.setNumber(c["Day"], d.day);
+            row.setNumber(c["PRECIP"], d.precip);
+            row.setNumber(c["TMN2M"], d.tmn2m);
+            row.setNumber(c["TMX2M"], d.tmx2m);
+            row.setNumber(c["SOLRAD"], d.solrad);
+            row.setNumber(c["RHUMID"], d.rhumid);
+            row.setNumber(c["WINDSP"], d.windsp);
         },
         errors);
 }
