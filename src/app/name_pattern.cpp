@@ -1,9 +1,6 @@
 #include "app/name_pattern.h"
 
 #include <charconv>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 
 namespace sb {
 
@@ -113,22 +110,6 @@ std::vector<std::string> expandNamePattern(std::string_view pattern) {
     std::vector<std::string> out;
     expandFrom(std::string(pattern.substr(0, open)), ranges, 0, {}, out);
     return out;
-}
-
-std::string exactDecimals(double value, int minDecimals) {
-    char text[64];
-    if (!std::isfinite(value)) {
-        std::snprintf(text, sizeof text, "%.*f", minDecimals, value);
-        return text;
-    }
-    const float wanted = static_cast<float>(value);
-    // Nine significant digits always read back as the same float; fixed
-    // notation may need more decimals than that for small numbers.
-    for (int decimals = minDecimals; decimals <= 60; ++decimals) {
-        std::snprintf(text, sizeof text, "%.*f", decimals, value);
-        if (std::strtof(text, nullptr) == wanted) return text;
-    }
-    return text;
 }
 
 }  // namespace sb

@@ -21,10 +21,4 @@ std::vector<std::string> expandNamePattern(std::string_view pattern);
 // ("PPDF(1..3)", or the name itself).
 size_t namePatternRun(const std::vector<std::string>& names, size_t first, std::string& pattern);
 
-// The shortest numbers that read back as exactly this single-precision value,
-// in fixed notation with at least `minDecimals` decimals: the model reads its
-// parameters as 32-bit reals, so a value written this way reaches it unchanged.
-// 30.539165 stays "30.539165" where "%.5f" would give "30.53917".
-std::string exactDecimals(double value, int minDecimals);
-
 }  // namespace sb

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "app/name_pattern.h"
+#include "app/number_text.h"
 #include "app/release_profile.h"
 #include "app/text_file.h"
 #include "app/text_format.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "app/name_pattern.h"
+#include "app/number_text.h"
 #include "app/text_format.h"
 #include "app/text_file.h"
 #include "paramfile/value_line_writer.h"

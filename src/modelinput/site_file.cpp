@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "app/name_pattern.h"
+#include "app/number_text.h"
 #include "app/text_format.h"
 #include "db/database_maker.h"
 #include "modelinput/parameter_names.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "app/name_pattern.h"
+#include "app/number_text.h"
 #include "app/text_format.h"
 #include "app/text_file.h"
 

@@ -1,12 +1,15 @@
 #include "modeloutput/output_table_text.h"
 
-#include <cstdlib>
-
+#include "app/number_text.h"
 #include "app/text_format.h"
 #include "modeloutput/output_series.h"
 
 namespace sb {
 namespace {
+
+// SINGLE values with six significant digits at least, as "%g" writes them
+// ("0.1", "100000"), and more only where they are needed to read back.
+constexpr int kCsvDigits = 6;
 
 std::string csvField(const std::string& text) {
     if (text.find_first_of(",\"\n") == std::string::npos) return text;
@@ -16,16 +19,6 @@ std::string csvField(const std::string& text) {
         quoted += c;
     }
     return quoted + "\"";
-}
-
-// The shortest text that reads back as the same float.
-std::string floatText(double value) {
-    float f = static_cast<float>(value);
-    for (int precision = 6; precision < 9; ++precision) {
-        std::string text = strprintf("%.*g", precision, static_cast<double>(f));
-        if (static_cast<float>(std::strtod(text.c_str(), nullptr)) == f) return text;
-    }
-    return strprintf("%.9g", static_cast<double>(f));
 }
 
 }  // namespace
@@ -43,7 +36,8 @@ std::string recordsCsv(const std::vector<const table_record*>& rows, const datab
             if (c) out += ',';
             if (row->isText(c)) out += csvField(row->text(c));
             else if (row->isMissing(c)) continue;  // a value the model did not give: an empty field
-            else if (fields[static_cast<size_t>(c)].type == kTypeSingle) out += floatText(row->number(c));
+            else if (fields[static_cast<size_t>(c)].type == kTypeSingle)
+                out += singleDigits(static_cast<float>(row->number(c)), kCsvDigits);
             else out += strprintf("%.0f", row->number(c));
         }
         out += '\n';

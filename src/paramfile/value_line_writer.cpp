@@ -1,6 +1,6 @@
 #include "paramfile/value_line_writer.h"
 
-#include "app/name_pattern.h"
+#include "app/number_text.h"
 #include "app/text_format.h"
 
 namespace sb {

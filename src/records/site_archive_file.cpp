@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "app/text_file.h"
+#include "app/number_text.h"
 #include "app/text_format.h"
 
 namespace sb {
@@ -62,13 +63,6 @@ bool unescaped(std::string_view text, std::string& out) {
         }
     }
     return true;
-}
-
-// The shortest text that reads back to exactly the same number.
-std::string numberText(double value) {
-    char buffer[32];
-    auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return std::string(buffer, result.ptr);
 }
 
 bool parseNumber(std::string_view text, double& value) {
@@ -233,7 +227,7 @@ std::string siteArchiveText(const site_archive_content& content) {
         for (const table_record& row : table.rows) {
             for (int c = 0; c < row.columnCount(); ++c) {
                 if (c > 0) out += '\t';
-                out += row.isText(c) ? escaped(row.text(c)) : numberText(row.number(c));
+                out += row.isText(c) ? escaped(row.text(c)) : shortestText(row.number(c));
             }
             out += '\n';
         }

@@ -10,9 +10,9 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QVBoxLayout>
-#include <charconv>
 #include <map>
 
+#include "app/number_text.h"
 #include "app/text_format.h"
 
 namespace sb {
@@ -22,10 +22,7 @@ namespace {
 // "7.7", not the double "7.69999981", and re-reading an untouched field
 // stores exactly what was there.
 QString numberText(double v, int type) {
-    char buffer[64];
-    const auto end = type == kTypeSingle ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(v)).ptr
-                                         : std::to_chars(buffer, buffer + sizeof buffer, v).ptr;
-    return QString::fromLatin1(buffer, static_cast<int>(end - buffer));
+    return QString::fromStdString(type == kTypeSingle ? shortestSingleText(static_cast<float>(v)) : shortestText(v));
 }
 constexpr int kFieldsPerRow = 3;  // label-field pairs side by side, so long pages stay short
 
