@@ -5,6 +5,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/table_columns.h"
 #include "records/store_session.h"
 
 namespace sb {
@@ -17,27 +18,59 @@ std::string quoted(std::string_view text) {
     return out + "'";
 }
 
-// Opens the table for reading; a read-only project made before the table
+// Reads the rows under `filter`; a read-only project made before the table
 // existed has none, which reads as nothing kept.
-std::unique_ptr<rowset> openForReading(database& db, table_id table, const std::string& filter, bool& ok,
-                                       std::string& errors) {
+bool readRowsWhere(database& db, table_id table, const std::string& filter,
+                   const std::function<void(const table_record&)>& take, std::string& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
-    ok = rows || db.readOnly();
-    if (!ok) {
+    if (!rows) {
+        if (db.readOnly()) return true;
         appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table));
         appendStatusText(status, errors);
+        return false;
     }
-    return rows;
-}
-
-bool readRows(rowset& rows, table_id table, const std::function<void(const table_record&)>& take, std::string& errors) {
-    db_status status;
-    for (status = rows.moveFirst(); status.ok(); status = rows.moveNext()) take(rows.row());
+    for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) take(rows->row());
     if (status.endOfRowset()) return true;
     appendf(errors, "ERROR, unable to read table [%s].\n", tableName(table));
     appendStatusText(status, errors);
     return false;
+}
+
+// The two kept-values tables differ only in whose values a row holds: a
+// record's (ID) or a management option's (Option).
+const table_columns& keptColumns(table_id table) {
+    static const table_columns record(table_id::kept_values, {"ID", "File", "Name", "Value"});
+    static const table_columns option(table_id::kept_option_values, {"Option", "File", "Name", "Value"});
+    return table == table_id::kept_values ? record : option;
+}
+
+// Each row's value set into the values `owner` names for the row.
+bool readKeptRows(database& db, table_id table, const std::string& filter,
+                  const std::function<kept_values&(const table_record&)>& owner, std::string& errors) {
+    const table_columns& c = keptColumns(table);
+    return readRowsWhere(
+        db, table, filter,
+        [&](const table_record& row) {
+            owner(row).set(row.text(c["File"]), row.text(c["Name"]), row.number(c["Value"]));
+        },
+        errors);
+}
+
+// One row per value, after the rows already in `rows`; `setOwner` fills the
+// columns that say whose value it is (a record's ID and the value's file; an
+// option file and the option).
+void appendKeptRows(table_id table, const kept_values& values,
+                    const std::function<void(table_record&, const kept_value&)>& setOwner,
+                    std::vector<table_record>& rows) {
+    const table_columns& c = keptColumns(table);
+    for (const kept_value& kept : values.all()) {
+        table_record row(table);
+        setOwner(row, kept);
+        row.setText(c["Name"], kept.name);
+        row.setNumber(c["Value"], kept.value);
+        rows.push_back(std::move(row));
+    }
 }
 
 bool replaceRows(database& db, table_id table, const std::string& filter, const std::vector<table_record>& rows,
@@ -94,34 +127,28 @@ bool kept_values::operator==(const kept_values& other) const {
 
 bool readKeptValues(database& db, int32_t id, kept_values& values, std::string& errors) {
     values.clear();
-    bool ok = true;
-    auto rows = openForReading(db, table_id::kept_values, strprintf("[ID] = %ld", static_cast<long>(id)), ok, errors);
-    if (!rows) return ok;
-    return readRows(
-        *rows, table_id::kept_values,
-        [&](const table_record& row) { values.set(row.text(1), row.text(2), row.number(3)); }, errors);
+    return readKeptRows(
+        db, table_id::kept_values, strprintf("[ID] = %ld", static_cast<long>(id)),
+        [&](const table_record&) -> kept_values& { return values; }, errors);
 }
 
 bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors) {
     std::vector<table_record> rows;
-    for (const kept_value& kept : values.all()) {
-        table_record row(table_id::kept_values);
-        row.setNumber(0, id);
-        row.setText(1, kept.file);
-        row.setText(2, kept.name);
-        row.setNumber(3, kept.value);
-        rows.push_back(std::move(row));
-    }
+    const table_columns& c = keptColumns(table_id::kept_values);
+    appendKeptRows(
+        table_id::kept_values, values,
+        [&](table_record& row, const kept_value& kept) {
+            row.setNumber(c["ID"], id);
+            row.setText(c["File"], kept.file);
+        },
+        rows);
     return replaceRows(db, table_id::kept_values, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
 }
 
 bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors) {
     files.clear();
-    bool ok = true;
-    auto rows = openForReading(db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)), ok, errors);
-    if (!rows) return ok;
-    return readRows(
-        *rows, table_id::record_files,
+    return readRowsWhere(
+        db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)),
         [&](const table_record& row) {
             files.push_back({row.text(1), row.text(2)});
         },
@@ -143,33 +170,31 @@ bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& 
 bool readOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
                           std::string& errors) {
     options.clear();
-    bool ok = true;
-    auto rows = openForReading(db, table_id::kept_option_values, "[File] = " + quoted(file), ok, errors);
-    if (!rows) return ok;
-    return readRows(
-        *rows, table_id::kept_option_values,
-        [&](const table_record& row) {
-            const std::string& option = row.text(1);
+    const int optionColumn = keptColumns(table_id::kept_option_values)["Option"];
+    return readKeptRows(
+        db, table_id::kept_option_values, "[File] = " + quoted(file),
+        [&](const table_record& row) -> kept_values& {
+            const std::string& option = row.text(optionColumn);
             auto found = std::find_if(options.begin(), options.end(),
                                       [&](const option_kept_values& o) { return iequals(o.option, option); });
             if (found == options.end()) found = options.insert(options.end(), {option, {}});
-            found->values.set(file, row.text(2), row.number(3));
+            return found->values;
         },
         errors);
 }
 
 bool writeOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
                            std::string& errors) {
+    const table_columns& c = keptColumns(table_id::kept_option_values);
     std::vector<table_record> rows;
     for (const option_kept_values& option : options)
-        for (const kept_value& kept : option.values.all()) {
-            table_record row(table_id::kept_option_values);
-            row.setText(0, file);
-            row.setText(1, option.option);
-            row.setText(2, kept.name);
-            row.setNumber(3, kept.value);
-            rows.push_back(std::move(row));
-        }
+        appendKeptRows(
+            table_id::kept_option_values, option.values,
+            [&](table_record& row, const kept_value&) {
+                row.setText(c["File"], file);
+                row.setText(c["Option"], option.option);
+            },
+            rows);
     return replaceRows(db, table_id::kept_option_values, "File = " + quoted(file), rows, errors);
 }
 
