@@ -20,10 +20,17 @@ using namespace sbcli;
 
 namespace {
 
+// The records a command works on: an ID list or an SQL condition, not both.
 void addSelection(CLI::App* cmd, record_selection& sel) {
     auto* ids = cmd->add_option("--ids", sel.ids, "record IDs and ranges, like \"1, 2, 5-9\"");
     auto* where = cmd->add_option("--where", sel.where, "an SQL condition on [Control Records]");
     ids->excludes(where);
+}
+
+// The model version a command works for, as its code; the help says what
+// leaving it out means where a command has a default.
+CLI::Option* addVersion(CLI::App* cmd, int& version, const std::string& help = "model version code 1-6") {
+    return cmd->add_option("--version", version, help)->check(CLI::Range(1, 6));
 }
 
 // Charts are drawn with the graphical libraries (offscreen, no display needed);
@@ -113,10 +120,9 @@ void addImportRunFiles(CLI::App& import, command_action& action) {
     cmd->add_option("--id", opt->id, "ID of the new record (default: one past the highest)")
         ->check(CLI::Range(0, 2147483647));
     cmd->add_flag("--force", opt->force, "replace the record of that ID (and its outputs) if there is one");
-    cmd->add_option("--version", opt->version,
-                    "model version the files are written for (default: that of the release profile they match, "
-                    "else the configured one)")
-        ->check(CLI::Range(1, 6));
+    addVersion(cmd, opt->version,
+               "model version the files are written for (default: that of the release profile they match, "
+               "else the configured one)");
     cmd->add_option("--profile", opt->profile,
                     "release profile to read the files with (default: the one they match, else the version's "
                     "configured one)");
@@ -186,9 +192,7 @@ void addExport(CLI::App& app, command_action& action) {
     optionList->add_option("PROJECT", listOpt->project)->required();
     optionList->add_option("KIND", listOpt->kind, std::string("one of: ") + kOptionKinds)->required();
     optionList->add_option("FILE", listOpt->file)->required();
-    optionList->add_option("--version", listOpt->version, "model version code 1-6")
-        ->required()
-        ->check(CLI::Range(1, 6));
+    addVersion(optionList, listOpt->version)->required();
     auto* archive = group->add_subcommand(
         "archive", "export records (all without --ids/--where) with everything they use as a site archive (.esa)");
     auto archiveOpt = runs(archive, action, cmdExportArchive);
@@ -239,7 +243,7 @@ void addPrepare(CLI::App& app, command_action& action) {
     auto opt = runs(cmd, action, cmdPrepare);
     cmd->add_option("PROJECT", opt->project)->required();
     cmd->add_option("--id", opt->id)->required();
-    cmd->add_option("--version", opt->version, "model version code 1-6")->check(CLI::Range(1, 6));
+    addVersion(cmd, opt->version);
     cmd->add_option("--dir", opt->dir, "directory to write into")->required();
     cmd->add_flag("--force", opt->force, "write into a folder that already holds files");
     cmd->add_option("--profile", opt->profile, "release profile (default: the version's configured one)");
@@ -250,7 +254,7 @@ void addRun(CLI::App& app, command_action& action) {
     auto opt = runs(cmd, action, cmdRun);
     cmd->add_option("PROJECT", opt->project)->required();
     addSelection(cmd, opt->selection);
-    cmd->add_option("--version", opt->version, "model version code 1-6")->check(CLI::Range(1, 6));
+    addVersion(cmd, opt->version);
     cmd->add_option("--jobs", opt->jobs, "records run at once")->check(CLI::Range(1, 256));
     cmd->add_flag("--stop-on-precheck", opt->stopOnPrecheck, "stop if any precheck errors");
     cmd->add_option("--blocks", opt->blocks, "event blocks to run, in this order, like \"1,3\"");
@@ -277,7 +281,7 @@ void addStatus(CLI::App& app, command_action& action) {
     auto opt = runs(cmd, action, cmdStatus);
     cmd->add_option("PROJECT", opt->project)->required();
     addSelection(cmd, opt->selection);
-    cmd->add_option("--version", opt->version, "model version code 1-6 the runs would use")->check(CLI::Range(1, 6));
+    addVersion(cmd, opt->version, "model version code 1-6 the runs would use");
     cmd->add_option("--format", opt->format, "text (a table and the counts) or tsv (one line per record)")
         ->check(CLI::IsMember({"text", "tsv"}));
 }
@@ -314,7 +318,7 @@ void addReadBin(CLI::App& app, command_action& action) {
         "(share/soilbench/binary-layouts: release 2, and two builds of release 4) and the files named in the\n"
         "setting Files/BinaryLayouts, one \"block<TAB>index<TAB>name\" line per variable.");
     cmd->add_option("FILE", opt->file)->required();
-    cmd->add_option("--version", opt->version, "model version code 1-6")->required()->check(CLI::Range(1, 6));
+    addVersion(cmd, opt->version)->required();
     cmd->add_flag("--monthly", opt->monthly, "read the records as monthly output (default: annual)");
 }
 
@@ -333,14 +337,14 @@ void addProfile(CLI::App& app, command_action& action) {
     profile->require_subcommand(1);
     auto* list = profile->add_subcommand("list", "list the release profiles and any that cannot be read");
     auto listOpt = runs(list, action, cmdProfileList);
-    list->add_option("--version", listOpt->version, "only those of this version code")->check(CLI::Range(1, 6));
+    addVersion(list, listOpt->version, "only those of this version code");
     auto* derive = profile->add_subcommand("derive", "write the release profile of a release's own sample set-up");
     auto opt = runs(derive, action, cmdProfileDerive);
     derive->add_option("DIR", opt->dir, "the sample set-up")->required();
     derive->add_option("--schedule", opt->schedule, "its schedule (default: the first .sch in DIR by name)");
     derive->add_option("--outputs", opt->outputs, "a folder of that set-up's outputs (binary, daily files)");
     derive->add_option("--title", opt->title, "the profile's title")->required();
-    derive->add_option("--version", opt->version, "the version code it serves (default 4)")->check(CLI::Range(1, 6));
+    addVersion(derive, opt->version, "the version code it serves (default 4)");
     derive->add_option("--success", opt->success, "the console line of a good run (default \"Execution success.\")");
     derive->add_option("--failure", opt->failures, "a console line by which the release refuses a run");
     derive->add_option("--list-skip", opt->listSkip,
