@@ -87,9 +87,13 @@ const release_profile_catalogue& release_profile_catalogue::shipped() {
 
 const char* defaultReleaseProfileName(int version) { return isValidVersion(version) ? kDefaultNames[version - 1] : ""; }
 
+std::string releaseProfileName(const std::string& chosen, int version) {
+    return chosen.empty() ? std::string(defaultReleaseProfileName(version)) : chosen;
+}
+
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,
                                             int version, std::string& errors) {
-    const std::string wanted = name.empty() ? std::string(defaultReleaseProfileName(version)) : name;
+    const std::string wanted = releaseProfileName(name, version);
     const release_profile* profile = catalogue.find(wanted);
     if (!profile) {
         appendf(errors, "ERROR, no release profile \"%s\" for %s.\n", wanted.c_str(), versionDisplayName(version));

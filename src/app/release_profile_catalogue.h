@@ -43,6 +43,10 @@ private:
 // always has ("diurna45" for 4); "" outside 1..6.
 const char* defaultReleaseProfileName(int version);
 
+// The name of the profile a version's runs use: `chosen`, or the version's
+// default when none is chosen.
+std::string releaseProfileName(const std::string& chosen, int version);
+
 // The profile to use for a version: the named one when the catalogue has it
 // and it serves that version, otherwise nullptr with a message saying why.
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,

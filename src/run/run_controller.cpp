@@ -242,7 +242,9 @@ const std::string& run_controller::modelDigest() {
     return modelDigest_;
 }
 
-std::string run_controller::releaseProfile() const { return versionDisplayName(settings_.version); }
+std::string run_controller::releaseProfile() const {
+    return releaseProfileName(settings_.releaseProfile(settings_.version), settings_.version);
+}
 
 run_history_entry run_controller::historyEntry(int32_t id, const record_run& run) {
     run_history_entry entry;

@@ -144,6 +144,7 @@ private:
     bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run, std::string& errors,
                    const std::function<bool(std::string&)>& alsoInStore = {});
     const std::string& modelDigest();
+    // The name of the release profile the records run with (what the history keeps).
     std::string releaseProfile() const;
     // The record's history row as the run stands (started, or ended).
     run_history_entry historyEntry(int32_t id, const record_run& run);

@@ -14,6 +14,7 @@
 #include "modeloutput/tellura_output.h"
 #include "records/new_project.h"
 #include "run/run_controller.h"
+#include "run/run_history.h"
 #include "test_support.h"
 
 namespace {
@@ -72,6 +73,10 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     const sb::TelluraOutputMonthly* last = stored.monthlyInOrder().back();
     EXPECT_EQ(last->year() * 100 + last->month(), c.lastMonth);
     EXPECT_FALSE(stored.daily.empty());
+    std::vector<sb::run_history_entry> history;
+    ASSERT_TRUE(sb::readRunHistory(*db, 1, history, errors)) << errors;
+    ASSERT_EQ(history.size(), 1u);
+    EXPECT_EQ(history[0].releaseProfile, c.profile);
     if (*c.missing) {
         // The list utility skipped the name: stored as missing, never as 0.
         ASSERT_FALSE(stored.annual.empty());

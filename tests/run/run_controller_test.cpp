@@ -210,7 +210,7 @@ TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
         EXPECT_LE(entry.started, entry.ended);
         EXPECT_EQ(entry.model, project.model());
         EXPECT_EQ(entry.modelSha256, sha256sum(project.model()));
-        EXPECT_EQ(entry.releaseProfile, "Diurna 4.5");
+        EXPECT_EQ(entry.releaseProfile, "diurna45");
         EXPECT_EQ(entry.inputsSha256.size(), 64u);
         EXPECT_EQ(entry.processId, getpid());
         EXPECT_FALSE(entry.host.empty());
