@@ -30,4 +30,16 @@ int table_columns::operator[](std::string_view name) const {
     unknownColumn(table_, name, "was not looked up for");
 }
 
+void table_columns::read(const table_record& row, std::string_view name, std::string& value) const {
+    value = row.text((*this)[name]);
+}
+
+void table_columns::read(const table_record& row, std::string_view name, float& value) const {
+    value = row.single((*this)[name]);
+}
+
+void table_columns::write(table_record& row, std::string_view name, const std::string& value) const {
+    row.setText((*this)[name], value);
+}
+
 }  // namespace sb

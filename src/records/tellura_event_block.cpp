@@ -38,48 +38,50 @@ const table_columns& eventColumns() {
     return columns;
 }
 
+// Each column with the member that holds it, for reading and writing alike;
+// the ID and block number a row is stored under come from its owners.
+template <class Block, class Visit>  // Block: tellura_event_block, const when writing
+void blockMembers(Block& b, Visit visit) {
+    visit("Block Number", b.blockNumber);
+    visit("Description", b.description);
+    visit("First Year", b.firstYear);
+    visit("Last Year", b.lastYear);
+    visit("Repeating Years", b.repeatingYears);
+    visit("Output Starting Year", b.outputStartingYear);
+    visit("Output Month", b.outputMonth);
+    visit("Output Interval", b.outputInterval);
+    visit("Weather Choice", b.weatherChoice);
+    visit("Weather ID", b.weatherId);
+}
+
+// The item is read and written apart: it is cut to the column's width on writing.
+template <class Event, class Visit>
+void eventMembers(Event& e, Visit visit) {
+    visit("Order", e.order);
+    visit("Year", e.year);
+    visit("Month", e.month);
+    visit("Day", e.day);
+    visit("Type", e.type);
+    visit("Parameter 1", e.parameter1);
+    visit("Parameter 2", e.parameter2);
+}
+
 tellura_event_block blockFromRow(const table_record& row) {
-    const table_columns& c = blockColumns();
     tellura_event_block b;
-    b.blockNumber = static_cast<int16_t>(row.integer(c["Block Number"]));
-    b.description = row.text(c["Description"]);
-    b.firstYear = static_cast<int16_t>(row.integer(c["First Year"]));
-    b.lastYear = static_cast<int16_t>(row.integer(c["Last Year"]));
-    b.repeatingYears = static_cast<int16_t>(row.integer(c["Repeating Years"]));
-    b.outputStartingYear = static_cast<int16_t>(row.integer(c["Output Starting Year"]));
-    b.outputMonth = static_cast<uint8_t>(row.integer(c["Output Month"]));
-    b.outputInterval = row.single(c["Output Interval"]);
-    b.weatherChoice = static_cast<uint8_t>(row.integer(c["Weather Choice"]));
-    b.weatherId = row.integer(c["Weather ID"]);
+    blockMembers(b, blockColumns().reading(row));
     return b;
 }
 
 void blockToRow(int32_t recordId, const tellura_event_block& b, table_record& row) {
-    const table_columns& c = blockColumns();
-    row.setNumber(c["ID"], recordId);
-    row.setNumber(c["Block Number"], b.blockNumber);
-    row.setText(c["Description"], b.description);
-    row.setNumber(c["First Year"], b.firstYear);
-    row.setNumber(c["Last Year"], b.lastYear);
-    row.setNumber(c["Repeating Years"], b.repeatingYears);
-    row.setNumber(c["Output Starting Year"], b.outputStartingYear);
-    row.setNumber(c["Output Month"], b.outputMonth);
-    row.setNumber(c["Output Interval"], b.outputInterval);
-    row.setNumber(c["Weather Choice"], b.weatherChoice);
-    row.setNumber(c["Weather ID"], b.weatherId);
+    row.setNumber(blockColumns()["ID"], recordId);
+    blockMembers(b, blockColumns().writing(row));
 }
 
 tellura_event eventFromRow(const table_record& row) {
     const table_columns& c = eventColumns();
     tellura_event e;
-    e.order = static_cast<int16_t>(row.integer(c["Order"]));
-    e.year = static_cast<int16_t>(row.integer(c["Year"]));
-    e.month = static_cast<uint8_t>(row.integer(c["Month"]));
-    e.day = static_cast<uint8_t>(row.integer(c["Day"]));
-    e.type = static_cast<uint8_t>(row.integer(c["Type"]));
+    eventMembers(e, c.reading(row));
     e.item = row.text(c["Item"]);
-    e.parameter1 = row.single(c["Parameter 1"]);
-    e.parameter2 = row.single(c["Parameter 2"]);
     return e;
 }
 
@@ -87,14 +89,8 @@ void eventToRow(int32_t recordId, int16_t blockNumber, const tellura_event& e, t
     const table_columns& c = eventColumns();
     row.setNumber(c["ID"], recordId);
     row.setNumber(c["Block Number"], blockNumber);
-    row.setNumber(c["Order"], e.order);
-    row.setNumber(c["Year"], e.year);
-    row.setNumber(c["Month"], e.month);
-    row.setNumber(c["Day"], e.day);
-    row.setNumber(c["Type"], e.type);
+    eventMembers(e, c.writing(row));
     row.setText(c["Item"], e.item.substr(0, tellura_event::kMaxItemLength));
-    row.setNumber(c["Parameter 1"], e.parameter1);
-    row.setNumber(c["Parameter 2"], e.parameter2);
 }
 
 bool deleteRows(database& db, table_id table, const std::string& where, std::string& errors) {

@@ -54,6 +54,42 @@ const table_columns& dailyColumns() {
     return c;
 }
 
+// Each climate column with the member that holds it, for reading and writing
+// alike (the order does not matter): the series every weather table has, the
+// ones the history adds, and the ones of the monthly tables.
+template <class Values, class Visit>  // Values: const when writing
+void seriesMembers(Values& v, Visit visit) {
+    visit("PRECIP", v.precip);
+    visit("TMN2M", v.tmn2m);
+    visit("TMX2M", v.tmx2m);
+}
+template <class Values, class Visit>
+void historyMembers(Values& v, Visit visit) {
+    seriesMembers(v, visit);
+    visit("SOLRAD", v.solrad);
+    visit("RHUMID", v.rhumid);
+    visit("WINDSP", v.windsp);
+}
+template <class Month, class Visit>
+void meansMembers(Month& m, Visit visit) {
+    seriesMembers(m, visit);
+    visit("PRCSTD", m.prcstd);
+    visit("PRCSKW", m.prcskw);
+}
+template <class Month, class Visit>
+void monthMembers(Month& m, Visit visit) {
+    historyMembers(m, visit);
+    visit("PRCSTD", m.prcstd);
+    visit("PRCSKW", m.prcskw);
+}
+template <class Day, class Visit>
+void dayMembers(Day& d, Visit visit) {
+    visit("Year", d.year);
+    visit("Month", d.month);
+    visit("Day", d.day);
+    historyMembers(d, visit);
+}
+
 long asLong(int32_t id) { return static_cast<long>(id); }
 
 bool deleteStationRows(database& db, table_id table, int32_t stationId, std::string& errors) {
@@ -248,12 +284,7 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
             ok = false;
             continue;
         }
-        weather_month_means& m = station->means[static_cast<size_t>(month - 1)];
-        m.precip = row.single(c["PRECIP"]);
-        m.prcstd = row.single(c["PRCSTD"]);
-        m.prcskw = row.single(c["PRCSKW"]);
-        m.tmn2m = row.single(c["TMN2M"]);
-        m.tmx2m = row.single(c["TMX2M"]);
+        meansMembers(station->means[static_cast<size_t>(month - 1)], c.reading(row));
         station->hasMeans = true;
     }
     return readToTheEnd(s, tableName(table_id::weather_averages), errors) && ok;
@@ -285,14 +316,9 @@ bool insertStations(database& db, const std::vector<const TelluraWeatherStations
     return insertRows(
                db, table_id::weather_averages, means.size(),
                [&](size_t i, table_record& row) {
-                   const weather_month_means& m = means[i].first->means[means[i].second];
                    row.setNumber(c["ID"], means[i].first->id);
                    row.setNumber(c["Month"], static_cast<double>(means[i].second + 1));
-                   row.setNumber(c["PRECIP"], m.precip);
-                   row.setNumber(c["PRCSTD"], m.prcstd);
-                   row.setNumber(c["PRCSKW"], m.prcskw);
-                   row.setNumber(c["TMN2M"], m.tmn2m);
-                   row.setNumber(c["TMX2M"], m.tmx2m);
+                   meansMembers(means[i].first->means[means[i].second], c.writing(row));
                },
                errors) &&
            ok;
@@ -348,14 +374,7 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
         }
         weather_month_record m;
         m.month = static_cast<int16_t>(month);
-        m.precip = row.single(c["PRECIP"]);
-        m.prcstd = row.single(c["PRCSTD"]);
-        m.prcskw = row.single(c["PRCSKW"]);
-        m.tmn2m = row.single(c["TMN2M"]);
-        m.tmx2m = row.single(c["TMX2M"]);
-        m.solrad = row.single(c["SOLRAD"]);
-        m.rhumid = row.single(c["RHUMID"]);
-        m.windsp = row.single(c["WINDSP"]);
+        monthMembers(m, c.reading(row));
         int year = row.integer(c["Year"]);
         if (station.monthly.empty() || station.monthly.back().year != year)
             station.monthly.push_back({static_cast<int16_t>(year), {}});
@@ -374,15 +393,7 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         weather_day_record d;
-        d.year = static_cast<int16_t>(row.integer(c["Year"]));
-        d.month = static_cast<int16_t>(row.integer(c["Month"]));
-        d.day = static_cast<int16_t>(row.integer(c["Day"]));
-        d.precip = row.single(c["PRECIP"]);
-        d.tmn2m = row.single(c["TMN2M"]);
-        d.tmx2m = row.single(c["TMX2M"]);
-        d.solrad = row.single(c["SOLRAD"]);
-        d.rhumid = row.single(c["RHUMID"]);
-        d.windsp = row.single(c["WINDSP"]);
+        dayMembers(d, c.reading(row));
         if (station.daily.empty() || station.daily.back().year != d.year) station.daily.push_back({d.year, {}});
         station.daily.back().days.push_back(d);
     }
@@ -401,14 +412,7 @@ bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std
             row.setNumber(c["ID"], station.id);
             row.setNumber(c["Year"], flat[i].first);
             row.setNumber(c["Month"], m.month);
-            row.setNumber(c["PRECIP"], m.precip);
-            row.setNumber(c["PRCSTD"], m.prcstd);
-            row.setNumber(c["PRCSKW"], m.prcskw);
-            row.setNumber(c["TMN2M"], m.tmn2m);
-            row.setNumber(c["TMX2M"], m.tmx2m);
-            row.setNumber(c["SOLRAD"], m.solrad);
-            row.setNumber(c["RHUMID"], m.rhumid);
-            row.setNumber(c["WINDSP"], m.windsp);
+            monthMembers(m, c.writing(row));
         },
         errors);
 }
@@ -421,17 +425,8 @@ bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::
     return replaceHistory(
         db, table_id::weather_historical_daily, station.id, flat.size(),
         [&](size_t i, table_record& row) {
-            const weather_day_record& d = *flat[i];
             row.setNumber(c["ID"], station.id);
-            row.setNumber(c["Year"], d.year);
-            row.setNumber(c["Month"], d.month);
-            row.setNumber(c["Day"], d.day);
-            row.setNumber(c["PRECIP"], d.precip);
-            row.setNumber(c["TMN2M"], d.tmn2m);
-            row.setNumber(c["TMX2M"], d.tmx2m);
-            row.setNumber(c["SOLRAD"], d.solrad);
-            row.setNumber(c["RHUMID"], d.rhumid);
-            row.setNumber(c["WINDSP"], d.windsp);
+            dayMembers(*flat[i], c.writing(row));
         },
         errors);
 }
