@@ -25,21 +25,20 @@ table_columns::table_columns(table_id table, std::initializer_list<std::string_v
 }
 
 int table_columns::operator[](std::string_view name) const {
-    for (const auto& [known, position] : columns_)
-        if (known == name) return position;
+    size_t from = 0;
+    return position(name, from);
+}
+
+int table_columns::position(std::string_view name, size_t& next) const {
+    const size_t count = columns_.size();
+    for (size_t k = 0, i = next; k < count; ++k, ++i) {
+        if (i >= count) i = 0;
+        if (columns_[i].first == name) {
+            next = i + 1;
+            return columns_[i].second;
+        }
+    }
     unknownColumn(table_, name, "was not looked up for");
-}
-
-void table_columns::read(const table_record& row, std::string_view name, std::string& value) const {
-    value = row.text((*this)[name]);
-}
-
-void table_columns::read(const table_record& row, std::string_view name, float& value) const {
-    value = row.single((*this)[name]);
-}
-
-void table_columns::write(table_record& row, std::string_view name, const std::string& value) const {
-    row.setText((*this)[name], value);
 }
 
 }  // namespace sb

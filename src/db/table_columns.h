@@ -23,30 +23,40 @@ public:
     table_columns(table_id table, std::initializer_list<std::string_view> names);
     int operator[](std::string_view name) const;
 
-    // A member read from or written to the named column in the member's own
-    // type: text, a 32-bit real or a whole number.
-    void read(const table_record& row, std::string_view name, std::string& value) const;
-    void read(const table_record& row, std::string_view name, float& value) const;
+    // A member read from or written to a column in the member's own type:
+    // text, a 32-bit real or a whole number.
+    static void read(const table_record& row, int column, std::string& value) { value = row.text(column); }
+    static void read(const table_record& row, int column, float& value) { value = row.single(column); }
     template <std::integral Integer>
-    void read(const table_record& row, std::string_view name, Integer& value) const {
-        value = static_cast<Integer>(row.integer((*this)[name]));
+    static void read(const table_record& row, int column, Integer& value) {
+        value = static_cast<Integer>(row.integer(column));
     }
-    void write(table_record& row, std::string_view name, const std::string& value) const;
+    static void write(table_record& row, int column, const std::string& value) { row.setText(column, value); }
     template <class Number>
     requires std::is_arithmetic_v<Number>
-    void write(table_record& row, std::string_view name, Number value) const { row.setNumber((*this)[name], value); }
+    static void write(table_record& row, int column, Number value) { row.setNumber(column, value); }
 
     // For a type's one list of (column, member) pairs, walked by a function
     // that calls visit(name, member) for each: reading(row) fills the members,
     // writing(row) the columns, so a reader and its writer cannot disagree.
+    // Each visitor looks for the next name after the one it found last, so a
+    // list walked in the order the names were given costs one comparison a
+    // column.
     auto reading(const table_record& row) const {
-        return [this, &row](std::string_view name, auto& member) { read(row, name, member); };
+        return [this, &row, next = size_t{0}](std::string_view name, auto& member) mutable {
+            read(row, position(name, next), member);
+        };
     }
     auto writing(table_record& row) const {
-        return [this, &row](std::string_view name, const auto& member) { write(row, name, member); };
+        return [this, &row, next = size_t{0}](std::string_view name, const auto& member) mutable {
+            write(row, position(name, next), member);
+        };
     }
 
 private:
+    // The position of `name`, looked for from `next` on; `next` is left after it.
+    int position(std::string_view name, size_t& next) const;
+
     table_id table_;
     std::vector<std::pair<std::string, int>> columns_;  // name as the code writes it, position
 };

@@ -34,14 +34,14 @@ const table_columns& blockColumns() {
 }
 const table_columns& eventColumns() {
     static const table_columns columns(table_id::events, {"ID", "Block Number", "Order", "Year", "Month", "Day", "Type",
-                                                          "Item", "Parameter 1", "Parameter 2"});
+                                                          "Parameter 1", "Parameter 2", "Item"});
     return columns;
 }
 
 // Each column with the member that holds it, for reading and writing alike;
 // the ID and block number a row is stored under come from its owners.
 template <class Block, class Visit>  // Block: tellura_event_block, const when writing
-void blockMembers(Block& b, Visit visit) {
+void blockMembers(Block& b, Visit&& visit) {
     visit("Block Number", b.blockNumber);
     visit("Description", b.description);
     visit("First Year", b.firstYear);
@@ -56,7 +56,7 @@ void blockMembers(Block& b, Visit visit) {
 
 // The item is read and written apart: it is cut to the column's width on writing.
 template <class Event, class Visit>
-void eventMembers(Event& e, Visit visit) {
+void eventMembers(Event& e, Visit&& visit) {
     visit("Order", e.order);
     visit("Year", e.year);
     visit("Month", e.month);

@@ -39,13 +39,13 @@ constexpr climate_series kClimateSeries[] = {
 // The columns of the three climate tables, looked up once by name.
 const table_columns& meansColumns() {
     static const table_columns c(table_id::weather_averages,
-                                 {"ID", "Month", "PRECIP", "PRCSTD", "PRCSKW", "TMN2M", "TMX2M"});
+                                 {"ID", "Month", "PRECIP", "TMN2M", "TMX2M", "PRCSTD", "PRCSKW"});
     return c;
 }
 const table_columns& monthlyColumns() {
     static const table_columns c(
         table_id::weather_historical_monthly,
-        {"ID", "Year", "Month", "PRECIP", "PRCSTD", "PRCSKW", "TMN2M", "TMX2M", "SOLRAD", "RHUMID", "WINDSP"});
+        {"ID", "Year", "Month", "PRECIP", "TMN2M", "TMX2M", "SOLRAD", "RHUMID", "WINDSP", "PRCSTD", "PRCSKW"});
     return c;
 }
 const table_columns& dailyColumns() {
@@ -55,35 +55,36 @@ const table_columns& dailyColumns() {
 }
 
 // Each climate column with the member that holds it, for reading and writing
-// alike (the order does not matter): the series every weather table has, the
-// ones the history adds, and the ones of the monthly tables.
+// alike, walked in the order the lookups above name them: the series every
+// weather table has, the ones the history adds, and the ones of the monthly
+// tables.
 template <class Values, class Visit>  // Values: const when writing
-void seriesMembers(Values& v, Visit visit) {
+void seriesMembers(Values& v, Visit&& visit) {
     visit("PRECIP", v.precip);
     visit("TMN2M", v.tmn2m);
     visit("TMX2M", v.tmx2m);
 }
 template <class Values, class Visit>
-void historyMembers(Values& v, Visit visit) {
+void historyMembers(Values& v, Visit&& visit) {
     seriesMembers(v, visit);
     visit("SOLRAD", v.solrad);
     visit("RHUMID", v.rhumid);
     visit("WINDSP", v.windsp);
 }
 template <class Month, class Visit>
-void meansMembers(Month& m, Visit visit) {
+void meansMembers(Month& m, Visit&& visit) {
     seriesMembers(m, visit);
     visit("PRCSTD", m.prcstd);
     visit("PRCSKW", m.prcskw);
 }
 template <class Month, class Visit>
-void monthMembers(Month& m, Visit visit) {
+void monthMembers(Month& m, Visit&& visit) {
     historyMembers(m, visit);
     visit("PRCSTD", m.prcstd);
     visit("PRCSKW", m.prcskw);
 }
 template <class Day, class Visit>
-void dayMembers(Day& d, Visit visit) {
+void dayMembers(Day& d, Visit&& visit) {
     visit("Year", d.year);
     visit("Month", d.month);
     visit("Day", d.day);
