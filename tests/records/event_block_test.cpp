@@ -212,7 +212,7 @@ TEST(EventParsing, ItemOnTheSameLineOrTheNext) {
     EXPECT_EQ(errors, "");
 }
 
-TEST(EventParsing, LongItemsAreCutAndNumbersKeptForErosion) {
+TEST(EventParsing, LongItemsAreCutNumbersKeptForErosionAndUnknownOperationsRefused) {
     text_line_source none("");
     tellura_event e;
     std::string errors;
@@ -225,12 +225,8 @@ TEST(EventParsing, LongItemsAreCutAndNumbersKeptForErosion) {
     text_line_source nextLine("0.125000\n");
     ASSERT_TRUE(parseEvent(" EROD", nextLine, 3, 4, e, errors));
     EXPECT_FLOAT_EQ(e.parameter1, 0.125f);
-}
-
-TEST(EventParsing, UnknownAndMissingOperations) {
-    text_line_source none("");
-    tellura_event e;
-    std::string errors;
+    EXPECT_EQ(errors, "");
+    // Unknown and missing operations.
     EXPECT_FALSE(parseEvent("  PLOW X", none, 4, 6, e, errors));
     EXPECT_FALSE(parseEvent("   \r\n", none, 4, 6, e, errors));
     EXPECT_EQ(errors,

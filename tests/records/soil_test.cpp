@@ -31,7 +31,7 @@ TelluraSoils soilWithDepths(const char* name, const std::vector<int>& depths) {
     return soil;
 }
 
-TEST(SoilLayers, InsertAndDeleteShiftTheLayersAndKeepTheLimits) {
+TEST(SoilLayers, InsertDeleteAndTheListText) {
     TelluraSoils soil = soilWithDepths("Loam", {10, 20, 30});
     std::string errors;
     ASSERT_TRUE(soil.insertLayer(1, errors));
@@ -58,15 +58,12 @@ TEST(SoilLayers, InsertAndDeleteShiftTheLayersAndKeepTheLimits) {
     EXPECT_FALSE(full.insertLayer(0, errors));
     EXPECT_EQ(errors, "Number of layers is already at maximum");
     EXPECT_EQ(full.layerCount, 14);
-}
 
-TEST(SoilLayers, ListTextAndWaterHoldingOptions) {
-    TelluraSoils soil = soilWithDepths("Loam", {15, 30});
-    TelluraSoilLayers& layer = soil.layers[1];
+    TelluraSoilLayers& layer = soil.layers[1];  // at 20 cm
     layer.setValue(kLayerFieldCapacity, 0.3);
     layer.setValue(kLayerWiltingPoint, 0.125);
     layer.setValue(kLayerMineralN, 1.5);
-    EXPECT_EQ(soil.layerListText(1), "2: 30 cm - afiel=0.3 awilt=0.125 N=1.5 P=0 S=0");
+    EXPECT_EQ(soil.layerListText(1), "2: 20 cm - afiel=0.3 awilt=0.125 N=1.5 P=0 S=0");
     EXPECT_STREQ(waterHoldingOptionText(0), "Use actual data from file.");
     EXPECT_STREQ(waterHoldingOptionText(6), "Use Rawls for afiel (-0.10 bar)");
     EXPECT_EQ(waterHoldingOptionText(7), nullptr);
