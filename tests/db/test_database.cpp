@@ -61,6 +61,15 @@ void addStations(database& db, int n) {
 
 int stationId(rowset& rs) { return rs.row().integer(0); }
 
+// The IDs of the table's rows, read to the end in the given order.
+std::vector<int> idsOf(database& db, table_id t, std::string_view order = {}, std::string_view filter = {}) {
+    std::vector<int> ids;
+    auto rs = open(db, t, filter, order);
+    if (!rs) return ids;
+    for (db_status s = rs->moveFirst(); s.ok(); s = rs->moveNext()) ids.push_back(stationId(*rs));
+    return ids;
+}
+
 // Runs `check` in a child process as an ordinary user (root may write anywhere);
 // the child's exit code: 0 passed, 3 could not switch user, other failed.
 int runUnprivileged(const std::function<bool()>& check) {
@@ -291,10 +300,7 @@ TEST(Database, KeysRefuseDuplicatesExceptWhereThereIsNone) {
         r.setText("Name", "same");
         EXPECT_TRUE(rs->insert(r).ok()) << tableName(t);
         EXPECT_TRUE(rs->insert(r).ok()) << tableName(t);
-        auto read = open(*db, t, "Name = 'same'");
-        int rows = 0;
-        for (db_status s = read->moveFirst(); s.ok(); s = read->moveNext()) ++rows;
-        EXPECT_EQ(rows, 2);
+        EXPECT_EQ(idsOf(*db, t, "", "Name = 'same'").size(), 2u);
     }
 }
 
@@ -478,10 +484,7 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
     EXPECT_EQ(failures.load(), 0);
     std::string errors;
     auto db = database::open(path, errors);
-    auto rs = open(*db, table_id::weather_stations);
-    int rows = 0;
-    for (db_status s = rs->moveFirst(); s.ok(); s = rs->moveNext()) ++rows;
-    EXPECT_EQ(rows, 100);
+    EXPECT_EQ(idsOf(*db, table_id::weather_stations).size(), 100u);
 }
 
 TEST(Session, SavingWhileARowSetIsHalfReadOnTheSameConnection) {
@@ -503,11 +506,7 @@ TEST(Session, SavingWhileARowSetIsHalfReadOnTheSameConnection) {
     ASSERT_TRUE(reading->moveNext().ok());
     EXPECT_EQ(stationId(*reading), 3);
     reading.reset();
-    auto check = open(*db, table_id::weather_stations, "", "ID DESC");
-    ASSERT_TRUE(check->moveFirst().ok());
-    EXPECT_EQ(stationId(*check), 11);
-    ASSERT_TRUE(check->moveNext().ok());
-    EXPECT_EQ(stationId(*check), 9);
+    EXPECT_EQ(idsOf(*db, table_id::weather_stations, "ID DESC"), (std::vector<int>{11, 9, 8, 7, 6, 5, 4, 3, 2, 1}));
 }
 
 namespace {
@@ -595,9 +594,7 @@ TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
     });
     while (!holding) std::this_thread::yield();
     // Readers are not blocked by the open save, and see the state before it.
-    auto before = open(*second, table_id::weather_stations);
-    EXPECT_TRUE(before->moveFirst().endOfRowset());
-    before.reset();
+    EXPECT_EQ(idsOf(*second, table_id::weather_stations), std::vector<int>{});
     {
         session s(*second);  // queues behind the first save instead of failing
         EXPECT_TRUE(s.ok()) << s.storeError();
@@ -607,9 +604,5 @@ TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
         EXPECT_TRUE(s.commit()) << s.storeError();
     }
     saver.join();
-    auto after = open(*second, table_id::weather_stations, "", "ID ASC");
-    ASSERT_TRUE(after->moveFirst().ok());
-    EXPECT_EQ(stationId(*after), 1);
-    ASSERT_TRUE(after->moveNext().ok());
-    EXPECT_EQ(stationId(*after), 2);
+    EXPECT_EQ(idsOf(*second, table_id::weather_stations, "ID ASC"), (std::vector<int>{1, 2}));
 }
