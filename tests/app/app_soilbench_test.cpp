@@ -1,159 +1,109 @@
-// Settings: defaults, every profile key in its order and section, the INI
-// file round trip, the version lookups and the Linux path rule.
+// Settings: defaults, the profile file's keys read and written, values the
+// fields cannot hold, the recent files, the version lookups and the Linux path rule.
 #include "app/app_soilbench.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <map>
+#include <sstream>
 
-#include "app/ini_settings_store.h"
-#include "app/settings_store.h"
 #include "test_support.h"
 
 namespace {
 
 using namespace sb;
 
-// Serves reads from a map and keeps what is written in it.
-class recording_store : public settings_store {
-public:
-    std::map<std::string, std::string> values;  // "Section/Key" -> text
-
-    bool readInt(std::string_view section, std::string_view key, long long& value) override {
-        auto it = values.find(full(section, key));
-        if (it == values.end()) return false;
-        value = std::stoll(it->second);
-        return true;
-    }
-    bool readString(std::string_view section, std::string_view key, std::string& value) override {
-        auto it = values.find(full(section, key));
-        if (it == values.end()) return false;
-        value = it->second;
-        return true;
-    }
-    void writeInt(std::string_view section, std::string_view key, long long value) override {
-        values[full(section, key)] = std::to_string(value);
-    }
-    void writeString(std::string_view section, std::string_view key, std::string_view value) override {
-        values[full(section, key)] = std::string(value);
-    }
-    void remove(std::string_view section, std::string_view key) override { values.erase(full(section, key)); }
-    bool flush(std::string&) override { return true; }
-
-private:
-    static std::string full(std::string_view section, std::string_view key) {
-        return std::string(section) + "/" + std::string(key);
-    }
-};
-
-TEST(AppSoilbench, FreshDefaults) {
-    app_soilbench app("/nonexistent/profile.ini");
-    EXPECT_TRUE(app.runVisible);
-    EXPECT_TRUE(app.recordList);
-    EXPECT_EQ(app.runTimeout, 250000u);
-    EXPECT_EQ(app.version, 1);
-    EXPECT_FALSE(app.readBinaryOutput);
-    EXPECT_EQ(app.saveDailyFirstYear, 1);
-    EXPECT_EQ(app.saveDailyLastYear, 1);
-    EXPECT_EQ(app.helpFile, "SoilbenchHelp.csv");
-    EXPECT_EQ(app.outputPath, "c:\\TelluraOutput\\");
-    EXPECT_EQ(app.outputPrefix, "sb");
-    EXPECT_EQ(app.jobs, 1);
-    EXPECT_EQ(app.binaryLayouts, "");
-    EXPECT_EQ(app.wineCommand, "wine");
-    EXPECT_EQ(app.winePrefix, "");
-    std::vector<int> selected;
+// Every setting on one line, so that a whole set of settings is compared at once.
+std::string shown(const app_soilbench& a) {
+    std::ostringstream s;
+    s << a.runVisible << a.recordList << a.readBinaryOutput << a.keepRunFolders << " timeout=" << a.runTimeout
+      << " version=" << a.version << " daily=" << a.saveDailyFirstYear << ".." << a.saveDailyLastYear
+      << " jobs=" << a.jobs << " help=" << a.helpFile << " out=" << a.outputPath << " prefix=" << a.outputPrefix
+      << " layouts=" << a.binaryLayouts << " wine=" << a.wineCommand << "," << a.winePrefix << " runs=" << a.runsFolder
+      << " slurm=" << a.slurmFolder << " profiles=" << a.profileFolder << " outfiles=";
     for (int i = 0; i < kOutfileCount; ++i)
-        if (app.outfileSelected[i]) selected.push_back(i + 1);
-    EXPECT_EQ(selected, (std::vector<int>{11, 14, 15, 16, 18, 28}));
-    EXPECT_EQ(app.modelExecutables[0], "tellura\\tellx.exe");
-    EXPECT_EQ(app.list100Executables[1], "tellura4C\\list100.exe");
-    EXPECT_EQ(app.modelExecutables[5], "\\Program Files\\Tellura Model\\version5\\tellura.exe");
-    EXPECT_EQ(app.list100Executables[5], "");
-    EXPECT_EQ(app.modelExecutables[3], "");
-
-    // A missing profile changes nothing.
-    app.loadSettings();
-    EXPECT_EQ(app.runTimeout, 250000u);
-    EXPECT_EQ(app.version, 1);
+        if (a.outfileSelected[i]) s << i + 1 << ",";
+    for (int v = 0; v < kVersionCount; ++v)
+        s << "\n" << a.modelExecutables[v] << ";" << a.list100Executables[v] << ";" << a.releaseProfiles[v];
+    return s.str();
 }
 
-TEST(AppSoilbench, LoadNormalisesAndKeepsDefaultsForBadValues) {
-    recording_store store;
-    store.values = {{"Settings/RunVisible", "0"},
-                    {"Settings/RecordList", "7"},
-                    {"Settings/TELLURAVersion", "6"},
-                    {"Settings/RunTimeout", "-5"},
-                    {"Settings/Outfile1", "-1"},
-                    {"Settings/Outfile11", "0"},
-                    {"Settings/Jobs", "0"},
-                    {"Settings/SaveDailyFirstYear", "1990"},
-                    {"Files/Diurna 4.5", "/opt/diurna/dd"}};
-    app_soilbench app;
-    app.loadSettings(store);
+TEST(AppSoilbench, DefaultsAndAMissingProfile) {
+    app_soilbench app("/nonexistent/profile.ini");
+    const std::string defaults = shown(app);
+    EXPECT_EQ(defaults,
+              "1100 timeout=250000 version=1 daily=1..1 jobs=1 help=SoilbenchHelp.csv out=c:\\TelluraOutput\\ "
+              "prefix=sb layouts= wine=wine, runs= slurm= profiles= outfiles=11,14,15,16,18,28,\n"
+              "tellura\\tellx.exe;tellura\\list100.exe;tellura4-agricultural\n"
+              "tellura4C\\tellx.exe;tellura4C\\list100.exe;tellura4-original\n"
+              ";;tellura45\n"
+              ";;diurna45\n"
+              ";;tellura46\n"
+              "\\Program Files\\Tellura Model\\version5\\tellura.exe;;tellura5");
+    app.loadSettings();  // a missing profile changes nothing
+    EXPECT_EQ(shown(app), defaults);
+}
+
+TEST(AppSoilbench, ProfileRoundTripUnderTheKeysEarlierVersionsWrote) {
+    sbtest::temp_dir dir;
+    const std::string profile = dir.file("Soilbench.ini");
+    app_soilbench app(profile);
+    app.runVisible = app.recordList = false;
+    app.readBinaryOutput = app.keepRunFolders = true;
+    app.runTimeout = 5000000;
+    app.version = 4;
+    app.modelExecutables[3] = "C:\\Diurna\\dd45.exe";
+    app.list100Executables[3] = "/opt/dd, with comma/list100";
+    app.releaseProfiles[3] = "diurna-2008";
+    app.outputPath = "/tmp/out/";
+    app.outputPrefix = "zz";
+    app.helpFile = "help file.csv";
+    app.outfileSelected[0] = true;
+    app.outfileSelected[10] = false;
+    app.saveDailyFirstYear = 1990;
+    app.saveDailyLastYear = -3;
+    app.jobs = 2;
+    app.binaryLayouts = "/a/one.tsv; /b/two.tsv;;";
+    app.wineCommand = "wine64";
+    app.winePrefix = "/w";
+    app.runsFolder = "/runs";
+    app.slurmFolder = "/shared";
+    app.profileFolder = "/profiles";
+    std::string errors;
+    ASSERT_TRUE(app.saveSettings(errors)) << errors;
+    const std::string text = sbtest::readFile(profile);
+    // Profiles written by earlier versions are read by these key names (QSettings
+    // percent-encodes blanks in keys and doubles backslashes in values).
+    for (const char* line :
+         {"[Settings]", "[Files]", "RunVisible=0", "TELLURAVersion=4", "RunTimeout=5000000", "Outfile1=1",
+          "Outfile11=0", "Outfile12=0", "ReadBinaryOutput=1", "Jobs=2", "SaveDailyLastYear=-3",
+          "Diurna%204.5=C:\\\\Diurna\\\\dd45.exe", "Tellura%204%20Agricultural%20LIST100=tellura\\\\list100.exe"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
+
+    app_soilbench back(profile);
+    back.loadSettings();
+    EXPECT_EQ(shown(back), shown(app));
+    EXPECT_EQ(back.binaryLayoutFiles(), (std::vector<std::string>{"/a/one.tsv", "/b/two.tsv"}));
+}
+
+TEST(AppSoilbench, HandWrittenValuesTheFieldsCannotHoldKeepTheDefaults) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("p.ini"),
+                      "[Settings]\nRunVisible=0\nKeepRunFolders=7\nTELLURAVersion=6\nRunTimeout=-5\nOutfile1=-1\n"
+                      "Outfile11=0\nJobs=0\nSaveDailyFirstYear=1990\nSaveDailyLastYear=abc\n"
+                      "[Files]\nDiurna%204.5=/opt/diurna/dd\n");
+    app_soilbench app(dir.file("p.ini"));
+    app.loadSettings();
     EXPECT_FALSE(app.runVisible);
-    EXPECT_TRUE(app.recordList);
+    EXPECT_TRUE(app.keepRunFolders);     // any nonzero number is true
     EXPECT_EQ(app.version, 6);           // kept although the dialog does not offer it
     EXPECT_EQ(app.runTimeout, 250000u);  // a negative timeout is not a timeout
     EXPECT_TRUE(app.outfileSelected[0]);
     EXPECT_FALSE(app.outfileSelected[10]);
     EXPECT_EQ(app.jobs, 1);
     EXPECT_EQ(app.saveDailyFirstYear, 1990);
+    EXPECT_EQ(app.saveDailyLastYear, 1);
     EXPECT_EQ(app.modelExecutables[3], "/opt/diurna/dd");
-}
-
-TEST(AppSoilbench, IniFileRoundTrip) {
-    sbtest::temp_dir dir;
-    std::string profile = dir.file("Soilbench.ini");
-    app_soilbench app(profile);
-    app.runVisible = false;
-    app.runTimeout = 5000000;
-    app.version = 4;
-    app.modelExecutables[3] = "C:\\Diurna\\dd45.exe";
-    app.list100Executables[3] = "/opt/dd, with comma/list100";
-    app.outputPath = "/tmp/out/";
-    app.helpFile = "help file.csv";
-    app.outfileSelected[0] = true;
-    app.saveDailyLastYear = -3;
-    app.readBinaryOutput = true;
-    app.jobs = 2;
-    app.binaryLayouts = "/a/one.tsv; /b/two.tsv;;";
-    std::string errors;
-    ASSERT_TRUE(app.saveSettings(errors)) << errors;
-    std::string text = sbtest::readFile(profile);
-    // Profiles written by earlier versions are read by these key names (QSettings
-    // percent-encodes blanks in keys and doubles backslashes in values).
-    for (const char* line :
-         {"[Settings]", "[Files]", "RunVisible=0", "TELLURAVersion=4", "RunTimeout=5000000", "Outfile1=1",
-          "Outfile11=1", "Outfile12=0", "ReadBinaryOutput=1", "Jobs=2", "SaveDailyLastYear=-3",
-          "Diurna%204.5=C:\\\\Diurna\\\\dd45.exe", "Tellura%204%20Agricultural%20LIST100=tellura\\\\list100.exe"})
-        EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
-
-    app_soilbench back(profile);
-    back.loadSettings();
-    EXPECT_FALSE(back.runVisible);
-    EXPECT_EQ(back.runTimeout, 5000000u);
-    EXPECT_EQ(back.version, 4);
-    EXPECT_EQ(back.modelExecutables[3], "C:\\Diurna\\dd45.exe");
-    EXPECT_EQ(back.list100Executables[3], "/opt/dd, with comma/list100");
-    EXPECT_EQ(back.outputPath, "/tmp/out/");
-    EXPECT_EQ(back.helpFile, "help file.csv");
-    EXPECT_TRUE(back.outfileSelected[0]);
-    EXPECT_EQ(back.saveDailyLastYear, -3);
-    EXPECT_TRUE(back.readBinaryOutput);
-    EXPECT_EQ(back.jobs, 2);
-    EXPECT_EQ(back.binaryLayoutFiles(), (std::vector<std::string>{"/a/one.tsv", "/b/two.tsv"}));
-}
-
-TEST(AppSoilbench, HandWrittenProfileAndUnwritableProfile) {
-    sbtest::temp_dir dir;
-    sbtest::writeFile(dir.file("p.ini"), "[Settings]\nTELLURAVersion=6\nRunTimeout=abc\nRecordList=0\n");
-    app_soilbench app(dir.file("p.ini"));
-    app.loadSettings();
-    EXPECT_EQ(app.version, 6);
-    EXPECT_EQ(app.runTimeout, 250000u);
-    EXPECT_FALSE(app.recordList);
 
     // A directory where the file should be: not writable, even for root.
     std::filesystem::create_directory(dir.file("taken.ini"));
@@ -163,65 +113,54 @@ TEST(AppSoilbench, HandWrittenProfileAndUnwritableProfile) {
     EXPECT_EQ(errors, "ERROR, unable to save the settings to \"" + dir.file("taken.ini") + "\"\n");
 }
 
-TEST(AppSoilbench, RecentFilesKeepFourNewestFirst) {
-    app_soilbench app;
+TEST(AppSoilbench, RecentFilesKeepFourNewestFirstBesideTheSettings) {
+    sbtest::temp_dir dir;
+    sbtest::writeFile(dir.file("p.ini"), "[Recent%20File%20List]\nFile3=/stale.db\nFile4=/stale.db\n");
+    app_soilbench app(dir.file("p.ini"));
     for (const char* path : {"/a.db", "/b.db", "/c.db", "/d.db", "/e.db", "/c.db"}) app.addRecentFile(path);
     EXPECT_EQ(app.recentFiles, (std::vector<std::string>{"/c.db", "/e.db", "/d.db", "/b.db"}));
-    recording_store store;
-    store.values["Recent File List/File4"] = "stale";
     app.recentFiles.resize(2);
-    app.saveRecentFiles(store);
-    EXPECT_EQ(store.values["Recent File List/File1"], "/c.db");
-    EXPECT_EQ(store.values["Recent File List/File2"], "/e.db");
-    EXPECT_EQ(store.values.count("Recent File List/File4"), 0u);
-    app_soilbench back;
-    back.loadRecentFiles(store);
-    EXPECT_EQ(back.recentFiles, (std::vector<std::string>{"/c.db", "/e.db"}));
-
-    // Through the profile file, beside the settings.
-    sbtest::temp_dir dir;
-    app_soilbench withFile(dir.file("p.ini"));
-    withFile.addRecentFile("/projects/one.sbproj");
     std::string errors;
-    ASSERT_TRUE(withFile.saveRecentFiles(errors)) << errors;
-    ASSERT_TRUE(withFile.saveSettings(errors)) << errors;
-    app_soilbench reread(dir.file("p.ini"));
-    reread.loadRecentFiles();
-    EXPECT_EQ(reread.recentFiles, (std::vector<std::string>{"/projects/one.sbproj"}));
-    EXPECT_NE(sbtest::readFile(dir.file("p.ini")).find("[Recent%20File%20List]"), std::string::npos);
+    ASSERT_TRUE(app.saveRecentFiles(errors)) << errors;
+    ASSERT_TRUE(app.saveSettings(errors)) << errors;
+    app_soilbench back(dir.file("p.ini"));
+    back.loadRecentFiles();
+    EXPECT_EQ(back.recentFiles, (std::vector<std::string>{"/c.db", "/e.db"}));
+    const std::string text = sbtest::readFile(dir.file("p.ini"));
+    EXPECT_NE(text.find("[Recent%20File%20List]\nFile1=/c.db\nFile2=/e.db\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("stale"), std::string::npos) << text;
 }
 
-TEST(AppSoilbench, VersionLookupsSelectNothingOutside1To6) {
+TEST(AppSoilbench, VersionLookupsAndLinuxPaths) {
+    const std::string here = std::filesystem::current_path().string();
     app_soilbench app;
-    EXPECT_EQ(app.versionName(4), "Diurna 4.5");
-    EXPECT_EQ(app.versionName(6), "Tellura 5");
-    EXPECT_EQ(app.modelExecutable(2), "tellura4C\\tellx.exe");
-    EXPECT_EQ(app.list100Executable(1), "tellura\\list100.exe");
-    for (int code : {0, 7, -1, 32767}) {
-        EXPECT_EQ(app.versionName(code), "");
-        EXPECT_EQ(app.modelExecutable(code), "");
-        EXPECT_EQ(app.list100Executable(code), "");
-        EXPECT_EQ(app.runDirectory(code), "");
-    }
-}
-
-TEST(AppSoilbench, LinuxPathsAndRunDirectories) {
-    std::string here = std::filesystem::current_path().string();
-    app_soilbench app;
-    EXPECT_EQ(app.modelExecutablePath(1), here + "/tellura/tellx.exe");
-    EXPECT_EQ(app.runDirectory(1), here + "/tellura/");
-    EXPECT_EQ(app.list100ExecutablePath(2), here + "/tellura4C/list100.exe");
-    EXPECT_EQ(app.modelExecutablePath(6), "/Program Files/Tellura Model/version5/tellura.exe");
-    EXPECT_EQ(app.runDirectory(6), "/Program Files/Tellura Model/version5/");
-    EXPECT_EQ(app.modelExecutablePath(3), "");
-    EXPECT_EQ(app.runDirectory(3), "");
     app.modelExecutables[3] = "/opt/diurna/./bin/dd45";
-    EXPECT_EQ(app.runDirectory(4), "/opt/diurna/bin/");
+    // name | executable | list100 | executable on Linux | list100 on Linux | run folder
+    const std::pair<int, std::string> cases[] = {
+        {1, "Tellura 4 Agricultural|tellura\\tellx.exe|tellura\\list100.exe|" + here + "/tellura/tellx.exe|" + here +
+                "/tellura/list100.exe|" + here + "/tellura/"},
+        {2, "Tellura 4 Original|tellura4C\\tellx.exe|tellura4C\\list100.exe|" + here + "/tellura4C/tellx.exe|" + here +
+                "/tellura4C/list100.exe|" + here + "/tellura4C/"},
+        {4, "Diurna 4.5|/opt/diurna/./bin/dd45||/opt/diurna/bin/dd45||/opt/diurna/bin/"},
+        {6,
+         "Tellura 5|\\Program Files\\Tellura Model\\version5\\tellura.exe||/Program Files/Tellura "
+         "Model/version5/tellura.exe||/Program Files/Tellura Model/version5/"},
+        {0, "|||||"},
+        {7, "|||||"},
+        {-1, "|||||"},
+        {32767, "|||||"},
+    };
+    for (const auto& [code, expected] : cases)
+        EXPECT_EQ(app.versionName(code) + "|" + app.modelExecutable(code) + "|" + app.list100Executable(code) + "|" +
+                      app.modelExecutablePath(code) + "|" + app.list100ExecutablePath(code) + "|" +
+                      app.runDirectory(code),
+                  expected)
+            << code;
     EXPECT_EQ(localPath("c:\\TelluraOutput\\"), "/TelluraOutput/");
     EXPECT_EQ(localPath("D:run\\model"), here + "/run/model");
-    EXPECT_EQ(localPath("model"), here + "/model");
+    EXPECT_EQ(localPath("c:"), "");
     EXPECT_EQ(directoryOf("/x/y/z"), "/x/y/");
-    EXPECT_EQ(directoryOf(""), "");
+    EXPECT_EQ(directoryOf("model"), "");
 }
 
 }  // namespace

@@ -19,20 +19,21 @@ struct loaded {
     list_field_help_tellura help;
     std::string messages;
     bool ok = false;
+    explicit loaded(const std::string& text) { ok = help.loadText(text, "help.csv", messages); }
 };
 
-void load(loaded& l, const std::string& text) { l.ok = l.help.loadText(text, "help.csv", l.messages); }
-
 TEST(FieldHelp, LoadsFindsAndDescribes) {
-    loaded l;
-    load(l, kHeaderLine +
-                "prdx(1),1,1,3,gC/m2/month,Old production coefficient\r\n"
-                "PRDX(1),1,4,0,\"g C, per month\",\"Newer \"\"potential\"\" production, by radiation\"\r\n"
-                "sand,12,1,6,,Sand fraction of the soil\n"
-                "aneref(1),11,2,2,short,\n");
+    loaded l(kHeaderLine +
+             "prdx(1),1,1,3,gC/m2/month,Old production coefficient\r\n"
+             "PRDX(1),1,4,0,\"g C, per month\",\"Newer \"\"potential\"\" production, by radiation\"\r\n"
+             "\n\r\nsand,12,1,6,,Sand fraction of the soil\n"
+             "aneref(1),11,2,2,short,\n"
+             "x,1,1,6,,all\nx,1,3,3,,three\n\n"
+             "b,1,1,6,," +
+             std::string(20000, 'h') + ",x\n");
     EXPECT_TRUE(l.ok);
     EXPECT_EQ(l.messages, "");
-    EXPECT_EQ(l.help.size(), 3u);  // the two prdx(1) rows share one entry
+    EXPECT_EQ(l.help.size(), 5u);  // the two prdx(1) rows share one entry, and so do the two x rows
 
     auto old = l.help.find("PRDX(1)", kHelpCrop, 2);
     ASSERT_TRUE(old);
@@ -46,6 +47,8 @@ TEST(FieldHelp, LoadsFindsAndDescribes) {
     EXPECT_FALSE(l.help.find("prdx(1)", kHelpTree, 4));  // another table
     EXPECT_FALSE(l.help.find("prdx(1)", kHelpCrop, 7));
     EXPECT_FALSE(l.help.find("sand", kHelpSite, 0));
+    EXPECT_EQ(l.help.find("x", 1, 3).version->helpText, "all");               // the first matching range wins
+    EXPECT_EQ(l.help.find("b", 1, 1).version->helpText.size(), 10240u - 9u);  // long lines are cut
 
     // The name as the help file spells it.
     EXPECT_EQ(l.help.describe("PRDX(1)", kHelpCrop, 5),
@@ -56,37 +59,30 @@ TEST(FieldHelp, LoadsFindsAndDescribes) {
               "Tellura 4.5, Diurna 4.5, Tellura 4.6, Tellura 5");
     EXPECT_EQ(l.help.describe("aneref(1)", kHelpFixed, 2), "aneref(1) (short): \r\nVersions: Tellura 4 Original");
     EXPECT_EQ(l.help.describe("nothing", kHelpFixed, 2), "Not Found: nothing");
-
     EXPECT_EQ(l.help.helpBoxText("sand", kHelpSite, 4), "[Diurna 4.5] Sand fraction of the soil");
     EXPECT_EQ(l.help.helpBoxText("sand", kHelpSite, 9), "Not Found: sand");
-}
-
-TEST(FieldHelp, FirstMatchingRangeWinsWhenRangesOverlap) {
-    loaded l;
-    load(l, kHeaderLine + "x,1,1,6,,all\nx,1,3,3,,three\n");
-    EXPECT_EQ(l.help.find("x", 1, 3).version->helpText, "all");
 }
 
 TEST(FieldHelp, HeaderMustBeExact) {
     for (const char* header : {"Variable,Table,VersionFirst,VersionLast,Short\n", "Variable,Table\n", "",
                                "variable,table,versionfirst,versionlast\n"}) {
-        loaded l;
-        load(l, std::string(header) + "x,1,1,6,,text\n");
+        loaded l(std::string(header) + "x,1,1,6,,text\n");
         EXPECT_FALSE(l.ok);
         EXPECT_EQ(l.messages, "ERROR in format of \"help.csv\".  Old version?\r\n");
         EXPECT_EQ(l.help.size(), 0u);
     }
-    loaded crlf;
-    load(crlf, "\xEF\xBB\xBFVariable,Table,VersionFirst,VersionLast\r\nx,1,1,6,,text\r\n");
+    loaded crlf("\xEF\xBB\xBFVariable,Table,VersionFirst,VersionLast\r\nx,1,1,6,,text\r\n");
     EXPECT_TRUE(crlf.ok);
     EXPECT_EQ(crlf.help.size(), 1u);
 }
 
 TEST(FieldHelp, BadLinesStopTheLoadAndKeepWhatCameBefore) {
+    const std::string longName(300, 'n');
     struct bad_case {
-        const char* line;
-        const char* message;
+        std::string line;
+        std::string message;
     } cases[] = {
+        {longName + ",one", "ERROR, unable to parse help text table, name=\"" + longName + "\", line=2.\r\n"},
         {",1,1,6,,x", "ERROR, unable to parse help text.\r\n"},
         {"name,one,1,6,,x", "ERROR, unable to parse help text table, name=\"name\", line=2.\r\n"},
         {"name,1,,6,,x", "ERROR, unable to parse help text first version, name=\"name\", line=2.\r\n.\r\n"},
@@ -98,8 +94,7 @@ TEST(FieldHelp, BadLinesStopTheLoadAndKeepWhatCameBefore) {
         {"_x,1,1,6,,x", "ERROR, invalid field name \"_x\" in help text file.\r\n"},
     };
     for (const bad_case& c : cases) {
-        loaded l;
-        load(l, kHeaderLine + "good,1,1,6,,kept\n" + c.line + "\nlater,1,1,6,,never\n");
+        loaded l(kHeaderLine + "good,1,1,6,,kept\n" + c.line + "\nlater,1,1,6,,never\n");
         EXPECT_FALSE(l.ok) << c.line;
         EXPECT_EQ(l.messages, c.message);
         EXPECT_TRUE(l.help.find("good", 1, 1)) << c.line;
@@ -108,49 +103,22 @@ TEST(FieldHelp, BadLinesStopTheLoadAndKeepWhatCameBefore) {
     }
 }
 
-TEST(FieldHelp, EmptyLinesAreSkippedAndLongLinesCut) {
-    loaded l;
-    std::string longText(20000, 'h');
-    load(l, kHeaderLine + "\n\r\na,1,1,6,,one\n\nb,1,1,6,," + longText + ",x\n");
-    EXPECT_TRUE(l.ok) << l.messages;
-    ASSERT_TRUE(l.help.find("b", 1, 1));
-    EXPECT_EQ(l.help.find("b", 1, 1).version->helpText.size(), 10240u - 9u);
-}
-
-TEST(FieldHelp, UnreadableAndGarbageFiles) {
+TEST(FieldHelp, UnreadableFilesAndTheLetterIndex) {
     sbtest::temp_dir dir;
-    list_field_help_tellura help;
-    std::string messages;
-    EXPECT_FALSE(help.load(dir.file("none.csv"), messages));
-    EXPECT_EQ(messages, "ERROR, unable to open help file \"" + dir.file("none.csv") + "\"\r\n");
-    messages.clear();
-    EXPECT_FALSE(help.load(dir.path(), messages));
-    EXPECT_EQ(messages, "ERROR, unable to open help file \"" + dir.path() + "\"\r\n");
-
     sbtest::writeFile(dir.file("empty.csv"), "");
-    messages.clear();
-    EXPECT_FALSE(help.load(dir.file("empty.csv"), messages));
-    EXPECT_EQ(messages, "ERROR in format of \"" + dir.file("empty.csv") + "\".  Old version?\r\n");
-
-    std::string garbage = kHeaderLine;
-    unsigned state = 7;
-    for (int i = 0; i < 100000; ++i) {
-        state = state * 1103515245u + 12345u;
-        garbage += static_cast<char>(state >> 16);
+    const std::pair<std::string, std::string> files[] = {
+        {dir.file("none.csv"), "ERROR, unable to open help file \"" + dir.file("none.csv") + "\"\r\n"},
+        {dir.path(), "ERROR, unable to open help file \"" + dir.path() + "\"\r\n"},
+        {dir.file("empty.csv"), "ERROR in format of \"" + dir.file("empty.csv") + "\".  Old version?\r\n"},
+    };
+    for (const auto& [path, message] : files) {
+        list_field_help_tellura help;
+        std::string messages;
+        EXPECT_FALSE(help.load(path, messages));
+        EXPECT_EQ(messages, message);
     }
-    list_field_help_tellura noisy;
-    messages.clear();
-    noisy.loadText(garbage, "g.csv", messages);
-    EXPECT_NE(messages.find("ERROR"), std::string::npos);
-    noisy.describe(std::string(200, 'a'), 1, 1);
-}
-
-TEST(FieldHelp, LetterIndex) {
-    EXPECT_EQ(list_field_help::letterIndex("abc"), 0);
-    EXPECT_EQ(list_field_help::letterIndex("Zed"), 25);
-    EXPECT_EQ(list_field_help::letterIndex("9"), -1);
-    EXPECT_EQ(list_field_help::letterIndex(""), -1);
-    EXPECT_EQ(list_field_help::letterIndex("\xE9t\xE9"), -1);
+    const std::pair<const char*, int> letters[] = {{"abc", 0}, {"Zed", 25}, {"9", -1}, {"", -1}, {"\xE9t\xE9", -1}};
+    for (auto [name, index] : letters) EXPECT_EQ(list_field_help::letterIndex(name), index) << name;
 }
 
 TEST(FieldHelp, HelpFileLocation) {
@@ -179,12 +147,6 @@ TEST(FieldHelp, HelpFileLocation) {
     EXPECT_EQ(findHelpFile(app_soilbench()),
               std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() + "/SoilbenchHelp.csv");
 }
-
-}  // namespace
-
-namespace {
-
-using namespace sb;
 
 // The help file shipped beside the program: every row loads, and the
 // parameters of each table can be found for the daily-step release.

@@ -1,10 +1,9 @@
-// Editing commands of the frame end to end: option lists saved whole with
-// their members' error titles, weather stations and soils written back, the
-// record property sheet saved, and the About box.
+// Editing commands of the frame end to end: option lists edited, exported and
+// saved whole with their members' error titles, weather stations and soils
+// written back, the record property sheet saved, and the About box.
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -13,7 +12,6 @@
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 #include "ui/command_table.h"
-#include "ui/dialog_errors.h"
 #include "ui/dialog_option_list.h"
 #include "ui/dialog_soil_editor.h"
 #include "ui/dialog_weather_stations.h"
@@ -23,7 +21,7 @@
 #include "ui_test_support.h"
 
 using namespace sb;
-using sbtest_ui::onNextModal;
+using namespace sbtest_ui;
 
 class test_ui_editors : public QObject {
     Q_OBJECT
@@ -36,12 +34,12 @@ class test_ui_editors : public QObject {
     // Runs a command whose first modal dialog is handled by `edit`; returns
     // the title and text of an error list shown after it (empty when none).
     // Both look-outs last exactly as long as the command.
-    std::pair<QString, QString> runEditor(command_id id, std::function<void(QWidget*)> edit) {
+    std::pair<QString, QString> runEditor(command_id id, modal_handler edit) {
         std::pair<QString, QString> shown;
-        std::unique_ptr<sbtest_ui::modal_watch> afterEdit;
-        sbtest_ui::modal_watch editor([&, edit](QWidget* m) {
+        std::unique_ptr<modal_watch> afterEdit;
+        modal_watch editor([&, edit](QWidget* m) {
             edit(m);
-            afterEdit = std::make_unique<sbtest_ui::modal_watch>([&](QWidget* next) {
+            afterEdit = std::make_unique<modal_watch>([&](QWidget* next) {
                 if (auto* e = qobject_cast<dialog_errors*>(next)) shown = {e->windowTitle(), e->text()};
                 next->close();
             });
@@ -50,23 +48,38 @@ class test_ui_editors : public QObject {
         return shown;
     }
 
+    // Answers the next message box with Yes, keeping its question.
+    static void yesTo(QStringList& questions) {
+        onNextModal([&questions](QWidget* box) {
+            questions << textOf(box);
+            pressButton(box, "Yes");
+        });
+    }
+
 private slots:
     void init() {
         static int n = 0;
         const QString path = dir_.filePath(QStringLiteral("editors%1.sbproj").arg(++n));
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
+        QCOMPARE(QString::fromStdString(makeProject(path, {1, 2})), QString());
         settings_ = std::make_unique<app_soilbench>(dir_.filePath("profile.ini").toStdString());
         settings_->recordList = false;
         window_ = std::make_unique<main_window>(*settings_);
         QVERIFY(window_->openProject(path));
     }
 
-    void cropsAreSavedWholeAndDuplicatesReportedUnderTheirTitle() {
-        auto shown = runEditor(command_id::editCrops, [](QWidget* m) {
+    void cropsAreEditedExportedAndSavedWholeAndDuplicatesReportedUnderTheirTitle() {
+        const QString file = dir_.filePath("crop.100");
+        auto shown = runEditor(command_id::editCrops, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_option_list*>(m);
             QVERIFY(d);
             d->addOption("CORN");
-            d->addOption("OATS");
+            d->addOption("WHT");
+            qobject_cast<QLineEdit*>(d->page()->editorFor("biomax"))->setText("123.5");
+            d->copyOption(1, "WHT2");
+            std::string errors;
+            QVERIFY(d->exportTo(file, errors));
+            d->deleteOption(0);
+            QCOMPARE(d->names()->count(), 2);
             d->accept();
         });
         QCOMPARE(shown.first, QString());
@@ -74,11 +87,17 @@ private slots:
         std::string errors;
         QVERIFY(crops.loadFromDatabase(db(), errors));
         QCOMPARE(crops.size(), size_t(2));
+        QCOMPARE(QString::fromStdString(crops.recordAt(0).name), QStringLiteral("WHT"));
+        QCOMPARE(crops.findRecord("WHT2")->value("biomax"), 123.5);
 
-        // A second "CORN" breaks the table's key: the save stops there and says so.
-        shown = runEditor(command_id::editCrops, [](QWidget* m) {
+        // The exported three read back in place of the two; a second "CORN" breaks
+        // the table's key, so the save stops there and says so.
+        shown = runEditor(command_id::editCrops, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_option_list*>(m);
-            QCOMPARE(d->names()->count(), 2);
+            std::string e;
+            QVERIFY(d->importFrom(file, e));
+            QCOMPARE(d->names()->count(), 3);
+            QCOMPARE(qobject_cast<QLineEdit*>(d->page()->editorFor("biomax"))->text(), QStringLiteral("123.5"));
             d->addOption("CORN");
             d->accept();
         });
@@ -88,25 +107,25 @@ private slots:
 
     void grazeTakesTwoOptionsOfOneNameAndTheEditMenuOrderMapsToTheRightList() {
         auto shown = runEditor(command_id::editGraze, [](QWidget* m) {
-            auto* d = qobject_cast<dialog_option_list*>(m);
-            QCOMPARE(d->windowTitle(), QStringLiteral("Edit graze.100"));
-            d->addOption("GL");
-            d->addOption("GL");
-            d->accept();
+            QCOMPARE(m->windowTitle(), QStringLiteral("Edit graze.100"));
+            qobject_cast<dialog_option_list*>(m)->addOption("GL");
+            qobject_cast<dialog_option_list*>(m)->addOption("GL");
+            qobject_cast<dialog_option_list*>(m)->accept();
         });
         QCOMPARE(shown.first, QString());
         list_tellura_graze graze;
         std::string errors;
         QVERIFY(graze.loadFromDatabase(db(), errors));
         QCOMPARE(graze.size(), size_t(2));
-        runEditor(command_id::editOmad, [](QWidget* m) {
-            QCOMPARE(m->windowTitle(), QStringLiteral("Edit omad.100"));
-            m->close();
-        });
-        runEditor(command_id::editTreeRemoval, [](QWidget* m) {
-            QCOMPARE(m->windowTitle(), QStringLiteral("Edit trem.100"));
-            m->close();
-        });
+        for (auto [command, title] : {std::pair{command_id::editOmad, "Edit omad.100"},
+                                      std::pair{command_id::editTreeRemoval, "Edit trem.100"}}) {
+            QString shownTitle;
+            runEditor(command, [&](QWidget* m) {
+                shownTitle = m->windowTitle();
+                m->close();
+            });
+            QCOMPARE(shownTitle, QString(title));
+        }
     }
 
     void weatherStationMeansAreWrittenBack() {
@@ -147,46 +166,32 @@ private slots:
         QVERIFY(saveDailyHistory(db(), valley, errors) && saveMonthlyHistory(db(), valley, errors));
         QVERIFY2(errors.empty(), errors.c_str());
 
-        QStringList questions;
-        QStringList monthlyRow, dailyRow;
+        QStringList questions, monthlyRow, dailyRow;
         int dailyAfterNo = 0, dailyAfterYes = 0, stationsLeft = 0;
         runEditor(command_id::editWeatherStations, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_weather_stations*>(m);
             QVERIFY(d);
-            d->stationList()->setCurrentRow(
-                d->stationList()->row(d->stationList()->findItems("7 Valley", Qt::MatchExactly).first()));
+            auto choose = [d](const char* station) {
+                d->stationList()->setCurrentItem(d->stationList()->findItems(station, Qt::MatchExactly).first());
+            };
+            choose("7 Valley");
             QCOMPARE(d->monthlyHistory()->rowCount(), 2);
             for (int c = 0; c < 7; ++c) monthlyRow << d->monthlyHistory()->item(1, c)->text();
             QCOMPARE(d->dailyHistory()->rowCount(), 3);
             for (int c = 0; c < 6; ++c) dailyRow << d->dailyHistory()->item(1, c)->text();
-
-            // Answering No keeps the day.
+            // Answering No keeps the day; the button asks the same question and Yes deletes it.
             std::string e;
             QVERIFY(!d->deleteDailyRecord(
-                1,
-                [&](const QString& q) {
-                    questions << q;
-                    return false;
-                },
-                e));
+                1, [&](const QString& q) { return questions << q, false; }, e));
             dailyAfterNo = d->dailyHistory()->rowCount();
-            // The button asks the same question; Yes deletes the day.
             d->dailyHistory()->selectRow(1);
-            onNextModal([&](QWidget* box) {
-                questions << qobject_cast<QMessageBox*>(box)->text();
-                sbtest_ui::pressButton(box, "Yes");
-            });
-            sbtest_ui::pressButton(d, "Delete Daily Record");
+            yesTo(questions);
+            pressButton(d, "Delete Daily Record");
             dailyAfterYes = d->dailyHistory()->rowCount();
-
             // The other station goes through its button.
-            d->stationList()->setCurrentRow(
-                d->stationList()->row(d->stationList()->findItems("8 Ridge", Qt::MatchExactly).first()));
-            onNextModal([&](QWidget* box) {
-                questions << qobject_cast<QMessageBox*>(box)->text();
-                sbtest_ui::pressButton(box, "Yes");
-            });
-            sbtest_ui::pressButton(d, "Delete");
+            choose("8 Ridge");
+            yesTo(questions);
+            pressButton(d, "Delete");
             stationsLeft = d->stationList()->count();
             d->accept();
         });
@@ -203,8 +208,7 @@ private slots:
         QVERIFY(!stations.find(8));
         TelluraWeatherStations* stored = stations.find(7);
         QVERIFY(stored);
-        QVERIFY(loadDailyHistory(db(), *stored, errors));
-        QVERIFY(loadMonthlyHistory(db(), *stored, errors));
+        QVERIFY(loadDailyHistory(db(), *stored, errors) && loadMonthlyHistory(db(), *stored, errors));
         QCOMPARE(stored->daily.size(), size_t(1));
         QCOMPARE(stored->daily[0].days.size(), size_t(2));
         QCOMPARE(int(stored->daily[0].days[0].day), 1);
@@ -212,7 +216,7 @@ private slots:
         QCOMPARE(stored->monthly[0].months.size(), size_t(2));  // monthly history untouched
     }
 
-    void soilsAreAddedDeletedAndTakeALayerFile() {
+    void soilsAreAddedDeletedAndTakeALayerFileAndLayersUpToTheLimit() {
         std::string errors;
         for (auto [id, name] : {std::pair{9, "Loam"}, std::pair{12, "Clay"}}) {
             TelluraSoils soil;
@@ -220,22 +224,21 @@ private slots:
             soil.setName(name);
             QVERIFY(writeSoil(soil, db(), errors));
         }
-        const QString layerFile = dir_.filePath("soils.in");
+        const QString layerFile = dir_.filePath("soils.in"), longFile = dir_.filePath("long.in");
         QFile file(layerFile);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(
             "0 10 1.3 0.31 0.12 0.8 0.4 0.6 0.2 0.01 0 0.05 6.5\n"
             "10 25 1.4 0.28 0.11 0.2 0.3 0.5 0.25 0.01 0 0.04 6.8\n");
         file.close();
-        const QString longFile = dir_.filePath("long.in");
         QFile longOne(longFile);
         QVERIFY(longOne.open(QIODevice::WriteOnly));
         for (int i = 0; i < 15; ++i)
             longOne.write(QStringLiteral("%1 %2 1.3 0.3 0.1\n").arg(i * 5).arg(i * 5 + 5).toLatin1());
         longOne.close();
 
-        QString refused, question, tooLong;
-        QStringList layerTexts;
+        QString refused, tooLong, fifteenth;
+        QStringList questions, layerTexts;
         int longLayers = 0;
         runEditor(command_id::editSoils, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_soil_editor*>(m);
@@ -248,8 +251,14 @@ private slots:
             QVERIFY(d->addSoil(13, "Sand", e));
             QCOMPARE(d->soilList()->currentItem()->text(), QStringLiteral("13 Sand"));
             QVERIFY2(d->importLayerFile(layerFile, e), e.c_str());
-            d->waterHolding()->setCurrentIndex(2);
             for (int i = 0; i < d->layerList()->count(); ++i) layerTexts << d->layerList()->item(i)->text();
+            // Layers up to the limit, then a refusal; the last one deleted again.
+            for (int i = 2; i < kMaxSoilLayers; ++i) QVERIFY(d->insertLayer(i, e));
+            QVERIFY(!d->insertLayer(0, e));
+            fifteenth = QString::fromStdString(e);
+            e.clear();
+            QVERIFY(d->deleteLayer(kMaxSoilLayers - 1, e));
+            d->waterHolding()->setCurrentIndex(2);
 
             // A file of 15 layers into Clay: the core's message, and Clay keeps its layers (none).
             d->soilList()->setCurrentRow(1);
@@ -259,11 +268,8 @@ private slots:
 
             // Delete Loam through its button, answering the question Yes.
             d->soilList()->setCurrentRow(0);
-            onNextModal([&](QWidget* box) {
-                question = qobject_cast<QMessageBox*>(box)->text();
-                sbtest_ui::pressButton(box, "Yes");
-            });
-            sbtest_ui::pressButton(d, "Delete Soil");
+            yesTo(questions);
+            pressButton(d, "Delete Soil");
             QCOMPARE(d->soilList()->count(), 2);
             QCOMPARE(d->soilList()->item(0)->text(), QStringLiteral("12 Clay"));
             d->accept();
@@ -271,9 +277,10 @@ private slots:
         QCOMPARE(refused, QStringLiteral("Soil ID 12 is already in the project.\n"));
         QCOMPARE(layerTexts, (QStringList{"1: 10 cm - afiel=0.31 awilt=0.12 N=0 P=0 S=0",
                                           "2: 25 cm - afiel=0.28 awilt=0.11 N=0 P=0 S=0"}));
+        QVERIFY2(fifteenth.startsWith("Number of layers is already at maximum"), qPrintable(fifteenth));
         QCOMPARE(tooLong, QStringLiteral("ERROR, too many soil layers in soil file \"%1\".\n").arg(longFile));
         QCOMPARE(longLayers, 0);
-        QCOMPARE(question, QStringLiteral("Delete soil 9 Loam ?"));
+        QCOMPARE(questions, QStringList{"Delete soil 9 Loam ?"});
 
         tellura_soil_list soils;
         QVERIFY(soils.load(db(), errors));
@@ -282,7 +289,7 @@ private slots:
         const TelluraSoils* sand = soils.find(13);
         QVERIFY(sand);
         QCOMPARE(sand->name(), std::string("Sand"));
-        QCOMPARE(sand->layerCount, 2);
+        QCOMPARE(sand->layerCount, kMaxSoilLayers - 1);
         QCOMPARE(sand->number("SWFlag"), 2.0);
         QCOMPARE(sand->layers[1].depth(), 25);
         QCOMPARE(static_cast<float>(sand->layers[1].value(kLayerPh)), 6.8f);
@@ -308,10 +315,7 @@ private slots:
 
     void aboutShowsTheVersionAndTheSourceDateNotTheBuildTime() {
         QString text;
-        onNextModal([&](QWidget* m) {
-            text = qobject_cast<QMessageBox*>(m)->text();
-            m->close();
-        });
+        onNextModal(answer(text));
         window_->runCommand(command_id::about);
         QVERIFY2(text.startsWith(QStringLiteral("Soilbench2 version " SB_PROJECT_VERSION)), qPrintable(text));
         const QString date = QStringLiteral(SB_SOURCE_DATE);

@@ -6,13 +6,9 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QInputDialog>
-#include <QMdiArea>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QPlainTextEdit>
-#include <QSpinBox>
 #include <QTableView>
 #include <QtTest>
 
@@ -21,15 +17,13 @@
 #include "records/record_clipboard.h"
 #include "ui/command_table.h"
 #include "ui/control_record_table_model.h"
-#include "ui/dialog_errors.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
 #include "ui/view_control_records.h"
 #include "ui_test_support.h"
 
 using namespace sb;
-using sbtest_ui::onNextModal;
-using sbtest_ui::pressButton;
+using namespace sbtest_ui;
 
 namespace {
 
@@ -39,21 +33,12 @@ QStringList menuTitles(QMainWindow& w) {
     return titles;
 }
 
-QMenu* menuNamed(QMainWindow& w, const QString& title) {
-    for (QAction* a : w.menuBar()->actions())
-        if (a->text() == title) return a->menu();
-    return nullptr;
-}
-
-// Every action text in a menu and its sub-menus, in order.
-QStringList labels(QMenu* menu) {
-    QStringList out;
-    for (QAction* a : menu->actions()) {
-        if (a->isSeparator()) continue;
-        if (a->menu()) out << labels(a->menu());
-        else if (a->isVisible()) out << a->text();
-    }
-    return out;
+// Every visible action of the File menu, in order.
+QList<QAction*> fileMenu(QMainWindow& w) {
+    QList<QAction*> shown;
+    for (QAction* a : w.menuBar()->actions().first()->menu()->actions())
+        if (!a->isSeparator() && !a->menu() && a->isVisible()) shown << a;
+    return shown;
 }
 
 // The main window on a new project holding default records of the given IDs.
@@ -63,9 +48,7 @@ struct window_on_project {
     main_window w;
     window_on_project(const QString& project, const QString& profile, bool recordList = false)
         : path(project), settings(profile.toStdString()), w((settings.recordList = recordList, settings)) {}
-    bool open(const std::vector<int32_t>& ids) {
-        return sbtest_ui::makeProject(path, ids).empty() && w.openProject(path);
-    }
+    bool open(const std::vector<int32_t>& ids) { return makeProject(path, ids).empty() && w.openProject(path); }
 };
 
 }  // namespace
@@ -76,51 +59,33 @@ class test_ui_frame : public QObject {
     QString profile() const { return dir_.filePath("profile.ini"); }
 
 private slots:
-    void menusGrowWithAProjectAndShrinkWhenItCloses() {
-        app_soilbench settings(profile().toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
-        const QStringList shortMenu{"&File", "&View", "&Help"};
-        QCOMPARE(menuTitles(w), shortMenu);
-        QVERIFY(!labels(menuNamed(w, "&File")).contains("&Close"));
-        QVERIFY(!w.action(command_id::runOne)->isEnabled());
-
+    void menusGrowWithAProjectAndItsRecentFileSurvivesARestart() {
         const QString path = dir_.filePath("full.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1, 2})), QString());
-        QVERIFY(w.openProject(path));
-        QCOMPARE(menuTitles(w), (QStringList{"&File", "&Edit", "&View", "&Window", "&Record", "E&xecute", "&Help"}));
-        QVERIFY(w.action(command_id::runOne)->isEnabled());
-        // The recent-file entry of the project just opened sits above Exit.
-        const QStringList file = labels(menuNamed(w, "&File"));
-        QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
-        QCOMPARE(file[file.size() - 2], "&1 " + path);
-        QCOMPARE(file.back(), QStringLiteral("E&xit"));
-        w.runCommand(command_id::fileClose);
-        QCOMPARE(menuTitles(w), shortMenu);
-        QVERIFY(!w.document());
-    }
-
-    void everyCommandOfTheTableHasOneHandler() {
-        for (const command_def& c : commandTable()) {
-            const auto handlers = main_window::commandHandlers();
-            const auto count = std::count_if(handlers.begin(), handlers.end(),
-                                             [&](const main_window::command_handler& h) { return h.id == c.id; });
-            QVERIFY2(count == 1, c.label);
-        }
-    }
-
-    void recentFilesSurviveARestart() {
-        const QString path = dir_.filePath("recent.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(path, {1})), QString());
+        QCOMPARE(QString::fromStdString(makeProject(path, {1, 2})), QString());
         const std::string profilePath = dir_.filePath("recent.ini").toStdString();
+        const QStringList shortMenu{"&File", "&View", "&Help"};
         {
             app_soilbench settings(profilePath);
+            settings.recordList = false;
             main_window w(settings);
             w.loadProfile();
+            QCOMPARE(w.windowTitle(), QStringLiteral("Soilbench2"));
+            QCOMPARE(menuTitles(w), shortMenu);
             QVERIFY(w.recentFileLabels().isEmpty());
+            QVERIFY(!w.action(command_id::runOne)->isEnabled());
+            QVERIFY(
+                std::none_of(fileMenu(w).begin(), fileMenu(w).end(), [](QAction* a) { return a->text() == "&Close"; }));
             QVERIFY(w.openProject(path));
-            w.closeProject();
+            QCOMPARE(menuTitles(w),
+                     (QStringList{"&File", "&Edit", "&View", "&Window", "&Record", "E&xecute", "&Help"}));
+            QVERIFY(w.action(command_id::runOne)->isEnabled());
+            // The recent-file entry of the project just opened sits above Exit.
+            QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
+            QCOMPARE(fileMenu(w).at(fileMenu(w).size() - 2)->text(), "&1 " + path);
+            QCOMPARE(fileMenu(w).back()->text(), QStringLiteral("E&xit"));
+            w.runCommand(command_id::fileClose);
+            QCOMPARE(menuTitles(w), shortMenu);
+            QVERIFY(!w.document());
             std::string errors;
             QVERIFY2(w.saveProfile(errors), errors.c_str());
         }
@@ -128,10 +93,16 @@ private slots:
         main_window w(settings);
         w.loadProfile();
         QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
-        // The entry opens its project.
-        for (QAction* a : menuNamed(w, "&File")->actions())
-            if (a->text() == "&1 " + path) a->trigger();
+        fileMenu(w).at(fileMenu(w).size() - 2)->trigger();  // the entry opens its project
         QVERIFY(w.document());
+    }
+
+    void everyCommandOfTheTableHasOneHandler() {
+        const auto handlers = main_window::commandHandlers();
+        for (const command_def& c : commandTable())
+            QVERIFY2(std::count_if(handlers.begin(), handlers.end(),
+                                   [&](const main_window::command_handler& h) { return h.id == c.id; }) == 1,
+                     c.label);
     }
 
     void aServerProjectIsOpenedByItsUrlAndItsPasswordNeverShown() {
@@ -139,16 +110,13 @@ private slots:
         main_window w(settings);
         const QString url = "postgresql://ann:secret@/soils?host=" + dir_.filePath("no-server");
         QString prompt, shown;
-        onNextModal([&](QWidget* m) {
-            auto* d = qobject_cast<QInputDialog*>(m);
-            prompt = d->windowTitle();
-            d->setTextValue(url);
-            d->accept();
-            onNextModal([&](QWidget* box) {
-                shown = qobject_cast<dialog_errors*>(box)->text();
-                box->close();
-            });
-        });
+        onModals({[&](QWidget* m) {
+                      auto* d = qobject_cast<QInputDialog*>(m);
+                      prompt = d->windowTitle();
+                      d->setTextValue(url);
+                      d->accept();
+                  },
+                  answer(shown)});
         w.runCommand(command_id::fileOpenServer);
         QCOMPARE(prompt, QStringLiteral("Open PostgreSQL Project"));
         QVERIFY2(shown.startsWith("ERROR, unable to open database: postgresql://ann:****@/soils?host=" +
@@ -159,7 +127,7 @@ private slots:
         QVERIFY(w.recentFileLabels().isEmpty());
     }
 
-    void navigationMovesAndKeepsRecordOnFailure() {
+    void navigationMovesAndKeepsTheRecordOnFailure() {
         window_on_project p(dir_.filePath("nav.sbproj"), profile());
         QVERIFY(p.open({10, 20, 30}));
         main_window& w = p.w;
@@ -167,60 +135,42 @@ private slots:
         QCOMPARE(doc.objectName(), QStringLiteral("Soilbench.Document"));
         QCOMPARE(w.recordView()->windowTitle(), QStringLiteral("Sbench - nav.sbproj"));
         QCOMPARE(doc.currentId(), 10);
-        w.runCommand(command_id::recordNext);
-        QCOMPARE(doc.currentId(), 20);
-        w.runCommand(command_id::recordLast);
-        QCOMPARE(doc.currentId(), 30);
-        w.runCommand(command_id::recordNext);  // past the end: stays, and nothing to report
-        QCOMPARE(doc.currentId(), 30);
-        QVERIFY(!QApplication::activeModalWidget());
-        w.runCommand(command_id::recordFirst);
-        QCOMPARE(doc.currentId(), 10);
-        w.runCommand(command_id::recordPrevious);
-        QCOMPARE(doc.currentId(), 10);
-
-        // Goto asks "Which record number?" starting at 1.
-        QString prompt;
-        int start = 0;
-        onNextModal([&](QWidget* m) {
-            auto* d = qobject_cast<QInputDialog*>(m);
-            QVERIFY(d);
-            prompt = d->labelText();
-            start = d->intValue();
-            d->setIntValue(3);
-            d->accept();
-        });
-        w.runCommand(command_id::recordGoto);
-        QCOMPARE(prompt, QStringLiteral("Which record number?"));
-        QCOMPARE(start, 1);
-        QCOMPARE(doc.currentId(), 30);
-        QCOMPARE(doc.recordNumber(), 3);
-        QVERIFY(w.recordView()->table()->currentIndex().row() == 2);
-
-        // Goto ID finds a record by its ID ...
-        onNextModal([&](QWidget* m) {
-            auto* d = qobject_cast<QInputDialog*>(m);
-            prompt = d->labelText();
-            d->setIntValue(20);
-            d->accept();
-        });
-        w.runCommand(command_id::recordGotoId);
-        QCOMPARE(prompt, QStringLiteral("Which ID?"));
-        QCOMPARE(doc.currentId(), 20);
-
-        // ... and says "Not found." for an ID that is not there, keeping the record.
-        QString message;
-        onNextModal([&](QWidget* m) {
-            qobject_cast<QInputDialog*>(m)->setIntValue(25);
-            qobject_cast<QInputDialog*>(m)->accept();
-            onNextModal([&](QWidget* box) {
-                message = qobject_cast<QMessageBox*>(box)->text();
-                qobject_cast<QMessageBox*>(box)->accept();
-            });
-        });
-        w.runCommand(command_id::recordGotoId);
-        QCOMPARE(message, QStringLiteral("Not found."));
-        QCOMPARE(doc.currentId(), 20);
+        // Past either end the record stays, and there is nothing to report.
+        const std::pair<command_id, int> moves[] = {{command_id::recordNext, 20},
+                                                    {command_id::recordLast, 30},
+                                                    {command_id::recordNext, 30},
+                                                    {command_id::recordFirst, 10},
+                                                    {command_id::recordPrevious, 10}};
+        for (auto [command, id] : moves) {
+            w.runCommand(command);
+            QCOMPARE(doc.currentId(), id);
+            QVERIFY(!QApplication::activeModalWidget());
+        }
+        // Goto takes a record number (offering 1), Goto ID an ID; an ID that is
+        // not there says "Not found." and keeps the record.
+        struct {
+            command_id command;
+            int typed;
+            const char* prompt;
+            int offered;  // -1: not checked
+            const char* message;
+            int id;
+        } gotos[] = {{command_id::recordGoto, 3, "Which record number?", 1, "", 30},
+                     {command_id::recordGotoId, 20, "Which ID?", -1, "", 20},
+                     {command_id::recordGotoId, 25, "Which ID?", -1, "Not found.", 20}};
+        for (const auto& g : gotos) {
+            QString prompt, message;
+            int offered = -1;
+            std::vector<modal_handler> steps{typeNumber(g.typed, &prompt, &offered)};
+            if (*g.message) steps.push_back(answer(message));
+            onModals(steps);
+            w.runCommand(g.command);
+            QCOMPARE(prompt, QString(g.prompt));
+            if (g.offered >= 0) QCOMPARE(offered, g.offered);
+            QCOMPARE(message, QString(g.message));
+            QCOMPARE(doc.currentId(), g.id);
+            QCOMPARE(w.recordView()->table()->currentIndex().row(), doc.recordNumber() - 1);
+        }
     }
 
     void recordZeroAndAnEmptyProjectAreShownAsTheyAre() {
@@ -233,7 +183,7 @@ private slots:
         QCOMPARE(w.document()->currentId(), 3);
 
         const QString empty = dir_.filePath("empty.sbproj");
-        QCOMPARE(QString::fromStdString(sbtest_ui::makeProject(empty, {})), QString());
+        QCOMPARE(QString::fromStdString(makeProject(empty, {})), QString());
         QVERIFY(w.openProject(empty));
         QCOMPARE(w.document()->records().rowCount(), 0);
         QCOMPARE(w.document()->currentRow(), -1);
@@ -247,28 +197,22 @@ private slots:
         QVERIFY(p.open({5, 6, 7}));
         main_window& w = p.w;
         std::string errors;
-        QVERIFY(w.document()->moveToId(6, errors));
-
-        QString question;
-        onNextModal([&](QWidget* m) {
-            question = qobject_cast<QMessageBox*>(m)->text();
-            QVERIFY(pressButton(m, "No"));
-        });
-        w.runCommand(command_id::recordDelete);
-        QCOMPARE(question, QStringLiteral("Delete record, ID = 6?"));
-        QCOMPARE(w.document()->records().rowCount(), 3);
-
-        onNextModal([&](QWidget* m) { QVERIFY(pressButton(m, "Yes")); });
-        w.runCommand(command_id::recordDelete);
-        w.document()->moveLast(errors);
-        QCOMPARE(w.document()->records().rowCount(), 2);
+        for (auto [button, rows] : {std::pair{"No", 3}, std::pair{"Yes", 2}}) {
+            QVERIFY(w.document()->moveToId(6, errors));
+            QString question;
+            onNextModal(answer(question, button));
+            w.runCommand(command_id::recordDelete);
+            QCOMPARE(question, QStringLiteral("Delete record, ID = 6?"));
+            w.document()->moveLast(errors);
+            QCOMPARE(w.document()->records().rowCount(), rows);
+        }
         QVERIFY(!w.document()->moveToId(6, errors));
         tellura_control_record gone;
         errors.clear();
         QVERIFY(!readControlRecord(w.document()->db(), 6, gone, errors));
     }
 
-    void copyThenPasteUnderANewId() {
+    void copyThenPasteUnderANewIdOrOverAnAnsweredOne() {
         window_on_project p(dir_.filePath("paste.sbproj"), profile());
         QVERIFY(p.open({1, 2}));
         main_window& w = p.w;
@@ -276,61 +220,49 @@ private slots:
         w.document()->moveToId(2, errors);
         w.runCommand(command_id::editCopy);
         const QMimeData* data = QApplication::clipboard()->mimeData();
-        QVERIFY(data->hasFormat(record_clipboard::kMimeType));
         QCOMPARE(data->data(record_clipboard::kMimeType), QByteArray("\x02\x00\x00\x00", 4));
 
-        QString prompt;
-        onNextModal([&](QWidget* m) {
-            auto* d = qobject_cast<QInputDialog*>(m);
-            prompt = d->labelText();
-            QCOMPARE(d->intValue(), 2);
-            d->setIntValue(77);
-            d->accept();
-        });
-        w.runCommand(command_id::editPaste);
-        QCOMPARE(prompt, QStringLiteral("Enter new ID #:"));
-        QCOMPARE(w.document()->currentId(), 77);
-        tellura_control_record pasted;
-        QVERIFY(readControlRecord(w.document()->db(), 77, pasted, errors));
-        QCOMPARE(QString::fromStdString(pasted.description()), QStringLiteral("Record 2"));
-
-        // Onto a record the project holds: asked first; No keeps it, Yes replaces it.
-        for (const char* answer : {"No", "Yes"}) {
-            QString question;
-            onNextModal([&](QWidget* m) {
-                qobject_cast<QInputDialog*>(m)->setIntValue(1);
-                qobject_cast<QInputDialog*>(m)->accept();
-                onNextModal([&](QWidget* box) {
-                    question = qobject_cast<QMessageBox*>(box)->text();
-                    QVERIFY(sbtest_ui::pressButton(box, answer));
-                });
-            });
+        // Under a new ID (the copied one offered); onto a record the project holds
+        // only when asked: No keeps it, Yes replaces it.
+        struct {
+            int typed;
+            const char* answer;  // nullptr: not asked
+            const char* description;
+        } pastes[] = {{77, nullptr, "Record 2"}, {1, "No", "Record 1"}, {1, "Yes", "Record 2"}};
+        for (const auto& c : pastes) {
+            QString prompt, question;
+            int offered = 0;
+            std::vector<modal_handler> steps{typeNumber(c.typed, &prompt, &offered)};
+            if (c.answer) steps.push_back(answer(question, c.answer));
+            onModals(steps);
             w.runCommand(command_id::editPaste);
-            QCOMPARE(question,
-                     QStringLiteral("Record ID = 1 exists. Replace it, with its outputs, by the pasted record?"));
-            QVERIFY(readControlRecord(w.document()->db(), 1, pasted, errors));
-            QCOMPARE(QString::fromStdString(pasted.description()),
-                     QString(answer) == "No" ? QStringLiteral("Record 1") : QStringLiteral("Record 2"));
+            QCOMPARE(prompt, QStringLiteral("Enter new ID #:"));
+            QCOMPARE(offered, 2);
+            QCOMPARE(question, c.answer ? QStringLiteral("Record ID = 1 exists. Replace it, with its outputs, by the "
+                                                         "pasted record?")
+                                        : QString());
+            tellura_control_record pasted;
+            QVERIFY(readControlRecord(w.document()->db(), c.typed, pasted, errors));
+            QCOMPARE(QString::fromStdString(pasted.description()), QString(c.description));
+            if (!c.answer) QCOMPARE(w.document()->currentId(), c.typed);
         }
     }
 
     void pasteOfABadClipboardItemReportsAndChangesNothing() {
         window_on_project p(dir_.filePath("badpaste.sbproj"), profile());
         QVERIFY(p.open({1}));
-        main_window& w = p.w;
         auto* data = new QMimeData;
         data->setData(record_clipboard::kMimeType, QByteArray(8, '\1'));
         QApplication::clipboard()->setMimeData(data);
         QString title, text;
         onNextModal([&](QWidget* m) {
             title = m->windowTitle();
-            text = qobject_cast<dialog_errors*>(m)->text();
-            m->close();
+            answer(text)(m);
         });
-        w.runCommand(command_id::editPaste);
+        p.w.runCommand(command_id::editPaste);
         QCOMPARE(title, QStringLiteral("Errors"));
         QCOMPARE(text, QStringLiteral("Binary item size is invalid.\n"));
-        QCOMPARE(w.document()->records().rowCount(), 1);
+        QCOMPARE(p.w.document()->records().rowCount(), 1);
     }
 
     void errorsDialogShowsAndCopiesTheText() {
@@ -351,15 +283,14 @@ private slots:
         for (int i = 1; i <= 1500; ++i) ids.push_back(i * 2);
         window_on_project p(dir_.filePath("large.sbproj"), profile());
         QVERIFY(p.open(ids));
-        main_window& w = p.w;
-        auto& model = w.document()->records();
+        auto& model = p.w.document()->records();
         QVERIFY(model.rowCount() <= control_record_table_model::kPageSize + 1);
         QVERIFY(model.canFetchMore({}));
         std::string errors;
-        QVERIFY(w.document()->moveToId(2000, errors));  // pages on until the ID turns up
-        QCOMPARE(w.document()->recordNumber(), 1000);
-        QVERIFY(w.document()->moveLast(errors));
-        QCOMPARE(w.document()->currentId(), 3000);
+        QVERIFY(p.w.document()->moveToId(2000, errors));  // pages on until the ID turns up
+        QCOMPARE(p.w.document()->recordNumber(), 1000);
+        QVERIFY(p.w.document()->moveLast(errors));
+        QCOMPARE(p.w.document()->currentId(), 3000);
         QCOMPARE(model.rowCount(), 1500);
     }
 
@@ -368,11 +299,10 @@ private slots:
         for (int i = 1; i <= 1234; ++i) ids.push_back(i);
         window_on_project p(dir_.filePath("prebuilt.sbproj"), profile(), true);
         QVERIFY(p.open(ids));
-        main_window& w = p.w;
         QStringList scans;
-        connect(w.document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
-        auto& model = w.document()->records();
-        QCOMPARE(w.document()->currentId(), 1);
+        connect(p.w.document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
+        auto& model = p.w.document()->records();
+        QCOMPARE(p.w.document()->currentId(), 1);
         QVERIFY(model.rowCount() < 1234);  // the window is back before the list is read
         QTRY_COMPARE(model.rowCount(), 1234);
         QTRY_COMPARE(scans, (QStringList{"Scanning Records 500", "Scanning Records 1000", ""}));

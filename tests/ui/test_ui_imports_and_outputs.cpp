@@ -4,9 +4,7 @@
 // the output view that opens with data.
 #include <QFile>
 #include <QFileDialog>
-#include <QInputDialog>
 #include <QLineEdit>
-#include <QPointer>
 #include <QtTest>
 
 #include "app/app_soilbench.h"
@@ -16,7 +14,6 @@
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
 #include "ui/command_table.h"
-#include "ui/dialog_errors.h"
 #include "ui/dialog_weather_stations.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
@@ -24,23 +21,9 @@
 #include "ui_test_support.h"
 
 using namespace sb;
-using modal_handler = std::function<void(QWidget*)>;
+using namespace sbtest_ui;
 
 namespace {
-
-// Answers the next modal dialogs in turn, one handler each; a dialog just
-// answered may stay the active one for a moment and is not answered twice.
-void onModals(std::vector<modal_handler> handlers, QPointer<QWidget> answered = nullptr, int triesLeft = 500) {
-    if (handlers.empty()) return;
-    QTimer::singleShot(10, [handlers, answered, triesLeft]() mutable {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (!modal || modal == answered) return onModals(handlers, answered, triesLeft - 1);
-        const modal_handler first = handlers.front();
-        handlers.erase(handlers.begin());
-        first(modal);
-        onModals(handlers, modal);
-    });
-}
 
 // Typed into the name field: selectFile() leaves a field that has the focus alone.
 modal_handler chooseFile(const QString& path) {
@@ -49,13 +32,6 @@ modal_handler chooseFile(const QString& path) {
         QVERIFY(name);
         name->setText(path);
         static_cast<QDialog*>(m)->accept();
-    };
-}
-
-modal_handler readErrors(QString& text) {
-    return [&text](QWidget* m) {
-        text = qobject_cast<dialog_errors*>(m)->text();
-        m->close();
     };
 }
 
@@ -76,11 +52,20 @@ class test_ui_imports_and_outputs : public QObject {
     database& open(const std::vector<int32_t>& ids) {
         static int n = 0;
         const QString path = dir_.filePath(QStringLiteral("p%1.sbproj").arg(++n));
-        sbtest_ui::makeProject(path, ids);
+        makeProject(path, ids);
         settings_.recordList = false;
         w_ = std::make_unique<main_window>(settings_);
         w_->openProject(path);
         return w_->document()->db();
+    }
+
+    // Runs the command answering its dialogs in turn; returns the report it ends with.
+    QString run(command_id command, std::vector<modal_handler> steps) {
+        QString report;
+        steps.push_back(answer(report));
+        onModals(steps);
+        w_->runCommand(command);
+        return report;
     }
 
 private slots:
@@ -97,18 +82,10 @@ private slots:
         for (const auto& i : imports) {
             int proposed = 0;
             QString question, report;
-            std::vector<modal_handler> steps = {chooseFile(SB_SHARE_DIR "/demo/demo.sch"), [&](QWidget* m) {
-                                                    auto* d = qobject_cast<QInputDialog*>(m);
-                                                    proposed = d->intValue();
-                                                    if (i.typed) d->setIntValue(i.typed);
-                                                    d->accept();
-                                                }};
-            if (i.answer)
-                steps.push_back([&](QWidget* m) {
-                    question = qobject_cast<QMessageBox*>(m)->text();
-                    sbtest_ui::pressButton(m, i.answer);
-                });
-            if (!i.answer || QString(i.answer) == "Yes") steps.push_back(readErrors(report));
+            std::vector<modal_handler> steps = {chooseFile(SB_SHARE_DIR "/demo/demo.sch"),
+                                                typeNumber(i.typed ? i.typed : i.proposed, nullptr, &proposed)};
+            if (i.answer) steps.push_back(answer(question, i.answer));
+            if (!i.answer || QString(i.answer) == "Yes") steps.push_back(answer(report));
             onModals(steps);
             w_->runCommand(command_id::importRunFiles);
             QCOMPARE(proposed, i.proposed);
@@ -130,9 +107,7 @@ private slots:
         QVERIFY(saveWeatherStation(db, station, errors));
         const QString file = dir_.filePath("monthly.wth");
         writeText(file, "prec 1990 1 2 3 4 5 6 7 8 9 10 11 12\ntmax 1990 5 6 7 8 9 10 11 12 13 14 15 16\n");
-        QString report;
-        onModals({chooseFile(file), readErrors(report)});
-        w_->runCommand(command_id::importWeatherMonthly);
+        const QString report = run(command_id::importWeatherMonthly, {chooseFile(file)});
         QVERIFY2(report.contains("Imported 12 records from"), qPrintable(report));
         QVERIFY(loadMonthlyHistory(db, station, errors));
         QCOMPARE(station.monthlyYear(1990).monthRecord(3).tmx2m, 7.0f);
@@ -153,30 +128,26 @@ private slots:
     void siteArchiveExportAndImportFromTheMenus() {
         database& from = open({1});
         const QString file = dir_.filePath("one.esa");
-        auto exportRecord = [&](QString& report) {
-            onModals({[](QWidget* m) {
-                          QCOMPARE(qobject_cast<QInputDialog*>(m)->textValue(), QString("1"));
-                          static_cast<QDialog*>(m)->accept();
-                      },
-                      chooseFile(file), readErrors(report)});
-            w_->runCommand(command_id::exportEsa);
+        auto exportRecord = [&] {
+            return run(command_id::exportEsa, {[](QWidget* m) {
+                                                   QCOMPARE(qobject_cast<QInputDialog*>(m)->textValue(), QString("1"));
+                                                   static_cast<QDialog*>(m)->accept();
+                                               },
+                                               chooseFile(file)});
         };
-        QString report;
-        exportRecord(report);  // the record names soil 1 and station 1, which the project lacks
-        QCOMPARE(report, QString("ERROR, record 1 names soil 1, which the project does not hold.\n"
-                                 "ERROR, record 1 names weather station 1, which the project does not hold.\n"));
+        // The record names soil 1 and station 1, which the project lacks.
+        QCOMPARE(exportRecord(),
+                 QString("ERROR, record 1 names soil 1, which the project does not hold.\n"
+                         "ERROR, record 1 names weather station 1, which the project does not hold.\n"));
         TelluraWeatherStations station;
         station.id = 1;
         TelluraSoils soil;
         soil.setSoilId(1);
         std::string errors;
         QVERIFY(saveWeatherStation(from, station, errors) && writeSoil(soil, from, errors));
-        exportRecord(report);
-        QCOMPARE(report, "Exported 1 record to \"" + file + "\".\n");
+        QCOMPARE(exportRecord(), "Exported 1 record to \"" + file + "\".\n");
         open({1});
-        onModals({chooseFile(file), readErrors(report)});
-        w_->runCommand(command_id::importEsa);
-        QCOMPARE(report,
+        QCOMPARE(run(command_id::importEsa, {chooseFile(file)}),
                  "record 1 -> 2\nsoil 1 -> 2\nweather station 1 -> 2\nImported 1 record from \"" + file + "\".\n");
         QVERIFY(controlRecordExists(w_->document()->db(), 2));
     }
@@ -189,10 +160,8 @@ private slots:
             bytes += char(8) + QByteArray(reinterpret_cast<const char*>(record.data()), 8) + char(8);
         writeText(dir_.filePath("small.bin"), bytes + char(130));
         settings_.binaryLayouts = dir_.filePath("small.tsv").toStdString();
-        QString report;
-        onModals({chooseFile(dir_.filePath("small.bin")), [](QWidget* m) { sbtest_ui::pressButton(m, "Annual"); },
-                  readErrors(report)});
-        w_->runCommand(command_id::readBin);
+        const QString report = run(command_id::readBin, {chooseFile(dir_.filePath("small.bin")),
+                                                         [](QWidget* m) { pressButton(m, "Annual"); }});
         QVERIFY2(report.startsWith("3 records read, from years 1990 to 1992.\n3 annual and 0 monthly records read"),
                  qPrintable(report));
     }
@@ -208,14 +177,14 @@ private slots:
         for (int l : {1, 2}) outputs.soilLayerFor(l).setNumber("Mineral N", 10.0 * l);
         std::string errors;
         QVERIFY(writeSoil(soil, db, errors) && storeOutputs(db, 1, outputs, errors));
-        QString report;
-        onModals({readErrors(report)});
-        w_->runCommand(command_id::copyOutputToInput);
-        QCOMPARE(report, QStringLiteral("Monthly copied for record.\n"));
+        QCOMPARE(run(command_id::copyOutputToInput, {}), QStringLiteral("Monthly copied for record.\n"));
         tellura_soil_list soils;
         QVERIFY(soils.load(db, errors) && soils.find(1));
         const double mineralN[] = {10, 20, 1};  // layer 3 has no output and keeps its value
         for (size_t l = 0; l < 3; ++l) QCOMPARE(soils.find(1)->layers[l].number("Mineral N"), mineralN[l]);
+        tellura_control_record record;
+        QVERIFY(readControlRecord(db, 1, record, errors));
+        QCOMPARE(record.site.number("AGLIVE(1)"), 3.5);  // the last month's live values become the site's
     }
 
     void theOutputViewThatHasDataOpensWithVariablesThatHoldIt() {

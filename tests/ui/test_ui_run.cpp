@@ -1,12 +1,9 @@
 // A whole run from the Run dialog to the chart, through the stand-in model
 // (a small program of ours that writes outputs in the model's formats; it is
-// not the model), cancelling hanging runs, and the event view of the record.
+// not the model), and cancelling hanging runs.
 #include <QChartView>
-#include <QLineSeries>
 #include <QElapsedTimer>
-#include <QMdiArea>
-#include <QMdiSubWindow>
-#include <QTreeWidget>
+#include <QLineSeries>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QtTest>
@@ -15,12 +12,10 @@
 #include "modelinput/run_files_import.h"
 #include "modeloutput/output_table_text.h"
 #include "modeloutput/record_outputs.h"
-#include "modeloutput/tellura_output.h"
 #include "records/list_control_record_proxies.h"
 #include "records/new_project.h"
 #include "ui/command_table.h"
 #include "ui/control_record_table_model.h"
-#include "ui/dialog_errors.h"
 #include "ui/dialog_progress.h"
 #include "ui/dialog_run.h"
 #include "ui/dialog_run_set.h"
@@ -28,12 +23,11 @@
 #include "ui/main_window.h"
 #include "ui/output_table_model.h"
 #include "ui/view_control_records.h"
-#include "ui/view_events.h"
 #include "ui/view_output.h"
 #include "ui_test_support.h"
 
 using namespace sb;
-using sbtest_ui::onNextModal;
+using namespace sbtest_ui;
 
 class test_ui_run : public QObject {
     Q_OBJECT
@@ -60,6 +54,14 @@ class test_ui_run : public QObject {
         for (int row = 0; row < model.rowCount(); ++row)
             if (model.handleAt(row)->id == id) return model.data(model.index(row, 2), role).toString();
         return "no row";
+    }
+
+    // Keeps the text of the report a run ends with, passing over the progress dialog before it.
+    static modal_handler reportOf(QString& text) {
+        return [&text](QWidget* m) {
+            if (qobject_cast<dialog_errors*>(m)) return answer(text)(m);
+            onNextModal(reportOf(text));
+        };
     }
 
     // A run of `command` with the stand-in hanging until it is ended: `start`
@@ -134,25 +136,16 @@ private slots:
         QCOMPARE(lastRunOf(w, 5, Qt::ToolTipRole), QStringLiteral("Never run"));
 
         QString heading, report;
-        // After the Run dialog: the progress dialog while the worker runs, then the report.
-        std::function<void(QWidget*)> waitForReport = [&](QWidget* next) {
-            if (auto* e = qobject_cast<dialog_errors*>(next)) {
-                report = e->text();
-                e->accept();
-            } else {
-                onNextModal(waitForReport);
-            }
-        };
-        onNextModal([&](QWidget* m) {
-            auto* run = qobject_cast<dialog_run*>(m);
-            QVERIFY(run);
-            heading = run->heading();
-            QVERIFY(run->firstYear()->isEnabled());
-            run->accept();
-            onNextModal(waitForReport);
-        });
+        onModals({[&](QWidget* m) {
+                      auto* run = qobject_cast<dialog_run*>(m);
+                      QVERIFY(run);
+                      heading = run->heading();
+                      QVERIFY(run->firstYear()->isEnabled());
+                      run->accept();
+                  },
+                  reportOf(report)});
         w.runCommand(command_id::runOne);
-        QVERIFY(heading.startsWith("5 \""));
+        QCOMPARE(heading, QStringLiteral("5 \"Demo cropland\""));
         QVERIFY2(report.contains("Total Elapsed: "), qPrintable(report));
         QVERIFY2(!report.contains("ERROR"), qPrintable(report));
         QCOMPARE(lastRunOf(w, 5), QStringLiteral("good"));
@@ -164,6 +157,10 @@ private slots:
         QVERIFY(monthly->model().rowCount() > 0);
         monthly->chooseVariables({"somtc", "aglivc"});
         QCOMPARE(monthly->seriesCount(), 2);
+        // Key columns show as whole numbers, values right-aligned.
+        const output_table_model& table = monthly->model();
+        QCOMPARE(table.data(table.index(0, 0)).toString(), QStringLiteral("1990"));
+        QCOMPARE(table.data(table.index(0, 2), Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
         auto* series = qobject_cast<QLineSeries*>(monthly->chartView()->chart()->series().first());
         QCOMPARE(series->count(), monthly->model().rowCount());
         const QString csv = dir_.filePath("monthly.csv");
@@ -179,27 +176,7 @@ private slots:
         QCOMPARE(exported.toStdString(), outputCsv(storedOutputs, table_id::output_monthly));
         QVERIFY(monthly->exportChart(dir_.filePath("chart.png")));
         QVERIFY(QImage(dir_.filePath("chart.png")).width() > 100);
-
-        // Edit | Copy output values to input: the last stored month's live and
-        // mineral values become the record's initial site values.
-        const table_record lastMonth = monthly->model().rows().back();
-        QString copied;
-        onNextModal([&](QWidget* m) {
-            if (auto* e = qobject_cast<dialog_errors*>(m)) copied = e->text();
-            m->close();
-        });
-        w.runCommand(command_id::copyOutputToInput);
-        tellura_control_record after;
-        tellura_outputs outputs;
-        QVERIFY(readControlRecordWithOutputs(w.document()->db(), 5, after, outputs, errors));
-        if (outputs.annual.empty()) {
-            QCOMPARE(copied, QStringLiteral("Monthly copied for record.\n"));
-            QCOMPARE(after.site.number("AGLIVE(1)"), lastMonth.number("aglive(1)"));
-            QCOMPARE(after.site.number("AMINRL(2)"), lastMonth.number("aminrl(2)"));
-        } else {
-            QCOMPARE(after.site.number("AGLIVE(1)"), outputs.annual.back().number("aglive(1)"));
-        }
-        QVERIFY(!outputs.empty());  // the outputs stay stored with the record
+        QVERIFY(w.recordView()->printHtml().contains("<td>Demo cropland</td>"));
     }
 
     // Cancel ends the hanging model at once, and no further record is started.
@@ -218,9 +195,12 @@ private slots:
         QVERIFY2(set.report.contains("Elapsed: "), qPrintable(set.report));
         QVERIFY2(set.report.contains("Fail count=1"), qPrintable(set.report));
 
+        // Of records 1 (never run) and 5 (good), only the first in the table ran.
         std::string errors;
         QVERIFY(w.document()->moveToId(5, errors));
-        QCOMPARE(lastRunOf(w, 5), QStringLiteral("good"));
+        const QStringList states{lastRunOf(w, 1), lastRunOf(w, 5)};
+        QVERIFY2(states == QStringList({"failed", "good"}) || states == QStringList({"never run", "failed"}),
+                 qPrintable(states.join(", ")));
         cancelled_run one = cancelHangingRun(w, command_id::runOne, [](QWidget* m) {
             if (auto* d = qobject_cast<dialog_run*>(m)) d->accept();
         });
@@ -236,30 +216,6 @@ private slots:
             QVERIFY2(run.report.contains("Process Cancelled/Error"), qPrintable(run.report));
             QVERIFY2(run.cancelMs >= 0 && run.cancelMs < 10000, qPrintable(QString::number(run.cancelMs)));
         }
-    }
-
-    void eventViewAndPrintedTableShowTheRecord() {
-        app_soilbench settings(dir_.filePath("profile4.ini").toStdString());
-        settings.recordList = false;
-        main_window w(settings);
-        QVERIFY(w.openProject(project_));
-        std::string errors;
-        QVERIFY(w.document()->moveToId(5, errors));
-        w.runCommand(command_id::viewEvents);
-        view_events* events = nullptr;
-        for (QMdiSubWindow* sub : w.mdiArea()->subWindowList())
-            if (auto* v = qobject_cast<view_events*>(sub->widget())) events = v;
-        QVERIFY(events);
-        tellura_control_record record;
-        QVERIFY(readControlRecord(w.document()->db(), 5, record, errors));
-        QVERIFY(!record.blocks.empty());
-        QCOMPARE(events->tree()->topLevelItemCount(), int(record.blocks.size()));
-        QCOMPARE(events->tree()->topLevelItem(0)->childCount(), int(record.blocks[0].events.size()));
-        QCOMPARE(events->tree()->topLevelItem(0)->child(0)->text(0),
-                 QString::fromLatin1(eventTypeName(record.blocks[0].events[0].type)));
-        const QString html = w.recordView()->printHtml();
-        QVERIFY(html.contains("<td>Demo cropland</td>") ||
-                html.contains("<td>" + QString::fromStdString(record.description()) + "</td>"));
     }
 };
 
