@@ -1,11 +1,19 @@
 // The frame: the menus with and without a project, opening a project, record
-// navigation and its messages, delete, copy and paste through the clipboard.
+// navigation and its messages, delete, copy and paste through the clipboard;
+// its imports and its commands on stored outputs, through their menus and
+// dialogs: run files, monthly weather (menu and station editor), a site
+// archive, a binary output file read whole, output values copied into the
+// record's soil, and the output view that opens with data.
 #include <algorithm>
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -13,13 +21,20 @@
 #include <QtTest>
 
 #include "app/app_soilbench.h"
+#include "modeloutput/output_tables.h"
+#include "modeloutput/tellura_output.h"
 #include "records/list_control_record_proxies.h"
 #include "records/record_clipboard.h"
+#include "records/record_ids.h"
+#include "records/tellura_soil.h"
+#include "records/tellura_weather_station.h"
 #include "ui/command_table.h"
 #include "ui/control_record_table_model.h"
+#include "ui/dialog_weather_stations.h"
 #include "ui/doc_soilbench.h"
 #include "ui/main_window.h"
 #include "ui/view_control_records.h"
+#include "ui/view_output.h"
 #include "ui_test_support.h"
 
 using namespace sb;
@@ -41,22 +56,51 @@ QList<QAction*> fileMenu(QMainWindow& w) {
     return shown;
 }
 
-// The main window on a new project holding default records of the given IDs.
-struct window_on_project {
-    const QString path;
-    app_soilbench settings;
-    main_window w;
-    window_on_project(const QString& project, const QString& profile, bool recordList = false)
-        : path(project), settings(profile.toStdString()), w((settings.recordList = recordList, settings)) {}
-    bool open(const std::vector<int32_t>& ids) { return makeProject(path, ids).empty() && w.openProject(path); }
-};
+// Typed into the name field: selectFile() leaves a field that has the focus alone.
+modal_handler chooseFile(const QString& path) {
+    return [path](QWidget* m) {
+        auto* name = m->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QVERIFY(name);
+        name->setText(path);
+        static_cast<QDialog*>(m)->accept();
+    };
+}
+
+void writeText(const QString& path, const QByteArray& text) {
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(text) == text.size());
+}
 
 }  // namespace
 
 class test_ui_frame : public QObject {
     Q_OBJECT
     QTemporaryDir dir_;
+    app_soilbench settings_{dir_.filePath("profile.ini").toStdString()};
+    std::unique_ptr<main_window> w_;
+    QString path_;
+
     QString profile() const { return dir_.filePath("profile.ini"); }
+
+    // A new window on a new project file holding default records of these IDs
+    // (each naming soil 1 and station 1).
+    database& open(const std::vector<int32_t>& ids, bool recordList = false) {
+        static int n = 0;
+        path_ = dir_.filePath(QStringLiteral("p%1.sbproj").arg(++n));
+        settings_.recordList = recordList;
+        w_ = std::make_unique<main_window>(settings_);
+        if (!makeProject(path_, ids).empty() || !w_->openProject(path_)) qFatal("no project %s", qPrintable(path_));
+        return w_->document()->db();
+    }
+
+    // Runs the command answering its dialogs in turn; returns the report it ends with.
+    QString run(command_id command, std::vector<modal_handler> steps) {
+        QString report;
+        steps.push_back(answer(report));
+        onModals(steps);
+        w_->runCommand(command);
+        return report;
+    }
 
 private slots:
     void menusGrowWithAProjectAndItsRecentFileSurvivesARestart() {
@@ -128,12 +172,10 @@ private slots:
     }
 
     void navigationMovesAndKeepsTheRecordOnFailure() {
-        window_on_project p(dir_.filePath("nav.sbproj"), profile());
-        QVERIFY(p.open({10, 20, 30}));
-        main_window& w = p.w;
+        open({10, 20, 30});
+        main_window& w = *w_;
         doc_soilbench& doc = *w.document();
-        QCOMPARE(doc.objectName(), QStringLiteral("Soilbench.Document"));
-        QCOMPARE(w.recordView()->windowTitle(), QStringLiteral("Sbench - nav.sbproj"));
+        QCOMPARE(w.recordView()->windowTitle(), "Sbench - " + QFileInfo(path_).fileName());
         QCOMPARE(doc.currentId(), 10);
         // Past either end the record stays, and there is nothing to report.
         const std::pair<command_id, int> moves[] = {{command_id::recordNext, 20},
@@ -174,9 +216,8 @@ private slots:
     }
 
     void recordZeroAndAnEmptyProjectAreShownAsTheyAre() {
-        window_on_project p(dir_.filePath("zero.sbproj"), profile());
-        QVERIFY(p.open({0, 3}));
-        main_window& w = p.w;
+        open({0, 3});
+        main_window& w = *w_;
         QCOMPARE(w.document()->records().rowCount(), 1);
         QCOMPARE(w.document()->currentId(), 0);
         w.runCommand(command_id::recordNext);
@@ -193,9 +234,8 @@ private slots:
     }
 
     void deleteAsksWithTheIdAndRemovesOnYes() {
-        window_on_project p(dir_.filePath("delete.sbproj"), profile());
-        QVERIFY(p.open({5, 6, 7}));
-        main_window& w = p.w;
+        open({5, 6, 7});
+        main_window& w = *w_;
         std::string errors;
         for (auto [button, rows] : {std::pair{"No", 3}, std::pair{"Yes", 2}}) {
             QVERIFY(w.document()->moveToId(6, errors));
@@ -213,9 +253,8 @@ private slots:
     }
 
     void copyThenPasteUnderANewIdOrOverAnAnsweredOne() {
-        window_on_project p(dir_.filePath("paste.sbproj"), profile());
-        QVERIFY(p.open({1, 2}));
-        main_window& w = p.w;
+        open({1, 2});
+        main_window& w = *w_;
         std::string errors;
         w.document()->moveToId(2, errors);
         w.runCommand(command_id::editCopy);
@@ -249,8 +288,7 @@ private slots:
     }
 
     void pasteOfABadClipboardItemReportsAndChangesNothing() {
-        window_on_project p(dir_.filePath("badpaste.sbproj"), profile());
-        QVERIFY(p.open({1}));
+        open({1});
         auto* data = new QMimeData;
         data->setData(record_clipboard::kMimeType, QByteArray(8, '\1'));
         QApplication::clipboard()->setMimeData(data);
@@ -259,10 +297,10 @@ private slots:
             title = m->windowTitle();
             answer(text)(m);
         });
-        p.w.runCommand(command_id::editPaste);
+        w_->runCommand(command_id::editPaste);
         QCOMPARE(title, QStringLiteral("Errors"));
         QCOMPARE(text, QStringLiteral("Binary item size is invalid.\n"));
-        QCOMPARE(p.w.document()->records().rowCount(), 1);
+        QCOMPARE(w_->document()->records().rowCount(), 1);
     }
 
     void errorsDialogShowsAndCopiesTheText() {
@@ -281,32 +319,174 @@ private slots:
         // holds a page at most: the rest is read as the user scrolls.
         std::vector<int32_t> ids;
         for (int i = 1; i <= 1500; ++i) ids.push_back(i * 2);
-        window_on_project p(dir_.filePath("large.sbproj"), profile());
-        QVERIFY(p.open(ids));
-        auto& model = p.w.document()->records();
+        open(ids);
+        auto& model = w_->document()->records();
         QVERIFY(model.rowCount() <= control_record_table_model::kPageSize + 1);
         QVERIFY(model.canFetchMore({}));
         std::string errors;
-        QVERIFY(p.w.document()->moveToId(2000, errors));  // pages on until the ID turns up
-        QCOMPARE(p.w.document()->recordNumber(), 1000);
-        QVERIFY(p.w.document()->moveLast(errors));
-        QCOMPARE(p.w.document()->currentId(), 3000);
+        QVERIFY(w_->document()->moveToId(2000, errors));  // pages on until the ID turns up
+        QCOMPARE(w_->document()->recordNumber(), 1000);
+        QVERIFY(w_->document()->moveLast(errors));
+        QCOMPARE(w_->document()->currentId(), 3000);
         QCOMPARE(model.rowCount(), 1500);
     }
 
     void prebuiltListIsReadAfterTheFirstRecordShows() {
         std::vector<int32_t> ids;
         for (int i = 1; i <= 1234; ++i) ids.push_back(i);
-        window_on_project p(dir_.filePath("prebuilt.sbproj"), profile(), true);
-        QVERIFY(p.open(ids));
+        open(ids, true);
         QStringList scans;
-        connect(p.w.document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
-        auto& model = p.w.document()->records();
-        QCOMPARE(p.w.document()->currentId(), 1);
+        connect(w_->document(), &doc_soilbench::scanning, this, [&](const QString& t) { scans << t; });
+        auto& model = w_->document()->records();
+        QCOMPARE(w_->document()->currentId(), 1);
         QVERIFY(model.rowCount() < 1234);  // the window is back before the list is read
         QTRY_COMPARE(model.rowCount(), 1234);
         QTRY_COMPARE(scans, (QStringList{"Scanning Records 500", "Scanning Records 1000", ""}));
         QVERIFY(model.complete());
+    }
+
+    void runFilesProposeTheNextIdAndAskBeforeReplacing() {
+        database& db = open({1, 2});
+        settings_.version = kDiurna45;
+        struct {
+            int proposed, typed;  // typed 0 keeps the proposal
+            const char* answer;   // to "replace?"; nullptr: not asked
+            const char* description;
+            int soil;  // an import's own, past the ones the records name
+        } imports[] = {
+            {3, 0, nullptr, "Demo cropland", 2}, {4, 2, "No", "Record 2", 1}, {4, 2, "Yes", "Demo cropland", 3}};
+        for (const auto& i : imports) {
+            int proposed = 0;
+            QString question, report;
+            std::vector<modal_handler> steps = {chooseFile(SB_SHARE_DIR "/demo/demo.sch"),
+                                                typeNumber(i.typed ? i.typed : i.proposed, nullptr, &proposed)};
+            if (i.answer) steps.push_back(answer(question, i.answer));
+            if (!i.answer || QString(i.answer) == "Yes") steps.push_back(answer(report));
+            onModals(steps);
+            w_->runCommand(command_id::importRunFiles);
+            QCOMPARE(proposed, i.proposed);
+            QCOMPARE(question, i.answer ? "Record ID = 2 exists. Replace it, with its outputs, by the imported record?"
+                                        : QString());
+            tellura_control_record record;
+            std::string errors;
+            QVERIFY(readControlRecord(db, i.typed ? i.typed : 3, record, errors));
+            QCOMPARE(record.description(), std::string(i.description));
+            QCOMPARE(record.soilId(), i.soil);
+        }
+    }
+
+    void monthlyWeatherFromTheMenuAndTheStationEditor() {
+        database& db = open({1});
+        TelluraWeatherStations station;
+        station.id = 1;
+        std::string errors;
+        QVERIFY(saveWeatherStation(db, station, errors));
+        const QString file = dir_.filePath("monthly.wth");
+        writeText(file, "prec 1990 1 2 3 4 5 6 7 8 9 10 11 12\ntmax 1990 5 6 7 8 9 10 11 12 13 14 15 16\n");
+        const QString report = run(command_id::importWeatherMonthly, {chooseFile(file)});
+        QVERIFY2(report.contains("Imported 12 records from"), qPrintable(report));
+        QVERIFY(loadMonthlyHistory(db, station, errors));
+        QCOMPARE(station.monthlyYear(1990).monthRecord(3).tmx2m, 7.0f);
+
+        // The editor adds a year to the shown station; a bad file adds nothing; OK stores it.
+        writeText(file, "prec 1991 1 1 1 1 1 1 1 1 1 1 1 1\nwind 1991 1\n");
+        writeText(dir_.filePath("good.wth"), "prec 1992 1 1 1 1 1 1 1 1 1 1 1 1\n");
+        tellura_weather_station_list stations;
+        QVERIFY(loadWeatherStations(db, stations, errors));
+        dialog_weather_stations editor(stations, db);
+        QVERIFY(!editor.importWeatherFile(file, false, errors));
+        QVERIFY(editor.importWeatherFile(dir_.filePath("good.wth"), false, errors));
+        QVERIFY(editor.save(db, errors));
+        QVERIFY(loadMonthlyHistory(db, station, errors));
+        QCOMPARE(station.monthly.size(), size_t(2));  // 1990 and 1992
+    }
+
+    void siteArchiveExportAndImportFromTheMenus() {
+        database& from = open({1});
+        const QString file = dir_.filePath("one.esa");
+        auto exportRecord = [&] {
+            return run(command_id::exportEsa, {[](QWidget* m) {
+                                                   QCOMPARE(qobject_cast<QInputDialog*>(m)->textValue(), QString("1"));
+                                                   static_cast<QDialog*>(m)->accept();
+                                               },
+                                               chooseFile(file)});
+        };
+        // The record names soil 1 and station 1, which the project lacks.
+        QCOMPARE(exportRecord(),
+                 QString("ERROR, record 1 names soil 1, which the project does not hold.\n"
+                         "ERROR, record 1 names weather station 1, which the project does not hold.\n"));
+        TelluraWeatherStations station;
+        station.id = 1;
+        TelluraSoils soil;
+        soil.setSoilId(1);
+        std::string errors;
+        QVERIFY(saveWeatherStation(from, station, errors) && writeSoil(soil, from, errors));
+        QCOMPARE(exportRecord(), "Exported 1 record to \"" + file + "\".\n");
+        open({1});
+        QCOMPARE(run(command_id::importEsa, {chooseFile(file)}),
+                 "record 1 -> 2\nsoil 1 -> 2\nweather station 1 -> 2\nImported 1 record from \"" + file + "\".\n");
+        QVERIFY(controlRecordExists(w_->document()->db(), 2));
+    }
+
+    void readBinFileReadsEveryRecord() {
+        open({1});
+        writeText(dir_.filePath("small.tsv"), "block\tindex\tname\nplot1\t1\tsomsc\n");
+        QByteArray bytes(1, char(75));  // one-byte markers: 75, then "8 data 8" per record, 130 at the end
+        for (std::array<float, 2> record : {std::array<float, 2>{1990, 1}, {1991, 2}, {1992, 3}})
+            bytes += char(8) + QByteArray(reinterpret_cast<const char*>(record.data()), 8) + char(8);
+        writeText(dir_.filePath("small.bin"), bytes + char(130));
+        settings_.binaryLayouts = dir_.filePath("small.tsv").toStdString();
+        const QString report = run(command_id::readBin, {chooseFile(dir_.filePath("small.bin")),
+                                                         [](QWidget* m) { pressButton(m, "Annual"); }});
+        QVERIFY2(report.startsWith("3 records read, from years 1990 to 1992.\n3 annual and 0 monthly records read"),
+                 qPrintable(report));
+    }
+
+    void copyOutputToInputFillsTheSoilLayers() {
+        database& db = open({1});
+        TelluraSoils soil;
+        soil.setSoilId(1);
+        soil.layerCount = 3;
+        for (auto& layer : soil.layers) layer.setNumber("Mineral N", 1.0);
+        tellura_outputs outputs;
+        outputs.monthlyFor(1990, 12).setNumber("aglive(1)", 3.5);
+        for (int l : {1, 2}) outputs.soilLayerFor(l).setNumber("Mineral N", 10.0 * l);
+        std::string errors;
+        QVERIFY(writeSoil(soil, db, errors) && storeOutputs(db, 1, outputs, errors));
+        QCOMPARE(run(command_id::copyOutputToInput, {}), QStringLiteral("Monthly copied for record.\n"));
+        tellura_soil_list soils;
+        QVERIFY(soils.load(db, errors) && soils.find(1));
+        const double mineralN[] = {10, 20, 1};  // layer 3 has no output and keeps its value
+        for (size_t l = 0; l < 3; ++l) QCOMPARE(soils.find(1)->layers[l].number("Mineral N"), mineralN[l]);
+        tellura_control_record record;
+        QVERIFY(readControlRecord(db, 1, record, errors));
+        QCOMPARE(record.site.number("AGLIVE(1)"), 3.5);  // the last month's live values become the site's
+    }
+
+    void theOutputViewThatHasDataOpensWithVariablesThatHoldIt() {
+        struct {
+            bool annual, monthly;
+            const char* title;  // nullptr: no view opens
+            QStringList chosen;
+        } cases[] = {
+            {true, true, "Annual Output - ID 1", {"n2oflux", "ppt"}},  // as the year summary fills it
+            {false, true, "Monthly Output - ID 1", {"aglivc", "somtc"}},
+            {false, false, nullptr, {}},
+        };
+        for (const auto& c : cases) {
+            database& db = open({1});
+            tellura_outputs outputs;
+            if (c.annual) {
+                outputs.annualFor(1990).setNumber("n2oflux", 0.5);
+                outputs.annualFor(1990).setNumber("ppt", 1);
+            }
+            if (c.monthly) outputs.monthlyFor(1990, 1).setNumber("somtc", 2000);
+            std::string errors;
+            QVERIFY(storeOutputs(db, 1, outputs, errors));
+            view_output* view = w_->showOutputViewWithData();
+            QCOMPARE(view ? view->windowTitle() : QString(), QString(c.title));
+            if (view) QCOMPARE(view->chosenVariables(), c.chosen);
+        }
     }
 };
 
