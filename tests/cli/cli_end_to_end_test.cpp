@@ -16,27 +16,27 @@ TEST_F(CliTest, NewListCopyDeleteAndShow) {
     EXPECT_EQ(created.exitCode, 0) << created.err;
     auto listed = run({"list", project});
     EXPECT_EQ(listed.exitCode, 0);
-    EXPECT_NE(listed.out.find("    1     1      1       1  Default record\n"), std::string::npos) << listed.out;
+    EXPECT_THAT(listed.out, HasSubstr("    1     1      1       1  Default record\n"));
 
     EXPECT_EQ(run({"copy", project, "--id", "1", "--to", "7"}).exitCode, 0);
     listed = run({"list", project, "--ids", "5-9"});
-    EXPECT_NE(listed.out.find("    1     7 "), std::string::npos) << listed.out;
-    EXPECT_EQ(listed.out.find("    1     1 "), std::string::npos) << "the ID list must filter";
+    EXPECT_THAT(listed.out, HasSubstr("    1     7 "));
+    EXPECT_THAT(listed.out, Not(HasSubstr("    1     1 "))) << "the ID list must filter";
 
     EXPECT_EQ(run({"delete", project, "--id", "7"}).exitCode, 0);
     listed = run({"list", project, "--where", "ID = 7"});
-    EXPECT_EQ(listed.out.find("     7 "), std::string::npos) << listed.out;
+    EXPECT_THAT(listed.out, Not(HasSubstr("     7 ")));
 
     // The record text needs the record's weather station in the project.
     auto shown = run({"show", project, "--id", "1"});
     EXPECT_EQ(shown.exitCode, 0);
     EXPECT_TRUE(shown.out.empty());
-    EXPECT_NE(shown.err.find("WARNING, weather station 1 of record 1 is not in the project"), std::string::npos);
+    EXPECT_THAT(shown.err, HasSubstr("WARNING, weather station 1 of record 1 is not in the project"));
     fs::copy_file(demoSetup() + "/demo.wth", dir.file("w.wth"));
     EXPECT_EQ(run({"import", "weather-daily", project, dir.file("w.wth"), "--station", "1"}).exitCode, 0);
     shown = run({"show", project, "--id", "1"});
-    EXPECT_EQ(shown.out.rfind("Soilbench Record\t\n1\nSoil ID\t1\n", 0), 0u) << shown.out;
-    EXPECT_NE(shown.out.find("Weather ID\t1\t"), std::string::npos);
+    EXPECT_THAT(shown.out, StartsWith("Soilbench Record\t\n1\nSoil ID\t1\n"));
+    EXPECT_THAT(shown.out, HasSubstr("Weather ID\t1\t"));
 }
 
 TEST_F(CliTest, ExitStatusTellsUsageErrorsFromFailedOperations) {
@@ -45,41 +45,40 @@ TEST_F(CliTest, ExitStatusTellsUsageErrorsFromFailedOperations) {
     EXPECT_EQ(run({"run", project, "--jobs", "0"}).exitCode, 2);
     auto missing = run({"list", dir.file("none.sbproj")});
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_EQ(missing.err.rfind("ERROR, unable to open database: " + dir.file("none.sbproj") + "\n", 0), 0u)
-        << missing.err;
+    EXPECT_THAT(missing.err, StartsWith("ERROR, unable to open database: " + dir.file("none.sbproj") + "\n"));
     ASSERT_EQ(run({"new", project}).exitCode, 0);
     auto noIds = run({"list", project, "--ids", ", ,"});
     EXPECT_EQ(noIds.exitCode, 2);
-    EXPECT_NE(noIds.err.find("names no record"), std::string::npos);
+    EXPECT_THAT(noIds.err, HasSubstr("names no record"));
     for (const char* sub : {"new", "import", "export", "list", "show", "copy", "delete", "prepare", "run", "plot",
                             "read-bin", "config", "demo"}) {
         auto help = run({sub, "--help"});
         EXPECT_EQ(help.exitCode, 0) << sub;
-        EXPECT_NE(help.out.find("Usage"), std::string::npos) << sub;
+        EXPECT_THAT(help.out, HasSubstr("Usage")) << sub;
     }
 }
 
 TEST_F(CliTest, VersionIsTheBuildsAndNeedsNoCommand) {
     auto version = run({"--version"});
     EXPECT_EQ(version.exitCode, 0) << version.err;
-    EXPECT_EQ(version.out.rfind("soilbench " SB_PROJECT_VERSION, 0), 0u) << version.out;
-    EXPECT_EQ(version.out.find("Usage"), std::string::npos) << version.out;
+    EXPECT_THAT(version.out, StartsWith("soilbench " SB_PROJECT_VERSION));
+    EXPECT_THAT(version.out, Not(HasSubstr("Usage")));
 }
 
 TEST_F(CliTest, ImportsAndOptionListExport) {
     ASSERT_EQ(run({"new", project}).exitCode, 0);
     auto crops = run({"import", "option-list", project, "crop", demoSetup() + "/crop.100"});
     EXPECT_EQ(crops.exitCode, 0) << crops.err;
-    EXPECT_NE(crops.out.find("Imported 3 records and updated 0 records from"), std::string::npos) << crops.out;
+    EXPECT_THAT(crops.out, HasSubstr("Imported 3 records and updated 0 records from"));
     auto exported = run({"export", "option-list", project, "crop", dir.file("crop4.100"), "--version", "4"});
     EXPECT_EQ(exported.exitCode, 0) << exported.err;
     std::string text = sbtest::readFile(dir.file("crop4.100"));
-    EXPECT_EQ(text.rfind("WWHT  Winter wheat (demo values)\n0.55000        PRDX(1)\n", 0), 0u) << text.substr(0, 80);
+    EXPECT_THAT(text, StartsWith("WWHT  Winter wheat (demo values)\n0.55000        PRDX(1)\n")) << text.substr(0, 80);
     EXPECT_EQ(run({"import", "option-list", project, "grass", dir.file("crop4.100")}).exitCode, 2);
 
     auto soil = run({"import", "soil-layers", project, demoSetup() + "/soils.in", "--soil", "3"});
     EXPECT_EQ(soil.exitCode, 0) << soil.err;
-    EXPECT_NE(soil.out.find("Imported 6 layers into soil 3."), std::string::npos);
+    EXPECT_THAT(soil.out, HasSubstr("Imported 6 layers into soil 3."));
 
     sbtest::writeFile(dir.file("m.wth"),
                       "prec  1990   1.00   2.00   3.00   4.00   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00\n"
@@ -87,15 +86,13 @@ TEST_F(CliTest, ImportsAndOptionListExport) {
                       "tmax  1990   5.00   6.00   7.00   8.00   9.00  10.00  11.00  12.00  13.00  14.00  15.00  16.00\n"
                       "wind  1990   5.00\n");
     auto monthly = run({"import", "weather-monthly", project, dir.file("m.wth"), "--station", "4"});
-    EXPECT_NE(monthly.err.find("ERROR, unknown text in weather file: \"wind  1990   5.00\"\nFile: \""),
-              std::string::npos)
-        << monthly.err;
+    EXPECT_THAT(monthly.err, HasSubstr("ERROR, unknown text in weather file: \"wind  1990   5.00\"\nFile: \""));
     auto averages = run({"import", "weather-averages", project, demoSetup() + "/demo-site.100", "--station", "4"});
     EXPECT_EQ(averages.exitCode, 0) << averages.err;
 
     auto runFiles = run({"import", "run-files", project, demoSetup(), "--id", "9", "--version", "4"});
     EXPECT_EQ(runFiles.exitCode, 0) << runFiles.err;
-    EXPECT_NE(run({"list", project}).out.find("    2     9 "), std::string::npos);
+    EXPECT_THAT(run({"list", project}).out, HasSubstr("    2     9 "));
 
     // Without --id the next free ID; an ID in use only with --force.
     struct {
@@ -112,7 +109,7 @@ TEST_F(CliTest, ImportsAndOptionListExport) {
         args.insert(args.end(), i.extra.begin(), i.extra.end());
         auto imported = run(args);
         EXPECT_EQ(imported.exitCode, i.exitCode) << imported.err;
-        EXPECT_NE((imported.out + imported.err).find(i.said), std::string::npos) << imported.out << imported.err;
+        EXPECT_THAT((imported.out + imported.err), HasSubstr(i.said)) << imported.out << imported.err;
     }
     // Records 9 and 10, described by the schedule; 10 was replaced, not added.
     const std::string listed = run({"list", project}).out;
@@ -143,14 +140,14 @@ TEST_F(CliTest, RunExportPlotAndReadBin) {
     ASSERT_EQ(run({"config", "--set", "Settings/KeepRunFolders=1"}).exitCode, 0);
     auto ran = run({"run", project, "--ids", "2", "--jobs", "1"});
     EXPECT_EQ(ran.exitCode, 0) << ran.err;
-    EXPECT_NE(ran.out.find("1 records run: 1 good, 0 failed."), std::string::npos) << ran.out;
-    EXPECT_NE(ran.out.find("2:"), std::string::npos);
-    EXPECT_NE(ran.out.find("Elapsed: "), std::string::npos);
+    EXPECT_THAT(ran.out, HasSubstr("1 records run: 1 good, 0 failed."));
+    EXPECT_THAT(ran.out, HasSubstr("2:"));
+    EXPECT_THAT(ran.out, HasSubstr("Elapsed: "));
 
     auto exported = run({"export", project, "--id", "2", "--table", "monthly", "--csv", dir.file("m.csv")});
     EXPECT_EQ(exported.exitCode, 0) << exported.err;
     std::string csv = sbtest::readFile(dir.file("m.csv"));
-    EXPECT_EQ(csv.rfind("ID,Year,Month,crpval,agcacc,agcmth,", 0), 0u) << csv.substr(0, 60);
+    EXPECT_THAT(csv, StartsWith("ID,Year,Month,crpval,agcacc,agcmth,")) << csv.substr(0, 60);
     EXPECT_GT(std::count(csv.begin(), csv.end(), '\n'), 100);
 
     auto plotted = run(
@@ -160,23 +157,22 @@ TEST_F(CliTest, RunExportPlotAndReadBin) {
     auto badVar =
         run({"plot", project, "--id", "2", "--table", "monthly", "--var", "nosuch", "--png", dir.file("d.png")});
     EXPECT_EQ(badVar.exitCode, 1);
-    EXPECT_NE(badVar.err.find("\"nosuch\" is not a variable of the monthly output"), std::string::npos);
+    EXPECT_THAT(badVar.err, HasSubstr("\"nosuch\" is not a variable of the monthly output"));
 
     // The run's folder was kept as asked: the only one in the runs folder.
     std::string runFolder;
     for (const auto& entry : fs::directory_iterator(dir.file("soilbench/runs"))) runFolder = entry.path();
-    EXPECT_EQ(fs::path(runFolder).filename().string().rfind("p-2-", 0), 0u) << runFolder;
+    EXPECT_THAT(fs::path(runFolder).filename().string(), StartsWith("p-2-")) << runFolder;
     auto bin = run({"read-bin", runFolder + "/sb.bin", "--version", "4", "--monthly"});
     EXPECT_EQ(bin.exitCode, 0) << bin.err;
-    EXPECT_EQ(bin.out.rfind("ID,Year,Month,", 0), 0u);
-    EXPECT_NE(bin.err.find("records read, from years"), std::string::npos);
+    EXPECT_THAT(bin.out, StartsWith("ID,Year,Month,"));
+    EXPECT_THAT(bin.err, HasSubstr("records read, from years"));
     auto noLayout = run({"read-bin", runFolder + "/sb.bin", "--version", "3"});
     EXPECT_EQ(noLayout.exitCode, 1);
-    EXPECT_NE(noLayout.err.find("ERROR, no binary layout is known for \"Tellura 4.5\" (version 3), so its binary "
-                                "output file \"" +
-                                runFolder + "/sb.bin\" (records of 3212 bytes) cannot be read."),
-              std::string::npos)
-        << noLayout.err;
+    EXPECT_THAT(noLayout.err,
+                HasSubstr("ERROR, no binary layout is known for \"Tellura 4.5\" (version 3), so its binary "
+                          "output file \"" +
+                          runFolder + "/sb.bin\" (records of 3212 bytes) cannot be read."));
 }
 
 TEST_F(CliTest, RunReportsPrecheckFailuresAndStops) {
@@ -184,9 +180,9 @@ TEST_F(CliTest, RunReportsPrecheckFailuresAndStops) {
     ASSERT_EQ(run({"new", project}).exitCode, 0);
     auto ran = run({"run", project, "--stop-on-precheck"});
     EXPECT_EQ(ran.exitCode, 1);
-    EXPECT_NE(ran.err.find("ERROR, No soil record to run.\n"), std::string::npos) << ran.err;
-    EXPECT_NE(ran.err.find("Stop due to precheck error at 1\n"), std::string::npos) << ran.err;
-    EXPECT_NE(ran.out.find("1 records run: 0 good, 1 failed."), std::string::npos) << ran.out;
+    EXPECT_THAT(ran.err, HasSubstr("ERROR, No soil record to run.\n"));
+    EXPECT_THAT(ran.err, HasSubstr("Stop due to precheck error at 1\n"));
+    EXPECT_THAT(ran.out, HasSubstr("1 records run: 0 good, 1 failed."));
 }
 
 TEST_F(CliTest, ConfigReadsAndChecksSettings) {
@@ -198,8 +194,8 @@ TEST_F(CliTest, ConfigReadsAndChecksSettings) {
     EXPECT_EQ(run({"config", "--get", "Settings/RunTimeout"}).out, "1000\n");
     EXPECT_EQ(run({"config", "--get", "Settings/NoSuchKey"}).exitCode, 1);
     auto listed = run({"config", "--list"});
-    EXPECT_NE(listed.out.find("Files/Diurna 4.5 LIST100="), std::string::npos);
-    EXPECT_NE(listed.out.find("Settings/Outfile28=1\n"), std::string::npos);
+    EXPECT_THAT(listed.out, HasSubstr("Files/Diurna 4.5 LIST100="));
+    EXPECT_THAT(listed.out, HasSubstr("Settings/Outfile28=1\n"));
 }
 
 }  // namespace

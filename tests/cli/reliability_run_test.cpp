@@ -9,37 +9,14 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "cli_fixture.h"
-#include "app/text_file.h"
 #include "db/database.h"
-#include "records/tellura_control_record.h"
 
 namespace {
 
 constexpr int kRecords = 12;
-
-// A soilbench program started in the background, ended (SIGKILL) if it still runs when the test ends.
-class started_program {
-public:
-    started_program(const std::vector<std::string>& args, const std::map<std::string, std::string>& env)
-        : pid_(sbtest::startSoilbench(args, env, output_.file("out"), output_.file("err"))) {}
-    ~started_program() {
-        if (pid_ > 0) kill(pid_, SIGKILL), finish();
-    }
-    int finish() {
-        int status = sbtest::finishSoilbench(pid_);
-        pid_ = -1;
-        return status;
-    }
-    void signal(int number) const { kill(pid_, number); }
-    pid_t pid() const { return pid_; }
-    std::string err() const { return sbtest::readFile(output_.file("err")); }
-
-private:
-    sbtest::temp_dir output_;
-    pid_t pid_;
-};
 
 // Processes a test saw started; any still running when it ends are killed.
 struct process_guard {
@@ -64,59 +41,12 @@ bool groupGone(pid_t group) {
     return true;
 }
 
-template <class Check>
-bool within(double seconds, Check check) {
-    for (double waited = 0; waited < seconds && !check(); waited += 0.02) usleep(20000);
-    return check();
-}
-
 class ReliabilityRuns : public CliTest {
 public:
     void SetUp() override {
         CliTest::SetUp();
         makeRunnableProject();
-        makeRecords(project);
-    }
-
-    // Records 101..112: the demo record, each with its own fertiliser and
-    // length, so that outputs stored under another record's ID show.
-    static void makeRecords(const std::string& path) {
-        static const char* const kFertilizers[] = {"N45", "N90", "N135"};
-        std::string errors;
-        auto db = sb::database::open(path, errors);
-        ASSERT_TRUE(db) << errors;
-        sb::tellura_control_record base;
-        ASSERT_TRUE(sb::readControlRecord(*db, 2, base, errors)) << errors;
-        for (int n = 0; n < kRecords; ++n) {
-            sb::tellura_control_record record = base;
-            record.setId(101 + n);
-            for (auto& block : record.blocks) {
-                block.lastYear = static_cast<int16_t>(block.lastYear - n % 6);
-                for (auto& event : block.events)
-                    if (event.type == sb::kEventFert) event.item = kFertilizers[n % 3];
-            }
-            ASSERT_TRUE(sb::writeControlRecord(record, *db, errors)) << errors;
-        }
-    }
-
-    // Every row of the five output tables, one text per row, sorted.
-    static std::vector<std::string> storedOutputs(const std::string& path) {
-        std::string errors;
-        auto db = sb::database::open(path, errors);
-        EXPECT_TRUE(db) << errors;
-        std::vector<std::string> rows;
-        for (sb::table_id table : {sb::table_id::output, sb::table_id::output_annual, sb::table_id::output_monthly,
-                                   sb::table_id::output_daily, sb::table_id::output_soil_layers}) {
-            sb::db_status status;
-            auto set = db ? db->openTable(table, "", "", status) : nullptr;
-            for (sb::db_status s = set ? set->moveFirst() : status; set && s.ok(); s = set->moveNext()) {
-                std::string text = sb::tableName(table);
-                for (int c = 0; c < set->row().columnCount(); ++c) text += sb::strprintf("|%.9g", set->row().number(c));
-                rows.push_back(text);
-            }
-        }
-        std::sort(rows.begin(), rows.end());
-        return rows;
+        addDemoCopies(project, kRecords, 6, {"N45", "N90", "N135"});
     }
 
     // The rows that one of the two has and the other has not.
@@ -214,7 +144,7 @@ TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
     slow["SB_STANDIN_MODE"] = "slow=0.3";
     started_program program(runArgs(project), slow);
     const pid_t killed = program.pid();
-    ASSERT_TRUE(within(60, [&] {
+    ASSERT_TRUE(sbtest::within(60, [&] {
         history_counts counts = countHistory(project);
         return counts.good >= 3 && counts.unfinished == 1;
     })) << program.err();
@@ -253,10 +183,8 @@ TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
 
     auto resumed = run({"run", project, "--ids", "101-112", "--only", "never,failed", "--jobs", "2"});
     EXPECT_EQ(resumed.exitCode, 0) << resumed.err;
-    EXPECT_NE(resumed.out.find(sb::strprintf("%ld records run: %ld good, 0 failed.\n", kRecords - atKill.good,
-                                             kRecords - atKill.good)),
-              std::string::npos)
-        << resumed.out;
+    EXPECT_THAT(resumed.out, HasSubstr(sb::strprintf("%ld records run: %ld good, 0 failed.\n", kRecords - atKill.good,
+                                                     kRecords - atKill.good)));
     auto after = run({"status", project, "--ids", "101-112"});
     EXPECT_EQ(after.exitCode, 0) << after.err;
     EXPECT_EQ(after.out.substr(after.out.rfind('\n', after.out.size() - 2) + 1),
@@ -289,7 +217,7 @@ TEST_F(ReliabilityRuns, OnlyRunsTheRecordsInTheStatesNamed) {
         auto result = run(args);
         EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
         const std::string& shown = c.exitCode == 2 ? result.err : result.out;
-        EXPECT_NE(shown.find(c.expected), std::string::npos) << shown;
+        EXPECT_THAT(shown, HasSubstr(c.expected));
     }
 }
 
@@ -308,21 +236,20 @@ TEST_F(ReliabilityRuns, EndingTheProgramEndsTheModelAndEverythingItStarted) {
         started_program program({"run", project, "--ids", "101", "--jobs", "1"}, hanging);
         std::string console;
         pid_t model = 0, helper = 0;
-        ASSERT_TRUE(within(30, [&] { return hangingModel(console, model, helper); })) << program.err();
+        ASSERT_TRUE(sbtest::within(30, [&] { return hangingModel(console, model, helper); })) << program.err();
         guard.pids = {model, helper};
         program.signal(signal);
         EXPECT_EQ(program.finish(), signal == SIGKILL ? 128 + SIGKILL : 1);
-        EXPECT_TRUE(
-            within(5, [&] { return sbtest::processGone(model) && sbtest::processGone(helper) && groupGone(model); }));
+        EXPECT_TRUE(sbtest::within(
+            5, [&] { return sbtest::processGone(model) && sbtest::processGone(helper) && groupGone(model); }));
 
         const fs::path folder = fs::path(console).parent_path();
         auto next = run({"run", project, "--ids", "102", "--jobs", "1"});
         EXPECT_EQ(next.exitCode, 0) << next.err;
         EXPECT_EQ(fs::exists(folder), signal == SIGTERM) << folder;
         if (signal == SIGTERM) {
-            EXPECT_NE(program.err().find("ERROR, the run of record 101 was cancelled: its earlier outputs are kept"),
-                      std::string::npos)
-                << program.err();
+            EXPECT_THAT(program.err(),
+                        HasSubstr("ERROR, the run of record 101 was cancelled: its earlier outputs are kept"));
         }
     }
 }

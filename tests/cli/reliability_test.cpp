@@ -103,12 +103,12 @@ TEST_F(Reliability, LockedProjectFailsTheSaveAndTheRecordAndChangesNothing) {
     sbtest::writeFile(dir.file("more.wth"), "1 1 2011 1 5.0 -1.0 0.0\n");
     auto imported = run({"import", "weather-daily", project, dir.file("more.wth"), "--station", station});
     EXPECT_EQ(imported.exitCode, 1);
-    EXPECT_NE(imported.err.find(locked), std::string::npos) << imported.err;
+    EXPECT_THAT(imported.err, HasSubstr(locked));
 
     auto ran = run({"run", project, "--ids", "2"});
     EXPECT_EQ(ran.exitCode, 1);
-    EXPECT_NE(ran.err.find(locked), std::string::npos) << ran.err;
-    EXPECT_NE(ran.out.find("1 records run: 0 good, 1 failed."), std::string::npos) << ran.out;
+    EXPECT_THAT(ran.err, HasSubstr(locked));
+    EXPECT_THAT(ran.out, HasSubstr("1 records run: 0 good, 1 failed."));
     holder.rollback();
     EXPECT_EQ(stateOf(project), before);
 }
@@ -214,7 +214,7 @@ TEST_F(Reliability, AFailedImportKeepsAllThatWasThere) {
         if (c.args[0] != "option-list") args.insert(args.end(), c.args.begin() + 1, c.args.end());
         auto result = run(args);
         EXPECT_EQ(result.exitCode, 1) << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
         EXPECT_EQ(stateOf(project), before);
     }
 }
@@ -226,10 +226,8 @@ TEST_F(Reliability, ARunDirectoryWithABadFileImportsNothing) {
     sbtest::writeFile(dir.file("bad-run/demo-site.100"), site + "7.0  PRECIP(-)\n");
     auto imported = run({"import", "run-files", project, dir.file("bad-run"), "--schedule", "demo.sch", "--id", "3"});
     EXPECT_EQ(imported.exitCode, 1);
-    EXPECT_NE(
-        imported.err.find("ERROR, array subscript below 1: PRECIP(-)\nFile: \"" + dir.file("bad-run/demo-site.100")),
-        std::string::npos)
-        << imported.err;
+    EXPECT_THAT(imported.err,
+                HasSubstr("ERROR, array subscript below 1: PRECIP(-)\nFile: \"" + dir.file("bad-run/demo-site.100")));
     EXPECT_EQ(run({"list", project, "--ids", "3"}).out, "  No.    ID   Soil Weather  Description\n");
     EXPECT_EQ(stateOf(project), before);
 }
@@ -250,8 +248,7 @@ TEST_F(Reliability, EndlessInputEndsEveryImportAtOnce) {
         if (kind[0] != "option-list") args.insert(args.end(), kind.begin() + 1, kind.end());
         auto result = run(args);
         EXPECT_EQ(result.exitCode, 1) << kind[0];
-        EXPECT_NE(result.err.find("ERROR, line 1 of \"/dev/zero\" is longer than 1048576 characters.\n"),
-                  std::string::npos)
+        EXPECT_THAT(result.err, HasSubstr("ERROR, line 1 of \"/dev/zero\" is longer than 1048576 characters.\n"))
             << kind[0] << ": " << result.err;
     }
     EXPECT_EQ(stateOf(project), before);
@@ -277,7 +274,7 @@ TEST_F(Reliability, NumbersAndIdsOutOfRangeAreRefusedNotWrapped) {
     for (const refused_usage& c : cases) {
         auto result = run(c.args);
         EXPECT_EQ(result.exitCode, 2) << c.args[2] << " " << c.args[3];
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
     }
     EXPECT_EQ(stateOf(project), before);  // "DROP TABLE" was never anything but a bad ID
 }
@@ -288,10 +285,10 @@ TEST_F(Reliability, AThousandIdsAndMoreSelectTheirRecords) {
     ids += "2, 5000-6000";
     auto listed = run({"list", project, "--ids", ids});
     EXPECT_EQ(listed.exitCode, 0) << listed.err;
-    EXPECT_NE(listed.out.find("    1     2      2       2  Demo cropland\n"), std::string::npos) << listed.out;
+    EXPECT_THAT(listed.out, HasSubstr("    1     2      2       2  Demo cropland\n"));
     auto ran = run({"run", project, "--ids", ids});
     EXPECT_EQ(ran.exitCode, 0) << ran.err.substr(0, 500);
-    EXPECT_NE(ran.out.find("1 records run: 1 good, 0 failed."), std::string::npos);
+    EXPECT_THAT(ran.out, HasSubstr("1 records run: 1 good, 0 failed."));
 }
 
 // --- Bad text ---------------------------------------------------------------------
@@ -310,7 +307,7 @@ TEST_F(Reliability, TextNeverBreaksModelFilesAndLinksAreNotFollowed) {
     EXPECT_EQ(sbtest::readFile(dir.file("precious.100")), "the user's own file\n");
     EXPECT_FALSE(fs::is_symlink(dir.file("rd/crop.100")));
     const std::string crops = sbtest::readFile(dir.file("rd/crop.100"));
-    EXPECT_NE(crops.find("EVIL  First line second \n"), std::string::npos) << crops.substr(0, 200);
+    EXPECT_THAT(crops, HasSubstr("EVIL  First line second \n")) << crops.substr(0, 200);
     for (char c : crops) EXPECT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= 0x20) << int(c);
 }
 
@@ -324,11 +321,10 @@ TEST_F(Reliability, AReadOnlyProjectIsListedShownAndExportedButNotChanged) {
     EXPECT_EQ(run({"show", readOnly, "--id", "2"}).exitCode, 0);
     auto copied = run({"copy", readOnly, "--id", "2", "--to", "5"});
     EXPECT_EQ(copied.exitCode, 1);
-    EXPECT_NE(copied.err.find("ERROR, unable to create session on database.\nThe project file is read-only, nothing "
-                              "can be saved in it: " +
-                              readOnly + " (its folder is write-protected)\n"),
-              std::string::npos)
-        << copied.err;
+    EXPECT_THAT(copied.err,
+                HasSubstr("ERROR, unable to create session on database.\nThe project file is read-only, nothing "
+                          "can be saved in it: " +
+                          readOnly + " (its folder is write-protected)\n"));
     chmod(dir.file("ro").c_str(), 0755);
 }
 
@@ -400,11 +396,11 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
     for (const failing_command& c : cases) {
         auto result = run(c.args);
         EXPECT_EQ(result.exitCode, c.exitCode) << c.what << ": " << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << c.what << ": " << result.err;
+        EXPECT_THAT(result.err, HasSubstr(c.message)) << c.what << ": " << result.err;
     }
     EXPECT_EQ(sbtest::readFile(dir.file("full/mine.txt")), "mine\n");
     EXPECT_EQ(stateOf(project), before);
-    EXPECT_NE(run({"list", project}).out.find("    2     2      2       2  Demo cropland"), std::string::npos);
+    EXPECT_THAT(run({"list", project}).out, HasSubstr("    2     2      2       2  Demo cropland"));
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <iterator>
 #include <sched.h>
 #include <spawn.h>
 #include <sys/mount.h>
@@ -19,7 +18,6 @@
 #include "app/text_format.h"
 #include "cli_fixture.h"
 #include "db/database.h"
-#include "records/tellura_control_record.h"
 
 extern char** environ;
 
@@ -33,33 +31,6 @@ std::string infoValue(const std::string& info, const std::string& key) {
     for (const std::string& line : sb::splitLines(info))
         if (line.rfind(key + "=", 0) == 0) return line.substr(key.size() + 1);
     return "";
-}
-
-// Every row of an output table, one text per row, sorted.
-std::vector<std::string> storedRows(const std::string& path, sb::table_id table) {
-    std::string errors;
-    auto db = sb::database::open(path, errors);
-    EXPECT_TRUE(db) << errors;
-    std::vector<std::string> rows;
-    sb::db_status status;
-    auto set = db ? db->openTable(table, "", "", status) : nullptr;
-    for (sb::db_status s = set ? set->moveFirst() : status; set && s.ok(); s = set->moveNext()) {
-        std::string text = sb::tableName(table);
-        for (int c = 0; c < set->row().columnCount(); ++c) text += sb::strprintf("|%.9g", set->row().number(c));
-        rows.push_back(text);
-    }
-    std::sort(rows.begin(), rows.end());
-    return rows;
-}
-
-std::vector<std::string> storedOutputs(const std::string& path) {
-    std::vector<std::string> all;
-    for (sb::table_id table : {sb::table_id::output, sb::table_id::output_annual, sb::table_id::output_monthly,
-                               sb::table_id::output_daily, sb::table_id::output_soil_layers}) {
-        std::vector<std::string> rows = storedRows(path, table);
-        all.insert(all.end(), rows.begin(), rows.end());
-    }
-    return all;
 }
 
 // The states of the record's runs, oldest first.
@@ -110,12 +81,6 @@ std::string slurmCommand(const std::vector<std::string>& args, const std::string
     return sbtest::readFile(outFile);
 }
 
-template <class Check>
-bool within(double seconds, Check check) {
-    for (double waited = 0; waited < seconds && !check(); waited += 0.1) usleep(100000);
-    return check();
-}
-
 class SlurmRuns : public CliTest {
 public:
     void SetUp() override {
@@ -131,22 +96,7 @@ public:
         env["SLURM_CONF"] = conf;
         shared = dir.file("shared");
         makeRunnableProject();
-        makeRecords();
-    }
-
-    // Records 101..104: the demo record, each with its own length, so that outputs under another ID show.
-    void makeRecords() {
-        std::string errors;
-        auto db = sb::database::open(project, errors);
-        ASSERT_TRUE(db) << errors;
-        sb::tellura_control_record base;
-        ASSERT_TRUE(sb::readControlRecord(*db, 2, base, errors)) << errors;
-        for (int n = 0; n < kRecords; ++n) {
-            sb::tellura_control_record record = base;
-            record.setId(101 + n);
-            for (auto& block : record.blocks) block.lastYear = static_cast<int16_t>(block.lastYear - n);
-            ASSERT_TRUE(sb::writeControlRecord(record, *db, errors)) << errors;
-        }
+        addDemoCopies(project, kRecords, kRecords);
     }
 
     std::vector<std::string> slurmArgs(const std::string& path, const std::string& ids = kIds) const {
@@ -170,7 +120,7 @@ TEST_F(SlurmRuns, StoreWhatALocalRunStores) {
     ASSERT_GT(expected.size(), 100u);
     auto ran = run(slurmArgs(project));
     ASSERT_EQ(ran.exitCode, 0) << ran.err;
-    EXPECT_NE(ran.out.find("4 records run: 4 good, 0 failed."), std::string::npos) << ran.out;
+    EXPECT_THAT(ran.out, HasSubstr("4 records run: 4 good, 0 failed."));
     EXPECT_EQ(storedOutputs(project), expected);
     for (int id = 101; id < 101 + kRecords; ++id) EXPECT_EQ(runStates(project, id), std::vector<std::string>{"good"});
     // Nothing is left out, and the shared folder is clean.
@@ -186,8 +136,7 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     sbtest::temp_dir output;
     std::vector<std::string> args = slurmArgs(project);
     args.insert(args.end(), {"--max-parallel", "1"});
-    pid_t submitter = sbtest::startSoilbench(args, env, output.file("out"), output.file("err"));
-    ASSERT_GT(submitter, 0);
+    started_program submitter(args, env);
     auto resultCount = [&] {
         long results = 0;
         std::error_code ec;
@@ -195,25 +144,24 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
             results += entry.path().filename() == "soilbench-result.txt" ? 1 : 0;
         return results;
     };
-    const bool oneEnded = within(60, [&] { return resultCount() >= 1; });
-    kill(submitter, SIGKILL);
-    sbtest::finishSoilbench(submitter);
-    ASSERT_TRUE(oneEnded) << sbtest::readFile(output.file("err"));
+    const bool oneEnded = sbtest::within(60, [&] { return resultCount() >= 1; });
+    submitter.signal(SIGKILL);
+    submitter.finish();
+    ASSERT_TRUE(oneEnded) << submitter.err();
     ASSERT_EQ(countRows(project, sb::table_id::slurm_submissions), kRecords);
     // The rest of this job (only: other tests' jobs run beside it) is cancelled.
     const std::string job = submittedJob(project);
     ASSERT_FALSE(job.empty());
     slurmCommand({"scancel", job}, output.file("scancel"));
-    ASSERT_TRUE(within(60, [&] {
+    ASSERT_TRUE(sbtest::within(60, [&] {
         return slurmCommand({"squeue", "--noheader", "--jobs", job}, output.file("squeue")).empty();
     }));
     const long ended = resultCount();
 
     auto collected = run({"collect", project});
     EXPECT_EQ(collected.exitCode, ended == kRecords ? 0 : 1) << collected.err;
-    EXPECT_NE(collected.out.find(sb::strprintf("%d records collected: %ld good, %ld failed; 0 still running.", kRecords,
-                                               ended, kRecords - ended)),
-              std::string::npos)
+    EXPECT_THAT(collected.out, HasSubstr(sb::strprintf("%d records collected: %ld good, %ld failed; 0 still running.",
+                                                       kRecords, ended, kRecords - ended)))
         << collected.out << collected.err;
     EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
     std::string rest;
@@ -229,10 +177,8 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     if (!rest.empty()) {
         auto reran = run({"run", project, "--only", "failed", "--slurm", "--shared-dir", shared});
         EXPECT_EQ(reran.exitCode, 0) << reran.err;
-        EXPECT_NE(
-            reran.out.find(sb::strprintf("%ld records run: %ld good, 0 failed.", kRecords - ended, kRecords - ended)),
-            std::string::npos)
-            << reran.out;
+        EXPECT_THAT(reran.out, HasSubstr(sb::strprintf("%ld records run: %ld good, 0 failed.", kRecords - ended,
+                                                       kRecords - ended)));
     }
     EXPECT_EQ(storedOutputs(project), expected);
 }
@@ -269,9 +215,8 @@ TEST_F(SlurmRuns, AFolderTheNodesDoNotSeeIsNamed) {
     if (status == 99) GTEST_SKIP() << "no private mount namespace here (needs root)";
     const std::string err = sbtest::readFile(output.file("err"));
     EXPECT_EQ(status, 1) << err;
-    EXPECT_NE(err.find("\" is not shared with the Slurm nodes: task 0 of job "), std::string::npos) << err;
-    EXPECT_NE(err.find("Give --shared-dir a folder every node sees (a network file system)."), std::string::npos)
-        << err;
+    EXPECT_THAT(err, HasSubstr("\" is not shared with the Slurm nodes: task 0 of job "));
+    EXPECT_THAT(err, HasSubstr("Give --shared-dir a folder every node sees (a network file system)."));
     EXPECT_EQ(runStates(project, 101), std::vector<std::string>{"failed"});
     EXPECT_EQ(countRows(project, sb::table_id::output_annual), 0);
     EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
@@ -324,7 +269,7 @@ TEST_F(CliTest, SlurmRunsRefusedBeforeAnythingRuns) {
         for (const auto& [name, value] : c.env) caseEnv[name] = value;
         auto ran = runSoilbench(args, caseEnv);
         EXPECT_EQ(ran.exitCode, c.exitCode) << ran.err;
-        EXPECT_NE(ran.err.find(c.message), std::string::npos) << ran.err;
+        EXPECT_THAT(ran.err, HasSubstr(c.message));
         EXPECT_EQ(runStates(project, 2),
                   c.markedFailed ? std::vector<std::string>{"failed"} : std::vector<std::string>{});
         EXPECT_EQ(countRows(project, sb::table_id::output_annual), 0);

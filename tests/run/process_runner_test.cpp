@@ -1,6 +1,7 @@
 // The model process runner against the stand-in model and its misbehaviours.
 #include "run/model_process_runner.h"
 #include "run/process_runner.h"
+#include "run_controller_fixture.h"
 #include "standin_fixture.h"
 
 #include "app/text_format.h"
@@ -17,18 +18,12 @@
 
 namespace {
 
+using sbtest::standin_mode;
 using sbtest::standin_run_dir;
 
 const char* const kTimeLimit =
     "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
     "milliseconds\".\n";
-
-// Sets a stand-in test mode for the processes a test starts.
-class standin_mode {
-public:
-    explicit standin_mode(const char* mode) { setenv("SB_STANDIN_MODE", mode, 1); }
-    ~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
-};
 
 pid_t helperPid(const std::string& runLog) {
     const std::string marker = "helper process ";
@@ -41,8 +36,13 @@ struct run_result {
     std::string runLog, errors;
 };
 
-run_result runModel(const standin_run_dir& dir, uint32_t timeoutMs, int version = 3) {
+// The model run in the directory; `cancelAfterMs` >= 0 asks to cancel that long after the start.
+run_result runModel(const standin_run_dir& dir, uint32_t timeoutMs, int version = 3, int cancelAfterMs = -1) {
     sb::process_runner runner(timeoutMs);
+    const auto start = std::chrono::steady_clock::now();
+    if (cancelAfterMs >= 0)
+        runner.setCancelCheck(
+            [=] { return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(cancelAfterMs); });
     sb::model_process_runner model(runner);
     run_result result;
     result.ok = model.runModel(version, dir.model(), false, result.runLog, result.errors);
@@ -56,39 +56,12 @@ TEST(ProcessRunner, NormalRunLogsCommandAndConsoleAndReplacesStaleBinary) {
     EXPECT_TRUE(run.ok) << run.errors;
     EXPECT_EQ(run.errors, "");
     std::string command = "\"" + dir.model() + "\" -s sb -n sb";
-    EXPECT_EQ(run.runLog.rfind(command + "\nProcess Finished\n", 0), 0u) << run.runLog;
-    EXPECT_NE(run.runLog.find("Execution success.\n"), std::string::npos);
+    EXPECT_THAT(run.runLog, StartsWith(command + "\nProcess Finished\n"));
+    EXPECT_THAT(run.runLog, HasSubstr("Execution success.\n"));
     EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
     std::string binary = sbtest::readFile(dir.file("sb.bin"));
     ASSERT_FALSE(binary.empty());
     EXPECT_EQ(static_cast<unsigned char>(binary[0]), 75);
-}
-
-TEST(ProcessRunner, HangIsCutAtTheTimeLimitWithItsWholeProcessGroup) {
-    standin_run_dir dir;
-    standin_mode mode("hang");
-    run_result run = runModel(dir, 700);
-    EXPECT_FALSE(run.ok);
-    EXPECT_EQ(run.errors, kTimeLimit);
-    pid_t helper = helperPid(run.runLog);  // the console is read after a time-out too
-    ASSERT_GT(helper, 0) << run.runLog;
-    EXPECT_TRUE(sbtest::processEnds(helper));
-    EXPECT_EQ(run.runLog.find("Process Finished"), std::string::npos);
-    EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
-}
-
-TEST(ProcessRunner, CancelHookEndsTheProcessGroup) {
-    standin_run_dir dir;
-    standin_mode mode("hang");
-    sb::process_runner runner(60000);
-    auto start = std::chrono::steady_clock::now();
-    runner.setCancelCheck([&] { return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500); });
-    std::string runLog, errors;
-    EXPECT_FALSE(sb::model_process_runner(runner).runModel(2, dir.model(), false, runLog, errors));
-    EXPECT_EQ(errors, "Process Cancelled/Error\n");
-    pid_t helper = helperPid(runLog);
-    ASSERT_GT(helper, 0) << runLog;
-    EXPECT_TRUE(sbtest::processEnds(helper));
 }
 
 TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
@@ -103,28 +76,9 @@ TEST(ProcessRunner, HelpersLeftBehindByAFinishedModelAreEnded) {
     EXPECT_TRUE(sbtest::processEnds(helper));
 }
 
-TEST(ProcessRunner, CrashIsReportedWithItsSignal) {
+TEST(ProcessRunner, SilentList100DoesNotFail) {
     standin_run_dir dir;
-    {
-        standin_mode mode("crash");
-        run_result run = runModel(dir, 60000);
-        EXPECT_FALSE(run.ok);
-        EXPECT_EQ(run.errors, "ERROR, process ended by signal 11 (Segmentation fault).\n");
-        EXPECT_NE(run.runLog.find("stand-in model: crash mode\n"), std::string::npos);
-    }
-    standin_mode mode("crash=abort");
-    run_result run = runModel(dir, 60000);
-    EXPECT_EQ(run.errors, "ERROR, process ended by signal 6 (Aborted).\n");
-}
-
-TEST(ProcessRunner, SilentModelFailsButSilentList100DoesNot) {
-    standin_run_dir dir;
-    {
-        standin_mode mode("silent");
-        run_result run = runModel(dir, 60000);
-        EXPECT_FALSE(run.ok);
-        EXPECT_EQ(run.errors, "ERROR in read_console - console file is empty.\n");
-    }
+    ASSERT_TRUE(runModel(dir, 60000).ok);
     sbtest::writeFile(dir.file("sb_outvars.txt"), "somsc\n");
     sbtest::writeFile(dir.file("sb.lis"), "stale list");
     standin_mode mode("silent");
@@ -134,7 +88,7 @@ TEST(ProcessRunner, SilentModelFailsButSilentList100DoesNot) {
     EXPECT_EQ(errors, "");
     EXPECT_EQ(runLog, "\"" + dir.list100() + "\" sb sb sb_outvars.txt\nProcess Finished\n");
     // The stale list was deleted and a new one written from the model's binary file.
-    EXPECT_EQ(sbtest::readFile(dir.file("sb.lis")).rfind("       time     somsc", 0), 0u);
+    EXPECT_THAT(sbtest::readFile(dir.file("sb.lis")), StartsWith("       time     somsc"));
 }
 
 TEST(ProcessRunner, LowerCaseErrorAnywhereFailsCapitalsAloneDoNot) {
@@ -147,14 +101,43 @@ TEST(ProcessRunner, LowerCaseErrorAnywhereFailsCapitalsAloneDoNot) {
     EXPECT_FALSE(
         runner.runCaptured("\"/bin/echo\" no errors occurred", "Soilbench.con", dir.path(), true, runLog, errors));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
-    EXPECT_NE(runLog.find("no errors occurred\n"), std::string::npos);  // still logged
+    EXPECT_THAT(runLog, HasSubstr("no errors occurred\n"));  // still logged
+}
 
-    standin_run_dir model;
-    standin_mode mode("error");
-    run_result run = runModel(model, 60000);
-    EXPECT_FALSE(run.ok);
-    EXPECT_EQ(run.errors, "ERROR, Tellura error detected.\n");
-    EXPECT_TRUE(std::filesystem::exists(model.file("sb.bin")));  // outputs written all the same
+// Every way the model can end badly, with its message; a model ended (time
+// limit, cancel) ends with its whole process group, and its console is still read.
+TEST(ProcessRunner, EachMisbehaviourFailsTheRunWithItsMessage) {
+    const struct misbehaviour {
+        const char* mode;
+        uint32_t timeoutMs;
+        int cancelAfterMs;
+        std::string errors, logged;
+        bool outputs;  // the binary file is written all the same
+    } cases[] = {
+        {"hang", 700, -1, kTimeLimit, "helper process ", false},
+        {"hang", 60000, 500, "Process Cancelled/Error\n", "helper process ", false},
+        {"crash", 60000, -1, "ERROR, process ended by signal 11 (Segmentation fault).\n",
+         "stand-in model: crash mode\n", false},
+        {"crash=abort", 60000, -1, "ERROR, process ended by signal 6 (Aborted).\n", "", false},
+        {"silent", 60000, -1, "ERROR in read_console - console file is empty.\n", "", true},
+        {"error", 60000, -1, "ERROR, Tellura error detected.\n", "", true},
+        {"slow=5", 0, -1, std::string(kTimeLimit) + "ERROR in read_console - console file is empty.\n", "", false},
+    };
+    for (const misbehaviour& c : cases) {
+        SCOPED_TRACE(std::string(c.mode) + ", time limit " + std::to_string(c.timeoutMs));
+        standin_run_dir dir;
+        standin_mode mode(c.mode);
+        run_result run = runModel(dir, c.timeoutMs, 3, c.cancelAfterMs);
+        EXPECT_FALSE(run.ok);
+        EXPECT_EQ(run.errors, c.errors);
+        EXPECT_THAT(run.runLog, HasSubstr(c.logged));
+        EXPECT_EQ(std::filesystem::exists(dir.file("sb.bin")), c.outputs);
+        EXPECT_FALSE(std::filesystem::exists(dir.file("Soilbench.con")));
+        if (c.logged == "helper process ") {
+            EXPECT_TRUE(sbtest::processEnds(helperPid(run.runLog))) << run.runLog;
+            EXPECT_THAT(run.runLog, Not(HasSubstr("Process Finished")));
+        }
+    }
 }
 
 TEST(ProcessRunner, StartFailuresGiveTheCodeAndTheCommandLine) {
@@ -203,17 +186,7 @@ TEST(ProcessRunner, RunDirectoryRemovedMidRunIsReportedNotFatal) {
                                     runLog, errors));
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_EQ(errors, "ERROR, Tellura error detected.\n");
-    EXPECT_NE(runLog.find("stand-in model: error: cannot read sb.sch"), std::string::npos) << runLog;
-}
-
-TEST(ProcessRunner, TimeoutZeroKillsAtOnceAndStillReadsTheConsole) {
-    standin_run_dir dir;
-    standin_mode mode("slow=5");
-    run_result run = runModel(dir, 0);
-    EXPECT_FALSE(run.ok);
-    EXPECT_EQ(run.errors.rfind(kTimeLimit, 0), 0u);
-    EXPECT_EQ(run.errors, std::string(kTimeLimit) + "ERROR in read_console - console file is empty.\n");
-    EXPECT_FALSE(std::filesystem::exists(dir.file("sb.bin")));
+    EXPECT_THAT(runLog, HasSubstr("stand-in model: error: cannot read sb.sch"));
 }
 
 TEST(ProcessRunner, HugeConsoleOutputKeepsItsHeadAndTailAndSaysWhatWasCut) {
@@ -228,9 +201,9 @@ TEST(ProcessRunner, HugeConsoleOutputKeepsItsHeadAndTailAndSaysWhatWasCut) {
     // first and the last lines are kept whole, the middle is cut and counted.
     const size_t printed = 57196 * 55 + normalConsole;
     EXPECT_LT(run.runLog.size(), 1100u * 1024);
-    EXPECT_NE(run.runLog.find("stand-in model console line 000000000 of a huge output\n"), std::string::npos);
-    EXPECT_NE(run.runLog.find("\nstand-in model console line 000057195 of a huge output\n"), std::string::npos);
-    EXPECT_EQ(run.runLog.find("stand-in model console line 000028000"), std::string::npos);
+    EXPECT_THAT(run.runLog, HasSubstr("stand-in model console line 000000000 of a huge output\n"));
+    EXPECT_THAT(run.runLog, HasSubstr("\nstand-in model console line 000057195 of a huge output\n"));
+    EXPECT_THAT(run.runLog, Not(HasSubstr("stand-in model console line 000028000")));
     EXPECT_EQ(run.runLog.substr(run.runLog.size() - 19), "Execution success.\n");
     std::smatch cut;
     const std::string text = run.runLog;

@@ -2,7 +2,7 @@
 // profiles with the stand-in imitating each release strictly: the release
 // accepts the run directory Soilbench writes, its console's success line is
 // seen, and the run stores every simulated month, the last one included.
-#include <gtest/gtest.h>
+#include "standin_fixture.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -65,7 +65,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     unsetenv("SB_STANDIN_STRICT");
     unsetenv("SB_STANDIN_REFERENCE");
     ASSERT_TRUE(ran) << errors << runLog;
-    EXPECT_NE(runLog.find("Execution success."), std::string::npos) << runLog;
+    EXPECT_THAT(runLog, HasSubstr("Execution success."));
 
     sb::tellura_outputs stored;
     ASSERT_TRUE(sb::readOutputs(*db, 1, stored, errors)) << errors;
@@ -82,7 +82,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
         ASSERT_FALSE(stored.annual.empty());
         const sb::TelluraOutputAnnual& year = stored.annual.back();
         EXPECT_TRUE(year.isMissing(year.column(c.missing))) << c.missing;
-        EXPECT_NE(errors.find("WARNING, the list utility does not know "), std::string::npos) << errors;
+        EXPECT_THAT(errors, HasSubstr("WARNING, the list utility does not know "));
     }
 }
 

@@ -3,6 +3,8 @@
 // demo set-up (daily-step release) imported as record 1 and copied to as many
 // records as asked, and settings that run the stand-in model from a model
 // folder of the test's own.
+#include <gmock/gmock.h>
+
 #include "test_support.h"
 
 #include <memory>
@@ -13,6 +15,10 @@
 #include "db/database.h"
 #include "run/run_history.h"
 #include "run/run_observer.h"
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 namespace sbtest {
 

@@ -103,9 +103,9 @@ TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
     EXPECT_EQ(one.result.runNumber, kRecords);
     EXPECT_EQ(one.result.good, kRecords - 3);
     EXPECT_EQ(one.result.failed, 3);
-    EXPECT_NE(one.errors.find("ERROR, Tellura error detected.\n"), std::string::npos);
-    EXPECT_NE(one.errors.find("ERROR, No soil record to run.\nPrecheck warning, 17\n"), std::string::npos);
-    EXPECT_NE(one.errors.find("ERROR, Initial Crop is not in crop list.\nPrecheck warning, 33\n"), std::string::npos);
+    EXPECT_THAT(one.errors, HasSubstr("ERROR, Tellura error detected.\n"));
+    EXPECT_THAT(one.errors, HasSubstr("ERROR, No soil record to run.\nPrecheck warning, 17\n"));
+    EXPECT_THAT(one.errors, HasSubstr("ERROR, Initial Crop is not in crop list.\nPrecheck warning, 33\n"));
     std::set<std::string> distinct;
     for (int32_t id = 1; id <= kRecords; ++id) {
         if (id == 10 || id == 17 || id == 33) {
@@ -142,11 +142,10 @@ TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
     EXPECT_EQ(three.result.failed, 4);
     std::string errors = comparable(three.errors, threeAtOnce);
     EXPECT_EQ(errors, comparable(one.errors, oneByOne));
-    EXPECT_NE(errors.find("ERROR, unable to open LIS file: <run 3>/sb.lis\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("ERROR, the run of record 3 failed: its earlier outputs are kept, and what it wrote is in "
-                          "\"<run 3>/\".\n"),
-              std::string::npos)
-        << errors;
+    EXPECT_THAT(errors, HasSubstr("ERROR, unable to open LIS file: <run 3>/sb.lis\n"));
+    EXPECT_THAT(errors,
+                HasSubstr("ERROR, the run of record 3 failed: its earlier outputs are kept, and what it wrote is in "
+                          "\"<run 3>/\".\n"));
     EXPECT_EQ(comparable(three.runLog, threeAtOnce), comparable(one.runLog, oneByOne));
     for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(threeAtOnce.storedOutputRows(id), 0) << id;
     expectSameStoredOutputs(oneByOne, threeAtOnce);
@@ -154,63 +153,52 @@ TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
 
 // --- Blocks to run -------------------------------------------------------------
 
-class RunSetBlocks : public ::testing::Test {
-protected:
-    RunSetBlocks() {
-        splitBlock(project, 1, 1995, 1, "MAIZ");
-        project.settings().keepRunFolders = true;
-    }
-
-    run_set runBlocks(std::vector<int> blockOrder) {
+// The blocks chosen run alone, in the order chosen (a later block first is
+// written so, and the model refuses it); the stored record keeps its blocks.
+TEST(RunSetBlocks, ChosenBlocksAloneRunInTheOrderChosen) {
+    run_project project{1, 10};
+    splitBlock(project, 1, 1995, 1, "MAIZ");
+    project.settings().keepRunFolders = true;
+    const struct blocks_case {
+        std::vector<int> order;
+        long good;
+        std::vector<int> storedYears;
+        std::vector<std::string> inOrder, absent;  // in the schedule written
+    } cases[] = {
+        {{2, 1}, 0, {}, {"1999          Last year", "CROP MAIZ", "1994          Last year", "CROP WWHT"}, {}},
+        {{2},
+         1,
+         {1995, 1996, 1997, 1998},
+         {"1995          starting year", "CROP MAIZ"},
+         {"1994          Last year", "CROP WWHT"}},
+        {{},
+         1,
+         {1990, 1991, 1992, 1993, 1995, 1996, 1997, 1998},
+         {"1994          Last year", "CROP WWHT", "1999          Last year", "CROP MAIZ"},
+         {}},
+    };
+    for (const blocks_case& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.order));
         run_set run;
         sb::run_set_options options;
-        options.blockOrder = std::move(blockOrder);
+        options.blockOrder = c.order;
         runRecords(project, run, options);
-        return run;
-    }
-    std::string schedule() { return readFile(project.lastRunFolder(1) + "sb.sch"); }
-    std::vector<int> storedYears() {
+        EXPECT_EQ(run.result.good, c.good) << run.errors;
+        EXPECT_EQ(run.result.failed, 1 - c.good);
         sb::tellura_outputs outputs;
         std::string errors;
-        sb::readOutputs(project.db(), 1, outputs, errors);
+        ASSERT_TRUE(sb::readOutputs(project.db(), 1, outputs, errors)) << errors;
         std::set<int> years;
         for (const auto* month : outputs.monthlyInOrder()) years.insert(month->year());
-        return {years.begin(), years.end()};
+        EXPECT_EQ(std::vector<int>(years.begin(), years.end()), c.storedYears);
+        const std::string schedule = readFile(project.lastRunFolder(1) + "sb.sch");
+        size_t at = 0;
+        for (const std::string& part : c.inOrder) {
+            at = schedule.find(part, at);
+            EXPECT_NE(at, std::string::npos) << part << " in order in\n" << schedule;
+        }
+        for (const std::string& part : c.absent) EXPECT_THAT(schedule, Not(HasSubstr(part)));
     }
-
-    run_project project{1, 10};
-};
-
-TEST_F(RunSetBlocks, AllBlocksRunWhenNoneAreChosen) {
-    run_set run = runBlocks({});
-    EXPECT_EQ(run.result.good, 1) << run.errors;
-    EXPECT_EQ(storedYears(), (std::vector<int>{1990, 1991, 1992, 1993, 1995, 1996, 1997, 1998}));
-    EXPECT_NE(schedule().find("1994          Last year"), std::string::npos);
-    EXPECT_NE(schedule().find("1999          Last year"), std::string::npos);
-}
-
-TEST_F(RunSetBlocks, ChosenBlocksAloneRun) {
-    run_set run = runBlocks({2});
-    EXPECT_EQ(run.result.good, 1) << run.errors;
-    EXPECT_EQ(storedYears(), (std::vector<int>{1995, 1996, 1997, 1998}));
-    std::string text = schedule();
-    EXPECT_NE(text.find("1995          starting year"), std::string::npos) << text;
-    EXPECT_EQ(text.find("1994          Last year"), std::string::npos) << text;
-    EXPECT_NE(text.find("CROP MAIZ"), std::string::npos) << text;
-    EXPECT_EQ(text.find("CROP WWHT"), std::string::npos) << text;
-}
-
-TEST_F(RunSetBlocks, ChosenOrderIsTheScheduleOrder) {
-    // The later block first: the schedule is written so (the model then refuses it).
-    run_set run = runBlocks({2, 1});
-    std::string text = schedule();
-    size_t later = text.find("1999          Last year"), earlier = text.find("1994          Last year");
-    ASSERT_NE(later, std::string::npos) << text;
-    ASSERT_NE(earlier, std::string::npos) << text;
-    EXPECT_LT(later, earlier) << text;
-    EXPECT_LT(text.find("CROP MAIZ"), text.find("CROP WWHT")) << text;
-    EXPECT_EQ(run.result.failed, 1);
-    // The stored record keeps its blocks as they were.
     sb::tellura_control_record record;
     std::string errors;
     ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;

@@ -123,7 +123,7 @@ TEST(RunSet, PrecheckFailureIsCountedAndSkipped) {
                                                              "Run      3, Good=     2 "}));
         EXPECT_TRUE(observer.precheckStops.empty());
         // The skipped record's model never ran.
-        EXPECT_EQ(run.runLog.find("\n2:"), std::string::npos) << run.runLog;
+        EXPECT_THAT(run.runLog, Not(HasSubstr("\n2:")));
         EXPECT_EQ(project.storedOutputRows(2), 0);
         EXPECT_EQ(project.storedOutputRows(3), 108);
         expectElapsedLine(run.runLog, 1);
@@ -218,7 +218,7 @@ TEST(RunSet, EndRunningEndsHangingModelsAndTheirHelpersAtOnce) {
         EXPECT_EQ(run.result.runNumber, jobs);
         EXPECT_EQ(run.result.failed, jobs);
         EXPECT_EQ(run.result.good, 0);
-        EXPECT_NE(run.errors.find("Process Cancelled/Error\n"), std::string::npos) << run.errors;
+        EXPECT_THAT(run.errors, HasSubstr("Process Cancelled/Error\n"));
         // The console of each ended model was still read: it names its helper.
         std::vector<pid_t> helpers = helperPids(run.runLog);
         EXPECT_EQ(static_cast<int>(helpers.size()), jobs) << run.runLog;

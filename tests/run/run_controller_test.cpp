@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <regex>
 #include <unistd.h>
 
@@ -31,109 +32,90 @@ bool matches(const std::string& text, const char* pattern) { return std::regex_m
 
 // --- Precheck ------------------------------------------------------------------
 
-class Precheck : public ::testing::Test {
-protected:
+// Each fault alone, then five at once: every check runs, each message in its
+// order; the decomposition rule is the original release's alone.
+TEST(Precheck, EachFaultIsReportedAndEveryCheckRunsInOrder) {
     run_project project{1};
-
-    // Loads record 1 as it is stored now and checks it for `version`.
-    bool check(int version, std::string& errors) {
-        sb::run_controller controller(project.db(), project.settings());
-        std::string loadErrors;
-        EXPECT_TRUE(controller.loadProjectData(loadErrors)) << loadErrors;
-        sb::tellura_control_record record;
-        EXPECT_TRUE(sb::readControlRecord(project.db(), 1, record, loadErrors)) << loadErrors;
-        return sb::precheck(record, version, controller.soils(), controller.stations(), controller.optionLists(),
-                            errors);
+    sb::run_controller controller(project.db(), project.settings());
+    std::string errors;
+    ASSERT_TRUE(controller.loadProjectData(errors)) << errors;
+    sb::tellura_control_record imported;
+    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, imported, errors)) << errors;
+    using change = std::function<void(sb::tellura_control_record&)>;
+    auto set = [](const char* column, double value) { return [=](auto& r) { r.row.setNumber(column, value); }; };
+    auto name = [](const char* column, const char* value) { return [=](auto& r) { r.row.setText(column, value); }; };
+    auto firstEvent = [](int type, const char* item) {
+        return [=](sb::tellura_control_record& r) {
+            for (auto& event : r.blocks.at(0).events)
+                if (event.type == type) {
+                    event.item = item;
+                    break;
+                }
+        };
+    };
+    const std::string inBlockOne = " selected in event for year 1, month 4.\nError occured in block number 1\n";
+    enum { exact, holds, lacks };
+    const struct precheck_case {
+        const char* what;
+        std::vector<change> changes;
+        int version, compare;
+        std::string expected;
+    } cases[] = {
+        {"as imported", {}, sb::kDiurna45, exact, ""},
+        {"no soil", {set("Soil ID", 999)}, sb::kDiurna45, exact, kNoSoil},
+        {"no station", {set("Weather ID", 999)}, sb::kDiurna45, exact, kNoStation},
+        {"list names in another case",
+         {name("Initial Crop", "wwht"), name("Initial Tree", "popl")},
+         sb::kDiurna45,
+         exact,
+         ""},
+        {"crop not in the list", {name("Initial Crop", "BARLY")}, sb::kDiurna45, exact, kCropNotInList},
+        {"tree not in the list", {name("Initial Tree", "OAK")}, sb::kDiurna45, exact, kTreeNotInList},
+        {"unknown crop",
+         {firstEvent(sb::kEventCrop, "NOPE")},
+         sb::kDiurna45,
+         exact,
+         "ERROR, unknown crop \"NOPE\"" + inBlockOne},
+        {"all at once",
+         {set("Soil ID", 999), set("Weather ID", 999), name("Initial Crop", "BARLY"), name("Initial Tree", "OAK"),
+          firstEvent(sb::kEventFert, "N1000")},
+         sb::kDiurna45,
+         exact,
+         std::string(kNoSoil) + kNoStation + kCropNotInList + kTreeNotInList + "ERROR, unknown fertilizer \"N1000\"" +
+             inBlockOne},
+        {"original release, linear decomposition",
+         {set("Organic Matter Decomposition Model", 1)},
+         sb::kTellura4Original,
+         holds,
+         kNotExponential},
+        {"daily release, linear decomposition",
+         {set("Organic Matter Decomposition Model", 1)},
+         sb::kDiurna45,
+         exact,
+         ""},
+        {"original release, exponential decomposition",
+         {set("Organic Matter Decomposition Model", 2)},
+         sb::kTellura4Original,
+         lacks,
+         "Decomposition"},
+    };
+    for (const precheck_case& c : cases) {
+        SCOPED_TRACE(c.what);
+        sb::tellura_control_record record = imported;
+        for (const change& apply : c.changes) apply(record);
+        errors.clear();
+        const bool passed = sb::precheck(record, c.version, controller.soils(), controller.stations(),
+                                         controller.optionLists(), errors);
+        if (c.compare == exact) {
+            EXPECT_EQ(passed, c.expected.empty());
+            EXPECT_EQ(errors, c.expected);
+        } else if (c.compare == holds) {
+            EXPECT_FALSE(passed);
+            EXPECT_THAT(errors, HasSubstr(c.expected));
+        } else {
+            EXPECT_THAT(errors, Not(HasSubstr(c.expected)));
+        }
     }
-    bool check(std::string& errors) { return check(project.settings().version, errors); }
-
-    void setFirstEventItem(int type, const std::string& item) {
-        std::string errors;
-        sb::tellura_control_record record;
-        ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
-        for (auto& event : record.blocks.at(0).events)
-            if (event.type == type) {
-                event.item = item;
-                break;
-            }
-        ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
-    }
-};
-
-TEST_F(Precheck, ImportedRecordPassesSilently) {
-    std::string errors;
-    EXPECT_TRUE(check(errors));
-    EXPECT_EQ(errors, "");
-}
-
-TEST_F(Precheck, RecordWithoutSoilOrStationFails) {
-    project.setNumber(1, "Soil ID", 999);
-    std::string errors;
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors, kNoSoil);
-
-    project.setNumber(1, "Soil ID", 1);
-    project.setNumber(1, "Weather ID", 999);
-    errors.clear();
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors, kNoStation);
-}
-
-TEST_F(Precheck, InitialCropAndTreeMustBeInTheirListsIgnoringCase) {
-    project.setText(1, "Initial Crop", "wwht");
-    project.setText(1, "Initial Tree", "popl");
-    std::string errors;
-    EXPECT_TRUE(check(errors)) << errors;
-    EXPECT_EQ(errors, "");
-
-    project.setText(1, "Initial Crop", "BARLY");
-    errors.clear();
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors, kCropNotInList);
-
-    project.setText(1, "Initial Crop", "WWHT");
-    project.setText(1, "Initial Tree", "OAK");
-    errors.clear();
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors, kTreeNotInList);
-}
-
-TEST_F(Precheck, OriginalReleaseNeedsTheExponentialDecompositionModel) {
-    project.setNumber(1, "Organic Matter Decomposition Model", 1);
-    std::string errors;
-    EXPECT_FALSE(check(sb::kTellura4Original, errors));
-    EXPECT_NE(errors.find(kNotExponential), std::string::npos) << errors;
-    // The rule is the original release's alone.
-    errors.clear();
-    EXPECT_TRUE(check(sb::kDiurna45, errors)) << errors;
-    EXPECT_EQ(errors.find("Decomposition"), std::string::npos) << errors;
-    // With the exponential model the message goes away.
-    project.setNumber(1, "Organic Matter Decomposition Model", 2);
-    errors.clear();
-    check(sb::kTellura4Original, errors);
-    EXPECT_EQ(errors.find("Decomposition"), std::string::npos) << errors;
-}
-
-TEST_F(Precheck, BlockWithAnUnknownCropFails) {
-    setFirstEventItem(sb::kEventCrop, "NOPE");
-    std::string errors;
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors,
-              "ERROR, unknown crop \"NOPE\" selected in event for year 1, month 4.\n"
-              "Error occured in block number 1\n");
-}
-
-TEST_F(Precheck, EveryCheckRunsAndReportsInOrder) {
-    project.setNumber(1, "Soil ID", 999);
-    project.setNumber(1, "Weather ID", 999);
-    project.setText(1, "Initial Crop", "BARLY");
-    project.setText(1, "Initial Tree", "OAK");
-    setFirstEventItem(sb::kEventFert, "N1000");
-    std::string errors;
-    EXPECT_FALSE(check(errors));
-    EXPECT_EQ(errors, std::string(kNoSoil) + kNoStation + kCropNotInList + kTreeNotInList +
-                          "ERROR, unknown fertilizer \"N1000\" selected in event for year 1, month 4.\n"
-                          "Error occured in block number 1\n");
 }
 
 // --- One record ----------------------------------------------------------------
@@ -161,10 +143,10 @@ TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
     // The run log: the model's command line, its console, then the list utility's.
     const std::string modelStep = "\"" + project.model() + "\" -s sb -n sb\nProcess Finished\n";
     const std::string listStep = "\"" + project.list100() + "\" sb sb sb_outvars.txt\nProcess Finished\n";
-    EXPECT_EQ(runLog.rfind(modelStep, 0), 0u) << runLog;
+    EXPECT_THAT(runLog, StartsWith(modelStep));
     size_t listAt = runLog.find(listStep);
     ASSERT_NE(listAt, std::string::npos) << runLog;
-    EXPECT_NE(runLog.find("Execution success.\n"), std::string::npos);
+    EXPECT_THAT(runLog, HasSubstr("Execution success.\n"));
     EXPECT_EQ(runLog.substr(listAt + listStep.size()), "Stand-in list100: 108 records listed.\n");
 
     // What is stored is what was read, row for row.
@@ -223,21 +205,16 @@ TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
     // Same inputs, same digest; another crop, another digest.
     EXPECT_EQ(runs[0].inputsSha256, runs[1].inputsSha256);
     EXPECT_NE(runs[1].inputsSha256, runs[2].inputsSha256);
-    EXPECT_NE(sbtest::readFile(runs[2].runFolder + "sb.sch").find("MAIZ"), std::string::npos);
+    EXPECT_THAT(sbtest::readFile(runs[2].runFolder + "sb.sch"), HasSubstr("MAIZ"));
 }
 
-TEST_F(RunOneRecord, RunLogEndsWithTheElapsedTime) {
+TEST_F(RunOneRecord, RunLogEndsWithTheElapsedTimeAndNewOutputsReplaceTheOld) {
     std::string runLog, errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
     EXPECT_TRUE(
         matches(runLog, "[^]*Stand-in list100: 108 records listed\\.\nTotal Elapsed: [0-9]+\\.[0-9]{3} seconds\n"))
         << runLog;
     EXPECT_EQ(sb::runReport(errors, runLog), errors + "\n" + runLog);
-}
-
-TEST_F(RunOneRecord, NewOutputsReplaceTheOldOnes) {
-    std::string runLog, errors;
-    ASSERT_TRUE(run(runLog, errors)) << errors;
     ASSERT_EQ(project.storedOutputRows(1), 108);
     // Five years fewer: the rows of the dropped years must go too.
     sb::tellura_control_record record;
@@ -257,12 +234,7 @@ TEST_F(RunOneRecord, FailedPrecheckWritesNothingAndStillReportsTheTime) {
     EXPECT_EQ(errors, kNoSoil);
     EXPECT_TRUE(matches(runLog, "Total Elapsed: [0-9]+\\.[0-9]{3} seconds\n")) << runLog;
     // Nothing but the two program links in the model folder.
-    long files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(project.modelFolder())) {
-        (void)entry;
-        ++files;
-    }
-    EXPECT_EQ(files, 2);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(project.modelFolder()), {}), 2);
     EXPECT_EQ(project.storedOutputRows(1), 0);
 }
 
@@ -309,17 +281,15 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
         }
         EXPECT_LT(monotonicSeconds() - started, 10.0);
         EXPECT_FALSE(record.runDone);
-        EXPECT_NE(errors.find(f.message), std::string::npos) << errors;
+        EXPECT_THAT(errors, HasSubstr(f.message));
         EXPECT_EQ(project.storedOutputs(), before) << "the earlier outputs are kept whole";
 
         const sb::run_history_entry last = project.history(1).back();
         EXPECT_EQ(last.state, f.state);
-        EXPECT_NE(last.message.find(f.message), std::string::npos) << last.message;
+        EXPECT_THAT(last.message, HasSubstr(f.message));
         const std::string folder = last.runFolder;
-        EXPECT_NE(errors.find("ERROR, the run of record 1 " + std::string(f.phrase) +
-                              ": its earlier outputs are kept, and what it wrote is in \"" + folder + "\".\n"),
-                  std::string::npos)
-            << errors;
+        EXPECT_THAT(errors, HasSubstr("ERROR, the run of record 1 " + std::string(f.phrase) +
+                                      ": its earlier outputs are kept, and what it wrote is in \"" + folder + "\".\n"));
         // The folder is the user's to inspect: the inputs are there, and nothing removes it.
         EXPECT_TRUE(std::filesystem::exists(folder + "sb.sch")) << folder;
         EXPECT_FALSE(std::filesystem::exists(folder + sb::run_folder::kOwnerFile));
@@ -340,18 +310,16 @@ TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
     const std::vector<std::string> good = project.storedOutputs();
     std::string text = sbtest::readFile(std::string(SB_SHARE_DIR) + "/profiles/diurna45.profile");
     const std::string shipped = "success = Execution success.";
-    ASSERT_NE(text.find(shipped), std::string::npos);
+    ASSERT_THAT(text, HasSubstr(shipped));
     text.replace(text.find(shipped), shipped.size(), "success = Simulation complete.");
     std::filesystem::create_directory(project.file("profiles"));
     sbtest::writeFile(project.file("profiles/diurna45.profile"), text);
     project.settings().profileFolder = project.file("profiles");
     errors.clear();
     EXPECT_FALSE(run(runLog, errors));
-    EXPECT_NE(errors.find("ERROR, the model's console lacks its success line \"Simulation complete.\" (release "
-                          "profile \"diurna45\" (" +
-                          project.file("profiles/diurna45.profile") + ")): the run failed.\n"),
-              std::string::npos)
-        << errors;
+    EXPECT_THAT(errors, HasSubstr("ERROR, the model's console lacks its success line \"Simulation complete.\" (release "
+                                  "profile \"diurna45\" (" +
+                                  project.file("profiles/diurna45.profile") + ")): the run failed.\n"));
     EXPECT_EQ(project.storedOutputs(), good);
 }
 
@@ -382,11 +350,9 @@ TEST_F(RunOneRecord, ListFileIsReadWhereTheListUtilityWroteItAndOnlyWhenNew) {
     runLog.clear(), errors.clear();
     EXPECT_FALSE(run(runLog, errors));
     const std::string folder = project.lastRunFolder(1);
-    EXPECT_NE(errors.find("ERROR, the list file \"" + folder +
-                          "sb.lis\" is older than this run: the list utility "
-                          "did not write it.\n"),
-              std::string::npos)
-        << errors;
+    EXPECT_THAT(errors, HasSubstr("ERROR, the list file \"" + folder +
+                                  "sb.lis\" is older than this run: the list utility "
+                                  "did not write it.\n"));
     EXPECT_EQ(project.storedOutputs(), good);
 }
 

@@ -74,7 +74,7 @@ TEST(RunStoreFaults, NoRecordIsGoodUnlessItsOutputsAreStored) {
             held.reset();
             EXPECT_EQ(result.good, 0) << errors;
             EXPECT_EQ(result.failed, 2);
-            EXPECT_NE(errors.find(fault.message), std::string::npos) << errors;
+            EXPECT_THAT(errors, HasSubstr(fault.message));
             EXPECT_EQ(project.storedOutputs(), before) << "the outputs stored before are kept whole";
             // Each record's run folder is kept, named, and left to the user.
             for (int32_t id : {2, 3}) {
@@ -98,7 +98,7 @@ TEST(RunStoreFaults, OneRecordRunFailsWhenItsOutputsAreNotStored) {
     sb::run_controller controller(project.db(), project.settings());
     std::string runLog, errors;
     EXPECT_FALSE(controller.runOneRecord(1, {}, runLog, errors));
-    EXPECT_NE(errors.find("database or disk is full"), std::string::npos) << errors;
+    EXPECT_THAT(errors, HasSubstr("database or disk is full"));
     EXPECT_EQ(project.storedOutputRows(1), 0);
 }
 

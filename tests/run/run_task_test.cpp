@@ -3,9 +3,7 @@
 // share the folder told apart from a failed run.
 #include "run/run_task.h"
 
-#include <gtest/gtest.h>
-
-#include "test_support.h"
+#include "standin_fixture.h"
 
 namespace {
 
@@ -119,7 +117,7 @@ TEST(RunTask, ANodeWithoutTheMarkerEndsWithItsOwnStatus) {
     sb::task_result result;
     ASSERT_TRUE(sb::readTaskResult(dir.path(), result, errors)) << errors;
     EXPECT_EQ(result.state, sb::run_state::failed);
-    EXPECT_NE(result.messages.find("Unable to create process"), std::string::npos) << result.messages;
+    EXPECT_THAT(result.messages, HasSubstr("Unable to create process"));
 }
 
 }  // namespace

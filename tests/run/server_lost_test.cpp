@@ -42,8 +42,8 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     EXPECT_FALSE(writeControlRecordWithOutputs(record, outputs, project.db(), errors));
     setOutputStore({});
     ASSERT_TRUE(sbtest::restartPostgresqlServer(why)) << why;
-    EXPECT_NE(errors.find("ERROR, unable to delete from [Output Monthly]\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("terminat"), std::string::npos) << "the server's going is told: " << errors;
+    EXPECT_THAT(errors, HasSubstr("ERROR, unable to delete from [Output Monthly]\n"));
+    EXPECT_THAT(errors, HasSubstr("terminat")) << "the server's going is told: " << errors;
 
     // Opened afresh, the project holds the record as it was before the cut-off save.
     auto db = database::open(project.db().location().text(), errors);

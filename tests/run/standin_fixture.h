@@ -1,11 +1,17 @@
 #pragma once
 // A run directory with the input files a release of the model reads, and the
 // stand-in model linked into it as the model executable (and list utility).
+#include <gmock/gmock.h>
+
 #include "test_support.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 namespace sbtest {
 

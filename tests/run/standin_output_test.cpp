@@ -76,7 +76,7 @@ std::vector<std::string> modelRecords(const standin_setup& setup, std::string* c
 TEST(StandinBinary, OneByteMarkersRecordSizesAndTimes) {
     standin_run_dir dir;  // release 3: 2360-byte records
     std::string console = dir.runModel();
-    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    EXPECT_THAT(console, Not(HasSubstr("error")));
     EXPECT_EQ(console.substr(console.size() - 19), "Execution success.\n");
     std::vector<std::string> records;
     std::vector<std::vector<int>> markers;
@@ -195,8 +195,8 @@ TEST(StandinList, WideLayoutColumnsMatchTheBinaryValues) {
     standin_run_dir dir;
     dir.runModel();
     std::string console = dir.runList100("aglivc\nnotavariable\nsomsc\n");
-    EXPECT_NE(console.find("Variable not found, skipping: notavariable\n"), std::string::npos);
-    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    EXPECT_THAT(console, HasSubstr("Variable not found, skipping: notavariable\n"));
+    EXPECT_THAT(console, Not(HasSubstr("error")));
     std::vector<std::string> records;
     ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(dir.file("sb.bin")), records));
     std::vector<std::string> list = lines(sbtest::readFile(dir.file("sb.lis")));
@@ -270,8 +270,8 @@ TEST(StandinInputs, MissingOrMalformedFilesStopWithAnError) {
         if (test.content) sbtest::writeFile(dir.file(test.file), test.content);
         else std::filesystem::remove(dir.file(test.file));
         std::string console = dir.runModel();
-        EXPECT_NE(console.find(test.expected), std::string::npos) << test.file << ":\n" << console;
-        EXPECT_EQ(console.find("Execution success."), std::string::npos) << test.file;
+        EXPECT_THAT(console, HasSubstr(test.expected)) << test.file << ":\n" << console;
+        EXPECT_THAT(console, Not(HasSubstr("Execution success."))) << test.file;
         EXPECT_FALSE(std::filesystem::exists(dir.file("sb.bin"))) << test.file;
     }
 }
@@ -285,7 +285,7 @@ TEST(StandinInputs, AcceptsTheRealDailyReleasesOwnInputSet) {
     sbtest::writeFile(dir.file("sb.sch"), sbtest::readFile(inputs + "/example.sch"));
     sbtest::writeFile(dir.file("sbsite.100"), sbtest::readFile(inputs + "/site2012.100"));
     std::string console = sbtest::runInDirectory(dir.path(), "'" + sbtest::standinPath() + "' --release 4 -s sb -n sb");
-    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    EXPECT_THAT(console, Not(HasSubstr("error")));
     ASSERT_GE(console.size(), 19u);
     EXPECT_EQ(console.substr(console.size() - 19), "Execution success.\n");
     std::vector<std::string> records;
@@ -306,7 +306,7 @@ TEST(StandinText, DailyReleaseFilesHaveTheCheckedHeaders) {
     setup.release = 4;
     standin_run_dir dir(setup);
     std::string console = dir.runModel();
-    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    EXPECT_THAT(console, Not(HasSubstr("error")));
     const char* const names[] = {"time", "N2Oflux", "NOflux", "N2flux", "CH4", "NIT", "ANNPPT"};
     const size_t ranges[][2] = {{1, 8}, {9, 22}, {23, 36}, {37, 50}, {51, 64}, {65, 78}, {79, 91}};
     for (const char* file : {"year_summary.out", "summary.out"}) {
@@ -336,15 +336,15 @@ TEST(StandinText, ReleaseSixWritesSixCommaSeparatedFiles) {
     setup.release = 6;
     standin_run_dir dir(setup);
     std::string console = dir.runModel();
-    EXPECT_EQ(console.find("error"), std::string::npos) << console;
+    EXPECT_THAT(console, Not(HasSubstr("error")));
     const std::pair<const char*, size_t> files[] = {{"sb.cropC.csv", 1},    {"sb.soilC.csv", 1}, {"sb.CO2.csv", 13},
                                                     {"sb.ForestC.csv", 13}, {"sb.nps.csv", 1},   {"sb.wt.csv", 13}};
     for (auto [name, headerLines] : files) {
         std::vector<std::string> text = lines(sbtest::readFile(dir.file(name)));
         ASSERT_EQ(text.size(), headerLines + 11) << name;
-        EXPECT_EQ(text[headerLines - 1].rfind("time,", 0), 0u) << name;
-        EXPECT_EQ(text[headerLines].rfind("1950.0000,", 0), 0u) << name;
-        EXPECT_EQ(text.back().rfind("1960.0000,", 0), 0u) << name;
+        EXPECT_THAT(text[headerLines - 1], StartsWith("time,")) << name;
+        EXPECT_THAT(text[headerLines], StartsWith("1950.0000,")) << name;
+        EXPECT_THAT(text.back(), StartsWith("1960.0000,")) << name;
     }
     EXPECT_EQ(lines(sbtest::readFile(dir.file("sb.cropC.csv")))[0],
               "time,agcacc,aglcis(1),aglcis(2),bgcacc,bglivc,cgrain,cinput,cprodc,creta,sdrema,shrema,stdedc");
@@ -358,17 +358,16 @@ TEST(StandinLabel, ReleaseIsWorkedOutFromCommandLineAndSchedule) {
         setup.release = release;
         standin_run_dir dir(setup);
         std::string console = dir.runModel(true);
-        EXPECT_EQ(
-            console.rfind("Stand-in model (not the model), imitating release " + std::to_string(release) + "\n", 0), 0u)
-            << console;
-        EXPECT_EQ(console.find("error"), std::string::npos) << console;
+        EXPECT_THAT(console,
+                    StartsWith("Stand-in model (not the model), imitating release " + std::to_string(release) + "\n"));
+        EXPECT_THAT(console, Not(HasSubstr("error")));
     }
 }
 
 TEST(StandinLabel, HelpSaysItIsAStandIn) {
     std::string help = sbtest::runInDirectory("/", "'" + sbtest::standinPath() + "' --help");
-    EXPECT_NE(help.find("STAND-IN for the Tellura model"), std::string::npos);
-    EXPECT_NE(help.find("It is not the model"), std::string::npos);
+    EXPECT_THAT(help, HasSubstr("STAND-IN for the Tellura model"));
+    EXPECT_THAT(help, HasSubstr("It is not the model"));
     std::string bad = sbtest::runInDirectory("/", "'" + sbtest::standinPath() + "' --mode sideways");
     EXPECT_EQ(bad, "stand-in model: error: unknown test mode \"sideways\"\n");
 }

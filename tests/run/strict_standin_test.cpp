@@ -119,8 +119,8 @@ TEST(StrictStandin, EachReleaseAcceptsItsOwnSampleSetUp) {
         std::string success = setup.year == 2012 ? "Execution success.\n" : " Execution success.\n";
         EXPECT_EQ(console.substr(0, run.label("Stand-in model (not the model),").size()),
                   run.label("Stand-in model (not the model),"));
-        EXPECT_NE(console.find("\n" + success + "status=0\n"), std::string::npos) << console;
-        EXPECT_EQ(console.find("error"), std::string::npos) << console;
+        EXPECT_THAT(console, HasSubstr("\n" + success + "status=0\n"));
+        EXPECT_THAT(console, Not(HasSubstr("error")));
         EXPECT_EQ(setup.year == 2012,
                   console.find("ERROR!  N balance boundary check exceeded.\n") != std::string::npos);
         EXPECT_GT(recordTimes(setup, sbtest::readFile(run.file("run.bin"))).size(), 100u);
@@ -199,7 +199,7 @@ TEST(StrictStandin, OutputIntervalWithoutDecimalPointIsThousandthsOfAYear) {
                             (std::string(interval) + "    Output interval").c_str());
         });
         std::string console = run.runModel();
-        ASSERT_NE(console.find("Execution success.\n"), std::string::npos) << console;
+        ASSERT_THAT(console, HasSubstr("Execution success.\n"));
         std::vector<float> times = recordTimes(k2012, sbtest::readFile(run.file("run.bin")));
         ASSERT_GT(times.size(), 2u);
         EXPECT_NEAR(times[1] - times[0], std::string(interval) == "1" ? 1.0f / 12 : 1.0f, 0.01f);

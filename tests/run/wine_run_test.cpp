@@ -157,7 +157,7 @@ TEST(WindowsStandin, RunsThroughWineAndStoresWhatTheLinuxBuildStores) {
         std::string runLog, errors;
         ASSERT_TRUE(controller.runOneRecord(1, {}, runLog, errors)) << errors << runLog;
         EXPECT_EQ(errors, "108 records read, from years 1990 to 1998.\n");
-        EXPECT_NE(runLog.find("Execution success.\n"), std::string::npos) << runLog;
+        EXPECT_THAT(runLog, HasSubstr("Execution success.\n"));
     }
     EXPECT_EQ(windows.storedOutputRows(1), 108);
     EXPECT_EQ(windows.storedOutputs(), native.storedOutputs());
@@ -185,11 +185,9 @@ TEST(WindowsStandin, TimeLimitEndsTheWindowsProgram) {
     sb::run_controller controller(project.db(), project.settings());
     std::string runLog, errors;
     EXPECT_FALSE(controller.runOneRecord(1, {}, runLog, errors));
-    EXPECT_NE(errors.find("Process interrupted at user-defined time limit."), std::string::npos) << errors;
-    EXPECT_NE(errors.find("The Windows program ran through Wine (\"wine\", prefix \"" SB_WINE_TEST_PREFIX
-                          "\"); Wine and the program were ended."),
-              std::string::npos)
-        << errors;
+    EXPECT_THAT(errors, HasSubstr("Process interrupted at user-defined time limit."));
+    EXPECT_THAT(errors, HasSubstr("The Windows program ran through Wine (\"wine\", prefix \"" SB_WINE_TEST_PREFIX
+                                  "\"); Wine and the program were ended."));
     EXPECT_EQ(project.storedOutputRows(1), 0);
     // Nothing of the run goes on: the program was in the process group that was killed.
     for (int wait = 0; wait < 20 && processesNaming(project.modelFolder()) > 0; ++wait)

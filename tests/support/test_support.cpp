@@ -27,8 +27,7 @@ bool processGone(int pid) {
 }
 
 bool processEnds(int pid) {
-    for (int i = 0; i < 200 && !processGone(pid); ++i) usleep(10000);
-    return processGone(pid);
+    return within(2, [pid] { return processGone(pid); });
 }
 
 temp_dir::temp_dir() {

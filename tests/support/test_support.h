@@ -2,7 +2,9 @@
 // Small helpers shared by the test programs.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 
 namespace sbtest {
 
@@ -61,6 +63,13 @@ bool processGone(int pid);
 // Waits up to two seconds for the process to end (a signal reaches the members
 // of a process group one after another).
 bool processEnds(int pid);
+// Polls `check` every 20 ms until it holds or `seconds` have passed; its last answer.
+template <class Check>
+bool within(double seconds, Check check) {
+    for (double waited = 0; waited < seconds && !check(); waited += 0.02)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    return check();
+}
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& content);

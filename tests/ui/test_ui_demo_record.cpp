@@ -56,6 +56,7 @@ class test_ui_demo_record : public QObject {
         settings.runVisible = false;
         settings.runTimeout = timeout;
         settings.outputPath = dir_.filePath("daily").toStdString() + "/";
+        settings.runsFolder = dir_.filePath("runs").toStdString();  // not the user's runs folder
         return settings;
     }
 
