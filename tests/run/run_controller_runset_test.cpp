@@ -106,50 +106,48 @@ TEST(RunSet, RunsTheChosenRecordsInTableOrderNamingTheirRowInTheTable) {
     }
 }
 
-TEST(RunSet, PrecheckFailureIsCountedAndSkipped) {
-    run_project project(3, 10);
-    project.setNumber(2, "Soil ID", 999);
-    project.saveInIdOrder();
-    for (int jobs : {1, 3}) {
-        SCOPED_TRACE(jobs);
-        recording_observer observer;
-        run_set run = runRecords(project, observer, withJobs(jobs));
-        EXPECT_EQ(run.errors, kReadTenYears + "ERROR, No soil record to run.\nPrecheck warning, 2\n" + kReadTenYears);
-        EXPECT_EQ(run.result.runNumber, 3);
-        EXPECT_EQ(run.result.good, 2);
-        EXPECT_EQ(run.result.failed, 1);
-        EXPECT_FALSE(run.result.stoppedOnPrecheck);
-        EXPECT_EQ(observer.status, (std::vector<std::string>{"Run      1, Good=     1 ", "Run      2, Good=     1 ",
-                                                             "Run      3, Good=     2 "}));
-        EXPECT_TRUE(observer.precheckStops.empty());
-        // The skipped record's model never ran.
-        EXPECT_THAT(run.runLog, Not(HasSubstr("\n2:")));
-        EXPECT_EQ(project.storedOutputRows(2), 0);
-        EXPECT_EQ(project.storedOutputRows(3), 108);
-        expectElapsedLine(run.runLog, 1);
-    }
-}
-
-TEST(RunSet, StopIfAnyPrecheckErrorsStopsAfterThatRecord) {
+// A record failing its precheck is counted as failed and its model never runs;
+// with "stop if any precheck errors" the run set stops after it.
+TEST(RunSet, PrecheckFailureIsCountedAndSkippedOrStopsTheRunSet) {
     run_project project(4, 10);
     project.setNumber(2, "Soil ID", 999);
     project.saveInIdOrder();
-    for (int jobs : {1, 3}) {
-        SCOPED_TRACE(jobs);
-        recording_observer observer;
-        sb::run_set_options options = withJobs(jobs);
-        options.stopOnPrecheckErrors = true;
-        run_set run = runRecords(project, observer, options);
-        EXPECT_EQ(run.errors, kReadTenYears + "ERROR, No soil record to run.\nStop due to precheck error at 2\n");
-        EXPECT_EQ(observer.precheckStops, std::vector<std::string>{"ERROR, No soil record to run.\n"});
-        EXPECT_EQ(observer.progress.size(), 2u);
-        EXPECT_EQ(run.result.runNumber, 2);
-        EXPECT_EQ(run.result.good, 1);
-        EXPECT_EQ(run.result.failed, 1);
-        EXPECT_TRUE(run.result.stoppedOnPrecheck);
-        EXPECT_EQ(project.storedOutputRows(3), 0);
-        EXPECT_EQ(project.storedOutputRows(4), 0);
-        expectElapsedLine(run.runLog, 1);
+    const std::string noSoil = "ERROR, No soil record to run.\n";
+    const struct precheck_case {
+        bool stop;
+        std::string errors;
+        long runNumber, good;
+        std::vector<long> storedRows;  // of records 1 to 4
+        std::vector<std::string> status;
+    } cases[] = {
+        {true, kReadTenYears + noSoil + "Stop due to precheck error at 2\n", 2, 1, {108, 0, 0, 0}, {}},
+        {false,
+         kReadTenYears + noSoil + "Precheck warning, 2\n" + kReadTenYears + kReadTenYears,
+         4,
+         3,
+         {108, 0, 108, 108},
+         {"Run      1, Good=     1 ", "Run      2, Good=     1 ", "Run      3, Good=     2 ",
+          "Run      4, Good=     3 "}},
+    };
+    for (const precheck_case& c : cases) {
+        for (int jobs : {1, 3}) {
+            SCOPED_TRACE(std::string(c.stop ? "stop" : "go on") + ", jobs " + std::to_string(jobs));
+            recording_observer observer;
+            sb::run_set_options options = withJobs(jobs);
+            options.stopOnPrecheckErrors = c.stop;
+            run_set run = runRecords(project, observer, options);
+            EXPECT_EQ(run.errors, c.errors);
+            EXPECT_EQ(run.result.runNumber, c.runNumber);
+            EXPECT_EQ(static_cast<long>(observer.progress.size()), c.runNumber);
+            EXPECT_EQ(run.result.good, c.good);
+            EXPECT_EQ(run.result.failed, 1);
+            EXPECT_EQ(run.result.stoppedOnPrecheck, c.stop);
+            EXPECT_EQ(observer.precheckStops, c.stop ? std::vector<std::string>{noSoil} : std::vector<std::string>{});
+            if (!c.stop) { EXPECT_EQ(observer.status, c.status); }
+            EXPECT_THAT(run.runLog, Not(HasSubstr("\n2:")));  // the skipped record's model never ran
+            for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(project.storedOutputRows(id), c.storedRows[id - 1]) << id;
+            expectElapsedLine(run.runLog, 1);
+        }
     }
 }
 

@@ -190,9 +190,7 @@ TEST(WindowsStandin, TimeLimitEndsTheWindowsProgram) {
                                   "\"); Wine and the program were ended."));
     EXPECT_EQ(project.storedOutputRows(1), 0);
     // Nothing of the run goes on: the program was in the process group that was killed.
-    for (int wait = 0; wait < 20 && processesNaming(project.modelFolder()) > 0; ++wait)
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(processesNaming(project.modelFolder()), 0);
+    EXPECT_TRUE(sbtest::within(2, [&] { return processesNaming(project.modelFolder()) == 0; }));
 }
 
 }  // namespace
