@@ -25,19 +25,13 @@ namespace fs = std::filesystem;
 
 constexpr int32_t kOwnSoilAndStation = 900;  // record 2's, so that changing record 1's leaves it alone
 
-std::vector<sb::record_status> statuses(run_project& project) {
-    sb::run_controller controller(project.db(), project.settings());
-    std::vector<sb::record_status> result;
-    std::string errors;
-    EXPECT_TRUE(controller.recordStatuses("", {}, result, errors)) << errors;
-    return result;
-}
-
 // "1:good 2:stale ", in ID order (a saved record moves to the end of the table).
 std::string states(run_project& project) {
-    std::vector<sb::record_status> all = statuses(project);
+    sb::run_controller controller(project.db(), project.settings());
+    std::vector<sb::record_status> all;
+    std::string errors, text;
+    EXPECT_TRUE(controller.recordStatuses("", {}, all, errors)) << errors;
     std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
-    std::string text;
     for (const sb::record_status& status : all)
         text += std::to_string(status.id) + ":" + sb::recordStateWord(status.state) + " ";
     return text;
@@ -79,14 +73,6 @@ void separateRecordTwo(run_project& project) {
     record.row.setNumber("Soil ID", kOwnSoilAndStation);
     record.row.setNumber("Weather ID", kOwnSoilAndStation);
     for (auto& block : record.blocks) block.weatherId = kOwnSoilAndStation;  // the weather file's station
-    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
-}
-
-void changeRecord(run_project& project, int32_t id, const std::function<void(sb::tellura_control_record&)>& change) {
-    std::string errors;
-    sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), id, record, errors)) << errors;
-    change(record);
     ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
 }
 
@@ -141,13 +127,12 @@ struct stale_case {
 TEST(RecordStates, GoodRunsTurnStaleWhenWhatTheyUsedChanges) {
     const stale_case cases[] = {
         {"nothing changed", [](run_project&) {}, "1:good 2:good "},
-        {"a site value",
-         [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.site.setNumber("SOM1CI(1,1)", 123); }); },
+        {"a site value", [](run_project& p) { p.change(1, [](auto& r) { r.site.setNumber("SOM1CI(1,1)", 123); }); },
          "1:stale 2:good "},
         {"a fixed parameter", [](run_project& p) { p.setNumber(2, "CO2PPM(1)", 412); }, "1:good 2:stale "},
         {"its soil", changeSoilOfRecordOne, "1:stale 2:good "},
         {"its weather", changeWeatherOfRecordOne, "1:stale 2:good "},
-        {"its schedule", [](run_project& p) { changeRecord(p, 1, [](auto& r) { r.blocks.front().lastYear -= 1; }); },
+        {"its schedule", [](run_project& p) { p.change(1, [](auto& r) { r.blocks.front().lastYear -= 1; }); },
          "1:stale 2:good "},
         // Every run writes each option list whole, so an entry record 2 does
         // not use still changes the files its model reads.

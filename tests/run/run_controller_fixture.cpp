@@ -130,31 +130,25 @@ std::string run_project::lastRunFolder(int32_t id) {
     return entries.empty() ? "" : entries.back().runFolder;
 }
 
-void run_project::setText(int32_t id, const char* column, const std::string& value) {
+void run_project::change(int32_t id, const std::function<void(sb::tellura_control_record&)>& edit) {
     std::string errors;
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
-    ASSERT_TRUE(record.row.setText(column, value)) << column;
+    edit(record);
     ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+}
+
+void run_project::setText(int32_t id, const char* column, const std::string& value) {
+    change(id, [&](sb::tellura_control_record& record) { EXPECT_TRUE(record.row.setText(column, value)) << column; });
 }
 
 void run_project::setNumber(int32_t id, const char* column, double value) {
-    std::string errors;
-    sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
-    ASSERT_TRUE(record.row.setNumber(column, value)) << column;
-    ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+    change(id, [&](sb::tellura_control_record& record) { EXPECT_TRUE(record.row.setNumber(column, value)) << column; });
 }
 
 void run_project::saveInIdOrder() {
-    std::string errors;
-    for (int32_t id = 1; id <= records_; ++id) {
-        sb::tellura_control_record record;
-        ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
-        ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
-    }
+    for (int32_t id = 1; id <= records_; ++id) change(id, [](sb::tellura_control_record&) {});
 }
-
 standin_mode::standin_mode(const std::string& mode) { setenv("SB_STANDIN_MODE", mode.c_str(), 1); }
 standin_mode::~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
 

@@ -7,12 +7,14 @@
 
 #include "test_support.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "app/app_soilbench.h"
 #include "db/database.h"
+#include "records/tellura_control_record.h"
 #include "run/run_history.h"
 #include "run/run_observer.h"
 
@@ -51,8 +53,9 @@ public:
     // The folder the record's last run left (its path from the run history).
     std::string lastRunFolder(int32_t id);
 
-    // Changes one record's row (a text or number column by name) and saves it.
-    // A saved record's row goes to the end of the table.
+    // Changes one record (or a text or number column of its row by name) and
+    // saves it. A saved record's row goes to the end of the table.
+    void change(int32_t id, const std::function<void(sb::tellura_control_record&)>& edit);
     void setText(int32_t id, const char* column, const std::string& value);
     void setNumber(int32_t id, const char* column, double value);
     // Saves every record again in ID order, so that table order is ID order.

@@ -46,19 +46,17 @@ std::string comparable(const std::string& text, const run_project& project) {
 // gets number `firstNumber` (1 keeps them in time order, 2 puts the later
 // part first in the schedule, which the model refuses).
 void splitBlock(run_project& project, int32_t id, int splitYear, int firstNumber, const char* laterCrop) {
-    std::string errors;
-    sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), id, record, errors)) << errors;
-    ASSERT_EQ(record.blocks.size(), 1u);
-    sb::tellura_event_block later = record.blocks[0];
-    record.blocks[0].lastYear = static_cast<int16_t>(splitYear - 1);
-    record.blocks[0].blockNumber = static_cast<int16_t>(firstNumber);
-    later.blockNumber = static_cast<int16_t>(3 - firstNumber);
-    later.firstYear = later.outputStartingYear = static_cast<int16_t>(splitYear);
-    for (auto& event : later.events)
-        if (event.type == sb::kEventCrop) event.item = laterCrop;
-    record.blocks.push_back(later);
-    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
+    project.change(id, [&](sb::tellura_control_record& record) {
+        ASSERT_EQ(record.blocks.size(), 1u);
+        sb::tellura_event_block later = record.blocks[0];
+        record.blocks[0].lastYear = static_cast<int16_t>(splitYear - 1);
+        record.blocks[0].blockNumber = static_cast<int16_t>(firstNumber);
+        later.blockNumber = static_cast<int16_t>(3 - firstNumber);
+        later.firstYear = later.outputStartingYear = static_cast<int16_t>(splitYear);
+        for (auto& event : later.events)
+            if (event.type == sb::kEventCrop) event.item = laterCrop;
+        record.blocks.push_back(later);
+    });
 }
 
 // 50 records, among them a model that refuses its schedule (10) and two

@@ -217,10 +217,7 @@ TEST_F(RunOneRecord, RunLogEndsWithTheElapsedTimeAndNewOutputsReplaceTheOld) {
     EXPECT_EQ(sb::runReport(errors, runLog), errors + "\n" + runLog);
     ASSERT_EQ(project.storedOutputRows(1), 108);
     // Five years fewer: the rows of the dropped years must go too.
-    sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors));
-    record.blocks[0].lastYear = 1994;
-    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors));
+    project.change(1, [](sb::tellura_control_record& record) { record.blocks[0].lastYear = 1994; });
     errors.clear();
     ASSERT_TRUE(run(runLog, errors)) << errors;
     EXPECT_EQ(errors, "48 records read, from years 1990 to 1993.\n");
