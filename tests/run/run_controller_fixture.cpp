@@ -153,16 +153,12 @@ standin_mode::standin_mode(const std::string& mode) { setenv("SB_STANDIN_MODE", 
 standin_mode::~standin_mode() { unsetenv("SB_STANDIN_MODE"); }
 
 void recording_observer::progressText(const std::string& text) {
-    if (startedAt_ < 0) startedAt_ = monotonicSeconds();
     progress.push_back(text);
     reportedAtStart.push_back(lastDone);
 }
 
 sb::cancel_request recording_observer::cancelRequested() {
-    if (cancelAfter >= 0 && lastDone >= cancelAfter) return request;
-    if (requestAfterSeconds >= 0 && startedAt_ >= 0 && monotonicSeconds() - startedAt_ >= requestAfterSeconds)
-        return timedRequest;
-    return sb::cancel_request::none;
+    return cancelAfter >= 0 && lastDone >= cancelAfter ? request : sb::cancel_request::none;
 }
 
 double monotonicSeconds() {

@@ -89,9 +89,6 @@ public:
     // Once this many records are reported, cancelRequested() answers `request`.
     long cancelAfter = -1;
     sb::cancel_request request = sb::cancel_request::finish_running;
-    // Seconds after the first progress text before `timedRequest` is answered (< 0: never).
-    double requestAfterSeconds = -1;
-    sb::cancel_request timedRequest = sb::cancel_request::end_running;
 
     void progressText(const std::string& text) override;
     void statusText(const std::string& text) override { status.push_back(text); }
@@ -101,9 +98,6 @@ public:
     }
     sb::cancel_request cancelRequested() override;
     void precheckStopped(const std::string& messages) override { precheckStops.push_back(messages); }
-
-private:
-    double startedAt_ = -1;
 };
 
 // Seconds on a monotonic clock.
