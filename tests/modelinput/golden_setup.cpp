@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <map>
 
 #include "app/text_file.h"
@@ -130,6 +132,21 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
 }
 
 }  // namespace
+
+std::vector<std::string> filesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::vector<std::string> withOptionFiles(std::vector<std::string> names) {
+    for (const char* file : {"crop.100", "cult.100", "fert.100", "fire.100", "graz.100", "harv.100", "irri.100",
+                             "omad.100", "tree.100", "trem.100"})
+        names.push_back(file);
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 std::string goldenDir() { return testDataDir() + "/golden"; }
 

@@ -2,6 +2,7 @@
 // The golden test record (tests/data/golden/record.txt) loaded into the
 // objects a run directory is prepared from.
 #include <string>
+#include <vector>
 
 #include "modelinput/run_directory.h"
 #include "records/option_lists.h"
@@ -22,5 +23,10 @@ struct golden_setup {
 std::string goldenDir();
 // Fails the current test (and returns false) when record.txt cannot be read.
 bool loadGoldenSetup(golden_setup& setup);
+
+// The names of the files in a folder, sorted.
+std::vector<std::string> filesIn(const std::string& folder);
+// The ten option files every run directory gets, added to `names` and sorted.
+std::vector<std::string> withOptionFiles(std::vector<std::string> names);
 
 }  // namespace sbtest

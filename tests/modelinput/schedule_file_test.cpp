@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "golden_setup.h"
 #include "modelinput/profile_values.h"
@@ -57,15 +58,8 @@ TEST_F(ScheduleTest, YearsSpanAllBlocksWhateverTheirOrder) {
     EXPECT_EQ(text(3).rfind("#42 Golden record\n1950          starting year\n", 0), 0u);
 }
 
-TEST_F(ScheduleTest, HeaderOptionsOfTheMonthlyReleases) {
-    std::string v3 = text(3);
-    EXPECT_TRUE(hasLine(v3, "1              CO2 Systems\n1950      \n2000      "));
-    EXPECT_TRUE(hasLine(v3, "-1            Soil warming"));
-    EXPECT_TRUE(hasLine(v3, "1             Climate scalar option\n1980             N scalar year"));
-    EXPECT_TRUE(hasLine(v3, "0             OMAD input scalar option"));
-    EXPECT_EQ(text(2).find("pH Shift"), std::string::npos);
-    EXPECT_EQ(text(6).find("Climate scalar option"), std::string::npos);
-
+// The golden files pin the header of the golden record; here the forms other values choose.
+TEST_F(ScheduleTest, HeaderOptionsTurnedOffAndOn) {
     setup.record.row.setNumber("CO2SYS", 0);
     setup.record.row.setNumber("PHSYS", 0);
     setup.record.row.setNumber("STSYS", 2);
@@ -81,7 +75,6 @@ TEST_F(ScheduleTest, HeaderOptionsOfTheMonthlyReleases) {
 }
 
 TEST_F(ScheduleTest, InitialCropAndTree) {
-    EXPECT_TRUE(hasLine(text(2), "C6            Initial Crop\nDECID         Initial Tree"));
     setup.record.row.setText("Initial Crop", "");
     setup.record.row.setText("Initial Tree", "");
     EXPECT_TRUE(hasLine(text(2), "C6            Initial Crop\n              Initial Tree"));  // the first crop
@@ -162,16 +155,12 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
 }
 
 TEST_F(ScheduleTest, DayOfYearInANonLeapYear) {
-    EXPECT_EQ(dayOfYear(1, 1), 1);
-    EXPECT_EQ(dayOfYear(3, 1), 60);
-    EXPECT_EQ(dayOfYear(12, 31), 365);
-    int month = 0, day = 0;
-    monthAndDay(60, month, day);
-    EXPECT_EQ(month, 3);
-    EXPECT_EQ(day, 1);
-    monthAndDay(365, month, day);
-    EXPECT_EQ(month, 12);
-    EXPECT_EQ(day, 31);
+    for (auto [month, day, dayOfYearWanted] : {std::tuple{1, 1, 1}, {3, 1, 60}, {12, 31, 365}}) {
+        EXPECT_EQ(dayOfYear(month, day), dayOfYearWanted);
+        int monthBack = 0, dayBack = 0;
+        monthAndDay(dayOfYearWanted, monthBack, dayBack);
+        EXPECT_EQ(std::pair(monthBack, dayBack), std::pair(month, day)) << dayOfYearWanted;
+    }
 }
 
 TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
