@@ -101,22 +101,10 @@ TEST(BinaryLayout, ShippedLayoutsAreTheKnownBuilds) {
     std::string errors;
     ASSERT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
     ASSERT_EQ(catalogue.layouts().size(), 3u);
-    // Release 2's arrays, and the two daily-step builds; releases 1, 3 and 5 have none.
-    struct {
-        int version;
-        long bytes;
-        int counts[3];
-        const char* first;
-    } builds[] = {{2, 1984, {279, 105, 111}, "agcacc"},
-                  {4, 3212, {445, 218, 139}, "agcacc"},
-                  {4, 2432, {350, 128, 129}, "agcacc"}};
-    for (const auto& build : builds) {
-        const binary_layout* layout = catalogue.find(build.version, build.bytes);
-        ASSERT_NE(layout, nullptr) << build.bytes;
-        for (int a = 0; a < 3; ++a) EXPECT_EQ(layout->count(a), build.counts[a]) << build.bytes << " array " << a;
-        EXPECT_EQ(layout->names[0][0], build.first);
-    }
-    for (int version : {1, 3, 5}) EXPECT_EQ(catalogue.knownSizes(version), "") << version;
+    // Release 2's build, and the two daily-step builds; releases 1, 3 and 5 have none.
+    const char* sizes[] = {"", "", "1984", "", "2432, 3212", "", ""};
+    for (int version = 0; version <= 6; ++version) EXPECT_EQ(catalogue.knownSizes(version), sizes[version]) << version;
+    EXPECT_EQ(catalogue.find(4, 2432)->names[0][0], "agcacc");
     EXPECT_EQ(catalogue.find(3, 3212), nullptr);
 
     // A user's layout of a shipped size wins over the shipped one.
@@ -129,97 +117,75 @@ TEST(BinaryLayout, ShippedLayoutsAreTheKnownBuilds) {
     EXPECT_EQ(mine.find(4, 3212)->count(0), 445);
 }
 
-TEST(BinaryFraming, ByteMarkedPhysicalRecords) {
+// Every record a file gives, read at the sizes given (the last size repeats),
+// until the reader stops; and a further read after that must fail too.
+struct framed_read {
+    int firstByte = -1;
+    binary_framing framing = binary_framing::unknown;
+    long firstBytes = 0;
+    std::vector<std::string> records;
+    bool error = false;
+    std::string errors;
+};
+
+framed_read readFramed(const std::string& bytes, const std::vector<long>& sizes) {
     sbtest::temp_dir dir;
-    // A 128-byte record is one physical record with L = 128; a 200-byte record is 129 + 72.
-    std::string bytes(1, 75);
-    bytes += static_cast<char>(128) + std::string(128, 'a') + static_cast<char>(128);
-    bytes += static_cast<char>(129) + std::string(128, 'b') + static_cast<char>(129);
-    bytes += static_cast<char>(72) + std::string(72, 'c') + static_cast<char>(72);
-    bytes += static_cast<char>(130);
     sbtest::writeFile(dir.file("f.bin"), bytes);
     binary_record_reader reader;
-    std::string errors;
-    ASSERT_TRUE(reader.open(dir.file("f.bin"), errors));
-    int first = 0;
-    ASSERT_TRUE(reader.readFirstByte(first));
-    EXPECT_EQ(first, 75);
-    ASSERT_TRUE(reader.detectFraming(errors));
-    EXPECT_EQ(reader.framing(), binary_framing::byte_markers);
-    EXPECT_EQ(reader.firstRecordBytes(), 128);
+    framed_read out;
+    EXPECT_TRUE(reader.open(dir.file("f.bin"), out.errors));
+    EXPECT_TRUE(reader.readFirstByte(out.firstByte));
+    EXPECT_TRUE(reader.detectFraming(out.errors)) << out.errors;
+    out.framing = reader.framing();
+    out.firstBytes = reader.firstRecordBytes();
     std::vector<unsigned char> record;
-    bool error = false;
-    ASSERT_TRUE(reader.readRecord(128, record, error, errors));
-    EXPECT_EQ(std::string(record.begin(), record.end()), std::string(128, 'a'));
-    ASSERT_TRUE(reader.readRecord(200, record, error, errors));
-    EXPECT_EQ(std::string(record.begin(), record.end()), std::string(128, 'b') + std::string(72, 'c'));
-    EXPECT_FALSE(reader.readRecord(8, record, error, errors));  // L = 130: the end, no message
-    EXPECT_FALSE(error);
-    EXPECT_EQ(errors, "");
+    while (reader.readRecord(sizes[std::min(out.records.size(), sizes.size() - 1)], record, out.error, out.errors))
+        out.records.emplace_back(record.begin(), record.end());
+    EXPECT_FALSE(reader.readRecord(sizes.back(), record, out.error, out.errors));
+    return out;
 }
 
-TEST(BinaryFraming, DamagedByteMarkedRecords) {
-    sbtest::temp_dir dir;
-    auto readAll = [&](const std::string& bytes, long size, std::string& errors, bool& error) {
-        sbtest::writeFile(dir.file("f.bin"), bytes);
-        binary_record_reader reader;
-        int first = 0;
-        reader.open(dir.file("f.bin"), errors);
-        reader.readFirstByte(first);
-        reader.detectFraming(errors);
-        std::vector<unsigned char> record;
-        int n = 0;
-        while (reader.readRecord(size, record, error, errors)) ++n;
-        return n;
+TEST(BinaryFraming, PhysicalRecordsAndDamageInBothFramings) {
+    const auto marked = [](int length, const std::string& data) {
+        return static_cast<char>(length) + data + static_cast<char>(length);
     };
-    std::string errors;
-    bool error = false;
-    std::string good = std::string(1, 4) + "abcd" + std::string(1, 4);
-    // Trailer 5 after 4 data bytes in the second record.
-    int n =
-        readAll(std::string(1, 75) + good + std::string(1, 4) + "efgh" + std::string(1, 5) + good, 4, errors, error);
-    EXPECT_EQ(n, 1);
-    EXPECT_TRUE(error);
-    EXPECT_EQ(errors, "ERROR in physical record (length = 4, trailer length = 5).\n");
-
-    errors.clear();
-    error = false;
-    n = readAll(std::string(1, 75) + good + std::string(1, 4) + "ef", 4, errors, error);
-    EXPECT_EQ(n, 1);
-    EXPECT_EQ(errors, "ERROR in physical record.\n");
-
+    const std::string start(1, 75), end(1, static_cast<char>(130)), abcd = marked(4, "abcd");
+    const std::string a128(128, 'a'), b128(128, 'b'), c72(72, 'c');
+    std::string spoiled = sbtest::lengthMarkedFile({smallRecord(1), smallRecord(2), smallRecord(3)});
+    spoiled[44] = 35;  // the leading marker of record 2
+    const std::vector<unsigned char> first = smallRecord(1);
+    const std::string firstRecord(first.begin(), first.end());
+    // A 128-byte record is one physical record with L = 128; a 200-byte record
+    // is 129 + 72; L = 130 is the end, without a message.
+    const std::string two = start + marked(128, a128) + marked(129, b128) + marked(72, c72) + end;
+    const std::string badTrailer = start + abcd + marked(4, "efgh").replace(5, 1, 1, 5) + abcd;
     // The end byte before the record is complete ends reading without a message.
-    errors.clear();
-    error = false;
-    n = readAll(std::string(1, 75) + std::string(1, static_cast<char>(129)) + std::string(128, 'x') +
-                    std::string(1, static_cast<char>(129)) + std::string(1, static_cast<char>(130)),
-                200, errors, error);
-    EXPECT_EQ(n, 0);
-    EXPECT_FALSE(error);
-    EXPECT_EQ(errors, "");
-}
-
-TEST(BinaryFraming, LengthMarkedRecordsAreRecognisedAndChecked) {
-    sbtest::temp_dir dir;
-    std::string file = sbtest::lengthMarkedFile({smallRecord(1), smallRecord(2), smallRecord(3)});
-    // Spoil the leading marker of record 2.
-    file[44] = 35;
-    sbtest::writeFile(dir.file("g.bin"), file);
-    binary_record_reader reader;
-    std::string errors;
-    int first = 0;
-    ASSERT_TRUE(reader.open(dir.file("g.bin"), errors));
-    ASSERT_TRUE(reader.readFirstByte(first));
-    ASSERT_TRUE(reader.detectFraming(errors)) << errors;
-    EXPECT_EQ(reader.framing(), binary_framing::length_markers);
-    EXPECT_EQ(reader.firstRecordBytes(), 36);
-    std::vector<unsigned char> record;
-    bool error = false;
-    EXPECT_TRUE(reader.readRecord(36, record, error, errors));
-    EXPECT_FALSE(reader.readRecord(36, record, error, errors));
-    EXPECT_TRUE(error);
-    EXPECT_EQ(errors, "ERROR in record marker (length = 35, expected 36).\n");
-    EXPECT_FALSE(reader.readRecord(36, record, error, errors));  // the flag stays set
+    const std::string endInside = start + marked(129, std::string(128, 'x')) + end;
+    const auto bytes = binary_framing::byte_markers, lengths = binary_framing::length_markers;
+    struct framing_case {
+        std::string bytes;
+        std::vector<long> sizes;
+        binary_framing framing;
+        long firstBytes;
+        std::vector<std::string> records;
+        std::string errors;  // and the error flag set when there are any
+    } cases[] = {
+        {two, {128, 200}, bytes, 128, {a128, b128 + c72}, ""},
+        {badTrailer, {4}, bytes, 4, {"abcd"}, "ERROR in physical record (length = 4, trailer length = 5).\n"},
+        {start + abcd + static_cast<char>(4) + "ef", {4}, bytes, 4, {"abcd"}, "ERROR in physical record.\n"},
+        {endInside, {200}, bytes, 128, {}, ""},
+        {spoiled, {36}, lengths, 36, {firstRecord}, "ERROR in record marker (length = 35, expected 36).\n"},
+    };
+    for (const auto& c : cases) {
+        framed_read read = readFramed(c.bytes, c.sizes);
+        SCOPED_TRACE(c.bytes.size());
+        EXPECT_EQ(read.firstByte, static_cast<unsigned char>(c.bytes[0]));
+        EXPECT_EQ(read.framing, c.framing);
+        EXPECT_EQ(read.firstBytes, c.firstBytes);
+        EXPECT_EQ(read.records, c.records);
+        EXPECT_EQ(read.error, !c.errors.empty());
+        EXPECT_EQ(read.errors, c.errors);
+    }
 }
 
 TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
@@ -322,20 +288,6 @@ TEST(BinaryOutput, AFileHoldsARecordOnlyWhenAWholeOneIsThere) {
         EXPECT_EQ(binaryOutputHoldsRecord(dir.file("sb.bin")), f.holds) << f.bytes.size() << " bytes";
     }
     EXPECT_FALSE(binaryOutputHoldsRecord(dir.file("none.bin")));
-}
-
-TEST(BinaryOutput, UserLayoutsServeTheirOwnBuilds) {
-    sbtest::temp_dir dir;
-    sbtest::writeFile(dir.file("mine.tsv"), sbtest::layoutText(kSmallLayout));
-    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({smallRecord(1990), smallRecord(1991)}));
-    const auto blocks = sbtest::blocksOf({{1990, 12.0f}});
-    tellura_outputs outputs;
-    std::string errors;
-    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, loadBinaryLayouts({dir.file("mine.tsv")}, errors), blocks,
-                                 outputs, errors))
-        << errors;
-    EXPECT_EQ(errors, "2 records read, from years 1990 to 1991.\n");
-    EXPECT_FLOAT_EQ(outputs.annual.at(1).single(outputs.annual[1].column("somsc")), 1994.0f);
 }
 
 // Without a layout of the file's size the read fails saying which sizes are
