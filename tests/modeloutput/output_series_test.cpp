@@ -20,60 +20,31 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
     outputs.daily.back().setNumber("N2Oflux", 0.25);
 
     using point_list = std::vector<std::pair<double, double>>;
+    const auto annual = table_id::output_annual, monthly = table_id::output_monthly;
+    const point_list months = {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}};  // mid-month, in time order
     struct series_case {
-        const char* name;
         table_id table;
         std::vector<std::string> asked;
-        bool ok;
-        std::vector<std::string> names;
-        point_list points;
-        std::string errors;
+        std::vector<std::string> names;  // of the series made
+        point_list points;               // of the first
+        std::string errors;              // and false when there are any
     } cases[] = {
-        {"annual: the first variable after Year",
-         table_id::output_annual,
-         {"CRPVAL"},
-         true,
-         {"crpval"},
-         {{1990.0, 7.0}, {1991.0, 8.0}},
-         ""},
-        {"annual: a year without the value",
-         table_id::output_annual,
-         {"agcacc"},
-         true,
-         {"agcacc"},
-         {{1990.0, 1.5}},
-         ""},
-        {"monthly: mid-month, in time order",
-         table_id::output_monthly,
-         {"somtc"},
-         true,
-         {"somtc"},
-         {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}},
-         ""},
-        {"daily: mid-day", table_id::output_daily, {"N2Oflux"}, true, {"N2Oflux"}, {{2000.0 + 0.5 / 365.0, 0.25}}, ""},
-        {"a key column is no variable",
-         table_id::output_monthly,
-         {"Month", "somtc"},
-         false,
-         {"somtc"},
-         {{2000.0 + 11.5 / 12.0, 12.0}, {2001.0 + 2.5 / 12.0, 30.0}},
-         "ERROR, \"Month\" is not a variable of the monthly output.\n"},
-        {"an unknown name",
-         table_id::output_annual,
-         {"nosuch"},
-         false,
-         {},
-         {},
-         "ERROR, \"nosuch\" is not a variable of the annual output.\n"},
+        {annual, {"CRPVAL"}, {"crpval"}, {{1990.0, 7.0}, {1991.0, 8.0}}, ""},  // the first variable after Year
+        {annual, {"agcacc"}, {"agcacc"}, {{1990.0, 1.5}}, ""},
+        {monthly, {"somtc"}, {"somtc"}, months, ""},
+        {table_id::output_daily, {"N2Oflux"}, {"N2Oflux"}, {{2000.0 + 0.5 / 365.0, 0.25}}, ""},  // mid-day
+        {monthly, {"Month", "somtc"}, {"somtc"}, months, "ERROR, \"Month\" is not a variable of the monthly output.\n"},
+        {annual, {"nosuch"}, {}, {}, "ERROR, \"nosuch\" is not a variable of the annual output.\n"},
     };
     for (const auto& c : cases) {
         std::vector<output_series> series;
         std::string errors;
-        EXPECT_EQ(outputSeries(outputs, c.table, c.asked, series, errors), c.ok) << c.name;
-        EXPECT_EQ(errors, c.errors) << c.name;
+        SCOPED_TRACE(c.asked.back());
+        EXPECT_EQ(outputSeries(outputs, c.table, c.asked, series, errors), c.errors.empty());
+        EXPECT_EQ(errors, c.errors);
         std::vector<std::string> names;
         for (const auto& s : series) names.push_back(s.name);
-        EXPECT_EQ(names, c.names) << c.name;
-        if (!series.empty()) { EXPECT_EQ(series.front().points, c.points) << c.name; }
+        EXPECT_EQ(names, c.names);
+        if (!series.empty()) { EXPECT_EQ(series.front().points, c.points); }
     }
 }

@@ -55,13 +55,17 @@ tellura_outputs sampleOutputs() {
     return out;
 }
 
+class OutputTables : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(db); }
+    sbtest::temp_dir dir;
+    std::unique_ptr<database> db = sbtest::makeOutputProject(dir);
+};
+
 }  // namespace
 
-TEST(OutputTables, StoreAndReadBackEveryTable) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
-    tellura_outputs out = sampleOutputs();
+TEST_F(OutputTables, StoreAndReadBackEveryTableAndReplaceOnlyThatRecordsRows) {
+    tellura_outputs out = sampleOutputs(), second = sampleOutputs();
     std::string errors;
     ASSERT_TRUE(storeOutputs(*db, 7, out, errors)) << errors;
     EXPECT_EQ(errors, "");
@@ -100,35 +104,21 @@ TEST(OutputTables, StoreAndReadBackEveryTable) {
     EXPECT_EQ(fields.at(static_cast<size_t>(y1991.column("agcacc"))), "0");
     EXPECT_EQ(fields.at(static_cast<size_t>(y1991.column("somsc"))), "1991.5");
 
-    // Nothing stored under another ID.
+    // Nothing stored under another ID; a store replaces only that record's rows.
     tellura_outputs other;
     ASSERT_TRUE(readOutputs(*db, 8, other, errors));
     EXPECT_TRUE(other.empty());
-}
-
-TEST(OutputTables, AStoreReplacesOnlyThatRecordsRows) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
-    tellura_outputs first = sampleOutputs(), second = sampleOutputs();
-    std::string errors;
-    ASSERT_TRUE(storeOutputs(*db, 1, first, errors));
-    ASSERT_TRUE(storeOutputs(*db, 2, second, errors));
-    tellura_outputs empty;
-    ASSERT_TRUE(storeOutputs(*db, 1, empty, errors)) << errors;
+    ASSERT_TRUE(storeOutputs(*db, 9, second, errors));
+    ASSERT_TRUE(storeOutputs(*db, 7, other, errors)) << errors;
     EXPECT_EQ(errors, "");
-    tellura_outputs back;
-    ASSERT_TRUE(readOutputs(*db, 1, back, errors));
+    ASSERT_TRUE(readOutputs(*db, 7, back, errors));
     EXPECT_TRUE(back.empty());
-    ASSERT_TRUE(readOutputs(*db, 2, back, errors));
+    ASSERT_TRUE(readOutputs(*db, 9, back, errors));
     EXPECT_EQ(back.annual.size(), 3u);
     EXPECT_EQ(back.monthlyCount(), 4u);
 }
 
-TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
+TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     tellura_outputs out;
     out.annual.resize(3);
     out.annual[0].setYear(1990);
@@ -169,10 +159,7 @@ TEST(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
         << errors;
 }
 
-TEST(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
+TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs) {
     tellura_outputs earlier;
     earlier.annualFor(1980);
     std::string errors;
@@ -196,10 +183,7 @@ TEST(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs) {
     EXPECT_TRUE(back.soilLayers.empty());
 }
 
-TEST(OutputTables, ReadBackKeepsFourteenSoilLayers) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
+TEST_F(OutputTables, ReadBackKeepsFourteenSoilLayers) {
     tellura_outputs out;
     for (int layer = 1; layer <= 15; ++layer) {
         out.soilLayers.emplace_back();

@@ -96,59 +96,53 @@ TEST(TelluraInputList, ImportingTwiceUpdatesEveryRecord) {
     EXPECT_EQ(list.recordAt(0).fulcan, 5.0);
 }
 
-TEST(TelluraInputList, ValueLinesBeforeAnyHeader) {
-    test_crop_list list;
-    imported r = importText(list, "1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n");
-    EXPECT_EQ(r.errors,
-              "Syntax error in cultivation parameter file.\nFile: \"crop.100\", line 1\n"
-              "Syntax error in cultivation parameter file.\nFile: \"crop.100\", line 2\n");
-    EXPECT_EQ(r.counts.badLines, 2);
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list.recordAt(0).prdx[2], 3.0);
-}
-
-TEST(TelluraInputList, ValueLineWithoutNameAndUnknownNames) {
-    test_crop_list list;
-    imported r = importText(list, "C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n");
-    EXPECT_EQ(r.errors,
-              "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 2\n"
-              "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line 3\n"
-              "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n"
-              "ERROR, option record \"abc\" has no values.\nFile: \"crop.100\", line 6\n");
-    // "abc" starts with a letter: a new record, not a value.
-    EXPECT_EQ(r.counts.imported, 2);
-}
-
-// A value that is not a finite number is refused (it would be stored as 0, or
-// as a NaN no project can hold); "***" lines are section headings.
-TEST(TelluraInputList, ValuesMustBeNumbers) {
-    test_crop_list list;
-    imported r = importText(list,
-                            "C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n-nan PRDX(1)\n1e999 PRDX(1)\n"
-                            "0x10 PRDX(1)\n");
-    EXPECT_EQ(r.errors,
-              "ERROR, value \"?number\" is not a number.\nFile: \"crop.100\", line 2\n"
-              "ERROR, value \"-nan\" is not a number.\nFile: \"crop.100\", line 5\n"
-              "ERROR, value \"1e999\" is not a number.\nFile: \"crop.100\", line 6\n"
-              "ERROR, value \"0x10\" is not a number.\nFile: \"crop.100\", line 7\n");
-    EXPECT_FALSE(r.counts.clean());
-    EXPECT_EQ(list.recordAt(0).prdx[0], 0.0);
-    EXPECT_EQ(list.recordAt(0).prdx[1], 0.0);
-    EXPECT_EQ(list.recordAt(0).prdx[2], -25.0);
-}
-
-TEST(TelluraInputList, EmptyOrBlankLineEndsTheImport) {
-    test_crop_list list;
-    imported r = importText(list, "C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n");
-    EXPECT_EQ(r.counts.imported, 1);
-    EXPECT_EQ(list.size(), 1u);
-    test_crop_list blank;
-    r = importText(blank, "C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n");
-    EXPECT_EQ(r.errors, "");
-    EXPECT_EQ(blank.size(), 1u);
-    test_crop_list none;
-    r = importText(none, "");
-    EXPECT_EQ(r.status, "Imported 0 records and updated 0 records from \"crop.100\".\n");
+// Lines the model would misread: each is reported with its file and line
+// (counted as a bad line) and the rest of the file is still read. A value
+// that is not a finite number is refused (it would be stored as 0, or as a NaN
+// no project can hold); "***" lines are section headings; an empty or blank
+// line ends the import.
+TEST(TelluraInputList, BadLinesAreReportedAndTheRestRead) {
+    const std::string syntax = "Syntax error in cultivation parameter file.\nFile: \"crop.100\", line ";
+    const std::string noName = "Syntax error, no field name, in cultivation parameter file.\nFile: \"crop.100\", line ";
+    struct bad_case {
+        std::string text;
+        std::string errors;
+        int imported;
+        std::array<double, 3> prdx;  // of the first record
+    } cases[] = {
+        {"1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n", syntax + "1\n" + syntax + "2\n", 1, {0, 0, 3}},
+        // "abc" starts with a letter: a new record, not a value.
+        {"C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n",
+         noName + "2\n" + noName + "3\n" + "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n" +
+             "ERROR, option record \"abc\" has no values.\nFile: \"crop.100\", line 6\n",
+         2,
+         {0, 0, 0}},
+        {"C1\n?number PRDX(1)\n*** PRDX(2)\n-2.5e1 PRDX(3)\n-nan PRDX(1)\n1e999 PRDX(1)\n0x10 PRDX(1)\n",
+         "ERROR, value \"?number\" is not a number.\nFile: \"crop.100\", line 2\n"
+         "ERROR, value \"-nan\" is not a number.\nFile: \"crop.100\", line 5\n"
+         "ERROR, value \"1e999\" is not a number.\nFile: \"crop.100\", line 6\n"
+         "ERROR, value \"0x10\" is not a number.\nFile: \"crop.100\", line 7\n",
+         1,
+         {0, 0, -25}},
+        {"C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n", "", 1, {1, 0, 0}},
+        {"C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n", "", 1, {1, 0, 0}},
+        {"", "", 0, {}},
+    };
+    for (const auto& c : cases) {
+        test_crop_list list;
+        imported r = importText(list, c.text);
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(r.errors, c.errors);
+        size_t bad = 0;
+        for (size_t at = 0; (at = c.errors.find("\nFile: ", at)) != std::string::npos; ++at) ++bad;
+        EXPECT_EQ(r.counts.badLines, static_cast<int>(bad));
+        EXPECT_EQ(r.counts.imported, c.imported);
+        EXPECT_EQ(r.counts.clean(), bad == 0 && c.imported > 0);
+        EXPECT_EQ(r.status,
+                  "Imported " + std::to_string(c.imported) + " records and updated 0 records from \"crop.100\".\n");
+        ASSERT_EQ(list.size(), static_cast<size_t>(c.imported));
+        if (c.imported) { EXPECT_EQ(std::to_array(list.recordAt(0).prdx), c.prdx); }
+    }
 }
 
 TEST(TelluraInputList, NameAndDescriptionLimits) {
