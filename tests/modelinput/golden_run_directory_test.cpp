@@ -1,28 +1,15 @@
 // The run directory of one rich control record, for every release, against
-// files derived by hand from the file rules (tests/data/golden/vN).
+// files derived by hand from the file rules (tests/data/golden/vN). That each
+// reads back into the same record is shown in run_files_import_test.
 #include <gtest/gtest.h>
 
 #include "golden_setup.h"
 #include "modelinput/run_directory.h"
-#include "modelinput/schedule_file.h"
 #include "app/text_file.h"
 #include "test_support.h"
 
 using namespace sb;
 using sbtest::golden_setup;
-
-namespace sb {
-// Readable failures for block comparisons.
-void PrintTo(const tellura_event_block& b, std::ostream* os) {
-    *os << "{#" << b.blockNumber << " '" << b.description << "' " << b.firstYear << "-" << b.lastYear << " rep "
-        << b.repeatingYears << " out " << b.outputStartingYear << "/" << int(b.outputMonth) << " int "
-        << b.outputInterval << " wx " << int(b.weatherChoice) << ":" << b.weatherId << " events";
-    for (const tellura_event& e : b.events)
-        *os << " [" << e.order << " " << e.year << "/" << int(e.month) << "/" << int(e.day) << " t" << int(e.type)
-            << " '" << e.item << "' " << e.parameter1 << " " << e.parameter2 << "]";
-    *os << "}";
-}
-}  // namespace sb
 
 namespace {
 
@@ -61,45 +48,6 @@ TEST_P(GoldenRunDirectory, EveryFileOfOursMatchesByteForByte) {
     EXPECT_EQ(sbtest::filesIn(dir.path()), sbtest::withOptionFiles(expectedNames));
     std::string crops = sbtest::readFile(dir.file("crop.100"));
     for (const char* crop : {"C6", "G3", "WHEAT"}) EXPECT_NE(crops.find(crop), std::string::npos) << crop;
-}
-
-TEST_P(GoldenRunDirectory, ScheduleReadsBackToTheSameBlocksAndEvents) {
-    const int version = GetParam();
-    golden_setup setup;
-    ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
-    std::string errors;
-    std::string text = scheduleFileText(setup.record, setup.options.list(option_kind::crop),
-                                        setup.options.list(option_kind::tree), version, errors);
-    tellura_control_record back;
-    schedule_references references;
-    ASSERT_TRUE(readScheduleText(text, "sb.sch", version, back, references, errors)) << errors;
-    EXPECT_EQ(errors, "");
-    EXPECT_EQ(references.siteFile, "sbsite.100");
-
-    std::vector<tellura_event_block> expected = setup.record.blocks;
-    for (tellura_event_block& block : expected) {
-        // Only file blocks name their station in the schedule.
-        if (block.weatherChoice != kWeatherFile) block.weatherId = 0;
-        for (tellura_event& event : block.events) {
-            if (version != 4) event.day = 1;  // only the daily release writes the day
-            if (event.type == kEventErod) {
-                if (version != 6) event.parameter2 = 0;
-            } else {
-                event.parameter1 = event.parameter2 = 0;
-            }
-        }
-    }
-    EXPECT_EQ(back.blocks, expected);
-    for (const char* column : {"Labeling Type", "Labeling Year", "CO2SYS", "CO2TM(1)", "CO2TM(2)", "Initial System"})
-        EXPECT_EQ(back.row.number(column), setup.record.row.number(column)) << column;
-    EXPECT_FALSE(back.row.flag(back.row.column("Simulate Microcosm")));
-    EXPECT_EQ(back.initialCrop(), "C6");
-    EXPECT_EQ(back.initialTree(), "DECID");
-    if (version >= 3 && version <= 5) {
-        for (const char* column : {"PHSYS", "PHTM", "STSYS", "Ninput", "Nstart", "OMADinput", "WTHINPUT", "WTHSTART"})
-            EXPECT_EQ(back.row.number(column), setup.record.row.number(column)) << column;
-    }
-    if (version >= 3) { EXPECT_EQ(back.description(), "Golden record"); }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllVersions, GoldenRunDirectory, ::testing::Values(1, 2, 3, 4, 5, 6));

@@ -55,6 +55,9 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
     const std::string& kind = f[0];
     auto num = [&](size_t i) { return std::stod(f.at(i)); };
     auto whole = [&](size_t i) { return std::stoi(f.at(i)); };
+    auto real = [&](size_t i) { return static_cast<float>(num(i)); };
+    auto i16 = [&](size_t i) { return static_cast<int16_t>(whole(i)); };
+    auto u8 = [&](size_t i) { return static_cast<uint8_t>(whole(i)); };
     if (kind == "text") {
         EXPECT_TRUE(setup.record.row.setText(f[2], f[3])) << f[2];
     } else if (kind == "row") {
@@ -76,52 +79,24 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
         setChecked(soil.layers[static_cast<size_t>(n - 1)], f[2], num(3));
     } else if (kind == "means") {
         TelluraWeatherStations& s = station(setup.stations, setup.record.weatherId());
-        weather_month_means& m = s.means[static_cast<size_t>(whole(1) - 1)];
-        m = {static_cast<float>(num(2)), static_cast<float>(num(3)), static_cast<float>(num(4)),
-             static_cast<float>(num(5)), static_cast<float>(num(6))};
+        s.means[static_cast<size_t>(whole(1) - 1)] = {real(2), real(3), real(4), real(5), real(6)};
         s.hasMeans = true;
     } else if (kind == "monthly") {
         weather_month_record& m = station(setup.stations, whole(1)).monthlyYear(whole(2)).monthRecord(whole(3));
-        m.precip = static_cast<float>(num(4));
-        m.tmn2m = static_cast<float>(num(5));
-        m.tmx2m = static_cast<float>(num(6));
+        m.precip = real(4);
+        m.tmn2m = real(5);
+        m.tmx2m = real(6);
     } else if (kind == "daily") {
-        weather_day_record day;
-        day.year = static_cast<int16_t>(whole(2));
-        day.month = static_cast<int16_t>(whole(3));
-        day.day = static_cast<int16_t>(whole(4));
-        day.precip = static_cast<float>(num(5));
-        day.tmn2m = static_cast<float>(num(6));
-        day.tmx2m = static_cast<float>(num(7));
-        day.solrad = static_cast<float>(num(8));
-        day.rhumid = static_cast<float>(num(9));
-        day.windsp = static_cast<float>(num(10));
-        station(setup.stations, whole(1)).dailyYear(whole(2)).days.push_back(day);
+        station(setup.stations, whole(1))
+            .dailyYear(whole(2))
+            .days.push_back({i16(2), i16(3), i16(4), real(5), real(6), real(7), real(8), real(9), real(10)});
     } else if (kind == "block") {
-        tellura_event_block block;
-        block.blockNumber = static_cast<int16_t>(whole(1));
-        block.description = f[2];
-        block.firstYear = static_cast<int16_t>(whole(3));
-        block.lastYear = static_cast<int16_t>(whole(4));
-        block.repeatingYears = static_cast<int16_t>(whole(5));
-        block.outputStartingYear = static_cast<int16_t>(whole(6));
-        block.outputMonth = static_cast<uint8_t>(whole(7));
-        block.outputInterval = static_cast<float>(num(8));
-        block.weatherChoice = static_cast<uint8_t>(whole(9));
-        block.weatherId = whole(10);
-        setup.record.blocks.push_back(block);
+        setup.record.blocks.push_back(
+            {i16(1), f[2], i16(3), i16(4), i16(5), i16(6), u8(7), real(8), u8(9), whole(10), {}});
     } else if (kind == "event") {
-        tellura_event_block& block = setup.record.blocks.at(static_cast<size_t>(whole(1) - 1));
-        tellura_event event;
-        event.order = static_cast<int16_t>(block.events.size() + 1);
-        event.year = static_cast<int16_t>(whole(2));
-        event.month = static_cast<uint8_t>(whole(3));
-        event.day = static_cast<uint8_t>(whole(4));
-        event.type = static_cast<uint8_t>(whole(5));
-        event.item = f[6];
-        event.parameter1 = static_cast<float>(num(7));
-        event.parameter2 = static_cast<float>(num(8));
-        block.events.push_back(event);
+        std::vector<tellura_event>& events = setup.record.blocks.at(static_cast<size_t>(whole(1) - 1)).events;
+        events.push_back(
+            {static_cast<int16_t>(events.size() + 1), i16(2), u8(3), u8(4), u8(5), f[6], real(7), real(8)});
     } else if (kind == "option") {
         setup.options.list(kindOf(f[1])).addRecord(f[2]);
     } else if (kind == "outfiles") {

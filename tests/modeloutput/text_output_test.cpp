@@ -73,45 +73,24 @@ TEST(YearSummary, HeaderIsCheckedExactly) {
     EXPECT_EQ(errors, "ERROR in columns of \"empty.out\": read \"\", expected \"time\".\n");
 }
 
-TEST(DailyOutput, RowsBecomeDailyRecords) {
-    sbtest::temp_dir dir;
-    std::string text =
-        strprintf("%10s%9s%9s%9s%13s%13s%13s\n", "time", "dayofyr", "tmax", "tmin", "N2Oflux", "NOflux", "CO2resp");
-    text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 1, 10.5, 1.5, 0.25, 0.125, 3000.5);
-    text += strprintf("%10.4f%9d%9.2f%9.2f%13.4f%13.4f%13.4f\n", 1990.0, 2, 11.0, 2.0, 0.5, 0.25, 3001.0);
-    text += strprintf("%10.4f%9d%9.2f%9.2f%13s%13.4f%13.4f\n", 1991.0, 365, 9.0, 1.0, "NaN", 0.5, 2999.0);
-    sbtest::writeFile(dir.file("daily.out"), text);
-    tellura_outputs outputs;
-    std::string errors;
-    ASSERT_TRUE(readDailyOutput(dir.file("daily.out"), outputs, errors));
-    EXPECT_EQ(errors,
-              "WARNING, daily output file line 4: value \"NaN\" of \"N2Oflux\" is not a finite number; left unset.\n"
-              "DAILY.OUT: 3 days read, from 1990 to 1991.\n");
-    const auto& daily = outputs.daily;
-    ASSERT_EQ(daily.size(), 3u);
-    EXPECT_EQ(daily[1].year(), 1990);
-    EXPECT_EQ(daily[1].julianDay(), 2);
-    EXPECT_FLOAT_EQ(cell(daily[1], "tmax"), 11.0f);
-    EXPECT_FLOAT_EQ(cell(daily[1], "tmin"), 2.0f);
-    EXPECT_FLOAT_EQ(cell(daily[1], "N2Oflux"), 0.5f);
-    EXPECT_FLOAT_EQ(cell(daily[1], "NOflux"), 0.25f);
-    EXPECT_FLOAT_EQ(cell(daily[1], "CO2resp"), 3001.0f);
-    EXPECT_EQ(daily[2].julianDay(), 365);
-    EXPECT_TRUE(daily[2].isMissing(daily[2].column("N2Oflux")));
-}
-
 TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
     sbtest::temp_dir dir;
     // The summary form: ppt, CH4 and NIT stand between the required names.
     std::string text =
         "      time  dayofyr     tmax     tmin      ppt      N2Oflux       NOflux          CH4          NIT      "
         "CO2resp\n"
-        " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n";
+        " 1900.0000    1    10.60     3.90      .50       1.0952       1.1213       2.5821      43.9735    3429.2802\n"
+        " 1901.0000  365    10.60     3.90      .50          NaN       1.1213       2.5821      43.9735    3429.2802\n";
     sbtest::writeFile(dir.file("summary.out"), text);
     tellura_outputs outputs;
     std::string errors;
     ASSERT_TRUE(readDailyOutput(dir.file("summary.out"), outputs, errors)) << errors;
-    ASSERT_EQ(outputs.daily.size(), 1u);
+    EXPECT_EQ(errors,
+              "WARNING, daily output file line 3: value \"NaN\" of \"N2Oflux\" is not a finite number; left unset.\n"
+              "SUMMARY.OUT: 2 days read, from 1900 to 1901.\n");
+    ASSERT_EQ(outputs.daily.size(), 2u);
+    EXPECT_EQ(outputs.daily[1].year() * 1000 + outputs.daily[1].julianDay(), 1901365);
+    EXPECT_TRUE(outputs.daily[1].isMissing(outputs.daily[1].column("N2Oflux")));
     EXPECT_FLOAT_EQ(cell(outputs.daily[0], "ppt"), 0.5f);
     EXPECT_FLOAT_EQ(cell(outputs.daily[0], "CH4"), 2.5821f);
     EXPECT_FLOAT_EQ(cell(outputs.daily[0], "NIT"), 43.9735f);

@@ -27,37 +27,30 @@ TEST(FieldSetter, ScalarsMatchWithoutRegardToCase) {
     EXPECT_EQ(errors, "");
 }
 
-TEST(FieldSetter, IntegersTruncateTowardZeroAndClamp) {
-    std::string errors;
-    int8_t small = 0;
-    int16_t medium = 0;
-    int32_t large = 0;
-    EXPECT_TRUE(field_setter("n", -2.9, errors).int8("N", small));
-    EXPECT_EQ(small, -2);
-    field_setter("n", 2.9, errors).int8("N", small);
-    EXPECT_EQ(small, 2);
-    field_setter("n", 1e10, errors).int8("N", small);
-    EXPECT_EQ(small, 127);
-    field_setter("n", -1e10, errors).int16("N", medium);
-    EXPECT_EQ(medium, -32768);
-    field_setter("n", std::nan(""), errors).int32("N", large);
-    EXPECT_EQ(large, 0);
-    field_setter("n", 1850.7, errors).int32("N", large);
-    EXPECT_EQ(large, 1850);
-    field_setter("n", std::numeric_limits<double>::infinity(), errors).int32("N", large);
-    EXPECT_EQ(large, 2147483647);
-    EXPECT_EQ(errors, "");
-}
-
-TEST(FieldSetter, BooleanIsZeroOrAllBits) {
-    std::string errors;
-    uint16_t flag = 7;
-    field_setter("F", 0.0, errors).boolean("f", flag);
-    EXPECT_EQ(flag, 0);
-    field_setter("F", 0.001, errors).boolean("f", flag);
-    EXPECT_EQ(flag, 65535);
-    field_setter("F", -1, errors).boolean("f", flag);
-    EXPECT_EQ(flag, 65535);
+// Integers truncate toward zero and clamp to their range; a boolean is zero or all bits.
+TEST(FieldSetter, IntegersTruncateAndClampAndBooleansAreZeroOrAllBits) {
+    const double inf = std::numeric_limits<double>::infinity();
+    struct number_case {
+        double value;
+        int bits;  // 8, 16, 32, or 1 for a boolean
+        int64_t expected;
+    } cases[] = {{-2.9, 8, -2},      {2.9, 8, 2},           {1e10, 8, 127}, {-1e10, 16, -32768}, {NAN, 32, 0},
+                 {1850.7, 32, 1850}, {inf, 32, 2147483647}, {0.0, 1, 0},    {0.001, 1, 65535},   {-1, 1, 65535}};
+    for (const auto& c : cases) {
+        std::string errors;
+        field_setter set("n", c.value, errors);
+        int8_t small = 7;
+        int16_t medium = 7;
+        int32_t large = 7;
+        uint16_t flag = 7;
+        bool matched = c.bits == 8    ? set.int8("N", small)
+                       : c.bits == 16 ? set.int16("N", medium)
+                       : c.bits == 32 ? set.int32("N", large)
+                                      : set.boolean("N", flag);
+        EXPECT_TRUE(matched);
+        EXPECT_EQ(c.bits == 8 ? small : c.bits == 16 ? medium : c.bits == 32 ? large : flag, c.expected) << c.value;
+        EXPECT_EQ(errors, "");
+    }
 }
 
 // One subscripted line set into a field of one to three dimensions: the element
