@@ -5,8 +5,8 @@
 #include <cstring>
 #include <fstream>
 #include <map>
-#include <sstream>
 
+#include "app/text_file.h"
 #include "app/text_format.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
@@ -31,23 +31,15 @@ struct plain_table {
 
 plain_table readPlainTable(const std::string& path) {
     plain_table table;
-    std::ifstream in(path);
-    std::string line;
-    bool header = true;
-    while (std::getline(in, line)) {
-        std::istringstream words(line);
-        std::string word;
-        std::vector<std::string> fields;
-        while (words >> word) fields.push_back(word);
+    for (const std::string& line : splitLines(sbtest::readFile(path))) {
+        std::vector<std::string> fields = splitTokens(line);
         if (fields.empty()) continue;
-        if (header) {
+        if (table.names.empty()) {
             table.names = fields;
-            header = false;
             continue;
         }
-        std::vector<double> row;
+        std::vector<double>& row = table.rows.emplace_back();
         for (const auto& f : fields) row.push_back(std::strtod(f.c_str(), nullptr));
-        table.rows.push_back(row);
     }
     return table;
 }
