@@ -31,8 +31,7 @@ TEST_P(GoldenRunDirectory, EveryFileOfOursMatchesByteForByte) {
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir dir;
     std::string errors;
-    EXPECT_TRUE(prepareRunDirectory(setup.record, version, dir.path() + "/model", setup.outfiles, setup.options,
-                                    setup.soils, setup.stations, errors));
+    EXPECT_TRUE(sbtest::prepare(setup, version, dir.path() + "/model", errors));
     EXPECT_EQ(errors, "");
 
     const std::string expectedDir = sbtest::goldenDir() + "/v" + std::to_string(version);

@@ -108,6 +108,20 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
 
 }  // namespace
 
+bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, std::string& errors) {
+    if (!readControlRecord(db, id, setup.record, errors)) return false;
+    setup.soils.load(db, errors);
+    loadWeatherStations(db, setup.stations, errors);
+    for (TelluraWeatherStations& station : setup.stations.stations) loadDailyHistory(db, station, errors);
+    setup.options.loadAll(db, errors);
+    return true;
+}
+
+bool prepare(const golden_setup& setup, int version, const std::string& executable, std::string& errors) {
+    return prepareRunDirectory(setup.record, version, executable, setup.outfiles, setup.options, setup.soils,
+                               setup.stations, errors);
+}
+
 std::vector<std::string> filesIn(const std::string& folder) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "db/database.h"
 #include "modelinput/run_directory.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
@@ -23,6 +24,12 @@ struct golden_setup {
 std::string goldenDir();
 // Fails the current test (and returns false) when record.txt cannot be read.
 bool loadGoldenSetup(golden_setup& setup);
+
+// The record `id` of a project, with its soils, stations (daily weather too)
+// and option lists; false when the record cannot be read.
+bool loadProjectSetup(sb::database& db, int32_t id, golden_setup& setup, std::string& errors);
+// prepareRunDirectory for a set-up.
+bool prepare(const golden_setup& setup, int version, const std::string& executable, std::string& errors);
 
 // The names of the files in a folder, sorted.
 std::vector<std::string> filesIn(const std::string& folder);

@@ -14,6 +14,7 @@
 #include "app/text_file.h"
 #include "app/text_format.h"
 #include "db/database.h"
+#include "golden_setup.h"
 #include "modelinput/parameter_names.h"
 #include "modelinput/profile_match.h"
 #include "modelinput/run_directory.h"
@@ -137,18 +138,14 @@ public:
     }
     void importAndLoad(std::string& errors) {
         importRunFiles(*db, inputs, schedule, *profile, 500, errors);
-        readControlRecord(*db, 500, record, errors);
-        soils.load(*db, errors);
-        loadWeatherStations(*db, stations, errors);
-        for (TelluraWeatherStations& station : stations.stations) loadDailyHistory(*db, station, errors);
-        options.loadAll(*db, errors);
+        sbtest::loadProjectSetup(*db, 500, loaded, errors);
     }
     // Writes the record's run directory under a profile into a folder of its own.
     std::string prepare(const release_profile& under, std::string& errors) {
         const std::string run = dir.file(under.name) + "/";
         std::filesystem::create_directory(run);
-        outfile_flags flags{};
-        EXPECT_TRUE(prepareRunDirectory(record, under, run + "model", flags, options, soils, stations, errors));
+        EXPECT_TRUE(prepareRunDirectory(loaded.record, under, run + "model", loaded.outfiles, loaded.options,
+                                        loaded.soils, loaded.stations, errors));
         return run;
     }
 
@@ -157,10 +154,7 @@ public:
     std::string schedule;
     std::unique_ptr<database> db;
     const release_profile* profile = nullptr;
-    tellura_control_record record;
-    tellura_soil_list soils;
-    tellura_weather_station_list stations;
-    option_lists options;
+    sbtest::golden_setup loaded;  // what the project holds after the import
 };
 
 class RealRunFiles : public ::testing::TestWithParam<release_case> {};
@@ -196,7 +190,7 @@ TEST_P(RealRunFiles, ReadThenWrittenUnderItsOwnProfileEveryFileHoldsTheSampleVal
               "(none)");
     for (const char* file : {"sitepar.in", "soils.in"})
         EXPECT_EQ(leadingNumbers(run + file), leadingNumbers(sample.inputs + "/" + file)) << file;
-    EXPECT_EQ(leadingNumbers(run + weatherFileName(sample.record.weatherId())),
+    EXPECT_EQ(leadingNumbers(run + weatherFileName(sample.loaded.record.weatherId())),
               leadingNumbers(sample.inputs + "/" + c.weatherFile));
 
     // Every record of every option file, among ours (the project's own options
@@ -273,7 +267,7 @@ TEST(RealRunFiles, TheTwoReleasesFilesDifferOnlyWhereTheirLayoutsDo) {
     EXPECT_EQ(sitepar2008.back(), sitepar2012.back());
     for (const char* file : {"sb.sch", "soils.in"})
         EXPECT_EQ(sbtest::readFile(a + file), sbtest::readFile(b + file)) << file;
-    const std::string weather = weatherFileName(sample.record.weatherId());
+    const std::string weather = weatherFileName(sample.loaded.record.weatherId());
     EXPECT_EQ(sbtest::readFile(a + weather), sbtest::readFile(b + weather));
 }
 

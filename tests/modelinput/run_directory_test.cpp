@@ -17,8 +17,7 @@ class RunDirectoryTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
     bool prepare(int version, const std::string& executable, std::string& errors) {
-        return prepareRunDirectory(setup.record, version, executable, setup.outfiles, setup.options, setup.soils,
-                                   setup.stations, errors);
+        return sbtest::prepare(setup, version, executable, errors);
     }
     sbtest::golden_setup setup;
     sbtest::temp_dir dir;

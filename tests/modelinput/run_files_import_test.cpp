@@ -23,9 +23,7 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir first, second, project;
     std::string errors;
-    ASSERT_TRUE(prepareRunDirectory(setup.record, 4, first.file("model"), setup.outfiles, setup.options, setup.soils,
-                                    setup.stations, errors))
-        << errors;
+    ASSERT_TRUE(sbtest::prepare(setup, 4, first.file("model"), errors)) << errors;
 
     std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
     ASSERT_TRUE(db) << errors;
@@ -36,23 +34,17 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     EXPECT_NE(errors.find("Imported site data from \""), std::string::npos);
     EXPECT_NE(errors.find("Imported site parameters from \""), std::string::npos);
 
-    tellura_control_record record;
-    tellura_soil_list soils;
-    tellura_weather_station_list stations;
-    option_lists options;
+    sbtest::golden_setup loaded;
+    loaded.outfiles = setup.outfiles;
     std::string readErrors;
-    ASSERT_TRUE(readControlRecord(*db, 77, record, readErrors)) << readErrors;
-    soils.load(*db, readErrors);
-    loadWeatherStations(*db, stations, readErrors);
-    for (TelluraWeatherStations& station : stations.stations) loadDailyHistory(*db, station, readErrors);
-    options.loadAll(*db, readErrors);
+    ASSERT_TRUE(sbtest::loadProjectSetup(*db, 77, loaded, readErrors)) << readErrors;
     EXPECT_EQ(readErrors, "");
+    const tellura_control_record& record = loaded.record;
     EXPECT_EQ(record.description(), "Golden record");
     ASSERT_EQ(record.blocks.size(), setup.record.blocks.size());
-    EXPECT_EQ(options.list(option_kind::crop).size(), 3u);
+    EXPECT_EQ(loaded.options.list(option_kind::crop).size(), 3u);
 
-    ASSERT_TRUE(prepareRunDirectory(record, 4, second.file("model"), setup.outfiles, options, soils, stations, errors))
-        << errors;
+    ASSERT_TRUE(sbtest::prepare(loaded, 4, second.file("model"), errors)) << errors;
     for (const char* file : {"fix.100", "sitepar.in", "outfiles.in", "soils.in", "crop.100", "tree.100"})
         EXPECT_EQ(sbtest::readFile(second.file(file)), sbtest::readFile(first.file(file))) << file;
     // The record and its station have new IDs; everything else is the same.
@@ -67,7 +59,7 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
         for (size_t at; (at = expected.find(oldFile)) != std::string::npos;) expected.replace(at, 12, newFile);
     }
     EXPECT_EQ(record.blocks.at(2).weatherId, record.blocks.at(1).weatherId);  // the C block continues it
-    EXPECT_EQ(stations.stations.size(), 2u);
+    EXPECT_EQ(loaded.stations.stations.size(), 2u);
     EXPECT_EQ(withoutFirstLine(sbtest::readFile(second.file("sb.sch"))), expected);
 }
 
@@ -142,9 +134,7 @@ TEST_P(RunFilesReadBack, WritesTheSameRunDirectoryAgain) {
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir first, second;
     std::string errors;
-    ASSERT_TRUE(prepareRunDirectory(setup.record, version, first.file("model"), setup.outfiles, setup.options,
-                                    setup.soils, setup.stations, errors))
-        << errors;
+    ASSERT_TRUE(sbtest::prepare(setup, version, first.file("model"), errors)) << errors;
     imported_run run;
     const std::string schedule = scheduleFileName(version);
     ASSERT_TRUE(readRunFiles(first.path(), schedule, version, 42, 3, 7, run, errors)) << errors;

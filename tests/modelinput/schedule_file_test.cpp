@@ -169,16 +169,14 @@ TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
     EXPECT_FALSE(readScheduleText("1950 starting year\n", "a.sch", 2, record, references, errors));
     EXPECT_EQ(errors, "ERROR, no \"Year Month Option\" line in schedule file \"a.sch\".\n");
     errors.clear();
-    EXPECT_FALSE(
-        readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
-                         "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 CROP C6\n",
-                         "b.sch", 3, record, references, errors));
+    const std::string block =
+        "1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n1950 o\n"
+        "12 m\n1 i\nM  Weather choice\n";
+    EXPECT_FALSE(readScheduleText(block + "01 01 CROP C6\n", "b.sch", 3, record, references, errors));
     EXPECT_EQ(errors, "ERROR, block 1 of schedule file \"b.sch\" has no \"-999 -999 X\" end.\n");
     errors.clear();
     EXPECT_TRUE(
-        readScheduleText("1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n"
-                         "1950 o\n12 m\n1 i\nM  Weather choice\n01 01 PLOW\n01 02 PLTM\n-999 -999 X\n",
-                         "c.sch", 3, record, references, errors));
+        readScheduleText(block + "01 01 PLOW\n01 02 PLTM\n-999 -999 X\n", "c.sch", 3, record, references, errors));
     EXPECT_EQ(errors, "ERROR, unknown operation name: \"PLOW\" Year=1 Month=1.\n");
     ASSERT_EQ(record.blocks.size(), 1u);
     ASSERT_EQ(record.blocks[0].events.size(), 1u);

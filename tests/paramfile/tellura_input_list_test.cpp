@@ -199,31 +199,25 @@ TEST(TelluraInputList, BadFilesGiveMessages) {
     sbtest::temp_dir dir;
     test_crop_list list;
     std::string errors, status;
-    import_counts counts = list.importFile(dir.file("missing.100"), errors, status);
-    EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.file("missing.100") + "\"\n");
-    EXPECT_EQ(status, "");
-    EXPECT_EQ(counts.imported + counts.updated, 0);
+    sbtest::writeFile(dir.file("locked.100"), "A\n1 PRDX(1)\n");
+    std::filesystem::permissions(dir.file("locked.100"), std::filesystem::perms::none);
+    std::vector<std::string> unreadable = {dir.file("missing.100"), dir.path()};
+    if (geteuid() != 0) unreadable.push_back(dir.file("locked.100"));  // root reads any file
+    for (const std::string& path : unreadable) {
+        errors.clear();
+        import_counts counts = list.importFile(path, errors, status);
+        EXPECT_EQ(errors, "ERROR, unable to open file \"" + path + "\"\n");
+        EXPECT_EQ(status, "");
+        EXPECT_EQ(counts.imported + counts.updated, 0);
+    }
 
     errors.clear();
-    list.importFile(dir.path(), errors, status);
-    EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.path() + "\"\n");
-
-    errors.clear();
-    counts = list.importFile("/dev/zero", errors, status);  // ends at once, however much there is
+    import_counts counts = list.importFile("/dev/zero", errors, status);  // ends at once, however much there is
     EXPECT_EQ(errors, "ERROR, line 1 of \"/dev/zero\" is longer than 1048576 characters.\n");
     EXPECT_TRUE(counts.unread);
 
-    if (geteuid() != 0) {  // root reads any file
-        sbtest::writeFile(dir.file("locked.100"), "A\n1 PRDX(1)\n");
-        std::filesystem::permissions(dir.file("locked.100"), std::filesystem::perms::none);
-        errors.clear();
-        list.importFile(dir.file("locked.100"), errors, status);
-        EXPECT_EQ(errors, "ERROR, unable to open file \"" + dir.file("locked.100") + "\"\n");
-    }
-
     sbtest::writeFile(dir.file("empty.100"), "");
     errors.clear();
-    status.clear();
     list.importFile(dir.file("empty.100"), errors, status);
     EXPECT_EQ(errors, "");
     EXPECT_EQ(status, "Imported 0 records and updated 0 records from \"" + dir.file("empty.100") + "\".\n");
