@@ -54,6 +54,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     settings.releaseProfiles[3] = c.profile;
     settings.readBinaryOutput = c.binary;
     settings.runVisible = false;
+    settings.runsFolder = dir.file("runs");  // not the user's runs folder
     settings.runTimeout = 600000;
     settings.saveDailyLastYear = 0;
     setenv("SB_STANDIN_STRICT", c.release, 1);
