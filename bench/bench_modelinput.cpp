@@ -15,8 +15,8 @@ const char* kSampleDir = SB_SAMPLES_DIR "/diurna-2012/inputs";
 
 struct typical_run {
     sb::imported_run run;
-    sb::tellura_soil_list soils;
-    sb::tellura_weather_station_list stations;
+    sb::tellura_soils soils;
+    sb::tellura_weather_stations stations;
     bool ok = false;
 };
 

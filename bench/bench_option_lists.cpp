@@ -78,7 +78,7 @@ void BM_SaveCropList(benchmark::State& state) {
 BENCHMARK(BM_SaveCropList)->Arg(100)->Unit(benchmark::kMillisecond);
 
 void BM_SoilsInOntoOtherLayers(benchmark::State& state) {
-    TelluraSoils soil;
+    tellura_soil soil;
     std::string errors;
     for (int i = 0; i < kMaxSoilLayers; ++i) {
         soil.insertLayer(i, errors);

@@ -43,18 +43,18 @@ bool findSchedule(const std::string& dir, std::string& schedule, std::string& er
 }
 
 // The station to import into: the stored one with its history, or a new one.
-sb::TelluraWeatherStations stationFor(sb::database& db, int32_t id, const std::string& description,
-                                      std::string& errors) {
-    sb::tellura_weather_station_list stations;
+sb::tellura_weather_station stationFor(sb::database& db, int32_t id, const std::string& description,
+                                       std::string& errors) {
+    sb::tellura_weather_stations stations;
     sb::loadWeatherStations(db, stations, errors);
-    if (const sb::TelluraWeatherStations* stored = stations.find(id)) {
-        sb::TelluraWeatherStations station = *stored;
+    if (const sb::tellura_weather_station* stored = stations.find(id)) {
+        sb::tellura_weather_station station = *stored;
         sb::loadMonthlyHistory(db, station, errors);
         sb::loadDailyHistory(db, station, errors);
         if (!description.empty()) station.description = description;
         return station;
     }
-    sb::TelluraWeatherStations station;
+    sb::tellura_weather_station station;
     station.id = id;
     station.description = description.empty() ? sb::strprintf("Station %ld", static_cast<long>(id)) : description;
     return station;
@@ -115,8 +115,8 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
 
 // The three weather imports differ only in how the file is read into the
 // station and which of its rows are then saved.
-using station_import = std::function<bool(sb::TelluraWeatherStations&, std::string&)>;
-using station_save = std::function<bool(sb::database&, const sb::TelluraWeatherStations&, std::string&)>;
+using station_import = std::function<bool(sb::tellura_weather_station&, std::string&)>;
+using station_save = std::function<bool(sb::database&, const sb::tellura_weather_station&, std::string&)>;
 
 // The file is read whole and checked first; then the station and its history
 // are stored in one save, so a failure anywhere leaves the station as it was.
@@ -124,7 +124,7 @@ int importIntoStation(const import_weather_options& opt, const station_import& r
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
-    sb::TelluraWeatherStations station = stationFor(*db, opt.station, opt.description, errors);
+    sb::tellura_weather_station station = stationFor(*db, opt.station, opt.description, errors);
     if (sb::hasErrorMessage(errors) || !read(station, errors)) return finish(false, errors);
     sb::store_session whole(*db, errors);
     bool ok = whole.ok() && sb::saveWeatherStation(*db, station, errors) && save(*db, station, errors);
@@ -134,7 +134,7 @@ int importIntoStation(const import_weather_options& opt, const station_import& r
 int cmdImportWeatherDaily(const import_weather_options& opt) {
     return importIntoStation(
         opt,
-        [&](sb::TelluraWeatherStations& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, std::string& errors) {
             return sb::importDailyWeatherFile(opt.file, station, errors);
         },
         sb::saveDailyHistory);
@@ -143,7 +143,7 @@ int cmdImportWeatherDaily(const import_weather_options& opt) {
 int cmdImportWeatherMonthly(const import_weather_options& opt) {
     return importIntoStation(
         opt,
-        [&](sb::TelluraWeatherStations& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, std::string& errors) {
             return sb::importMonthlyWeatherFile(opt.file, station, errors);
         },
         sb::saveMonthlyHistory);
@@ -153,9 +153,9 @@ int cmdImportWeatherAverages(const import_weather_options& opt) {
     // Only the climate names of the site file are taken: the record read into is thrown away.
     return importIntoStation(
         opt,
-        [&](sb::TelluraWeatherStations& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, std::string& errors) {
             sb::tellura_control_record scratch;
-            sb::TelluraWeatherStations read = station;
+            sb::tellura_weather_station read = station;
             read.hasMeans = false;
             if (!sb::importSiteFile(opt.file, scratch, nullptr, &read, errors)) return false;
             if (!read.hasMeans) {
@@ -166,7 +166,7 @@ int cmdImportWeatherAverages(const import_weather_options& opt) {
             station = std::move(read);
             return true;
         },
-        [](sb::database&, const sb::TelluraWeatherStations&, std::string&) { return true; });
+        [](sb::database&, const sb::tellura_weather_station&, std::string&) { return true; });
 }
 
 int cmdImportOptionList(const option_list_options& opt) {
@@ -208,10 +208,10 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
     std::string errors;
-    sb::tellura_soil_list soils;
+    sb::tellura_soils soils;
     if (!soils.load(*db, errors)) return finish(false, errors);
-    sb::TelluraSoils soil;
-    if (const sb::TelluraSoils* stored = soils.find(opt.soil)) {
+    sb::tellura_soil soil;
+    if (const sb::tellura_soil* stored = soils.find(opt.soil)) {
         soil = *stored;
     } else {
         soil.setSoilId(opt.soil);

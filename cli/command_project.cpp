@@ -130,7 +130,7 @@ int cmdShow(const show_options& opt) {
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
     if (!sb::readControlRecordWithOutputs(*db, opt.id, record, outputs, errors)) return finish(false, errors);
-    sb::tellura_weather_station_list stations;
+    sb::tellura_weather_stations stations;
     sb::loadWeatherStations(*db, stations, errors);
     std::string text = sb::controlRecordText(record, stations);
     sb::appendAnnualOutputText(outputs, text);

@@ -111,9 +111,9 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
 bool addVariants(sb::database& db, std::string& errors, int& records) {
     sb::tellura_control_record base;
     if (!sb::readControlRecord(db, 1, base, errors)) return false;
-    sb::tellura_soil_list soils;
+    sb::tellura_soils soils;
     soils.load(db, errors);
-    const sb::TelluraSoils* shipped = soils.find(base.soilId());
+    const sb::tellura_soil* shipped = soils.find(base.soilId());
     if (!shipped) {
         errors += "ERROR, the demo set-up has no soil.\n";
         return false;
@@ -121,7 +121,7 @@ bool addVariants(sb::database& db, std::string& errors, int& records) {
     int soilId = base.soilId();
     int id = 0;
     for (const auto& soilVariant : kSoils) {
-        sb::TelluraSoils soil = *shipped;
+        sb::tellura_soil soil = *shipped;
         soil.setSoilId(soilId);
         soil.setName(soilVariant.name);
         soil.setNumber("Fraction of Sand", soilVariant.sand);

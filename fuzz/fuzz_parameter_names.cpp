@@ -20,8 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     sb::siteColumnOfName(canonical);
     std::string messages;
     sb::tellura_control_record record;
-    sb::TelluraSoils soil;
-    sb::TelluraWeatherStations station;
+    sb::tellura_soil soil;
+    sb::tellura_weather_station station;
     station.setClimateMean(name, 1.5, messages);
     sb::setSoilBySiteName(soil, canonical, 1.5, messages);
     for (int version = 1; version <= 6; ++version) {

@@ -15,8 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("site.100", data, size, [&](const std::string& path) {
         std::string messages;
         sb::tellura_control_record record;
-        sb::TelluraSoils soil;
-        sb::TelluraWeatherStations station;
+        sb::tellura_soil soil;
+        sb::tellura_weather_station station;
         sb::importSiteFile(path, record, &soil, &station, messages);
         sb::importSiteFile(path, record, nullptr, nullptr, messages);
         // The fixed file's names depend on the release; the input's size picks one.

@@ -1,7 +1,7 @@
 #pragma once
 // One row of a catalogue table held in memory: the accessor record that a row
 // set fills when it moves and writes when it inserts. Every table-bound record
-// (TelluraCrops, TelluraSoils, ...) is one of these with typed helpers on top.
+// (crop_option, tellura_soil, ...) is one of these with typed helpers on top.
 #include <cstdint>
 #include <string>
 #include <string_view>

@@ -14,7 +14,7 @@
 
 namespace sb {
 
-int temperatureForm(const TelluraControlRecords& row) {
+int temperatureForm(const control_record_row& row) {
     bool teffZero = true;
     for (int i = 1; i <= 4; ++i) teffZero = teffZero && row.number(subscripted("TEFF", i)) == 0.0;
     if (teffZero && row.number("TMAX") != 0.0) return 1;
@@ -27,7 +27,7 @@ std::string fixedFileText(const record_sources& sources, std::string& errors) {
     return out;
 }
 
-std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil) {
+std::string fixedFileText(const control_record_row& row, int version, const tellura_soil* soil) {
     tellura_control_record record;
     record.row = row;
     std::string ignored;
@@ -35,7 +35,7 @@ std::string fixedFileText(const TelluraControlRecords& row, int version, const T
 }
 
 bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                    const tellura_soil_list& soils, std::string& errors) {
+                    const tellura_soils& soils, std::string& errors) {
     std::string problems;
     std::string text = fixedFileText({record, soils.find(record.soilId()), nullptr, profile}, problems);
     errors += problems;
@@ -161,7 +161,7 @@ std::string columnOf(const fixed_field& field, int index) {
     return subscripted(field.column, index / field.cols + 1, index % field.cols + 1);
 }
 
-void store(TelluraControlRecords& row, const std::string& column, double value) {
+void store(control_record_row& row, const std::string& column, double value) {
     // TEXEPP(1) is a yes/no column: non-zero means yes.
     if (iequals(column, "TEXEPP(1)")) row.setFlag(row.column(column), value != 0.0);
     else row.setNumber(column, value);  // FAVAIL(2), TEXESP(2): read but not kept
@@ -206,22 +206,22 @@ std::string fixedParameterColumn(std::string_view name, int version) {
     return matchFixedName(name, version, ignored).column;
 }
 
-bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
+bool setFixedParameterByName(control_record_row& row, std::string_view name, double value, int version,
                              std::string& messages) {
     fixed_match match = matchFixedName(name, version, messages);
     if (!match.column.empty()) store(row, match.column, value);
     return match.found;
 }
 
-bool setParameterByName(std::string_view name, double value, TelluraControlRecords& row, TelluraSoils* soil,
-                        TelluraWeatherStations* station, int version, std::string& messages) {
+bool setParameterByName(std::string_view name, double value, control_record_row& row, tellura_soil* soil,
+                        tellura_weather_station* station, int version, std::string& messages) {
     if (station) return station->setClimateMean(name, value, messages);
     if (soil && isSoilSiteName(canonicalParameterName(name)) && setSoilBySiteName(*soil, name, value, messages))
         return true;
     return setFixedParameterByName(row, name, value, version, messages);
 }
 
-bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil,
+bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil,
                      const release_profile& profile, std::string& messages) {
     std::string text;
     if (!readTextFile(path, text, messages, strprintf("ERROR, can't open file %s.\n", path.c_str()))) return false;
@@ -265,7 +265,7 @@ bool importFixedFile(tellura_control_record& record, const std::string& path, Te
     return ok;
 }
 
-bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
+bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil, int version,
                      std::string& messages) {
     return importFixedFile(record, path, soil, shippedReleaseProfile(version), messages);
 }

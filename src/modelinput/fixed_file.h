@@ -18,7 +18,7 @@ namespace sb {
 // form, 2 TEFF(1..3), 3 TEFF(1..4). The record keeps no selector, so it is
 // read from the values: the TMAX form when every TEFF is zero and TMAX is
 // not, TEFF(4) when it is non-zero.
-int temperatureForm(const TelluraControlRecords& row);
+int temperatureForm(const control_record_row& row);
 
 struct record_sources;
 
@@ -29,16 +29,16 @@ std::string fixedFileText(const record_sources& sources, std::string& errors);
 // The same for a Control Records row alone under the version's shipped
 // profile (the file as Soilbench writes it); a missing soil writes zero depths
 // and weights (version 4 writes its own fixed depths anyway).
-std::string fixedFileText(const TelluraControlRecords& row, int version, const TelluraSoils* soil);
+std::string fixedFileText(const control_record_row& row, int version, const tellura_soil* soil);
 // False when a value is missing or the file cannot be written (the latter is
 // not reported here).
 bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                    const tellura_soil_list& soils, std::string& errors);
+                    const tellura_soils& soils, std::string& errors);
 
 // A fixed parameter by its file name with the version's rules (DEC5, P2CO2,
 // PCEMIC/PCEMIC1, PSECOC1/PSECOC2, the VARAT matrices, TEXEPP(1) as a flag).
 // Returns whether the name was found.
-bool setFixedParameterByName(TelluraControlRecords& row, std::string_view name, double value, int version,
+bool setFixedParameterByName(control_record_row& row, std::string_view name, double value, int version,
                              std::string& messages);
 
 // The Control Records column a fixed file name is read into (and written
@@ -48,8 +48,8 @@ std::string fixedParameterColumn(std::string_view name, int version);
 // Routes a name to the station (climate names, when a station is given: any
 // other name is then not found), then to the soil (when given), then to the
 // fixed parameters.
-bool setParameterByName(std::string_view name, double value, TelluraControlRecords& row, TelluraSoils* soil,
-                        TelluraWeatherStations* station, int version, std::string& messages);
+bool setParameterByName(std::string_view name, double value, control_record_row& row, tellura_soil* soil,
+                        tellura_weather_station* station, int version, std::string& messages);
 
 // Reads a fixed file under a release profile: the title line is passed over,
 // "*" lines are comments, an empty line ends it; the value is in the first 12
@@ -60,10 +60,10 @@ bool setParameterByName(std::string_view name, double value, TelluraControlRecor
 // Every other message a line gives is followed by "File: \"<path>\", line
 // <n>\n", and the result is then false (the values of the other lines are
 // still read).
-bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil,
+bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil,
                      const release_profile& profile, std::string& messages);
 // The same under the version's shipped profile.
-bool importFixedFile(tellura_control_record& record, const std::string& path, TelluraSoils* soil, int version,
+bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil, int version,
                      std::string& messages);
 
 }  // namespace sb

@@ -32,7 +32,7 @@ std::string splitName(const std::string& canonical, std::vector<int>& subscripts
     return canonical.substr(0, open);
 }
 
-bool climateValue(const TelluraWeatherStations* station, const std::string& base, int month, double& value) {
+bool climateValue(const tellura_weather_station* station, const std::string& base, int month, double& value) {
     static const struct {
         const char* name;
         float weather_month_means::*member;
@@ -50,9 +50,9 @@ bool climateValue(const TelluraWeatherStations* station, const std::string& base
     return false;
 }
 
-bool soilValue(const TelluraSoils* soil, const std::string& base, const std::vector<int>& subscripts, double& value) {
-    const TelluraSoils none;
-    const TelluraSoils& from = soil ? *soil : none;
+bool soilValue(const tellura_soil* soil, const std::string& base, const std::vector<int>& subscripts, double& value) {
+    const tellura_soil none;
+    const tellura_soil& from = soil ? *soil : none;
     if (subscripts.empty()) {
         if (!soilColumnOfSiteName(base)) return false;
         value = soilSiteValue(from, base);
@@ -78,7 +78,7 @@ bool fixedPlaceValue(const record_sources& sources, const std::string& canonical
     std::vector<int> subscripts;
     std::string base = splitName(canonical, subscripts);
     if (base == "ADEP" || base == "AWTL") return soilValue(sources.soil, base, subscripts, value);
-    const TelluraControlRecords& row = sources.record.row;
+    const control_record_row& row = sources.record.row;
     // TEXEPP(1) is a yes/no column: the file carries it as 1 or 0.
     if (canonical == "TEXEPP(1)") {
         value = row.flag(row.column("TEXEPP(1)")) ? 1.0 : 0.0;
@@ -95,13 +95,13 @@ bool sitePlaceValue(const record_sources& sources, const std::string& canonical,
     std::string base = splitName(canonical, subscripts);
     if (isClimateName(canonical))
         return subscripts.size() == 1 && climateValue(sources.station, base, subscripts[0], value);
-    const TelluraControlRecords& row = sources.record.row;
+    const control_record_row& row = sources.record.row;
     if (canonical == "SITLAT" || canonical == "SITLNG") {
         value = row.number(canonical == "SITLAT" ? "Latitude" : "Longitude");
         return true;
     }
     if (isSoilSiteName(canonical)) return soilValue(sources.soil, base, subscripts, value);
-    const TelluraSiteData& site = sources.record.site;
+    const site_data_row& site = sources.record.site;
     int column = site.column(siteColumnOfName(canonical));
     if (column < 0 || canonical == "ID") return false;
     value = site.number(column);
@@ -109,7 +109,7 @@ bool sitePlaceValue(const record_sources& sources, const std::string& canonical,
 }
 
 bool siteparPlaceValue(const record_sources& sources, const std::string& name, double& value) {
-    const TelluraSiteData& site = sources.record.site;
+    const site_data_row& site = sources.record.site;
     int column = site.column(name);
     if (column < 0 || iequals(name, "ID")) return false;
     // Yes/no columns (the extra drivers, the water table months) are 1 or 0 in the file.
@@ -140,7 +140,7 @@ bool placeValue(const record_sources& sources, const std::string& file, const st
     return false;
 }
 
-bool lineApplies(const profile_line& line, const TelluraControlRecords& row) {
+bool lineApplies(const profile_line& line, const control_record_row& row) {
     if (line.condition.empty()) return true;
     int form = temperatureForm(row);
     bool holds = line.condition == "tmax-form" ? form == 1 : form == 3;

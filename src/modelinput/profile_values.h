@@ -25,8 +25,8 @@ inline constexpr const char* kSiteparFile = "sitepar.in";
 // What one record's files are written from.
 struct record_sources {
     const tellura_control_record& record;
-    const TelluraSoils* soil;               // nullptr: the soil's values are written as zero
-    const TelluraWeatherStations* station;  // nullptr: the climate means are written as zero
+    const tellura_soil* soil;                // nullptr: the soil's values are written as zero
+    const tellura_weather_station* station;  // nullptr: the climate means are written as zero
     const release_profile& profile;
 };
 
@@ -52,7 +52,7 @@ bool appendParameterFile(std::string& out, const record_sources& sources, const 
 const release_profile& shippedReleaseProfile(int version);
 
 // Whether a "when"/"unless" line is written for this record.
-bool lineApplies(const profile_line& line, const TelluraControlRecords& row);
+bool lineApplies(const profile_line& line, const control_record_row& row);
 
 // The thicknesses (cm) of the model's layers, ADEP(1..10) as the profile's
 // fix.100 writes them for this record.

@@ -127,8 +127,8 @@ const char* fixedFileName(int version) { return version == 6 ? "sbfix.100" : "fi
 
 bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
                          const std::string& modelExecutable, const outfile_flags& outfileSelected,
-                         const option_lists& options, const tellura_soil_list& soils,
-                         const tellura_weather_station_list& stations, std::string& errors) {
+                         const option_lists& options, const tellura_soils& soils,
+                         const tellura_weather_stations& stations, std::string& errors) {
     const int version = profile.version;
     const std::string directory = runDirectoryOf(modelExecutable);
     checkRunDirectory(directory, errors);
@@ -159,9 +159,8 @@ bool prepareRunDirectory(const tellura_control_record& record, const release_pro
 }
 
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
-                         const outfile_flags& outfileSelected, const option_lists& options,
-                         const tellura_soil_list& soils, const tellura_weather_station_list& stations,
-                         std::string& errors) {
+                         const outfile_flags& outfileSelected, const option_lists& options, const tellura_soils& soils,
+                         const tellura_weather_stations& stations, std::string& errors) {
     const release_profile& profile = shippedReleaseProfile(version);
     if (profile.name.empty()) {
         appendf(errors, "ERROR, no release profile \"%s\" is installed for version %d.\n",

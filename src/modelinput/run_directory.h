@@ -41,13 +41,12 @@ const char* fixedFileName(int version);
 // record does not hold.
 bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
                          const std::string& modelExecutable, const outfile_flags& outfileSelected,
-                         const option_lists& options, const tellura_soil_list& soils,
-                         const tellura_weather_station_list& stations, std::string& errors);
+                         const option_lists& options, const tellura_soils& soils,
+                         const tellura_weather_stations& stations, std::string& errors);
 // The same with the version's shipped profile (the files as Soilbench writes them).
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
-                         const outfile_flags& outfileSelected, const option_lists& options,
-                         const tellura_soil_list& soils, const tellura_weather_station_list& stations,
-                         std::string& errors);
+                         const outfile_flags& outfileSelected, const option_lists& options, const tellura_soils& soils,
+                         const tellura_weather_stations& stations, std::string& errors);
 
 // "sb.ini" with CR LF line ends; nothing is reported when it cannot be created.
 bool writeIni(const std::string& path);

@@ -25,7 +25,7 @@ std::string joinPath(const std::string& directory, const std::string& name) {
     return (std::filesystem::path(directory) / name).string();
 }
 
-bool readWeatherFile(const std::string& path, int version, TelluraWeatherStations& station, std::string& messages) {
+bool readWeatherFile(const std::string& path, int version, tellura_weather_station& station, std::string& messages) {
     return usesDailyWeather(version) ? importDailyWeatherFile(path, station, messages)
                                      : importMonthlyWeatherFile(path, station, messages);
 }
@@ -47,7 +47,7 @@ void readWeather(const std::string& directory, const schedule_references& refere
                     run.hasWeather = readWeatherFile(path, version, run.station, messages);
                     found = stationOfFile.emplace(file, run.station.id).first;
                 } else {
-                    TelluraWeatherStations& station = run.otherStations.emplace_back();
+                    tellura_weather_station& station = run.otherStations.emplace_back();
                     station.id = run.station.id + static_cast<int32_t>(run.otherStations.size());
                     station.description = "Imported from " + file;
                     readWeatherFile(path, version, station, messages);
@@ -95,7 +95,7 @@ std::string describeRun(const std::string& sitePath, const std::string& schedule
     return (title.empty() ? scheduleFile : title).substr(0, 80);
 }
 
-bool saveHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+bool saveHistory(database& db, const tellura_weather_station& station, std::string& errors) {
     bool ok = saveMonthlyHistory(db, station, errors);
     return saveDailyHistory(db, station, errors) && ok;
 }
@@ -111,7 +111,7 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
     ok = writeSoil(run.soil, db, errors) && ok;
     ok = saveWeatherStation(db, run.station, errors) && ok;
     if (run.hasWeather) ok = saveHistory(db, run.station, errors) && ok;
-    for (const TelluraWeatherStations& station : run.otherStations) {
+    for (const tellura_weather_station& station : run.otherStations) {
         ok = saveWeatherStation(db, station, errors) && ok;
         ok = saveHistory(db, station, errors) && ok;
     }

@@ -20,11 +20,11 @@ class database;
 // What a run directory holds, read into memory.
 struct imported_run {
     tellura_control_record record;
-    TelluraSoils soil;
-    TelluraWeatherStations station;  // the record's: climate means and the first weather file
-    bool hasWeather = false;         // a weather file was read into `station`
+    tellura_soil soil;
+    tellura_weather_station station;  // the record's: climate means and the first weather file
+    bool hasWeather = false;          // a weather file was read into `station`
     // One more station per further weather file the blocks name (IDs following `station`'s).
-    std::vector<TelluraWeatherStations> otherStations;
+    std::vector<tellura_weather_station> otherStations;
     option_lists options;
 };
 

@@ -237,12 +237,12 @@ std::string scheduleFileText(const tellura_control_record& record, const tellura
 }
 
 std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::vector<tellura_event_block>& blocks,
-                                                                   const tellura_weather_station_list& stations,
+                                                                   const tellura_weather_stations& stations,
                                                                    std::string& errors) {
     std::vector<tellura_weather_recorded_for_block> gathered;
     for (const tellura_event_block& block : blocks) {
         if (block.weatherChoice != kWeatherFile && block.weatherChoice != kWeatherContinue) continue;
-        const TelluraWeatherStations* station = stations.find(block.weatherId);
+        const tellura_weather_station* station = stations.find(block.weatherId);
         if (!station) {
             errors += "ERROR, weather station not found for event block.\n";
             continue;
@@ -258,8 +258,7 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
 
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
                        const tellura_input_list& trees, const release_profile& profile, const std::string& path,
-                       const std::string& runDirectory, const tellura_weather_station_list& stations,
-                       std::string& errors) {
+                       const std::string& runDirectory, const tellura_weather_stations& stations, std::string& errors) {
     bool written = writeTextFile(path, scheduleFileText(record, crops, trees, profile, errors));
     for (const tellura_weather_recorded_for_block& weather : gatherBlockWeather(record.blocks, stations, errors))
         weather.write(weather.filePath(runDirectory), profile.weatherColumns, errors);

@@ -31,7 +31,7 @@ std::string scheduleFileText(const tellura_control_record& record, const tellura
 // One entry per station read by F/C blocks, spanning all their years. A block
 // whose station is missing gives "ERROR, weather station not found for event block.\n".
 std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::vector<tellura_event_block>& blocks,
-                                                                   const tellura_weather_station_list& stations,
+                                                                   const tellura_weather_stations& stations,
                                                                    std::string& errors);
 
 // Writes the schedule and the weather files of its blocks into `runDirectory`
@@ -39,8 +39,7 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
 // the schedule itself cannot be written.
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
                        const tellura_input_list& trees, const release_profile& profile, const std::string& path,
-                       const std::string& runDirectory, const tellura_weather_station_list& stations,
-                       std::string& errors);
+                       const std::string& runDirectory, const tellura_weather_stations& stations, std::string& errors);
 
 // What a schedule names besides the record's values.
 struct schedule_references {

@@ -23,16 +23,16 @@ std::string siteFileText(const record_sources& sources, std::string& errors) {
     return out;
 }
 
-std::string siteFileText(const tellura_control_record& record, int version, const TelluraSoils* soil,
-                         const TelluraWeatherStations* station) {
+std::string siteFileText(const tellura_control_record& record, int version, const tellura_soil* soil,
+                         const tellura_weather_station* station) {
     std::string ignored;
     return siteFileText({record, soil, station, shippedReleaseProfile(version)}, ignored);
 }
 
 bool writeSiteFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                   const tellura_soil_list& soils, const tellura_weather_station_list& stations, std::string& errors) {
-    const TelluraSoils* soil = soils.find(record.soilId());
-    const TelluraWeatherStations* station = stations.find(record.weatherId());
+                   const tellura_soils& soils, const tellura_weather_stations& stations, std::string& errors) {
+    const tellura_soil* soil = soils.find(record.soilId());
+    const tellura_weather_station* station = stations.find(record.weatherId());
     if (!soil)
         appendf(errors, "WARNING, soil %ld of record %ld not found, site file soil values written as zero.\n",
                 static_cast<long>(record.soilId()), static_cast<long>(record.id()));
@@ -150,7 +150,7 @@ namespace {
 // "keep" line's name, and a name no place takes, is kept with the record.
 class site_file_target : public tellura_input {
 public:
-    site_file_target(tellura_control_record& record, TelluraSoils* soil, TelluraWeatherStations* station,
+    site_file_target(tellura_control_record& record, tellura_soil* soil, tellura_weather_station* station,
                      const release_profile* profile, bool& climateRead)
         : record_(record), soil_(soil), station_(station), profile_(profile), climateRead_(climateRead) {}
 
@@ -177,15 +177,15 @@ public:
 
 private:
     tellura_control_record& record_;
-    TelluraSoils* soil_;
-    TelluraWeatherStations* station_;
+    tellura_soil* soil_;
+    tellura_weather_station* station_;
     const release_profile* profile_;
     bool& climateRead_;
 };
 
 class site_file_reader : public tellura_input_list {
 public:
-    site_file_reader(tellura_control_record& record, TelluraSoils* soil, TelluraWeatherStations* station,
+    site_file_reader(tellura_control_record& record, tellura_soil* soil, tellura_weather_station* station,
                      const release_profile* profile)
         : record_(record), soil_(soil), station_(station), profile_(profile) {}
     std::unique_ptr<tellura_input> makeRecord() const override {
@@ -196,15 +196,15 @@ public:
 
 private:
     tellura_control_record& record_;
-    TelluraSoils* soil_;
-    TelluraWeatherStations* station_;
+    tellura_soil* soil_;
+    tellura_weather_station* station_;
     const release_profile* profile_;
 };
 
 }  // namespace
 
-bool importSiteFile(const std::string& path, tellura_control_record& record, TelluraSoils* soil,
-                    TelluraWeatherStations* station, std::string& messages, const release_profile* profile) {
+bool importSiteFile(const std::string& path, tellura_control_record& record, tellura_soil* soil,
+                    tellura_weather_station* station, std::string& messages, const release_profile* profile) {
     std::string text;
     if (!readTextFile(path, text, messages, strprintf("ERROR, cannot open site file \"%s\"\n", path.c_str())))
         return false;
@@ -240,7 +240,7 @@ private:
         return tokens;
     }
     void store(const profile_sitepar_line& entry, const std::string& name, double value) {
-        TelluraSiteData& site = record_.site;
+        site_data_row& site = record_.site;
         int column = site.column(name);
         if (entry.keep || column < 0 || iequals(name, "ID")) {
             record_.kept.set(kSiteparFile, name, value);

@@ -19,8 +19,8 @@ struct record_sources;
 std::string siteFileText(const record_sources& sources, std::string& errors);
 // The same under the version's shipped profile. A missing soil or station
 // (nullptr) writes their values as zero.
-std::string siteFileText(const tellura_control_record& record, int version, const TelluraSoils* soil,
-                         const TelluraWeatherStations* station);
+std::string siteFileText(const tellura_control_record& record, int version, const tellura_soil* soil,
+                         const tellura_weather_station* station);
 
 // Writes "sbsite.100", looking up the record's soil and station. A missing soil
 // or station, or a station without climate means, is warned about and written
@@ -28,7 +28,7 @@ std::string siteFileText(const tellura_control_record& record, int version, cons
 // written (not reported: the run directory preparation reports files it could
 // not write).
 bool writeSiteFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                   const tellura_soil_list& soils, const tellura_weather_station_list& stations, std::string& errors);
+                   const tellura_soils& soils, const tellura_weather_stations& stations, std::string& errors);
 
 // The text of "sitepar.in": the profile's [sitepar.in] lines.
 std::string siteparText(const record_sources& sources, std::string& errors);
@@ -43,8 +43,8 @@ int siteparLineCount(const release_profile& profile);
 // lines, and a name no place takes, is kept with the record. False when the
 // file cannot be read, a name is given twice (reported with its line) or any
 // line gave a message (each followed by the file and line).
-bool importSiteFile(const std::string& path, tellura_control_record& record, TelluraSoils* soil,
-                    TelluraWeatherStations* station, std::string& messages, const release_profile* profile = nullptr);
+bool importSiteFile(const std::string& path, tellura_control_record& record, tellura_soil* soil,
+                    tellura_weather_station* station, std::string& messages, const release_profile* profile = nullptr);
 
 // Reads "sitepar.in" by position, line for line as the profile lays it out; a
 // file with another line count than the profile's is warned about.

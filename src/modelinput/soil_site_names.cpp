@@ -59,23 +59,23 @@ const char* soilColumnOfSiteName(std::string_view siteName) {
     return entry ? entry->column : nullptr;
 }
 
-double soilSiteValue(const TelluraSoils& soil, std::string_view siteName) {
+double soilSiteValue(const tellura_soil& soil, std::string_view siteName) {
     const char* column = soilColumnOfSiteName(siteName);
     return column ? soil.number(column) : 0.0;
 }
 
-double soilLayerValue(const TelluraSoils& soil, std::string_view layerName, int layer) {
+double soilLayerValue(const tellura_soil& soil, std::string_view layerName, int layer) {
     const name_column* entry = findName(layerName, kLayerNames.data(), kLayerNames.data() + kLayerNames.size());
     if (!entry || !validLayer(layer)) return 0.0;
     return soil.layers[static_cast<size_t>(layer - 1)].number(entry->column);
 }
 
-double soilMineralValue(const TelluraSoils& soil, int layer, int element) {
+double soilMineralValue(const tellura_soil& soil, int layer, int element) {
     if (!validLayer(layer) || element < 1 || element > 3) return 0.0;
     return soil.layers[static_cast<size_t>(layer - 1)].number(kMineralColumns[static_cast<size_t>(element - 1)]);
 }
 
-bool setSoilBySiteName(TelluraSoils& soil, std::string_view name, double value, std::string& errors) {
+bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, std::string& errors) {
     if (soil.setFieldBySiteName(name, value, errors)) return true;
     // ROCK and PH are site-file soil values too.
     const char* column = soilColumnOfSiteName(name);

@@ -15,15 +15,15 @@ namespace sb {
 const char* soilColumnOfSiteName(std::string_view siteName);
 
 // A profile value by its site name (0 for an unknown name).
-double soilSiteValue(const TelluraSoils& soil, std::string_view siteName);
+double soilSiteValue(const tellura_soil& soil, std::string_view siteName);
 
 // Layer values of slot `layer` (1-based, up to the 14 slots a soil keeps).
-double soilLayerValue(const TelluraSoils& soil, std::string_view layerName, int layer);
+double soilLayerValue(const tellura_soil& soil, std::string_view layerName, int layer);
 // MINERL(layer, element), element 1 N, 2 P, 3 S.
-double soilMineralValue(const TelluraSoils& soil, int layer, int element);
+double soilMineralValue(const tellura_soil& soil, int layer, int element);
 
 // Sets a soil field by its site-file name (the soil's own setter, plus ROCK
 // and PH, which the site file carries too). False when it is no soil name.
-bool setSoilBySiteName(TelluraSoils& soil, std::string_view name, double value, std::string& errors);
+bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, std::string& errors);
 
 }  // namespace sb

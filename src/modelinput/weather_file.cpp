@@ -44,7 +44,7 @@ void appendMonthlyLine(std::string& out, const char* keyword, const weather_mont
     out += '\n';
 }
 
-void appendMonthlyText(std::string& out, const TelluraWeatherStations& station) {
+void appendMonthlyText(std::string& out, const tellura_weather_station& station) {
     for (const weather_monthly_year& year : station.monthly) {
         appendMonthlyLine(out, "prec", year, &weather_month_record::precip);
         appendMonthlyLine(out, "tmin", year, &weather_month_record::tmn2m);
@@ -55,7 +55,8 @@ void appendMonthlyText(std::string& out, const TelluraWeatherStations& station) 
 // One line per day, in the columns the release reads: the dates as whole
 // numbers, the values with three decimals (or more where three would not
 // give the value back).
-void appendDailyText(std::string& out, const TelluraWeatherStations& station, const std::vector<std::string>& columns) {
+void appendDailyText(std::string& out, const tellura_weather_station& station,
+                     const std::vector<std::string>& columns) {
     for (const weather_daily_year& year : station.daily) {
         int counter = 1;  // restarts every year; a missing day shifts the later ones
         for (const weather_day_record& day : year.days) {
@@ -74,19 +75,19 @@ void appendDailyText(std::string& out, const TelluraWeatherStations& station, co
     }
 }
 
-bool hasMonthlyYear(const TelluraWeatherStations& station, int year) {
+bool hasMonthlyYear(const tellura_weather_station& station, int year) {
     return std::any_of(station.monthly.begin(), station.monthly.end(),
                        [year](const weather_monthly_year& y) { return y.year == year && !y.months.empty(); });
 }
 
-bool hasDailyYear(const TelluraWeatherStations& station, int year) {
+bool hasDailyYear(const tellura_weather_station& station, int year) {
     return std::any_of(station.daily.begin(), station.daily.end(),
                        [year](const weather_daily_year& y) { return y.year == year && !y.days.empty(); });
 }
 
 }  // namespace
 
-tellura_weather_recorded_for_block::tellura_weather_recorded_for_block(const TelluraWeatherStations& station)
+tellura_weather_recorded_for_block::tellura_weather_recorded_for_block(const tellura_weather_station& station)
     : station_(&station) {}
 
 void tellura_weather_recorded_for_block::addBlockYears(int32_t firstYear, int32_t lastYear) {
@@ -111,18 +112,18 @@ std::string weatherFileName(int32_t stationId) { return strprintf("sb%06d.wth", 
 
 bool usesDailyWeather(int version) { return version == 4 || version == 6; }
 
-std::string weatherFileText(const TelluraWeatherStations& station, const std::vector<std::string>& dailyColumns) {
+std::string weatherFileText(const tellura_weather_station& station, const std::vector<std::string>& dailyColumns) {
     std::string out;
     if (!dailyColumns.empty()) appendDailyText(out, station, dailyColumns);
     else appendMonthlyText(out, station);
     return out;
 }
 
-std::string weatherFileText(const TelluraWeatherStations& station, int version) {
+std::string weatherFileText(const tellura_weather_station& station, int version) {
     return weatherFileText(station, usesDailyWeather(version) ? kDailyColumns : std::vector<std::string>());
 }
 
-bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear, int version,
+bool checkWeatherCoverage(const tellura_weather_station& station, int firstYear, int lastYear, int version,
                           int blockNumber, std::string& messages) {
     const bool daily = version == 4;
     int warnings = 0;
@@ -150,7 +151,7 @@ bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, 
     return true;
 }
 
-void checkBlockWeatherCoverage(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+void checkBlockWeatherCoverage(const tellura_weather_station& station, const tellura_event_block& block, int version,
                                std::string& messages) {
     checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, messages);
 }

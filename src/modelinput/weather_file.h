@@ -17,10 +17,10 @@ namespace sb {
 // and the historical data that goes into its file.
 class tellura_weather_recorded_for_block {
 public:
-    explicit tellura_weather_recorded_for_block(const TelluraWeatherStations& station);
+    explicit tellura_weather_recorded_for_block(const tellura_weather_station& station);
 
     int32_t stationId() const { return station_->id; }
-    const TelluraWeatherStations& station() const { return *station_; }
+    const tellura_weather_station& station() const { return *station_; }
     int32_t firstYear() const { return firstYear_; }
     int32_t lastYear() const { return lastYear_; }
 
@@ -35,7 +35,7 @@ public:
     bool write(const std::string& path, const std::vector<std::string>& dailyColumns, std::string& errors) const;
 
 private:
-    const TelluraWeatherStations* station_;
+    const tellura_weather_station* station_;
     int32_t firstYear_ = INT32_MAX;
     int32_t lastYear_ = INT32_MIN;
 };
@@ -49,17 +49,17 @@ bool usesDailyWeather(int version);
 // Text of the weather file: daily lines in the given columns ("day", "month",
 // "year", "doy" (a counter that restarts every year), "tmax", "tmin", "precip",
 // "solrad", "rhumid", "windsp"), or monthly prec/tmin/tmax lines when there are none.
-std::string weatherFileText(const TelluraWeatherStations& station, const std::vector<std::string>& dailyColumns);
+std::string weatherFileText(const tellura_weather_station& station, const std::vector<std::string>& dailyColumns);
 // The same as a version writes it: monthly prec/tmin/tmax lines, or daily lines
 // "day month year counter tmax tmin prec solrad rhumid windsp".
-std::string weatherFileText(const TelluraWeatherStations& station, int version);
+std::string weatherFileText(const tellura_weather_station& station, int version);
 
 // Warns about every year from firstYear to lastYear + 1 that the station lacks
 // (monthly data, or daily data for version 4), at most 10 per block. Always true.
-bool checkWeatherCoverage(const TelluraWeatherStations& station, int firstYear, int lastYear, int version,
+bool checkWeatherCoverage(const tellura_weather_station& station, int firstYear, int lastYear, int version,
                           int blockNumber, std::string& messages);
 // The same for one block, in the form block validation takes (weather_coverage_check).
-void checkBlockWeatherCoverage(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+void checkBlockWeatherCoverage(const tellura_weather_station& station, const tellura_event_block& block, int version,
                                std::string& messages);
 
 }  // namespace sb

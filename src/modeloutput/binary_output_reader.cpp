@@ -58,7 +58,7 @@ std::vector<placement> placementsFor(const binary_layout& layout, bool monthly) 
 void dropEmptySoilLayers(tellura_outputs& outputs) {
     auto& layers = outputs.soilLayers;
     layers.erase(std::remove_if(layers.begin(), layers.end(),
-                                [](const TelluraOutputSoilLayer& layer) {
+                                [](const soil_layer_output& layer) {
                                     for (int c = 2; c < layer.columnCount(); ++c)
                                         if (!layer.isMissing(c) && layer.number(c) != 0.0) return false;
                                     return true;

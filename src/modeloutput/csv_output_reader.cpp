@@ -104,7 +104,7 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
             continue;
         }
         int year = annualYear(time);
-        TelluraOutputAnnual& annual = outputs.annualFor(year);
+        annual_output& annual = outputs.annualFor(year);
         for (size_t i = 1; i < fields.size() && i - 1 < columns.size(); ++i) {
             float value = 0;
             parse_result r = parseOutputFloat(fields[i], value);

@@ -83,7 +83,7 @@ bool readDailyOutput(const std::string& path, const std::map<std::string, std::s
             continue;
         }
         int year = annualYear(time);
-        TelluraOutputDaily& out = outputs.dailyFor(year, static_cast<int>(day));
+        daily_output& out = outputs.dailyFor(year, static_cast<int>(day));
         for (size_t i = 2; i < fields.size() && i < header.columns.size(); ++i) {
             int column = header.columns[i];
             // A column two files hold is taken from the first file read.
@@ -119,20 +119,20 @@ void addAnnualSumsOfDailyValues(tellura_outputs& outputs) {
                  {"ppt", "ppt", 1.0}};
     const auto& dailyTable = tableDef(table_id::output_daily);
     const auto& annualTable = tableDef(table_id::output_annual);
-    std::map<int, std::vector<const TelluraOutputDaily*>> years;
-    for (const TelluraOutputDaily& day : outputs.daily) years[day.year()].push_back(&day);
+    std::map<int, std::vector<const daily_output*>> years;
+    for (const daily_output& day : outputs.daily) years[day.year()].push_back(&day);
     for (const auto& [year, days] : years) {
         if (days.size() < 365) continue;  // a part of a year sums to no year's value
         for (const auto& sum : kSums) {
             int from = dailyTable.fieldIndex(sum.daily), to = annualTable.fieldIndex(sum.annual);
             double total = 0;
             bool complete = true;
-            for (const TelluraOutputDaily* day : days) {
+            for (const daily_output* day : days) {
                 complete = complete && !day->isMissing(from);
                 if (complete) total += day->number(from);
             }
             if (!complete) continue;
-            TelluraOutputAnnual& annual = outputs.annualFor(year);
+            annual_output& annual = outputs.annualFor(year);
             if (annual.isMissing(to)) annual.setNumber(to, total * sum.scale);
         }
     }

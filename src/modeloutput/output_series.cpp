@@ -46,7 +46,7 @@ std::vector<const table_record*> outputRows(const tellura_outputs& outputs, tabl
             appendAll(outputs.annual, rows);
             break;
         case table_id::output_monthly:
-            for (const TelluraOutputMonthly* m : outputs.monthlyInOrder()) rows.push_back(m);
+            for (const monthly_output* m : outputs.monthlyInOrder()) rows.push_back(m);
             break;
         case table_id::output_daily:
             appendAll(outputs.daily, rows);

@@ -174,7 +174,7 @@ bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::
 bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     // In year and month order, so that a table browsed by its insertion order reads naturally.
     std::vector<tellura_output*> ordered;
-    for (const auto* record : outputs.monthlyInOrder()) ordered.push_back(const_cast<TelluraOutputMonthly*>(record));
+    for (const auto* record : outputs.monthlyInOrder()) ordered.push_back(const_cast<monthly_output*>(record));
     return storeKeyed(db, id, ordered, kMonthlyKind, errors);
 }
 
@@ -210,7 +210,7 @@ bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
     });
     ok = readRows(db, table_id::output_annual, id, "[Year]", errors,
                   [&](const table_record& row) {
-                      outputs.annual.push_back(recordFrom<TelluraOutputAnnual>(row));
+                      outputs.annual.push_back(recordFrom<annual_output>(row));
                       return true;
                   }) &&
          ok;
@@ -222,7 +222,7 @@ bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
          ok;
     ok = readRows(db, table_id::output_daily, id, "[Year]", errors,
                   [&](const table_record& row) {
-                      outputs.daily.push_back(recordFrom<TelluraOutputDaily>(row));
+                      outputs.daily.push_back(recordFrom<daily_output>(row));
                       return true;
                   }) &&
          ok;
@@ -235,7 +235,7 @@ bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
                           tooManyLayers = true;
                           return false;
                       }
-                      outputs.soilLayers.push_back(recordFrom<TelluraOutputSoilLayer>(row));
+                      outputs.soilLayers.push_back(recordFrom<soil_layer_output>(row));
                       return true;
                   }) &&
          ok;

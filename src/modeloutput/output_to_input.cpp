@@ -58,7 +58,7 @@ bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_re
     return true;
 }
 
-bool fillSoilFromOutput(const tellura_outputs& outputs, TelluraSoils* soil, std::string& errors) {
+bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, std::string& errors) {
     if (!soil) {
         errors += "ERROR, No soil record to fill.\n";
         return false;

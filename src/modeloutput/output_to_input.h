@@ -8,7 +8,7 @@
 namespace sb {
 
 class tellura_control_record;
-class TelluraSoils;
+class tellura_soil;
 struct tellura_outputs;
 
 // The eight values aglcis(1), aglcis(2), aglive(1..3), aminrl(1..3) of the last
@@ -25,6 +25,6 @@ bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_re
 // Initial Relative Water Content from the output soil-layer row of the same
 // layer number. soil is null when the record has no soil:
 // "ERROR, No soil record to fill.\n".
-bool fillSoilFromOutput(const tellura_outputs& outputs, TelluraSoils* soil, std::string& errors);
+bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, std::string& errors);
 
 }  // namespace sb

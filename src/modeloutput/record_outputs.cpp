@@ -18,7 +18,7 @@ bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_reco
 }
 
 bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
-                                   std::string& errors, const tellura_soil_list* soils) {
+                                   std::string& errors, const tellura_soils* soils) {
     // The outer session makes the record's own session and the output store one transaction.
     store_session s(db, errors);
     if (!s.ok()) return false;

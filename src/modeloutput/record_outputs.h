@@ -11,7 +11,7 @@ namespace sb {
 
 class database;
 class tellura_control_record;
-class tellura_soil_list;
+class tellura_soils;
 struct tellura_outputs;
 
 // The record, then its outputs. As with the record's own parts, a failing part
@@ -24,7 +24,7 @@ bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_reco
 // one session. A failing part does not stop the others, but then nothing of it
 // is kept.
 bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
-                                   std::string& errors, const tellura_soil_list* soils = nullptr);
+                                   std::string& errors, const tellura_soils* soils = nullptr);
 
 // Copies a record, whole and with its outputs, under `newId` in the same
 // project (an existing record of that ID is replaced).

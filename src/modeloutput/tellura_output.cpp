@@ -12,13 +12,13 @@ size_t bucketOf(int year) {
 }
 }  // namespace
 
-TelluraOutput& tellura_outputs::endOfRunRecord() {
+end_of_run_output& tellura_outputs::endOfRunRecord() {
     if (!hasEndOfRun) endOfRun.setValuesMissing();
     hasEndOfRun = true;
     return endOfRun;
 }
 
-TelluraOutputDaily& tellura_outputs::dailyFor(int year, int day) {
+daily_output& tellura_outputs::dailyFor(int year, int day) {
     for (auto it = daily.rbegin(); it != daily.rend() && it->year() >= year; ++it)
         if (it->year() == year && it->julianDay() == day) return *it;
     daily.emplace_back();
@@ -40,7 +40,7 @@ bool tellura_outputs::empty() const {
     return !hasEndOfRun && annual.empty() && monthlyCount() == 0 && daily.empty() && soilLayers.empty();
 }
 
-TelluraOutputAnnual& tellura_outputs::annualFor(int year) {
+annual_output& tellura_outputs::annualFor(int year) {
     // Readers go through the years in order, so the wanted record is almost always
     // the last one; searching from the back keeps a long run linear.
     for (auto it = annual.rbegin(); it != annual.rend(); ++it)
@@ -51,7 +51,7 @@ TelluraOutputAnnual& tellura_outputs::annualFor(int year) {
     return annual.back();
 }
 
-TelluraOutputMonthly& tellura_outputs::monthlyFor(int year, int month) {
+monthly_output& tellura_outputs::monthlyFor(int year, int month) {
     auto& bucket = monthly[bucketOf(year)];
     for (auto it = bucket.rbegin(); it != bucket.rend(); ++it)
         if (it->year() == year && it->month() == month) return *it;
@@ -61,18 +61,18 @@ TelluraOutputMonthly& tellura_outputs::monthlyFor(int year, int month) {
     return bucket.back();
 }
 
-TelluraOutputSoilLayer& tellura_outputs::soilLayerFor(int layer) {
+soil_layer_output& tellura_outputs::soilLayerFor(int layer) {
     auto at = std::find_if(soilLayers.begin(), soilLayers.end(),
-                           [layer](const TelluraOutputSoilLayer& l) { return l.layerNumber() >= layer; });
+                           [layer](const soil_layer_output& l) { return l.layerNumber() >= layer; });
     if (at != soilLayers.end() && at->layerNumber() == layer) return *at;
-    at = soilLayers.insert(at, TelluraOutputSoilLayer());
+    at = soilLayers.insert(at, soil_layer_output());
     at->setValuesMissing();
     at->setLayerNumber(layer);
     return *at;
 }
 
-std::vector<const TelluraOutputMonthly*> tellura_outputs::monthlyInOrder() const {
-    std::vector<const TelluraOutputMonthly*> out;
+std::vector<const monthly_output*> tellura_outputs::monthlyInOrder() const {
+    std::vector<const monthly_output*> out;
     out.reserve(monthlyCount());
     for (const auto& bucket : monthly)
         for (const auto& record : bucket) out.push_back(&record);

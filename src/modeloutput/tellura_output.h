@@ -18,21 +18,23 @@ public:
 };
 
 // End-of-run state, one row per control record (`Output`).
-class TelluraOutput : public tellura_output {
+class end_of_run_output : public tellura_output {
 public:
-    TelluraOutput() : tellura_output(table_id::output) {}
+    end_of_run_output() : tellura_output(table_id::output) {}
 };
 
-class TelluraOutputAnnual : public tellura_output {
+// One year of a record's run (`Output Annual`).
+class annual_output : public tellura_output {
 public:
-    TelluraOutputAnnual() : tellura_output(table_id::output_annual) {}
+    annual_output() : tellura_output(table_id::output_annual) {}
     int year() const { return integer(1); }
     void setYear(int year) { setNumber(1, year); }
 };
 
-class TelluraOutputMonthly : public tellura_output {
+// One month of a record's run (`Output Monthly`).
+class monthly_output : public tellura_output {
 public:
-    TelluraOutputMonthly() : tellura_output(table_id::output_monthly) {}
+    monthly_output() : tellura_output(table_id::output_monthly) {}
     int year() const { return integer(1); }
     int month() const { return integer(2); }
     void setYearMonth(int year, int month) {
@@ -41,9 +43,10 @@ public:
     }
 };
 
-class TelluraOutputDaily : public tellura_output {
+// One day of a record's run (`Output Daily`).
+class daily_output : public tellura_output {
 public:
-    TelluraOutputDaily() : tellura_output(table_id::output_daily) {}
+    daily_output() : tellura_output(table_id::output_daily) {}
     int year() const { return integer(1); }
     int julianDay() const { return integer(2); }
     void setYearDay(int year, int day) {
@@ -52,9 +55,10 @@ public:
     }
 };
 
-class TelluraOutputSoilLayer : public tellura_output {
+// One soil layer at the end of a record's run (`Output Soil Layers`).
+class soil_layer_output : public tellura_output {
 public:
-    TelluraOutputSoilLayer() : tellura_output(table_id::output_soil_layers) {}
+    soil_layer_output() : tellura_output(table_id::output_soil_layers) {}
     int layerNumber() const { return integer(1); }
     void setLayerNumber(int layer) { setNumber(1, layer); }
 };
@@ -64,28 +68,28 @@ constexpr int kMaxOutputSoilLayers = 14;
 
 // All outputs of one control record, as the readers fill them.
 struct tellura_outputs {
-    TelluraOutput endOfRun;
+    end_of_run_output endOfRun;
     bool hasEndOfRun = false;
-    std::vector<TelluraOutputAnnual> annual;
-    std::array<std::vector<TelluraOutputMonthly>, kMonthlyBuckets> monthly;
-    std::vector<TelluraOutputDaily> daily;
-    std::vector<TelluraOutputSoilLayer> soilLayers;
+    std::vector<annual_output> annual;
+    std::array<std::vector<monthly_output>, kMonthlyBuckets> monthly;
+    std::vector<daily_output> daily;
+    std::vector<soil_layer_output> soilLayers;
 
     void clear();
     bool empty() const;
     // The end-of-run record, its values missing until a reader gives them.
-    TelluraOutput& endOfRunRecord();
+    end_of_run_output& endOfRunRecord();
     // The daily record of a year and day of the year, or a new one (values
     // missing) added at the end: daily files are read in time order.
-    TelluraOutputDaily& dailyFor(int year, int day);
+    daily_output& dailyFor(int year, int day);
     // Find the record of a year (and month), or make one and add it (its
     // values missing until a reader gives them).
-    TelluraOutputAnnual& annualFor(int year);
-    TelluraOutputMonthly& monthlyFor(int year, int month);
+    annual_output& annualFor(int year);
+    monthly_output& monthlyFor(int year, int month);
     // The record of a soil layer, made when missing; layers are kept in number order.
-    TelluraOutputSoilLayer& soilLayerFor(int layer);
+    soil_layer_output& soilLayerFor(int layer);
     // Monthly records in year, month order (the buckets flattened).
-    std::vector<const TelluraOutputMonthly*> monthlyInOrder() const;
+    std::vector<const monthly_output*> monthlyInOrder() const;
     size_t monthlyCount() const;
 };
 

@@ -66,7 +66,7 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
             continue;
         }
         int year = annualYear(time);
-        TelluraOutputAnnual& annual = outputs.annualFor(year);
+        annual_output& annual = outputs.annualFor(year);
         for (size_t i = 1; i < std::size(kSummaryColumns); ++i) {
             const auto& column = kSummaryColumns[i];
             if (column.last > line.size()) continue;  // a range past the line's end leaves the value

@@ -62,15 +62,16 @@ public:
     option_record_of() : option_record(Kind) {}
 };
 
-using TelluraCrops = option_record_of<option_kind::crop>;
-using TelluraCultivation = option_record_of<option_kind::cultivation>;
-using TelluraFertilizer = option_record_of<option_kind::fertilizer>;
-using TelluraFire = option_record_of<option_kind::fire>;
-using TelluraGraze = option_record_of<option_kind::graze>;
-using TelluraHarvest = option_record_of<option_kind::harvest>;
-using TelluraIrrigation = option_record_of<option_kind::irrigation>;
-using TelluraOmad = option_record_of<option_kind::omad>;
-using TelluraTree = option_record_of<option_kind::tree>;
-using TelluraTreeRemoval = option_record_of<option_kind::tree_removal>;
+// One member of each option list (a row of its option table).
+using crop_option = option_record_of<option_kind::crop>;
+using cultivation_option = option_record_of<option_kind::cultivation>;
+using fertilizer_option = option_record_of<option_kind::fertilizer>;
+using fire_option = option_record_of<option_kind::fire>;
+using graze_option = option_record_of<option_kind::graze>;
+using harvest_option = option_record_of<option_kind::harvest>;
+using irrigation_option = option_record_of<option_kind::irrigation>;
+using omad_option = option_record_of<option_kind::omad>;
+using tree_option = option_record_of<option_kind::tree>;
+using tree_removal_option = option_record_of<option_kind::tree_removal>;
 
 }  // namespace sb

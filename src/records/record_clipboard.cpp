@@ -5,7 +5,7 @@
 namespace sb {
 
 record_clipboard::items record_clipboard::makeItems(const tellura_control_record& record,
-                                                    const tellura_weather_station_list& stations) {
+                                                    const tellura_weather_stations& stations) {
     return {encodeId(record.id()), controlRecordText(record, stations)};
 }
 

@@ -12,7 +12,7 @@
 
 namespace sb {
 
-class tellura_weather_station_list;
+class tellura_weather_stations;
 
 class record_clipboard {
 public:
@@ -34,7 +34,7 @@ public:
         std::string text;    // the record text; empty when its station is not in the list
     };
 
-    static items makeItems(const tellura_control_record& record, const tellura_weather_station_list& stations);
+    static items makeItems(const tellura_control_record& record, const tellura_weather_stations& stations);
     static std::string encodeId(int32_t id);
     // The ID of the private-format item; `idItem` is empty when the clipboard has
     // no item in that format.

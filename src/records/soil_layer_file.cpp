@@ -23,7 +23,7 @@ constexpr int kMaxDepthCm = 32767;  // the Depth column is 16 bits
 
 // Reads one line's numbers into the layer; false with a message naming the line
 // when a token is not a number or the depths cannot be the next layer's.
-bool readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tokens, int depthAbove, long lineNumber,
+bool readLayerLine(soil_layer& layer, const std::vector<std::string>& tokens, int depthAbove, long lineNumber,
                    const std::string& path, std::string& errors) {
     std::vector<double> values;
     for (const std::string& token : tokens) {
@@ -56,10 +56,10 @@ bool readLayerLine(TelluraSoilLayers& layer, const std::vector<std::string>& tok
 
 }  // namespace
 
-bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors) {
+bool importSoilLayerText(tellura_soil& soil, const std::string& text, const std::string& path, std::string& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the soil's layers as they were.
-    TelluraSoils read = soil;
+    tellura_soil read = soil;
     read.layerCount = 0;
     bool ok = true;
     long lineNumber = 0;
@@ -74,7 +74,7 @@ bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std:
             ok = false;
             return;
         }
-        TelluraSoilLayers& layer = read.layers[static_cast<size_t>(read.layerCount)];
+        soil_layer& layer = read.layers[static_cast<size_t>(read.layerCount)];
         const int depthAbove = read.layerCount > 0 ? read.layers[static_cast<size_t>(read.layerCount - 1)].depth() : 0;
         if (!readLayerLine(layer, tokens, depthAbove, lineNumber, path, errors)) {
             ok = false;
@@ -96,13 +96,13 @@ bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std:
     return true;
 }
 
-bool importSoilLayerFile(TelluraSoils& soil, const std::string& path, std::string& errors) {
+bool importSoilLayerFile(tellura_soil& soil, const std::string& path, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
     return importSoilLayerText(soil, text, path, errors);
 }
 
-std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& targetBottoms) {
+std::string soilsInText(const tellura_soil& soil, const std::vector<int>& targetBottoms) {
     std::vector<int> sourceBottoms = soil.layerDepths();
     std::vector<std::vector<double>> columns;
     for (soil_layer_column column : kLineColumns) {
@@ -120,14 +120,14 @@ std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& target
     return out;
 }
 
-bool writeSoilsIn(const TelluraSoils& soil, const std::vector<int>& targetBottoms, const std::string& path,
+bool writeSoilsIn(const tellura_soil& soil, const std::vector<int>& targetBottoms, const std::string& path,
                   std::string& errors) {
     if (writeTextFile(path, soilsInText(soil, targetBottoms))) return true;
     appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
     return false;
 }
 
-bool writeSoilsIn(const TelluraSoils& soil, const std::string& path, std::string& errors) {
+bool writeSoilsIn(const tellura_soil& soil, const std::string& path, std::string& errors) {
     return writeSoilsIn(soil, soil.layerDepths(), path, errors);
 }
 

@@ -8,7 +8,7 @@
 
 namespace sb {
 
-class TelluraSoils;
+class tellura_soil;
 
 constexpr int kSoilLayerLineLimit = 255;
 
@@ -19,18 +19,18 @@ constexpr int kSoilLayerLineLimit = 255;
 // at all, or a non-empty line after the 14th (each giving "ERROR, too many soil
 // layers in soil file \"%s\".\n") fails the import with a message naming the
 // line, and the soil is left exactly as it was.
-bool importSoilLayerFile(TelluraSoils& soil, const std::string& path, std::string& errors);
-bool importSoilLayerText(TelluraSoils& soil, const std::string& text, const std::string& path, std::string& errors);
+bool importSoilLayerFile(tellura_soil& soil, const std::string& path, std::string& errors);
+bool importSoilLayerText(tellura_soil& soil, const std::string& text, const std::string& path, std::string& errors);
 
 // The soil re-layered onto `targetBottoms` (layer bottoms in cm), one line per
 // target layer, in the same column order as the import reads.
-std::string soilsInText(const TelluraSoils& soil, const std::vector<int>& targetBottoms);
+std::string soilsInText(const tellura_soil& soil, const std::vector<int>& targetBottoms);
 // Writes soilsInText() to the path; "ERROR, can't open file \"%s\".\n" when it cannot.
-bool writeSoilsIn(const TelluraSoils& soil, const std::vector<int>& targetBottoms, const std::string& path,
+bool writeSoilsIn(const tellura_soil& soil, const std::vector<int>& targetBottoms, const std::string& path,
                   std::string& errors);
 // The run directory's "soils.in": the soil on its own layers. The daily model
 // takes its layer structure from this file, so the soil's layers are written
 // as the user entered them (re-layering onto them changes no value).
-bool writeSoilsIn(const TelluraSoils& soil, const std::string& path, std::string& errors);
+bool writeSoilsIn(const tellura_soil& soil, const std::string& path, std::string& errors);
 
 }  // namespace sb

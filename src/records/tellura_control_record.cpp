@@ -44,7 +44,7 @@ constexpr const char* kDeleteDependentRows = "DELETE * FROM `%s` WHERE ID = %ld"
 
 // The row alone; false with `stop` set when the table cannot be opened, which
 // ends the whole write.
-bool writeControlRow(database& db, const TelluraControlRecords& row, int32_t id, std::string& errors, bool& stop) {
+bool writeControlRow(database& db, const control_record_row& row, int32_t id, std::string& errors, bool& stop) {
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
@@ -62,9 +62,9 @@ bool writeControlRow(database& db, const TelluraControlRecords& row, int32_t id,
     return ok;
 }
 
-bool writeRecordSoil(database& db, int32_t soilId, const tellura_soil_list* soils, std::string& errors) {
+bool writeRecordSoil(database& db, int32_t soilId, const tellura_soils* soils, std::string& errors) {
     if (!soils) return true;
-    const TelluraSoils* soil = soils->find(soilId);
+    const tellura_soil* soil = soils->find(soilId);
     return soil ? writeSoil(*soil, db, errors) : true;
 }
 
@@ -86,7 +86,7 @@ std::string tellura_control_record::initialTree() const { return row.text(column
 
 // --- Site data -----------------------------------------------------------------
 
-bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors) {
+bool readSiteData(database& db, int32_t id, site_data_row& site, std::string& errors) {
     db_status status;
     switch (readOneRow(db, table_id::site_data, id, site, status)) {
         case row_read::found:
@@ -101,7 +101,7 @@ bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& 
     return false;
 }
 
-bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors) {
+bool writeSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteDependentRows, table_id::site_data, id, errors);
@@ -112,7 +112,7 @@ bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::s
         appendStatusText(status, errors);
         return false;
     }
-    TelluraSiteData keyed = site;
+    site_data_row keyed = site;
     keyed.setNumber(std::string_view("ID"), id);
     db_status inserted = rows->insert(keyed);
     if (!inserted.ok()) {
@@ -127,7 +127,7 @@ bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::s
 
 bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors) {
     db_status status;
-    TelluraControlRecords row;
+    control_record_row row;
     switch (readOneRow(db, table_id::control_records, id, row, status)) {
         case row_read::unopened:
             errors += "ERROR, unable to open control record table.\n";
@@ -150,8 +150,7 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
     return ok;
 }
 
-bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
-                        const tellura_soil_list* soils) {
+bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors, const tellura_soils* soils) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     const int32_t id = record.id();
@@ -190,14 +189,14 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
 
 // --- Text form -----------------------------------------------------------------
 
-std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations) {
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_stations& stations) {
     std::string text;
-    const TelluraWeatherStations* station = stations.find(record.weatherId());
+    const tellura_weather_station* station = stations.find(record.weatherId());
     if (!station) return text;  // the text form needs the station's means
     text += "Soilbench Record\t\n";
     appendf(text, "%ld\n", asLong(record.id()));
     appendf(text, "Soil ID\t%ld\n", asLong(record.soilId()));
-    const TelluraSiteData& s = record.site;
+    const site_data_row& s = record.site;
     appendf(text, "ivauto\t%d\tnelem\t%d\tsite.EPNFA\t%g\t%g\tsite.EPNFS\t%g\t%g\n", s.integer(s.column("IVAUTO")),
             s.integer(s.column("NELEM")), s.number("EPNFA(1)"), s.number("EPNFA(2)"), s.number("EPNFS(1)"),
             s.number("EPNFS(2)"));

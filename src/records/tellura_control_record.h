@@ -15,19 +15,19 @@
 namespace sb {
 
 class database;
-class tellura_soil_list;
-class tellura_weather_station_list;
+class tellura_soils;
+class tellura_weather_stations;
 
-// Accessor record of `Control Records`.
-class TelluraControlRecords : public table_record {
+// One `Control Records` row: the record's run control and fixed parameters.
+class control_record_row : public table_record {
 public:
-    TelluraControlRecords() : table_record(table_id::control_records) {}
+    control_record_row() : table_record(table_id::control_records) {}
 };
 
-// Accessor record of `Site Data`: initial values and the daily-step site parameters.
-class TelluraSiteData : public table_record {
+// One `Site Data` row: initial values and the daily-step site parameters.
+class site_data_row : public table_record {
 public:
-    TelluraSiteData() : table_record(table_id::site_data) {}
+    site_data_row() : table_record(table_id::site_data) {}
 };
 
 class tellura_control_record {
@@ -35,8 +35,8 @@ public:
     // A new record with the program's default values (a recognisable default set-up).
     tellura_control_record();
 
-    TelluraControlRecords row;
-    TelluraSiteData site;
+    control_record_row row;
+    site_data_row site;
     std::vector<tellura_event_block> blocks;
     // Values of its files that no column holds, and further files its
     // schedule needs (read from a set-up, written back into run directories).
@@ -76,18 +76,18 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
 // Another save of the same record waits for this one; when someone else saved
 // the record since it was read, a warning says so and this save still wins whole.
 bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
-                        const tellura_soil_list* soils = nullptr);
+                        const tellura_soils* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,
 // events, outputs), in one session. A record that is not there is an error.
 bool deleteControlRecord(database& db, int32_t id, std::string& errors);
 
 // The site data row alone.
-bool readSiteData(database& db, int32_t id, TelluraSiteData& site, std::string& errors);
-bool writeSiteData(database& db, int32_t id, const TelluraSiteData& site, std::string& errors);
+bool readSiteData(database& db, int32_t id, site_data_row& site, std::string& errors);
+bool writeSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors);
 
 // The text form of a record (the clipboard's plain text); the output code
 // appends the record's annual outputs to it. Empty when the record's weather
 // station is not in the list.
-std::string controlRecordText(const tellura_control_record& record, const tellura_weather_station_list& stations);
+std::string controlRecordText(const tellura_control_record& record, const tellura_weather_stations& stations);
 
 }  // namespace sb

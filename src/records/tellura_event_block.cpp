@@ -291,7 +291,7 @@ const item_rule* itemRule(int type) {
     return nullptr;
 }
 
-bool validateBlockFields(const tellura_event_block& block, int version, const tellura_weather_station_list& stations,
+bool validateBlockFields(const tellura_event_block& block, int version, const tellura_weather_stations& stations,
                          std::string& errors, const weather_coverage_check& coverage) {
     bool ok = true;
     if (block.firstYear > block.lastYear) {
@@ -306,7 +306,7 @@ bool validateBlockFields(const tellura_event_block& block, int version, const te
         if (block.weatherId == 0) {
             errors += "ERROR, no weather data specified for event block weather choice.\n";
             ok = false;
-        } else if (const TelluraWeatherStations* station = stations.find(block.weatherId)) {
+        } else if (const tellura_weather_station* station = stations.find(block.weatherId)) {
             if (coverage) coverage(*station, block, version, errors);
         } else {
             appendf(errors, "ERROR, weather data %ld not found for event block weather choice, block %d.\n",
@@ -359,7 +359,7 @@ bool validateEvent(const tellura_event& event, int version, const option_name_lo
 }
 
 bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
-                         const tellura_weather_station_list& stations, std::string& errors,
+                         const tellura_weather_stations& stations, std::string& errors,
                          const weather_coverage_check& coverage) {
     bool ok = true;
     for (const tellura_event_block& block : blocks) {

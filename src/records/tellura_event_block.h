@@ -13,8 +13,8 @@ namespace sb {
 
 class database;
 class option_lists;
-class TelluraWeatherStations;
-class tellura_weather_station_list;
+class tellura_weather_station;
+class tellura_weather_stations;
 
 // Operation codes, one per schedule command of the model.
 enum event_type : uint8_t {
@@ -114,7 +114,7 @@ private:
 };
 
 // Checks that a station's history covers a weather-file block (warnings only).
-using weather_coverage_check = std::function<void(const TelluraWeatherStations& station,
+using weather_coverage_check = std::function<void(const tellura_weather_station& station,
                                                   const tellura_event_block& block, int version, std::string& errors)>;
 
 // The option list an operation's item must name; false when it names none.
@@ -124,7 +124,7 @@ bool eventItemOptionKind(int type, option_kind& kind);
 bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, std::string& errors);
 // Every block is checked and every message collected; false when any check failed.
 bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
-                         const tellura_weather_station_list& stations, std::string& errors,
+                         const tellura_weather_stations& stations, std::string& errors,
                          const weather_coverage_check& coverage = {});
 
 // --- Schedule text -----------------------------------------------------------

@@ -76,7 +76,7 @@ int wholeCentimetres(double value) {
     return static_cast<int>(std::lround(std::fmin(32767.0, std::fmax(-32768.0, value))));
 }
 
-void checkDepths(const TelluraSoils& soil, const double* bottoms, int tableSize, int layersChecked,
+void checkDepths(const tellura_soil& soil, const double* bottoms, int tableSize, int layersChecked,
                  std::string& errors) {
     std::string name = soil.name();
     for (int i = 1; i <= layersChecked; ++i) {
@@ -98,14 +98,14 @@ const char* waterHoldingOptionText(int swflag) {
     return kWaterHoldingOptions[swflag];
 }
 
-void TelluraSoils::renumberLayers() {
+void tellura_soil::renumberLayers() {
     for (int i = 0; i < kMaxSoilLayers; ++i) {
         layers[static_cast<size_t>(i)].setNumber(kLayerSoilId, soilId());
         layers[static_cast<size_t>(i)].setNumber(kLayerNumber, i + 1);
     }
 }
 
-bool TelluraSoils::insertLayer(int position, std::string& errors) {
+bool tellura_soil::insertLayer(int position, std::string& errors) {
     if (layerCount >= kMaxSoilLayers) {
         errors += "Number of layers is already at maximum";
         return false;
@@ -121,7 +121,7 @@ bool TelluraSoils::insertLayer(int position, std::string& errors) {
     return true;
 }
 
-bool TelluraSoils::deleteLayer(int position, std::string& errors) {
+bool tellura_soil::deleteLayer(int position, std::string& errors) {
     if (position < 0 || position >= layerCount) {
         errors += "Unable to delete layer.";
         return false;
@@ -133,20 +133,20 @@ bool TelluraSoils::deleteLayer(int position, std::string& errors) {
     return true;
 }
 
-std::string TelluraSoils::layerListText(int position) const {
-    const TelluraSoilLayers& layer = layers.at(static_cast<size_t>(position));
+std::string tellura_soil::layerListText(int position) const {
+    const soil_layer& layer = layers.at(static_cast<size_t>(position));
     return strprintf("%d: %d cm - afiel=%lg awilt=%lg N=%lg P=%lg S=%lg", position + 1, layer.depth(),
                      layer.value(kLayerFieldCapacity), layer.value(kLayerWiltingPoint), layer.value(kLayerMineralN),
                      layer.value(kLayerMineralP), layer.value(kLayerMineralS));
 }
 
-std::vector<int> TelluraSoils::layerDepths() const {
+std::vector<int> tellura_soil::layerDepths() const {
     std::vector<int> depths;
     for (int i = 0; i < layerCount; ++i) depths.push_back(layers[static_cast<size_t>(i)].depth());
     return depths;
 }
 
-void TelluraSoils::checkForRun(int version, std::string& errors) const {
+void tellura_soil::checkForRun(int version, std::string& errors) const {
     if (version < 4 && layerCount > 0) {
         std::string soilName = name();
         for (int i = 0; i < std::min(layerCount, kTranspirationCheckedLayers); ++i)
@@ -159,7 +159,7 @@ void TelluraSoils::checkForRun(int version, std::string& errors) const {
     else checkDepths(*this, kDefaultBottomsB, 9, std::min(layerCount, 9), errors);
 }
 
-bool TelluraSoils::setFieldBySiteName(std::string_view name, double value, std::string& errors) {
+bool tellura_soil::setFieldBySiteName(std::string_view name, double value, std::string& errors) {
     for (const site_soil_field& field : kSiteSoilFields) {
         if (field.target == site_target::soil) {
             if (!iequals(name, field.name)) continue;
@@ -173,7 +173,7 @@ bool TelluraSoils::setFieldBySiteName(std::string_view name, double value, std::
         if (index == field_setter::kNoMatch) continue;
         if (index < 0) return true;  // ours, but out of range: reported by the setter
         int layer = field.target == site_target::layer_minerals ? index / kMineralElements : index;
-        TelluraSoilLayers& target = layers[static_cast<size_t>(layer)];
+        soil_layer& target = layers[static_cast<size_t>(layer)];
         if (field.target == site_target::layer_depth) target.setDepth(wholeCentimetres(value));
         else if (field.target == site_target::layer_minerals)
             target.setValue(static_cast<soil_layer_column>(field.column + index % kMineralElements), value);
@@ -187,19 +187,19 @@ bool TelluraSoils::setFieldBySiteName(std::string_view name, double value, std::
     return false;
 }
 
-TelluraSoils* tellura_soil_list::find(int32_t soilId) {
-    for (TelluraSoils& soil : soils)
+tellura_soil* tellura_soils::find(int32_t soilId) {
+    for (tellura_soil& soil : soils)
         if (soil.soilId() == soilId) return &soil;
     return nullptr;
 }
 
-const TelluraSoils* tellura_soil_list::find(int32_t soilId) const {
-    for (const TelluraSoils& soil : soils)
+const tellura_soil* tellura_soils::find(int32_t soilId) const {
+    for (const tellura_soil& soil : soils)
         if (soil.soilId() == soilId) return &soil;
     return nullptr;
 }
 
-bool tellura_soil_list::load(database& db, std::string& errors) {
+bool tellura_soils::load(database& db, std::string& errors) {
     soils.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::soils, "", "", status);
@@ -208,7 +208,7 @@ bool tellura_soil_list::load(database& db, std::string& errors) {
         return false;
     }
     for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) {
-        TelluraSoils soil;
+        tellura_soil soil;
         static_cast<table_record&>(soil) = rows->row();
         soil.layerCount = 0;
         soils.push_back(std::move(soil));
@@ -227,7 +227,7 @@ bool tellura_soil_list::load(database& db, std::string& errors) {
         const table_record& row = rows->row();
         long id = row.integer(kLayerSoilId);
         int number = row.integer(kLayerNumber);
-        TelluraSoils* soil = find(static_cast<int32_t>(id));
+        tellura_soil* soil = find(static_cast<int32_t>(id));
         if (!soil) {
             appendf(errors, "ERROR, layer found but no soil, ID = %ld.\n", id);
             continue;
@@ -273,7 +273,7 @@ bool deleteSoil(int32_t soilId, database& db, std::string& errors) {
     return unit.commitIf(deleteSoilRows(soilId, db, errors));
 }
 
-bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors) {
+bool writeSoil(const tellura_soil& soil, database& db, std::string& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     bool ok = deleteSoilRows(soil.soilId(), db, errors);
@@ -295,7 +295,7 @@ bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors) {
         return false;
     }
     for (int i = 0; i < soil.layerCount; ++i) {
-        TelluraSoilLayers layer = soil.layers[static_cast<size_t>(i)];
+        soil_layer layer = soil.layers[static_cast<size_t>(i)];
         layer.setNumber(kLayerSoilId, soil.soilId());
         layer.setNumber(kLayerNumber, i + 1);
         status = rows->insert(layer);

@@ -65,9 +65,10 @@ enum soil_column : int {
     kSoilColumnCount
 };
 
-class TelluraSoilLayers : public table_record {
+// One `Soil Layers` row: a layer of a soil.
+class soil_layer : public table_record {
 public:
-    TelluraSoilLayers() : table_record(table_id::soil_layers) {}
+    soil_layer() : table_record(table_id::soil_layers) {}
     int depth() const { return integer(kLayerDepth); }  // bottom of the layer, cm from the surface
     void setDepth(int cm) { setNumber(kLayerDepth, cm); }
     double value(soil_layer_column column) const { return single(column); }
@@ -79,9 +80,10 @@ constexpr int kWaterHoldingOptionCount = 7;
 // nullptr outside 0..6.
 const char* waterHoldingOptionText(int swflag);
 
-class TelluraSoils : public table_record {
+// One soil: its `Soils` row, with its layers held beside it.
+class tellura_soil : public table_record {
 public:
-    TelluraSoils() : table_record(table_id::soils) {}
+    tellura_soil() : table_record(table_id::soils) {}
     int32_t soilId() const { return integer(kSoilId); }
     void setSoilId(int32_t id) { setNumber(kSoilId, id); }
     std::string name() const { return text(kSoilName); }
@@ -89,7 +91,7 @@ public:
 
     // Layers 0 .. layerCount-1 are the soil's; the Layer Number of each is its position + 1.
     int layerCount = 0;
-    std::array<TelluraSoilLayers, kMaxSoilLayers> layers;
+    std::array<soil_layer, kMaxSoilLayers> layers;
 
     // Makes room at `position` (0..layerCount) for a new empty layer. Refused at
     // 14 layers with "Number of layers is already at maximum", and for a
@@ -119,12 +121,13 @@ private:
     void renumberLayers();
 };
 
-class tellura_soil_list {
+// Soils of a project, each with its layers.
+class tellura_soils {
 public:
-    std::vector<TelluraSoils> soils;
+    std::vector<tellura_soil> soils;
 
-    TelluraSoils* find(int32_t soilId);
-    const TelluraSoils* find(int32_t soilId) const;
+    tellura_soil* find(int32_t soilId);
+    const tellura_soil* find(int32_t soilId) const;
 
     // Replaces the list with every soil of the project and its layers.
     bool load(database& db, std::string& errors);
@@ -132,7 +135,7 @@ public:
 
 // Replaces the soil's `Soils` row and its `Soil Layers` rows in one session;
 // after any failure nothing of it is kept.
-bool writeSoil(const TelluraSoils& soil, database& db, std::string& errors);
+bool writeSoil(const tellura_soil& soil, database& db, std::string& errors);
 // Removes the soil's `Soils` row and its `Soil Layers` rows in one session.
 bool deleteSoil(int32_t soilId, database& db, std::string& errors);
 

@@ -207,21 +207,21 @@ weather_month_record& weather_monthly_year::monthRecord(int month) {
     return months.back();
 }
 
-weather_monthly_year& TelluraWeatherStations::monthlyYear(int year) {
+weather_monthly_year& tellura_weather_station::monthlyYear(int year) {
     for (weather_monthly_year& y : monthly)
         if (y.year == year) return y;
     monthly.push_back({static_cast<int16_t>(year), {}});
     return monthly.back();
 }
 
-weather_daily_year& TelluraWeatherStations::dailyYear(int year) {
+weather_daily_year& tellura_weather_station::dailyYear(int year) {
     for (weather_daily_year& y : daily)
         if (y.year == year) return y;
     daily.push_back({static_cast<int16_t>(year), {}});
     return daily.back();
 }
 
-bool TelluraWeatherStations::setClimateMean(std::string_view name, double value, std::string& errors) {
+bool tellura_weather_station::setClimateMean(std::string_view name, double value, std::string& errors) {
     for (const climate_series& series : kClimateSeries) {
         field_setter setter(name, value, errors);
         int index = setter.locate1(series.name, 12);
@@ -235,21 +235,21 @@ bool TelluraWeatherStations::setClimateMean(std::string_view name, double value,
     return false;
 }
 
-TelluraWeatherStations* tellura_weather_station_list::find(int32_t id) {
-    for (TelluraWeatherStations& s : stations)
+tellura_weather_station* tellura_weather_stations::find(int32_t id) {
+    for (tellura_weather_station& s : stations)
         if (s.id == id) return &s;
     return nullptr;
 }
 
-const TelluraWeatherStations* tellura_weather_station_list::find(int32_t id) const {
-    for (const TelluraWeatherStations& s : stations)
+const tellura_weather_station* tellura_weather_stations::find(int32_t id) const {
+    for (const tellura_weather_station& s : stations)
         if (s.id == id) return &s;
     return nullptr;
 }
 
 // --- Storage ---------------------------------------------------------------
 
-bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::string& errors) {
+bool loadWeatherStations(database& db, tellura_weather_stations& list, std::string& errors) {
     list.stations.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::weather_stations, "", "ID ASC", status);
@@ -260,7 +260,7 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
     }
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
-        TelluraWeatherStations station;
+        tellura_weather_station station;
         station.id = rows->row().integer(0);
         station.description = rows->row().text(1);
         list.stations.push_back(std::move(station));
@@ -277,7 +277,7 @@ bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::
     bool ok = true;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
-        TelluraWeatherStations* station = list.find(row.integer(c["ID"]));
+        tellura_weather_station* station = list.find(row.integer(c["ID"]));
         if (!station) continue;  // means of a deleted station
         int month = row.integer(c["Month"]);
         if (month < 1 || month > 12) {
@@ -301,7 +301,7 @@ bool emptyTable(database& db, table_id table, std::string& errors) {
 
 // Inserts the station rows and the means of the stations that have them; the
 // caller has deleted what they replace.
-bool insertStations(database& db, const std::vector<const TelluraWeatherStations*>& stations, std::string& errors) {
+bool insertStations(database& db, const std::vector<const tellura_weather_station*>& stations, std::string& errors) {
     bool ok = insertRows(
         db, table_id::weather_stations, stations.size(),
         [&](size_t i, table_record& row) {
@@ -309,8 +309,8 @@ bool insertStations(database& db, const std::vector<const TelluraWeatherStations
             row.setText(1, stations[i]->description);
         },
         errors);
-    std::vector<std::pair<const TelluraWeatherStations*, size_t>> means;  // (station, month index)
-    for (const TelluraWeatherStations* s : stations)
+    std::vector<std::pair<const tellura_weather_station*, size_t>> means;  // (station, month index)
+    for (const tellura_weather_station* s : stations)
         if (s->hasMeans)  // no means yet: a site file import fills them later
             for (size_t m = 0; m < 12; ++m) means.emplace_back(s, m);
     const table_columns& c = meansColumns();
@@ -327,7 +327,7 @@ bool insertStations(database& db, const std::vector<const TelluraWeatherStations
 
 }  // namespace
 
-bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors) {
+bool saveWeatherStation(database& db, const tellura_weather_station& station, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
@@ -336,13 +336,13 @@ bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std
     return s.commitIf(ok);
 }
 
-bool saveWeatherStations(database& db, const tellura_weather_station_list& list, std::string& errors) {
+bool saveWeatherStations(database& db, const tellura_weather_stations& list, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = emptyTable(db, table_id::weather_stations, errors);
     ok = emptyTable(db, table_id::weather_averages, errors) && ok;
-    std::vector<const TelluraWeatherStations*> all;
-    for (const TelluraWeatherStations& station : list.stations) all.push_back(&station);
+    std::vector<const tellura_weather_station*> all;
+    for (const tellura_weather_station& station : list.stations) all.push_back(&station);
     ok = insertStations(db, all, errors) && ok;
     return s.commitIf(ok);
 }
@@ -357,7 +357,7 @@ bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) 
     return s.commitIf(ok);
 }
 
-bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
+bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::string& errors) {
     station.monthly.clear();
     const table_id table = table_id::weather_historical_monthly;
     std::unique_ptr<rowset> rows = openStationRows(db, table, station.id, "[Year], [Month]", errors);
@@ -384,7 +384,7 @@ bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::stri
     return readToTheEnd(s, tableName(table), errors) && ok;
 }
 
-bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string& errors) {
+bool loadDailyHistory(database& db, tellura_weather_station& station, std::string& errors) {
     station.daily.clear();
     std::unique_ptr<rowset> rows =
         openStationRows(db, table_id::weather_historical_daily, station.id, "[Year], [Month], [Day]", errors);
@@ -401,7 +401,7 @@ bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string
     return readToTheEnd(s, tableName(table_id::weather_historical_daily), errors);
 }
 
-bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+bool saveMonthlyHistory(database& db, const tellura_weather_station& station, std::string& errors) {
     std::vector<std::pair<int16_t, const weather_month_record*>> flat;
     for (const weather_monthly_year& y : station.monthly)
         for (const weather_month_record& m : y.months) flat.emplace_back(y.year, &m);
@@ -418,7 +418,7 @@ bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std
         errors);
 }
 
-bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::string& errors) {
+bool saveDailyHistory(database& db, const tellura_weather_station& station, std::string& errors) {
     std::vector<const weather_day_record*> flat;
     for (const weather_daily_year& y : station.daily)
         for (const weather_day_record& d : y.days) flat.push_back(&d);
@@ -453,12 +453,12 @@ float weather_month_record::*monthlySeries(std::string_view keyword) {
 
 }  // namespace
 
-bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
+bool importMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
     // Read into a copy: a file with any bad line leaves the station as it was.
-    TelluraWeatherStations read = station;
+    tellura_weather_station read = station;
     int rows = 0;
     long lineNumber = 0;
     std::set<std::pair<int, int>> records;  // (year, month) records set by this import
@@ -507,7 +507,7 @@ bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& s
     return true;
 }
 
-bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors) {
+bool importDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
@@ -533,11 +533,11 @@ bool validDate(double day, double month) { return month >= 1 && month < 13 && da
 
 }  // namespace
 
-bool importDailyWeatherText(std::string_view text, const std::string& path, TelluraWeatherStations& target,
+bool importDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& target,
                             std::string& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the station's history as it was.
-    TelluraWeatherStations station = target;
+    tellura_weather_station station = target;
     long days = 0, firstYear = 999999, lastYear = -999999, lineNumber = 0;
     bool ok = true;
     std::vector<double> v;
@@ -583,7 +583,7 @@ bool importDailyWeatherText(std::string_view text, const std::string& path, Tell
 
 // --- Text form -----------------------------------------------------------------
 
-void appendClimateMeansText(const TelluraWeatherStations& station, std::string& text) {
+void appendClimateMeansText(const tellura_weather_station& station, std::string& text) {
     appendf(text, "Weather ID\t%ld\t%s\n", asLong(station.id), station.description.c_str());
     for (const climate_series& series : kClimateSeries) {
         text += series.label;

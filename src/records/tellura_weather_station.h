@@ -41,7 +41,9 @@ struct weather_daily_year {
     bool operator==(const weather_daily_year&) const = default;
 };
 
-class TelluraWeatherStations {
+// One weather station: its `Weather Stations` row, its climate means and,
+// when loaded, its historical weather.
+class tellura_weather_station {
 public:
     int32_t id = 0;
     std::string description;
@@ -58,47 +60,48 @@ public:
     bool setClimateMean(std::string_view name, double value, std::string& errors);
 };
 
-class tellura_weather_station_list {
+// Weather stations of a project.
+class tellura_weather_stations {
 public:
-    std::vector<TelluraWeatherStations> stations;
-    TelluraWeatherStations* find(int32_t id);
-    const TelluraWeatherStations* find(int32_t id) const;
+    std::vector<tellura_weather_station> stations;
+    tellura_weather_station* find(int32_t id);
+    const tellura_weather_station* find(int32_t id) const;
 };
 
 // --- Storage ---------------------------------------------------------------
 
 // Every station with its climate means (no history).
-bool loadWeatherStations(database& db, tellura_weather_station_list& list, std::string& errors);
+bool loadWeatherStations(database& db, tellura_weather_stations& list, std::string& errors);
 // The station row and its twelve `Weather Averages` rows, replacing the stored ones.
-bool saveWeatherStation(database& db, const TelluraWeatherStations& station, std::string& errors);
+bool saveWeatherStation(database& db, const tellura_weather_station& station, std::string& errors);
 // Replaces every station and all climate means with the list (the station editor's
 // save); history rows are kept, also of stations no longer in the list.
-bool saveWeatherStations(database& db, const tellura_weather_station_list& list, std::string& errors);
+bool saveWeatherStations(database& db, const tellura_weather_stations& list, std::string& errors);
 // The station and everything stored under its ID.
 bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors);
 
 // History of one station, replacing what the station holds in memory.
-bool loadMonthlyHistory(database& db, TelluraWeatherStations& station, std::string& errors);
-bool loadDailyHistory(database& db, TelluraWeatherStations& station, std::string& errors);
+bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::string& errors);
+bool loadDailyHistory(database& db, tellura_weather_station& station, std::string& errors);
 // Replace the station's stored history with the one it holds in memory; after
 // any failure the stored history stays as it was.
-bool saveMonthlyHistory(database& db, const TelluraWeatherStations& station, std::string& errors);
-bool saveDailyHistory(database& db, const TelluraWeatherStations& station, std::string& errors);
+bool saveMonthlyHistory(database& db, const tellura_weather_station& station, std::string& errors);
+bool saveDailyHistory(database& db, const tellura_weather_station& station, std::string& errors);
 
 // --- Weather files -----------------------------------------------------------
 
 // The model's monthly weather file: "prec 1990 v1 .. v12", "tmin ...", "tmax ...".
-bool importMonthlyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors);
+bool importMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
 // The model's daily weather file: day, month, year, day of year, tmax, tmin,
 // precipitation, then optionally solar radiation, relative humidity, wind speed.
-bool importDailyWeatherFile(const std::string& path, TelluraWeatherStations& station, std::string& errors);
-bool importDailyWeatherText(std::string_view text, const std::string& path, TelluraWeatherStations& station,
+bool importDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
+bool importDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& station,
                             std::string& errors);
 
 // --- Text form -----------------------------------------------------------------
 
 // "Weather ID\t%ld\t%s\n" and one row of twelve monthly means per series.
-void appendClimateMeansText(const TelluraWeatherStations& station, std::string& text);
+void appendClimateMeansText(const tellura_weather_station& station, std::string& text);
 // The question asked before one daily record is deleted.
 std::string deleteDailyRecordQuestion(int32_t stationId, const weather_day_record& day);
 

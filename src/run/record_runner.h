@@ -18,15 +18,15 @@ class release_profile_catalogue;
 struct release_profile;
 class option_lists;
 class tellura_control_record;
-class tellura_soil_list;
-class tellura_weather_station_list;
+class tellura_soils;
+class tellura_weather_stations;
 struct tellura_outputs;
 
 // The project data every run of a run set reads; shared, read-only.
 struct run_inputs {
     const option_lists& options;
-    const tellura_soil_list& soils;
-    const tellura_weather_station_list& stations;
+    const tellura_soils& soils;
+    const tellura_weather_stations& stations;
     const binary_layout_catalogue& layouts;
     const release_profile_catalogue& profiles;
 };

@@ -40,7 +40,7 @@ private:
     const option_lists& lists_;
 };
 
-void coverageCheck(const TelluraWeatherStations& station, const tellura_event_block& block, int version,
+void coverageCheck(const tellura_weather_station& station, const tellura_event_block& block, int version,
                    std::string& errors) {
     checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, errors);
 }
@@ -111,8 +111,8 @@ constexpr size_t kRunLogTailBytes = 8 * 1024 * 1024;
 
 }  // namespace
 
-bool precheck(const tellura_control_record& record, int version, const tellura_soil_list& soils,
-              const tellura_weather_station_list& stations, const option_lists& options, std::string& errors) {
+bool precheck(const tellura_control_record& record, int version, const tellura_soils& soils,
+              const tellura_weather_stations& stations, const option_lists& options, std::string& errors) {
     bool ok = true;
     if (version == kTellura4Original &&
         record.row.number("Organic Matter Decomposition Model") != kExponentialDecomposition) {
@@ -120,7 +120,7 @@ bool precheck(const tellura_control_record& record, int version, const tellura_s
                 versionDisplayName(kTellura4Original));
         ok = false;
     }
-    if (const TelluraSoils* soil = soils.find(record.soilId())) {
+    if (const tellura_soil* soil = soils.find(record.soilId())) {
         soil->checkForRun(version, errors);
     } else {
         errors += "ERROR, No soil record to run.\n";

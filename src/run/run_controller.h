@@ -36,8 +36,8 @@ class database;
 struct task_order;
 
 // Checks a record before it may run; every failing check appends its message.
-bool precheck(const tellura_control_record& record, int version, const tellura_soil_list& soils,
-              const tellura_weather_station_list& stations, const option_lists& options, std::string& errors);
+bool precheck(const tellura_control_record& record, int version, const tellura_soils& soils,
+              const tellura_weather_stations& stations, const option_lists& options, std::string& errors);
 
 struct run_set_options {
     std::string filter;  // WHERE text for [Control Records]; empty = every record
@@ -122,8 +122,8 @@ public:
     const app_soilbench& settings() const { return settings_; }
     app_soilbench& settings() { return settings_; }
     const option_lists& optionLists() const { return options_; }
-    const tellura_soil_list& soils() const { return soils_; }
-    const tellura_weather_station_list& stations() const { return stations_; }
+    const tellura_soils& soils() const { return soils_; }
+    const tellura_weather_stations& stations() const { return stations_; }
 
 private:
     struct record_run;
@@ -169,8 +169,8 @@ private:
     std::string modelDigest_;
     bool modelDigestDone_ = false;
     option_lists options_;
-    tellura_soil_list soils_;
-    tellura_weather_station_list stations_;
+    tellura_soils soils_;
+    tellura_weather_stations stations_;
     binary_layout_catalogue layouts_;
     release_profile_catalogue profiles_;
     bool loaded_ = false;

@@ -347,7 +347,7 @@ std::vector<tellura_event_block> dialog_event_blocks::blocks() {
 
 void dialog_event_blocks::loadStationHistories(const std::vector<tellura_event_block>& blocks, std::string& errors) {
     for (const tellura_event_block& b : blocks) {
-        TelluraWeatherStations* station = b.weatherChoice == kWeatherFile ? stations_.find(b.weatherId) : nullptr;
+        tellura_weather_station* station = b.weatherChoice == kWeatherFile ? stations_.find(b.weatherId) : nullptr;
         if (!station || !historyLoaded_.insert(b.weatherId).second) continue;
         loadMonthlyHistory(db_, *station, errors);
         loadDailyHistory(db_, *station, errors);

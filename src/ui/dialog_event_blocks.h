@@ -85,7 +85,7 @@ private:
     int64_t changeCount_ = -1;  // the record's change count when its blocks were read
     int version_;
     option_lists options_;
-    tellura_weather_station_list stations_;
+    tellura_weather_stations stations_;
     std::vector<tellura_event_block> blocks_;
     std::string messages_;
     std::set<int32_t> historyLoaded_;

@@ -21,12 +21,12 @@
 
 namespace sb {
 
-dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_lookup help, QWidget* parent)
+dialog_soil_editor::dialog_soil_editor(tellura_soils& soils, field_help_lookup help, QWidget* parent)
     : QDialog(parent), soils_(soils), help_(std::move(help)) {
     setObjectName(QStringLiteral("dialog_soil_editor"));
     setWindowTitle(QStringLiteral("Soils"));
     soilList_ = new QListWidget(this);
-    for (const TelluraSoils& s : soils_.soils) soilList_->addItem(soilListText(s));
+    for (const tellura_soil& s : soils_.soils) soilList_->addItem(soilListText(s));
     auto* addButton = new QPushButton(QStringLiteral("Add Soil"), this);
     auto* deleteButton = new QPushButton(QStringLiteral("Delete Soil"), this);
     auto* importButton = new QPushButton(QStringLiteral("Import Layer File..."), this);
@@ -90,13 +90,13 @@ dialog_soil_editor::dialog_soil_editor(tellura_soil_list& soils, field_help_look
     soilList_->setCurrentRow(soils_.soils.empty() ? -1 : 0);
 }
 
-QString dialog_soil_editor::soilListText(const TelluraSoils& soil) {
+QString dialog_soil_editor::soilListText(const tellura_soil& soil) {
     return QStringLiteral("%1 %2").arg(soil.soilId()).arg(QString::fromStdString(soil.name()));
 }
 
 int32_t dialog_soil_editor::unusedSoilId() const {
     int32_t highest = 0;
-    for (const TelluraSoils& s : soils_.soils) highest = std::max(highest, s.soilId());
+    for (const tellura_soil& s : soils_.soils) highest = std::max(highest, s.soilId());
     return highest + 1;
 }
 
@@ -105,7 +105,7 @@ bool dialog_soil_editor::addSoil(int32_t id, const QString& name, std::string& e
         appendf(errors, "Soil ID %ld is already in the project.\n", static_cast<long>(id));
         return false;
     }
-    TelluraSoils soil;
+    tellura_soil soil;
     soil.setSoilId(id);
     soil.setName(name.toStdString());
     soils_.soils.push_back(soil);
@@ -174,16 +174,16 @@ void dialog_soil_editor::importLayerFileButton() {
 
 bool dialog_soil_editor::applyShown(std::string& errors) {
     if (soil_ < 0) return true;
-    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     bool ok = true;
     if (soilPage_) {
-        TelluraSoils row = soil;
+        tellura_soil row = soil;
         ok = soilPage_->apply(row, errors);
         if (ok) static_cast<table_record&>(soil) = row;
     }
     soil.setNumber("SWFlag", swflag_->currentIndex());
     if (layerPage_ && layer_ >= 0 && layer_ < soil.layerCount) {
-        TelluraSoilLayers row = soil.layers[static_cast<size_t>(layer_)];
+        soil_layer row = soil.layers[static_cast<size_t>(layer_)];
         if (layerPage_->apply(row, errors)) soil.layers[static_cast<size_t>(layer_)] = row;
         else ok = false;
     }
@@ -200,7 +200,7 @@ void dialog_soil_editor::showSoil(int index) {
     soil_ = index;
     layer_ = -1;
     if (index < 0) return fillLayers(-1);
-    const TelluraSoils& soil = soils_.soils[static_cast<size_t>(index)];
+    const tellura_soil& soil = soils_.soils[static_cast<size_t>(index)];
     const auto& def = soil.def();
     std::vector<int> columns;
     for (int c = 0; c < static_cast<int>(def.fields().size()); ++c)
@@ -218,7 +218,7 @@ void dialog_soil_editor::fillLayers(int select) {
     layerPage_ = nullptr;
     layer_ = -1;
     if (soil_ < 0) return;
-    const TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    const tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     for (int i = 0; i < soil.layerCount; ++i) layers_->addItem(QString::fromStdString(soil.layerListText(i)));
     select = std::min(select, soil.layerCount - 1);
     layers_->setCurrentRow(select);
@@ -228,8 +228,8 @@ void dialog_soil_editor::fillLayers(int select) {
 void dialog_soil_editor::showLayer(int position) {
     std::string errors;
     if (layerPage_ && soil_ >= 0 && layer_ >= 0) {
-        TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
-        TelluraSoilLayers row = soil.layers[static_cast<size_t>(layer_)];
+        tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
+        soil_layer row = soil.layers[static_cast<size_t>(layer_)];
         if (layerPage_->apply(row, errors)) {
             soil.layers[static_cast<size_t>(layer_)] = row;
             layers_->item(layer_)->setText(QString::fromStdString(soil.layerListText(layer_)));
@@ -241,7 +241,7 @@ void dialog_soil_editor::showLayer(int position) {
     layerPage_ = nullptr;
     layer_ = position;
     if (soil_ < 0 || position < 0) return;
-    const TelluraSoilLayers& layer = soils_.soils[static_cast<size_t>(soil_)].layers[static_cast<size_t>(position)];
+    const soil_layer& layer = soils_.soils[static_cast<size_t>(soil_)].layers[static_cast<size_t>(position)];
     // Soil ID and Layer Number belong to the soil and the layer's place, not to the user.
     layerPage_ = new property_page_columns(layer, property_page_columns::plain(2, layer.columnCount()), help_, this);
     layerHolder_->addWidget(layerPage_);
@@ -249,7 +249,7 @@ void dialog_soil_editor::showLayer(int position) {
 
 bool dialog_soil_editor::insertLayer(int position, std::string& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
-    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     layer_ = -1;  // the fields shown were taken in above
     if (!soil.insertLayer(position, errors)) return false;
     fillLayers(position);
@@ -258,7 +258,7 @@ bool dialog_soil_editor::insertLayer(int position, std::string& errors) {
 
 bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
-    TelluraSoils& soil = soils_.soils[static_cast<size_t>(soil_)];
+    tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     layer_ = -1;
     if (!soil.deleteLayer(position, errors)) return false;
     fillLayers(std::max(0, position - 1));

@@ -18,13 +18,13 @@ class QVBoxLayout;
 namespace sb {
 
 class database;
-class TelluraSoils;
-class tellura_soil_list;
+class tellura_soil;
+class tellura_soils;
 
 class dialog_soil_editor : public QDialog {
     Q_OBJECT
 public:
-    dialog_soil_editor(tellura_soil_list& soils, field_help_lookup help, QWidget* parent = nullptr);
+    dialog_soil_editor(tellura_soils& soils, field_help_lookup help, QWidget* parent = nullptr);
 
     QListWidget* soilList() const { return soilList_; }
     QListWidget* layerList() const { return layers_; }
@@ -56,9 +56,9 @@ private:
     void addSoilButton();
     void deleteSoilButton();
     void importLayerFileButton();
-    static QString soilListText(const TelluraSoils& soil);
+    static QString soilListText(const tellura_soil& soil);
 
-    tellura_soil_list& soils_;
+    tellura_soils& soils_;
     field_help_lookup help_;
     QListWidget* soilList_;
     QComboBox* swflag_;

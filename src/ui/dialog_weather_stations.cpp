@@ -73,8 +73,7 @@ void setHistoryRow(QTableWidget* table, int row, std::initializer_list<int> date
 
 }  // namespace
 
-dialog_weather_stations::dialog_weather_stations(tellura_weather_station_list& stations, database& history,
-                                                 QWidget* parent)
+dialog_weather_stations::dialog_weather_stations(tellura_weather_stations& stations, database& history, QWidget* parent)
     : QDialog(parent), stations_(stations), history_(history) {
     setObjectName(QStringLiteral("dialog_weather_stations"));
     setWindowTitle(QStringLiteral("Weather Stations"));
@@ -178,9 +177,9 @@ bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily,
         errors += "Select a weather station to import into.\n";
         return false;
     }
-    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     // A file that does not read cleanly changes nothing of the station's history.
-    TelluraWeatherStations read = s;
+    tellura_weather_station read = s;
     const bool ok = daily ? importDailyWeatherFile(path.toStdString(), read, errors)
                           : importMonthlyWeatherFile(path.toStdString(), read, errors);
     if (!ok) return false;
@@ -192,7 +191,7 @@ bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily,
 
 bool dialog_weather_stations::applyShown(std::string& errors) {
     if (shown_ < 0) return true;
-    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     bool ok = true;
     for (int r = 0; r < 5; ++r)
         for (int m = 0; m < 12; ++m) {
@@ -218,7 +217,7 @@ void dialog_weather_stations::showStation(int index) {
     showErrorsIfAny(this, errors);
     shown_ = index;
     if (index < 0) return;
-    const TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(index)];
+    const tellura_weather_station& s = stations_.stations[static_cast<size_t>(index)];
     description_->setText(QString::fromStdString(s.description));
     for (int r = 0; r < 5; ++r)
         for (int m = 0; m < 12; ++m)
@@ -231,7 +230,7 @@ void dialog_weather_stations::showStation(int index) {
 // History is read the first time a station is shown: a project may hold
 // decades of daily weather for every station.
 void dialog_weather_stations::loadHistory(int index) {
-    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(index)];
+    tellura_weather_station& s = stations_.stations[static_cast<size_t>(index)];
     if (!historyLoaded_.insert(s.id).second) return;
     std::string errors;
     loadMonthlyHistory(history_, s, errors);
@@ -243,7 +242,7 @@ void dialog_weather_stations::fillHistory() {
     monthly_->setRowCount(0);
     daily_->setRowCount(0);
     if (shown_ < 0) return;
-    const TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    const tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     for (const weather_monthly_year& y : s.monthly)
         for (const weather_month_record& m : y.months) {
             const int row = monthly_->rowCount();
@@ -264,7 +263,7 @@ bool dialog_weather_stations::deleteDailyRecord(int row, const std::function<boo
         errors += "Select a daily record to delete.\n";
         return false;
     }
-    TelluraWeatherStations& s = stations_.stations[static_cast<size_t>(shown_)];
+    tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     for (weather_daily_year& y : s.daily) {
         if (row >= static_cast<int>(y.days.size())) {
             row -= static_cast<int>(y.days.size());
@@ -307,7 +306,7 @@ bool dialog_weather_stations::askYesNo(const QString& question) {
 void dialog_weather_stations::addStation(int32_t id, const QString& description) {
     std::string errors;
     applyShown(errors);
-    TelluraWeatherStations s;
+    tellura_weather_station s;
     s.id = id;
     s.description = description.toStdString();
     stations_.stations.push_back(s);
@@ -318,7 +317,7 @@ void dialog_weather_stations::addStation(int32_t id, const QString& description)
 
 bool dialog_weather_stations::save(database& db, std::string& errors) {
     const auto writePart = [&](int id, int part, std::string& e) {
-        const TelluraWeatherStations* s = stations_.find(id);
+        const tellura_weather_station* s = stations_.find(id);
         if (!s) return true;
         if (part == kMonthlyHistory) return saveMonthlyHistory(db, *s, e);
         if (part == kDailyHistory) return saveDailyHistory(db, *s, e);

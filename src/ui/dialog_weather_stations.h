@@ -20,13 +20,13 @@ class QTableWidget;
 namespace sb {
 
 class database;
-class tellura_weather_station_list;
+class tellura_weather_stations;
 
 class dialog_weather_stations : public QDialog {
     Q_OBJECT
 public:
     // The history lists are read from `history` when a station is first shown.
-    dialog_weather_stations(tellura_weather_station_list& stations, database& history, QWidget* parent = nullptr);
+    dialog_weather_stations(tellura_weather_stations& stations, database& history, QWidget* parent = nullptr);
 
     QListWidget* stationList() const { return list_; }
     QTableWidget* means() const { return means_; }
@@ -54,7 +54,7 @@ private:
     void fillHistory();
     bool askYesNo(const QString& question);
 
-    tellura_weather_station_list& stations_;
+    tellura_weather_stations& stations_;
     database& history_;
     QListWidget* list_;
     QLineEdit* description_;

@@ -470,7 +470,7 @@ void main_window::copyRecord() {
         tellura_control_record record;
         tellura_outputs outputs;
         if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
-        tellura_weather_station_list stations;
+        tellura_weather_stations stations;
         loadWeatherStations(doc_->db(), stations, errors);
         auto items = record_clipboard::makeItems(record, stations);
         appendAnnualOutputText(outputs, items.text);

@@ -69,7 +69,7 @@ void main_window::editOptionList(int kind) {
 
 void main_window::editSoils() {
     if (!doc_) return;
-    tellura_soil_list soils;
+    tellura_soils soils;
     std::string errors;
     soils.load(doc_->db(), errors);
     showErrorsIfAny(this, errors);
@@ -80,7 +80,7 @@ void main_window::editSoils() {
 
 void main_window::editWeatherStations() {
     if (!doc_) return;
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     std::string errors;
     loadWeatherStations(doc_->db(), stations, errors);
     showErrorsIfAny(this, errors);

@@ -32,12 +32,11 @@ namespace {
 
 // The station of the current record, loaded with its climate means; null with
 // "ERROR, weather station %ld not found.\n" when the project has none of that ID.
-TelluraWeatherStations* currentStation(doc_soilbench& doc, tellura_weather_station_list& stations,
-                                       std::string& errors) {
+tellura_weather_station* currentStation(doc_soilbench& doc, tellura_weather_stations& stations, std::string& errors) {
     tellura_control_record record;
     if (!readControlRecord(doc.db(), doc.currentId(), record, errors)) return nullptr;
     loadWeatherStations(doc.db(), stations, errors);
-    TelluraWeatherStations* station = stations.find(record.weatherId());
+    tellura_weather_station* station = stations.find(record.weatherId());
     if (!station) appendf(errors, "ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
     return station;
 }
@@ -91,8 +90,8 @@ void main_window::importWeatherHistory(const QString& title, bool daily) {
                                                       QStringLiteral("Weather File (*.wth);;All Files (*)"));
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
-        tellura_weather_station_list stations;
-        TelluraWeatherStations* station = currentStation(*doc_, stations, errors);
+        tellura_weather_stations stations;
+        tellura_weather_station* station = currentStation(*doc_, stations, errors);
         if (!station) return;
         // The file adds to the history already stored for the station.
         if (daily) {
@@ -114,8 +113,8 @@ void main_window::importMonthlyAverages() {
                                      QStringLiteral("Site File (*.100);;All Files (*)"));
     if (path.isEmpty()) return;
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
-        tellura_weather_station_list stations;
-        TelluraWeatherStations* station = currentStation(*doc_, stations, errors);
+        tellura_weather_stations stations;
+        tellura_weather_station* station = currentStation(*doc_, stations, errors);
         if (!station) return;
         // Only the climate names of the file go anywhere: the record read here is a scratch one.
         tellura_control_record scratch;
@@ -137,9 +136,9 @@ void main_window::copyOutputToInput() {
         if (!siteCopied) errors += annualMessages;
         // The soil's layers take the run's end state where the outputs hold it.
         if (!outputs.soilLayers.empty()) {
-            tellura_soil_list soils;
+            tellura_soils soils;
             soils.load(doc_->db(), errors);
-            TelluraSoils* soil = soils.find(record.soilId());
+            tellura_soil* soil = soils.find(record.soilId());
             if (fillSoilFromOutput(outputs, soil, errors)) writeSoil(*soil, doc_->db(), errors);
         }
         if (siteCopied) writeControlRecordWithOutputs(record, outputs, doc_->db(), errors);

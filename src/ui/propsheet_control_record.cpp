@@ -57,8 +57,8 @@ propsheet_control_record::propsheet_control_record(tellura_control_record& recor
 }
 
 bool propsheet_control_record::applyTo(tellura_control_record& record, std::string& errors) const {
-    TelluraControlRecords row = record.row;
-    TelluraSiteData site = record.site;
+    control_record_row row = record.row;
+    site_data_row site = record.site;
     bool ok = true;
     for (size_t i = 0; i < pages_.size(); ++i)
         ok = pages_[i]->apply(i < kRowPages ? static_cast<table_record&>(row) : site, errors) && ok;

@@ -47,18 +47,18 @@ project_state stateOf(const std::string& path) {
     EXPECT_TRUE(db) << errors;
     if (!db) return state;
     const sb::tellura_control_record record = demoRecord(*db);
-    sb::TelluraWeatherStations station;
+    sb::tellura_weather_station station;
     station.id = record.weatherId();
     EXPECT_TRUE(sb::loadDailyHistory(*db, station, errors)) << errors;
     for (const auto& year : station.daily) state.days += static_cast<long>(year.days.size());
-    sb::tellura_soil_list soils;
+    sb::tellura_soils soils;
     EXPECT_TRUE(soils.load(*db, errors)) << errors;
-    if (const sb::TelluraSoils* soil = soils.find(record.soilId())) {
+    if (const sb::tellura_soil* soil = soils.find(record.soilId())) {
         state.layers = soil->layerCount;
         state.numberOfLayers = soil->integer(sb::kSoilNumberOfLayers);
     }
     state.soils = soils.soils.size();
-    sb::tellura_weather_station_list stations;
+    sb::tellura_weather_stations stations;
     EXPECT_TRUE(sb::loadWeatherStations(*db, stations, errors)) << errors;
     state.stations = stations.stations.size();
     sb::db_status status;

@@ -22,7 +22,7 @@ class FixedFileTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
     std::string text(int version) const { return fixedFileText(setup.record.row, version, &setup.soils.soils.front()); }
-    TelluraControlRecords& row() { return setup.record.row; }
+    control_record_row& row() { return setup.record.row; }
     sbtest::golden_setup setup;
     sbtest::temp_dir dir;
 };
@@ -84,16 +84,16 @@ TEST_F(FixedFileTest, SetByNameFollowsEachReleasesNames) {
     double value = 0;
     for (const set_by_name_case& c : cases) {
         SCOPED_TRACE(strprintf("%s, release %d", c.line, c.version));
-        TelluraControlRecords r;
+        control_record_row r;
         std::string messages;
         value += 0.25;
         EXPECT_EQ(setFixedParameterByName(r, c.line, value, c.version, messages), c.taken);
         EXPECT_EQ(messages, "");
         if (c.column) EXPECT_EQ(r.number(c.column), value);
-        else EXPECT_TRUE(r == TelluraControlRecords()) << "nothing is kept";
+        else EXPECT_TRUE(r == control_record_row()) << "nothing is kept";
     }
     // Yes/no columns and subscripts beyond the array.
-    TelluraControlRecords r;
+    control_record_row r;
     std::string messages;
     EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 0.0, 1, messages));
     EXPECT_FALSE(r.flag(r.column("TEXEPP(1)")));
@@ -105,8 +105,8 @@ TEST_F(FixedFileTest, SetByNameFollowsEachReleasesNames) {
 
 TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
     std::string messages;
-    TelluraSoils soil;
-    TelluraWeatherStations station;
+    tellura_soil soil;
+    tellura_weather_station station;
     EXPECT_TRUE(setParameterByName("PRECIP(3)", 4.5, row(), &soil, &station, 1, messages));
     EXPECT_EQ(station.means[2].precip, 4.5f);
     EXPECT_FALSE(setParameterByName("AGPPA", 4.5, row(), &soil, &station, 1, messages));  // only climate with a station

@@ -40,8 +40,8 @@ std::vector<std::string> splitTabs(const std::string& line) {
     }
 }
 
-TelluraWeatherStations& station(tellura_weather_station_list& list, int32_t id) {
-    if (TelluraWeatherStations* found = list.find(id)) return *found;
+tellura_weather_station& station(tellura_weather_stations& list, int32_t id) {
+    if (tellura_weather_station* found = list.find(id)) return *found;
     list.stations.emplace_back();
     list.stations.back().id = id;
     return list.stations.back();
@@ -71,14 +71,14 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
     } else if (kind == "soil") {
         setChecked(setup.soils.soils.front(), f[1], num(2));
     } else if (kind == "layer") {
-        TelluraSoils& soil = setup.soils.soils.front();
+        tellura_soil& soil = setup.soils.soils.front();
         int n = whole(1);
         soil.layerCount = std::max(soil.layerCount, n);
         soil.layers[static_cast<size_t>(n - 1)].setNumber("Layer Number", n);
         soil.layers[static_cast<size_t>(n - 1)].setNumber("Soil ID", soil.soilId());
         setChecked(soil.layers[static_cast<size_t>(n - 1)], f[2], num(3));
     } else if (kind == "means") {
-        TelluraWeatherStations& s = station(setup.stations, setup.record.weatherId());
+        tellura_weather_station& s = station(setup.stations, setup.record.weatherId());
         s.means[static_cast<size_t>(whole(1) - 1)] = {real(2), real(3), real(4), real(5), real(6)};
         s.hasMeans = true;
     } else if (kind == "monthly") {
@@ -112,7 +112,7 @@ bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, std::string
     if (!readControlRecord(db, id, setup.record, errors)) return false;
     setup.soils.load(db, errors);
     loadWeatherStations(db, setup.stations, errors);
-    for (TelluraWeatherStations& station : setup.stations.stations) loadDailyHistory(db, station, errors);
+    for (tellura_weather_station& station : setup.stations.stations) loadDailyHistory(db, station, errors);
     setup.options.loadAll(db, errors);
     return true;
 }

@@ -15,8 +15,8 @@ namespace sbtest {
 
 struct golden_setup {
     sb::tellura_control_record record;
-    sb::tellura_soil_list soils;
-    sb::tellura_weather_station_list stations;
+    sb::tellura_soils soils;
+    sb::tellura_weather_stations stations;
     sb::option_lists options;
     sb::outfile_flags outfiles{};
 };

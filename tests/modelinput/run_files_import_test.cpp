@@ -139,11 +139,11 @@ TEST_P(RunFilesReadBack, WritesTheSameRunDirectoryAgain) {
     const std::string schedule = scheduleFileName(version);
     ASSERT_TRUE(readRunFiles(first.path(), schedule, version, 42, 3, 7, run, errors)) << errors;
     EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
-    tellura_soil_list soils;
+    tellura_soils soils;
     soils.soils.push_back(run.soil);
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     stations.stations.push_back(run.station);
-    for (const TelluraWeatherStations& station : run.otherStations) stations.stations.push_back(station);
+    for (const tellura_weather_station& station : run.otherStations) stations.stations.push_back(station);
     ASSERT_EQ(stations.stations.size(), 2u);
     // The second file's station gets the next ID: name it as the golden one to compare.
     const int32_t secondId = stations.stations[1].id;

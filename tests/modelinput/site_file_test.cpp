@@ -18,8 +18,8 @@ bool hasLine(const std::string& text, const std::string& line) {
 class SiteFileTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
-    const TelluraSoils* soil() const { return &setup.soils.soils.front(); }
-    const TelluraWeatherStations* station() const { return setup.stations.find(7); }
+    const tellura_soil* soil() const { return &setup.soils.soils.front(); }
+    const tellura_weather_station* station() const { return setup.stations.find(7); }
     std::string text(int version) const { return siteFileText(setup.record, version, soil(), station()); }
     record_sources sources() const { return {setup.record, soil(), station(), shippedReleaseProfile(4)}; }
     std::string sitepar() const {
@@ -35,7 +35,7 @@ protected:
 // The golden files pin every line of the golden record's site files; here the
 // forms other values choose, the messages, and reading the files back.
 TEST_F(SiteFileTest, LayerArraysAlwaysHaveTenSlots) {
-    TelluraSoils small = *soil();
+    tellura_soil small = *soil();
     small.layerCount = 3;
     small.setNumber("Number of Layers", 3);
     std::string site = siteFileText(setup.record, 2, &small, station());
@@ -118,8 +118,8 @@ TEST_F(SiteFileTest, SiteFileRoundTripsThroughImportForEveryVersion) {
     for (int version = 1; version <= 6; ++version) {
         sbtest::writeFile(dir.file("site.100"), text(version));
         tellura_control_record back;
-        TelluraSoils soilBack;
-        TelluraWeatherStations stationBack;
+        tellura_soil soilBack;
+        tellura_weather_station stationBack;
         std::string messages;
         ASSERT_TRUE(importSiteFile(dir.file("site.100"), back, &soilBack, &stationBack, messages));
         EXPECT_EQ(messages, "Imported site data from \"" + dir.file("site.100") + "\"\n");
@@ -131,7 +131,7 @@ TEST_F(SiteFileTest, SiteFileRoundTripsThroughImportForEveryVersion) {
     // climate lines leaves a station without means.
     sbtest::writeFile(dir.file("noclimate.100"), "X  no climate\n1.0    SAND\n");
     tellura_control_record back;
-    TelluraWeatherStations none;
+    tellura_weather_station none;
     std::string messages;
     ASSERT_TRUE(importSiteFile(dir.file("site.100"), back, nullptr, nullptr, messages));
     EXPECT_FLOAT_EQ(back.row.number("Latitude"), 40.5f);

@@ -8,8 +8,8 @@ using namespace sb;
 
 namespace {
 
-TelluraWeatherStations monthlyStation(int firstYear, int lastYear) {
-    TelluraWeatherStations station;
+tellura_weather_station monthlyStation(int firstYear, int lastYear) {
+    tellura_weather_station station;
     station.id = 5;
     for (int year = firstYear; year <= lastYear; ++year)
         for (int month = 1; month <= 12; ++month) {
@@ -36,7 +36,7 @@ weather_day_record day(int year, int month, int d, float precip) {
 }
 
 TEST(WeatherFile, MonthlyLinesWithAMissingMonth) {
-    TelluraWeatherStations station = monthlyStation(1990, 1990);
+    tellura_weather_station station = monthlyStation(1990, 1990);
     station.monthly[0].months.pop_back();  // December missing
     std::string text = weatherFileText(station, 2);
     EXPECT_EQ(text,
@@ -48,7 +48,7 @@ TEST(WeatherFile, MonthlyLinesWithAMissingMonth) {
 }
 
 TEST(WeatherFile, DailyLinesAndTheDayCounter) {
-    TelluraWeatherStations station;
+    tellura_weather_station station;
     station.dailyYear(2001).days = {day(2001, 1, 1, 0.5f), day(2001, 1, 3, 0)};  // 2 January missing
     station.dailyYear(2002).days = {day(2002, 12, 31, 1)};
     EXPECT_EQ(weatherFileText(station, 4),
@@ -61,7 +61,7 @@ TEST(WeatherFile, DailyLinesAndTheDayCounter) {
 
 TEST(WeatherFile, WriteFailureIsReported) {
     sbtest::temp_dir dir;
-    TelluraWeatherStations station = monthlyStation(1990, 1990);
+    tellura_weather_station station = monthlyStation(1990, 1990);
     tellura_weather_recorded_for_block recorded(station);
     recorded.addBlockYears(1990, 1991);
     recorded.addBlockYears(1985, 1988);
@@ -76,7 +76,7 @@ TEST(WeatherFile, WriteFailureIsReported) {
 }
 
 TEST(WeatherCoverage, YearAfterTheBlockIsNeeded) {
-    TelluraWeatherStations station = monthlyStation(2000, 2005);
+    tellura_weather_station station = monthlyStation(2000, 2005);
     std::string messages;
     EXPECT_TRUE(checkWeatherCoverage(station, 2000, 2005, 3, 2, messages));
     EXPECT_EQ(messages,
@@ -91,7 +91,7 @@ TEST(WeatherCoverage, YearAfterTheBlockIsNeeded) {
 }
 
 TEST(WeatherCoverage, DailyReleaseChecksDailyDataOnly) {
-    TelluraWeatherStations station = monthlyStation(2000, 2001);
+    tellura_weather_station station = monthlyStation(2000, 2001);
     station.dailyYear(2000).days = {day(2000, 1, 1, 0)};
     std::string messages;
     checkWeatherCoverage(station, 2000, 2000, 4, 3, messages);
@@ -105,7 +105,7 @@ TEST(WeatherCoverage, DailyReleaseChecksDailyDataOnly) {
 }
 
 TEST(WeatherCoverage, AtMostTenWarningsPerBlock) {
-    TelluraWeatherStations empty;
+    tellura_weather_station empty;
     empty.monthlyYear(1995);  // a year record without months counts as missing
     std::string messages;
     checkWeatherCoverage(empty, 1990, 2010, 2, 1, messages);
@@ -127,7 +127,7 @@ public:
 };
 
 TEST(WeatherCoverage, BlockValidationUsesTheCheck) {
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     stations.stations.push_back(monthlyStation(1990, 1991));
     tellura_event_block block;
     block.blockNumber = 4;

@@ -94,7 +94,7 @@ TEST_F(OutputTables, StoreAndReadBackEveryTableAndReplaceOnlyThatRecordsRows) {
 
     // A value no output gave is stored as NULL and reads back missing; a 0 stays
     // 0. The comma-separated export leaves the missing one empty.
-    const TelluraOutputAnnual& y1991 = back.annual[1];
+    const annual_output& y1991 = back.annual[1];
     EXPECT_TRUE(y1991.isMissing(y1991.column("aglivc")));
     EXPECT_FALSE(y1991.isMissing(y1991.column("agcacc")));
     EXPECT_EQ(y1991.number("agcacc"), 0.0);
@@ -240,7 +240,7 @@ TEST(OutputToInput, SoilFillTakesTheLayerRows) {
     EXPECT_FALSE(fillSoilFromOutput(outputs, nullptr, errors));
     EXPECT_EQ(errors, "ERROR, No soil record to fill.\n");
 
-    TelluraSoils soil;
+    tellura_soil soil;
     soil.layerCount = 2;
     for (int layer : {2, 3}) {
         outputs.soilLayers.emplace_back();

@@ -128,7 +128,7 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
     ASSERT_EQ(out.annual.size(), 21u);
     EXPECT_EQ(out.annual.back().year(), 1920);
     // December 2006 (time 2007.00), the last simulated month, is stored.
-    const TelluraOutputMonthly* lastMonth = out.monthlyInOrder().back();
+    const monthly_output* lastMonth = out.monthlyInOrder().back();
     EXPECT_EQ(lastMonth->year() * 100 + lastMonth->month(), 200612);
     // Row 3 of the list file is 1902.00; agcacc, aglivc, cproda and somtc are output columns.
     EXPECT_EQ(out.annual[2].year(), 1902);
@@ -140,7 +140,7 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
     size_t row = 0;
     while (row < lis.rows.size() && std::fabs(lis.rows[row][0] - 1995.50) > 1e-6) ++row;
     ASSERT_LT(row, lis.rows.size());
-    const TelluraOutputMonthly* june = nullptr;
+    const monthly_output* june = nullptr;
     for (const auto* m : out.monthlyInOrder())
         if (m->year() == 1995 && m->month() == 6) june = m;
     ASSERT_NE(june, nullptr);
@@ -153,7 +153,7 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
     // and of the layer below them, which holds only leached minerals; the
     // array's further layers hold nothing and are not kept.
     ASSERT_EQ(out.soilLayers.size(), 6u);
-    for (const TelluraOutputSoilLayer& layer : out.soilLayers) {
+    for (const soil_layer_output& layer : out.soilLayers) {
         const float water = cell(layer, "Initial Relative Water Content");
         EXPECT_TRUE(layer.layerNumber() == 6 ? water == 0.0f : water > 0.0f && water <= 1.01f) << layer.layerNumber();
         EXPECT_GT(cell(layer, "Mineral N"), 0.0f) << layer.layerNumber();

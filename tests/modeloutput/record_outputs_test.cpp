@@ -46,7 +46,7 @@ bool failWith(std::string& errors, const char* text) {
 
 TEST(RecordOutputs, TextEndsWithTheAnnualOutputsWhenThereIsAText) {
     tellura_control_record r = plot(42);
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     const std::string withoutStation = controlRecordText(r, stations);
     stations.stations.resize(1);
     stations.stations[0].id = r.weatherId();

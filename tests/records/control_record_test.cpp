@@ -68,7 +68,7 @@ using ControlRecordStorage = sbtest::project_test;
 TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole) {
     tellura_control_record written = sampleRecord(42), read;
     written.modified = true;
-    tellura_soil_list soils;  // the record's soil (ID 1) is written with it, the other is not
+    tellura_soils soils;  // the record's soil (ID 1) is written with it, the other is not
     soils.soils.resize(2);
     soils.soils[0].setNumber(0, 1);
     soils.soils[0].setText(1, "Loam");
@@ -81,7 +81,7 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     EXPECT_EQ(read.blocks, written.blocks);
     EXPECT_EQ(read.initialCrop(), "C6");
     EXPECT_TRUE(read.site.flag(read.site.column("WATERTABLE(3)")));
-    tellura_soil_list stored;
+    tellura_soils stored;
     ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
     ASSERT_EQ(stored.soils.size(), 1u);
     EXPECT_EQ(stored.soils[0].name(), "Loam");
@@ -142,7 +142,7 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
         EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
         EXPECT_TRUE(errors.starts_with(c.message)) << errors;
         errors.clear();
-        TelluraSiteData site;
+        site_data_row site;
         ASSERT_TRUE(readSiteData(project.db(), 9, site, errors)) << errors;
         EXPECT_EQ(site, before.site);  // the site row was not replaced
         tellura_control_record read;
@@ -161,7 +161,7 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
 
 TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
     tellura_control_record r = sampleRecord(42);
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     EXPECT_EQ(controlRecordText(r, stations), "");  // station 4 is not in the list
     stations.stations.resize(1);
     stations.stations[0].id = 4;

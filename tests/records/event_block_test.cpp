@@ -135,7 +135,7 @@ TEST(EventValidation, ProjectOptionListsAnswerByKind) {
 TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
     fake_options options;
     options.add(option_kind::crop, "C6");
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     std::vector<tellura_event_block> blocks{block(1, 1990, 1990, 1990), block(2, 2000, 1999, 2001)};
     blocks[0].events = {event(kEventCrop, "C6"), event(kEventCrop, "X", 1, 3), event(kEventCrop, "Y", 1, 4)};
     std::string errors;
@@ -154,7 +154,7 @@ TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
 
 TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
     fake_options none;
-    tellura_weather_station_list stations;
+    tellura_weather_stations stations;
     stations.stations.resize(1);
     stations.stations[0].id = 7;
     auto fileBlock = [](int number, int station) {
@@ -164,7 +164,7 @@ TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
         return b;
     };
     std::vector<std::string> asked;
-    weather_coverage_check coverage = [&](const TelluraWeatherStations& s, const tellura_event_block& b, int version,
+    weather_coverage_check coverage = [&](const tellura_weather_station& s, const tellura_event_block& b, int version,
                                           std::string& errors) {
         asked.push_back(strprintf("%d:%d:%d", s.id, b.blockNumber, version));
         errors += "WARNING, coverage\n";

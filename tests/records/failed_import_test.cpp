@@ -16,8 +16,8 @@ namespace {
 using namespace sb;
 
 // A station with a day and a month of history, and a soil with two layers: what must survive.
-TelluraWeatherStations heldStation() {
-    TelluraWeatherStations s;
+tellura_weather_station heldStation() {
+    tellura_weather_station s;
     s.id = 3;
     s.daily.push_back({1990, {weather_day_record{}}});
     s.daily[0].days[0].year = 1990, s.daily[0].days[0].month = 1, s.daily[0].days[0].day = 1;
@@ -26,15 +26,15 @@ TelluraWeatherStations heldStation() {
     return s;
 }
 
-TelluraSoils heldSoil() {
-    TelluraSoils soil;
+tellura_soil heldSoil() {
+    tellura_soil soil;
     soil.setSoilId(4);
     std::string errors;
     EXPECT_TRUE(importSoilLayerText(soil, "0 10 1.3 0.3 0.1\n10 25 1.4 0.3 0.1\n", "held.in", errors)) << errors;
     return soil;
 }
 
-bool sameStation(const TelluraWeatherStations& a, const TelluraWeatherStations& b) {
+bool sameStation(const tellura_weather_station& a, const tellura_weather_station& b) {
     if (a.daily.size() != b.daily.size() || a.monthly.size() != b.monthly.size()) return false;
     for (size_t y = 0; y < a.daily.size(); ++y)
         if (a.daily[y].days.size() != b.daily[y].days.size() || a.daily[y].days[0].tmx2m != b.daily[y].days[0].tmx2m)
@@ -82,8 +82,8 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
         const std::string path = dir.file("f");
         sbtest::writeFile(path, bad.text);
         std::string messages;
-        TelluraWeatherStations station = heldStation();
-        TelluraSoils soil = heldSoil();
+        tellura_weather_station station = heldStation();
+        tellura_soil soil = heldSoil();
         bool imported = false;
         switch (bad.into) {
             case target::daily:
@@ -99,7 +99,7 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
         EXPECT_FALSE(imported);
         EXPECT_NE(messages.find(bad.message), std::string::npos) << messages;
         EXPECT_TRUE(sameStation(station, heldStation()));
-        const TelluraSoils held = heldSoil();
+        const tellura_soil held = heldSoil();
         EXPECT_EQ(soil.layerDepths(), held.layerDepths());
         EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerBulkDensity), 1.4f);
         EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 2);

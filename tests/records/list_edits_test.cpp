@@ -31,7 +31,7 @@ TEST(ListEdits, SavedInOrderAndKeptOnlyWhole) {
         SB_REQUIRE_PROJECT(project);
         std::string errors;
         for (int32_t id : {7, 8}) {
-            TelluraSoils soil;
+            tellura_soil soil;
             soil.setSoilId(id);
             ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
         }
@@ -54,7 +54,7 @@ TEST(ListEdits, SavedInOrderAndKeptOnlyWhole) {
         EXPECT_EQ(ok, c.ok) << c.name;
         EXPECT_EQ(steps, c.steps) << c.name;
         EXPECT_EQ(errors, c.errors) << c.name;
-        tellura_soil_list stored;
+        tellura_soils stored;
         ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
         EXPECT_EQ(stored.find(8) != nullptr, c.soil8Stored) << c.name;
         EXPECT_NE(stored.find(7), nullptr) << c.name;

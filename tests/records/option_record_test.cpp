@@ -34,8 +34,8 @@ std::string expectedText(const std::string& header, const std::vector<line>& lin
 // A crop whose every parameter column holds its own position among the
 // parameter columns (1 = prdx(1), 2 = prdx(1)4_5, ..., 114 = sfavail(1)),
 // so that each line of the output shows which column it came from.
-TelluraCrops numberedCrop() {
-    TelluraCrops crop;
+crop_option numberedCrop() {
+    crop_option crop;
     crop.name = "CORN";
     crop.description = "Hand check";
     for (int col = 2; col < crop.columnCount(); ++col) crop.setNumber(col, col - 1);
@@ -125,7 +125,7 @@ TEST(CropWriter, VersionFourIsTheDailyModelsLongRecord) {
 }
 
 TEST(CropWriter, LinesSitInTheModelsColumns) {
-    TelluraCrops crop;
+    crop_option crop;
     crop.name = "C3";
     crop.setNumber(crop.column("prdx(1)4_5"), 0.175);
     crop.setNumber(crop.column("frtcindx"), 2);
@@ -171,7 +171,7 @@ TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
 }
 
 TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
-    TelluraCrops crop;
+    crop_option crop;
     std::string errors;
     EXPECT_TRUE(crop.setField("PPDF(5)", 1, errors));
     EXPECT_TRUE(crop.setField("pramn(4,1)", 1, errors));
@@ -182,7 +182,7 @@ TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
               "ERROR, exceeds array size: \"PRAMN\" 4 x 1 (3 x 2)\n"
               "ERROR, exceeds array size: CO2ICE 1 x 3 x 1 (1 x 2 x 3)\n"
               "ERROR, exceeds array size: PRDX\n");
-    TelluraCrops untouched;
+    crop_option untouched;
     EXPECT_TRUE(crop == untouched);
     EXPECT_FALSE(crop.setField("PPDF", 1, errors));  // an array name without subscript is no parameter
     EXPECT_FALSE(crop.setField("name", 1, errors));
@@ -190,7 +190,7 @@ TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
 }
 
 TEST(OptionSetField, TreeReadsTheCo2BlockUnderBothSpellings) {
-    TelluraTree tree;
+    tree_option tree;
     std::string errors;
     EXPECT_TRUE(tree.setField("CO2ICE(1,1,2)", 3, errors));  // the daily model's own spelling
     EXPECT_TRUE(tree.setField("CO2ICE(2,2,3)", 4, errors));  // the column's spelling
@@ -262,14 +262,14 @@ TEST(OptionSequences, OlderReleasesKeepTheirOwnOrders) {
 }
 
 TEST(OptionSequences, ByteAndYesNoColumnsAreWrittenAsWholeNumbers) {
-    TelluraGraze graze;
+    graze_option graze;
     graze.name = "GM";
     graze.setNumber(graze.column("grzeff"), 2);
     graze.setNumber(graze.column("flgrem"), 0.1);
     std::string out = written(graze, 4);
     EXPECT_NE(out.find("\n0.10000        FLGREM\n"), std::string::npos);
     EXPECT_NE(out.find("\n2              GRZEFF\n"), std::string::npos);
-    TelluraHarvest harvest;
+    harvest_option harvest;
     harvest.name = "G";
     harvest.setFlag(harvest.column("flghrv"), true);
     EXPECT_EQ(written(harvest, 4),
@@ -309,20 +309,20 @@ TEST(OptionMembers, LookupsAndListsGiveEachMemberBack) {
 }
 
 TEST(OptionRecord, NameAndDescriptionTravelAsColumns) {
-    TelluraFire fire;
+    fire_option fire;
     fire.name = "C_M";
     fire.description = "COLD_MLRA";
     fire.setNumber(fire.column("frtsh"), 0.2);
     table_record row = fire.toRow();
     EXPECT_EQ(row.text("Name"), "C_M");
     EXPECT_EQ(row.text("Description"), "COLD_MLRA");
-    TelluraFire back;
+    fire_option back;
     back.fromRow(row);
     EXPECT_EQ(back.name, "C_M");
     EXPECT_EQ(back.description, "COLD_MLRA");
     EXPECT_FLOAT_EQ(back.value("frtsh"), 0.2f);
-    TelluraFire unchanged = back;
-    back.fromRow(TelluraGraze().toRow());  // another member's row is not taken
+    fire_option unchanged = back;
+    back.fromRow(graze_option().toRow());  // another member's row is not taken
     EXPECT_EQ(back.kind(), option_kind::fire);
     EXPECT_TRUE(static_cast<const table_record&>(back) == unchanged);
 }

@@ -34,7 +34,7 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
     ASSERT_NE(db, nullptr) << errors;
     const std::string reason = "The project file is read-only, nothing can be saved in it: " + path + "\n";
     tellura_control_record record;
-    TelluraSoils soil;
+    tellura_soil soil;
     const struct {
         const char* what;
         std::function<bool(std::string&)> save;

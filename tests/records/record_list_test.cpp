@@ -18,7 +18,7 @@ void addRecords(database& db, const std::vector<int32_t>& ids) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
     ASSERT_TRUE(rows);
-    TelluraControlRecords row;
+    control_record_row row;
     for (int32_t id : ids) {
         row.setNumber(0, id);
         row.setText(1, strprintf("Site %d", id));

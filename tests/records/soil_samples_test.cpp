@@ -19,7 +19,7 @@ TEST(SoilSampleFiles, Release2008LayoutIsOursWithCrLf) {
     std::string lf;
     for (char c : sample)
         if (c != '\r') lf += c;
-    TelluraSoils soil;
+    tellura_soil soil;
     std::string errors;
     ASSERT_TRUE(importSoilLayerFile(soil, path, errors));
     EXPECT_EQ(soilsInText(soil, soil.layerDepths()), lf);

@@ -17,14 +17,14 @@ namespace {
 using namespace sb;
 using sbtest::records_project;
 
-TelluraSoils soilWithDepths(const char* name, const std::vector<int>& depths) {
-    TelluraSoils soil;
+tellura_soil soilWithDepths(const char* name, const std::vector<int>& depths) {
+    tellura_soil soil;
     soil.setSoilId(7);
     soil.setName(name);
     std::string errors;
     for (int depth : depths) {
         soil.insertLayer(soil.layerCount, errors);
-        TelluraSoilLayers& layer = soil.layers[static_cast<size_t>(soil.layerCount - 1)];
+        soil_layer& layer = soil.layers[static_cast<size_t>(soil.layerCount - 1)];
         layer.setDepth(depth);
         layer.setValue(kLayerTranspirationLossFactor, 0.5);
     }
@@ -32,7 +32,7 @@ TelluraSoils soilWithDepths(const char* name, const std::vector<int>& depths) {
 }
 
 TEST(SoilLayers, InsertDeleteAndTheListText) {
-    TelluraSoils soil = soilWithDepths("Loam", {10, 20, 30});
+    tellura_soil soil = soilWithDepths("Loam", {10, 20, 30});
     std::string errors;
     ASSERT_TRUE(soil.insertLayer(1, errors));
     EXPECT_EQ(soil.layerCount, 4);
@@ -49,17 +49,17 @@ TEST(SoilLayers, InsertDeleteAndTheListText) {
     EXPECT_FALSE(soil.deleteLayer(-1, errors));
     EXPECT_EQ(errors, "Unable to delete layer.");
 
-    TelluraSoils one = soilWithDepths("One", {15});
+    tellura_soil one = soilWithDepths("One", {15});
     errors.clear();
     EXPECT_TRUE(one.deleteLayer(0, errors));
     EXPECT_EQ(one.layerCount, 0);
 
-    TelluraSoils full = soilWithDepths("Full", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14});
+    tellura_soil full = soilWithDepths("Full", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14});
     EXPECT_FALSE(full.insertLayer(0, errors));
     EXPECT_EQ(errors, "Number of layers is already at maximum");
     EXPECT_EQ(full.layerCount, 14);
 
-    TelluraSoilLayers& layer = soil.layers[1];  // at 20 cm
+    soil_layer& layer = soil.layers[1];  // at 20 cm
     layer.setValue(kLayerFieldCapacity, 0.3);
     layer.setValue(kLayerWiltingPoint, 0.125);
     layer.setValue(kLayerMineralN, 1.5);
@@ -115,7 +115,7 @@ TEST(SoilRunCheck, DepthsAgainstTheReleasesDefaultLayersAndZeroTranspirationFact
     };
     for (const run_check_case& c : cases) {
         SCOPED_TRACE(strprintf("%s, release %d", c.name, c.version));
-        TelluraSoils soil = soilWithDepths(c.name, c.depths);
+        tellura_soil soil = soilWithDepths(c.name, c.depths);
         std::string warnings;
         for (int layer : c.zeroFactorLayers)
             soil.layers[static_cast<size_t>(layer - 1)].setValue(kLayerTranspirationLossFactor, 0);
@@ -138,7 +138,7 @@ TEST(SoilSiteNames, LayerAndProfileParametersLandInTheirColumns) {
                       {"MINERL(2,1)", 3, 1, kLayerMineralN},
                       {"MINERL(2,3)", 3, 1, kLayerMineralS},
                       {"MINERL(10,2)", 10, 9, kLayerMineralP}};
-    TelluraSoils soil;
+    tellura_soil soil;
     std::string errors;
     double value = 0;
     for (const auto& c : layerNames) {
@@ -216,7 +216,7 @@ const char* const kTwoLayers =
 TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("in.txt"), kTwoLayers);
-    TelluraSoils soil;
+    tellura_soil soil;
     std::string errors;
     ASSERT_TRUE(importSoilLayerFile(soil, dir.file("in.txt"), errors)) << errors;
     ASSERT_EQ(soil.layerCount, 2);
@@ -250,7 +250,7 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
 TEST(SoilLayerFile, FourteenLayersAtMostOneMessagePerExtraLine) {
     std::string fifteen;
     for (int i = 0; i < 15; ++i) fifteen += strprintf("%d %d 1.3 0.3 0.1\n", i * 10, (i + 1) * 10);
-    TelluraSoils soil;
+    tellura_soil soil;
     std::string errors;
     EXPECT_FALSE(importSoilLayerText(soil, fifteen, "deep.in", errors));
     EXPECT_EQ(soil.layerCount, 0) << "a failed import leaves the soil as it was";
@@ -272,7 +272,7 @@ TEST(SoilLayerFile, FourteenLayersAtMostOneMessagePerExtraLine) {
 }
 
 TEST(SoilLayerFile, ShortLinesLeaveTheMissingValuesAndBlankLinesAreSkipped) {
-    TelluraSoils soil;
+    tellura_soil soil;
     soil.layers[0].setValue(kLayerPh, 6.0);
     soil.layers[0].setValue(kLayerClay, 0.4);
     std::string errors;
@@ -294,10 +294,10 @@ TEST(SoilLayerFile, ShortLinesLeaveTheMissingValuesAndBlankLinesAreSkipped) {
 using SoilStorage = sbtest::project_test;
 
 TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
-    TelluraSoils soil = soilWithDepths("Loam", {15, 30});
+    tellura_soil soil = soilWithDepths("Loam", {15, 30});
     soil.layers[1].setValue(kLayerFieldCapacity, 0.25);
     soil.setNumber(kSoilSwFlag, 2);
-    TelluraSoils other = soilWithDepths("Clay", {20});
+    tellura_soil other = soilWithDepths("Clay", {20});
     other.setSoilId(8);
     ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
     ASSERT_TRUE(writeSoil(other, project.db(), errors)) << errors;
@@ -306,11 +306,11 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     soil.deleteLayer(0, dropped);
     ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
 
-    tellura_soil_list list;
+    tellura_soils list;
     ASSERT_TRUE(list.load(project.db(), errors)) << errors;
     EXPECT_EQ(errors, "");
     ASSERT_EQ(list.soils.size(), 2u);
-    const TelluraSoils* loam = list.find(7);
+    const tellura_soil* loam = list.find(7);
     ASSERT_NE(loam, nullptr);
     EXPECT_EQ(loam->name(), "Loam");
     EXPECT_EQ(loam->integer(kSoilSwFlag), 2);
@@ -326,12 +326,12 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
         db_status status;
         auto rows = project.db().openTable(table_id::soil_layers, "", "", status);
         ASSERT_NE(rows, nullptr);
-        TelluraSoilLayers orphan;
+        soil_layer orphan;
         orphan.setNumber(kLayerSoilId, 42);
         orphan.setNumber(kLayerNumber, 1);
         ASSERT_TRUE(rows->insert(orphan).ok());
     }
-    tellura_soil_list again;
+    tellura_soils again;
     EXPECT_TRUE(again.load(project.db(), errors));
     EXPECT_EQ(errors, "ERROR, layer found but no soil, ID = 42.\n");
     EXPECT_EQ(again.soils.size(), 2u);
@@ -342,7 +342,7 @@ TEST_F(SoilStorage, MissingTablesAreReported) {
     EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), project.db(), errors));
     EXPECT_EQ(errors, "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
     errors.clear();
-    tellura_soil_list list;
+    tellura_soils list;
     EXPECT_FALSE(list.load(project.db(), errors));
     EXPECT_EQ(errors, "Unable to open table Soil Layers\n");
     EXPECT_TRUE(list.soils.empty());  // nor was the soil row itself kept
@@ -353,13 +353,13 @@ TEST_F(SoilStorage, MissingTablesAreReported) {
 TEST(SoilSaveFaults, ARefusedRowKeepsTheStoredSoil) {
     struct refusal {
         const char* what;
-        void (*spoil)(TelluraSoils&);
+        void (*spoil)(tellura_soil&);
         const char* firstMessage;
     };
     const refusal cases[] = {
-        {"layer depth beyond 16 bits", [](TelluraSoils& s) { s.layers[1].setDepth(40000); },
+        {"layer depth beyond 16 bits", [](tellura_soil& s) { s.layers[1].setDepth(40000); },
          "ERROR, unable to insert soil layer.\n"},
-        {"name longer than TEXT(50)", [](TelluraSoils& s) { s.setName(std::string(51, 'N')); },
+        {"name longer than TEXT(50)", [](tellura_soil& s) { s.setName(std::string(51, 'N')); },
          "ERROR, unable to insert soil record.\n"},
     };
     for (const refusal& c : cases) {
@@ -367,11 +367,11 @@ TEST(SoilSaveFaults, ARefusedRowKeepsTheStoredSoil) {
         SB_REQUIRE_PROJECT(project);
         std::string errors;
         ASSERT_TRUE(writeSoil(soilWithDepths("Loam", {10, 20}), project.db(), errors)) << errors;
-        TelluraSoils soil = soilWithDepths("Clay", {15, 30, 45});
+        tellura_soil soil = soilWithDepths("Clay", {15, 30, 45});
         c.spoil(soil);
         EXPECT_FALSE(writeSoil(soil, project.db(), errors)) << c.what;
         EXPECT_EQ(errors.rfind(c.firstMessage, 0), 0u) << c.what << ": " << errors;
-        tellura_soil_list list;
+        tellura_soils list;
         std::string loadErrors;
         ASSERT_TRUE(list.load(project.db(), loadErrors)) << loadErrors;
         ASSERT_EQ(list.soils.size(), 1u) << c.what;

@@ -9,8 +9,8 @@ namespace {
 using namespace sb;
 using sbtest::records_project;
 
-TelluraWeatherStations station(int32_t id, std::string description = "Test") {
-    TelluraWeatherStations s;
+tellura_weather_station station(int32_t id, std::string description = "Test") {
+    tellura_weather_station s;
     s.id = id;
     s.description = std::move(description);
     return s;
@@ -30,7 +30,7 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
         "\n" +
             strprintf("prec  1995%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f\n", 1234.5, 2345.25, 1.,
                       2., 3., 4., 5., 6., 7., 8., 9., 10.));
-    TelluraWeatherStations s = station(4);
+    tellura_weather_station s = station(4);
     std::string messages;
     EXPECT_TRUE(importMonthlyWeatherFile(path, s, messages));
     EXPECT_EQ(messages, "5 rows imported.\nImported 36 records from \"" + path + "\".\n");
@@ -51,7 +51,7 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
 }
 
 TEST(DailyWeatherImport, ModelLayoutWithOptionalDrivers) {
-    TelluraWeatherStations s = station(2);
+    tellura_weather_station s = station(2);
     std::string messages;
     EXPECT_TRUE(
         importDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n"
@@ -90,7 +90,7 @@ TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
         {good + "-1e300 -1e300 1952 1 6.70 0.00 0.03\n", {"-1e300 -1e300 1952 1 6.70 0.00 0.03"}},
     };
     for (const auto& c : cases) {
-        TelluraWeatherStations s = station(2);
+        tellura_weather_station s = station(2);
         std::string messages, expected;
         for (size_t n = 0; n < c.badLines.size(); ++n)
             expected += strprintf(
@@ -101,7 +101,7 @@ TEST(DailyWeatherImport, BadLinesAreNamedAndImportingTwiceDoesNotDoubleDays) {
         EXPECT_EQ(messages, expected + "Nothing imported from \"d.wth\".\n");
         EXPECT_TRUE(s.daily.empty()) << c.text;
     }
-    TelluraWeatherStations s = station(2);
+    tellura_weather_station s = station(2);
     std::string messages;
     importDailyWeatherText(good, "d.wth", s, messages);
     importDailyWeatherText("1 1 2001 1 12 0 0\n", "d.wth", s, messages);
@@ -124,7 +124,7 @@ TEST(DailyWeatherImport, RealModelFilesGiveEveryDay) {
     // The 2012 file lacks 1987 and 1996-1999 and has no line end after its last day.
     for (const sample& f : {sample{"diurna-2012/inputs/weather.wth", 19724, 54, 1952, 2010},
                             sample{"diurna45-2008-inputs/TEST_Daily.wth", 1826, 5, 2002, 2006}}) {
-        TelluraWeatherStations s = station(1);
+        tellura_weather_station s = station(1);
         std::string messages;
         std::string path = sbtest::samplesDir() + "/" + f.file;
         EXPECT_TRUE(importDailyWeatherFile(path, s, messages)) << messages;
@@ -146,7 +146,7 @@ TEST(ClimateMeans, SetByTheirSiteFileNames) {
                  {"PrcSkw(6)", 5, &weather_month_means::prcskw},
                  {"TMN2M(2)", 1, &weather_month_means::tmn2m},
                  {"TMX2M(12)", 11, &weather_month_means::tmx2m}};
-    TelluraWeatherStations s = station(3);
+    tellura_weather_station s = station(3);
     std::string errors;
     float value = 0;
     for (const auto& c : cases) {
@@ -161,7 +161,7 @@ TEST(ClimateMeans, SetByTheirSiteFileNames) {
 }
 
 TEST(ClimateMeans, TextAndDeleteQuestion) {
-    TelluraWeatherStations s = station(12, "College Station");
+    tellura_weather_station s = station(12, "College Station");
     for (int m = 0; m < 12; ++m) s.means[static_cast<size_t>(m)] = {float(m + 1), 0.5f, 0.25f, -float(m), 20.5f};
     std::string text;
     appendClimateMeansText(s, text);
@@ -182,7 +182,7 @@ TEST(ClimateMeans, TextAndDeleteQuestion) {
 using WeatherStorage = sbtest::project_test;
 
 TEST_F(WeatherStorage, StationsMeansAndHistoryReadBack) {
-    TelluraWeatherStations s = station(8, "Akron");
+    tellura_weather_station s = station(8, "Akron");
     for (int m = 0; m < 12; ++m) s.means[static_cast<size_t>(m)] = {float(m) + 0.5f, 1, 2, -3, float(20 + m)};
     s.hasMeans = true;
     importMonthlyWeatherFile("/nonexistent", s, errors);
@@ -197,12 +197,12 @@ TEST_F(WeatherStorage, StationsMeansAndHistoryReadBack) {
     ASSERT_TRUE(saveMonthlyHistory(project.db(), s, errors)) << errors;
     ASSERT_TRUE(saveDailyHistory(project.db(), s, errors)) << errors;
 
-    tellura_weather_station_list list;
+    tellura_weather_stations list;
     ASSERT_TRUE(loadWeatherStations(project.db(), list, errors)) << errors;
     ASSERT_EQ(list.stations.size(), 2u);
     EXPECT_EQ(list.stations[0].id, 2);
     EXPECT_FALSE(list.stations[0].hasMeans);
-    TelluraWeatherStations* read = list.find(8);
+    tellura_weather_station* read = list.find(8);
     ASSERT_NE(read, nullptr);
     EXPECT_EQ(read->description, "Akron");
     EXPECT_TRUE(read->hasMeans);
@@ -230,16 +230,16 @@ TEST_F(WeatherStorage, StationsMeansAndHistoryReadBack) {
 }
 
 TEST_F(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
-    TelluraWeatherStations old = station(1, "Old");
+    tellura_weather_station old = station(1, "Old");
     old.hasMeans = true;
     old.dailyYear(2000).days.push_back({2000, 1, 1, 1, 2, 3, 4, 5, 6});
     ASSERT_TRUE(saveWeatherStation(project.db(), old, errors));
     ASSERT_TRUE(saveDailyHistory(project.db(), old, errors));
-    tellura_weather_station_list list;
+    tellura_weather_stations list;
     list.stations = {station(3, "Three"), station(2, "Two")};
     list.stations[1].setClimateMean("TMX2M(7)", 31.5, errors);
     ASSERT_TRUE(saveWeatherStations(project.db(), list, errors)) << errors;
-    tellura_weather_station_list read;
+    tellura_weather_stations read;
     ASSERT_TRUE(loadWeatherStations(project.db(), read, errors)) << errors;
     ASSERT_EQ(read.stations.size(), 2u);
     EXPECT_EQ(read.stations[0].description, "Two");
@@ -252,18 +252,18 @@ TEST_F(WeatherStorage, TheStationListReplacesAllStationsButKeepsHistory) {
 
 // An unknown station, a month out of bounds and a day twice are refused, naming the table.
 TEST_F(WeatherStorage, BadHistoryIsRefused) {
-    TelluraWeatherStations unknown = station(99);
+    tellura_weather_station unknown = station(99);
     unknown.monthlyYear(1990).monthRecord(1).precip = 1;
     EXPECT_FALSE(saveMonthlyHistory(project.db(), unknown, errors));
     EXPECT_EQ(errors, "ERROR, weather station 99 not found.\n");
 
-    TelluraWeatherStations s = station(5);
+    tellura_weather_station s = station(5);
     s.monthlyYear(1990).monthRecord(12).precip = 1;
     s.monthlyYear(1990).monthRecord(13).precip = 2;
     errors.clear();
     ASSERT_TRUE(saveWeatherStation(project.db(), s, errors));
     ASSERT_TRUE(saveMonthlyHistory(project.db(), s, errors)) << errors;
-    TelluraWeatherStations read = station(5);
+    tellura_weather_station read = station(5);
     EXPECT_FALSE(loadMonthlyHistory(project.db(), read, errors));
     EXPECT_EQ(errors, "ERROR, month out of bounds in table [Weather Historical Monthly]\n");
     ASSERT_EQ(read.monthly.size(), 1u);

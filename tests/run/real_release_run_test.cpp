@@ -71,7 +71,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     sb::tellura_outputs stored;
     ASSERT_TRUE(sb::readOutputs(*db, 1, stored, errors)) << errors;
     ASSERT_FALSE(stored.monthlyInOrder().empty());
-    const sb::TelluraOutputMonthly* last = stored.monthlyInOrder().back();
+    const sb::monthly_output* last = stored.monthlyInOrder().back();
     EXPECT_EQ(last->year() * 100 + last->month(), c.lastMonth);
     EXPECT_FALSE(stored.daily.empty());
     std::vector<sb::run_history_entry> history;
@@ -81,7 +81,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     if (*c.missing) {
         // The list utility skipped the name: stored as missing, never as 0.
         ASSERT_FALSE(stored.annual.empty());
-        const sb::TelluraOutputAnnual& year = stored.annual.back();
+        const sb::annual_output& year = stored.annual.back();
         EXPECT_TRUE(year.isMissing(year.column(c.missing))) << c.missing;
         EXPECT_THAT(errors, HasSubstr("WARNING, the list utility does not know "));
     }

@@ -53,16 +53,16 @@ void separateRecordTwo(run_project& project) {
     std::string errors;
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::readControlRecord(project.db(), 2, record, errors)) << errors;
-    sb::tellura_soil_list soils;
+    sb::tellura_soils soils;
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
-    sb::TelluraSoils soil = *soils.find(record.soilId());
+    sb::tellura_soil soil = *soils.find(record.soilId());
     soil.setSoilId(kOwnSoilAndStation);
     for (int layer = 0; layer < soil.layerCount; ++layer)
         soil.layers[static_cast<size_t>(layer)].setNumber("Soil ID", kOwnSoilAndStation);
     ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
-    sb::tellura_weather_station_list stations;
+    sb::tellura_weather_stations stations;
     ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
-    sb::TelluraWeatherStations station = *stations.find(record.weatherId());
+    sb::tellura_weather_station station = *stations.find(record.weatherId());
     ASSERT_TRUE(sb::loadDailyHistory(project.db(), station, errors)) << errors;
     ASSERT_TRUE(sb::loadMonthlyHistory(project.db(), station, errors)) << errors;
     station.id = kOwnSoilAndStation;
@@ -78,20 +78,20 @@ void separateRecordTwo(run_project& project) {
 
 void changeSoilOfRecordOne(run_project& project) {
     std::string errors;
-    sb::tellura_soil_list soils;
+    sb::tellura_soils soils;
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
-    sb::TelluraSoils soil = *soils.find(record.soilId());
+    sb::tellura_soil soil = *soils.find(record.soilId());
     soil.layers[0].setValue(sb::kLayerFieldCapacity, soil.layers[0].value(sb::kLayerFieldCapacity) + 0.01);
     ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
 }
 
 void changeWeatherOfRecordOne(run_project& project) {
     std::string errors;
-    sb::tellura_weather_station_list stations;
+    sb::tellura_weather_stations stations;
     ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
-    sb::TelluraWeatherStations& station = *stations.find(1);
+    sb::tellura_weather_station& station = *stations.find(1);
     ASSERT_TRUE(sb::loadDailyHistory(project.db(), station, errors)) << errors;
     ASSERT_FALSE(station.daily.empty());
     station.daily.front().days.front().precip += 1.5f;

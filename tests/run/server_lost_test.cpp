@@ -23,7 +23,7 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     ASSERT_TRUE(readControlRecord(project.db(), 1, record, errors)) << errors;
     record.row.setText("Description", "before");
     for (int year = 1; year <= 30; ++year) {
-        TelluraOutputAnnual annual;
+        annual_output annual;
         annual.setNumber("Year", year);
         outputs.annual.push_back(annual);
     }

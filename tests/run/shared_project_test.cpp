@@ -20,7 +20,7 @@ namespace {
 tellura_outputs annualOutputs(int years) {
     tellura_outputs outputs;
     for (int year = 1; year <= years; ++year) {
-        TelluraOutputAnnual annual;
+        annual_output annual;
         annual.setNumber("Year", year);
         outputs.annual.push_back(annual);
     }

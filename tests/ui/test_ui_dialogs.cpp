@@ -400,7 +400,7 @@ private slots:
             d->means()->item(4, 0)->setText("-2.25");  // January maximum temperature
             d->accept();
         });
-        tellura_weather_station_list stations;
+        tellura_weather_stations stations;
         std::string errors;
         QVERIFY(loadWeatherStations(db(), stations, errors));
         const auto* s = stations.find(42);
@@ -412,7 +412,7 @@ private slots:
 
     void weatherHistoryIsListedAndDaysAndStationsDeleted() {
         std::string errors;
-        TelluraWeatherStations valley;
+        tellura_weather_station valley;
         valley.id = 7;
         valley.description = "Valley";
         QVERIFY(importDailyWeatherText("1 1 2001 1 5.5 -1.25 0.5\n2 1 2001 2 6 -2 3.75\n3 1 2001 3 4 -3 0\n",
@@ -422,7 +422,7 @@ private slots:
         weather_month_record& february = valley.monthlyYear(2001).monthRecord(2);
         february.precip = 42.5f;
         february.tmx2m = 3.25f;
-        TelluraWeatherStations ridge;
+        tellura_weather_station ridge;
         ridge.id = 8;
         ridge.description = "Ridge";
         QVERIFY(saveWeatherStation(db(), valley, errors) && saveWeatherStation(db(), ridge, errors));
@@ -466,10 +466,10 @@ private slots:
         QCOMPARE(dailyAfterYes, 2);
         QCOMPARE(stationsLeft, 1);
 
-        tellura_weather_station_list stations;
+        tellura_weather_stations stations;
         QVERIFY(loadWeatherStations(db(), stations, errors));
         QVERIFY(!stations.find(8));
-        TelluraWeatherStations* stored = stations.find(7);
+        tellura_weather_station* stored = stations.find(7);
         QVERIFY(stored);
         QVERIFY(loadDailyHistory(db(), *stored, errors) && loadMonthlyHistory(db(), *stored, errors));
         QCOMPARE(stored->daily.size(), size_t(1));
@@ -482,7 +482,7 @@ private slots:
     void soilsAreAddedDeletedAndTakeALayerFileAndLayersUpToTheLimit() {
         std::string errors;
         for (auto [id, name] : {std::pair{9, "Loam"}, std::pair{12, "Clay"}}) {
-            TelluraSoils soil;
+            tellura_soil soil;
             soil.setSoilId(id);
             soil.setName(name);
             QVERIFY(writeSoil(soil, db(), errors));
@@ -545,11 +545,11 @@ private slots:
         QCOMPARE(longLayers, 0);
         QCOMPARE(questions, QStringList{"Delete soil 9 Loam ?"});
 
-        tellura_soil_list soils;
+        tellura_soils soils;
         QVERIFY(soils.load(db(), errors));
         QVERIFY(!soils.find(9));
         QCOMPARE(soils.find(12)->layerCount, 0);
-        const TelluraSoils* sand = soils.find(13);
+        const tellura_soil* sand = soils.find(13);
         QVERIFY(sand);
         QCOMPARE(sand->name(), std::string("Sand"));
         QCOMPARE(sand->layerCount, kMaxSoilLayers - 1);

@@ -377,7 +377,7 @@ private slots:
 
     void monthlyWeatherFromTheMenuAndTheStationEditor() {
         database& db = open({1});
-        TelluraWeatherStations station;
+        tellura_weather_station station;
         station.id = 1;
         std::string errors;
         QVERIFY(saveWeatherStation(db, station, errors));
@@ -391,7 +391,7 @@ private slots:
         // The editor adds a year to the shown station; a bad file adds nothing; OK stores it.
         writeText(file, "prec 1991 1 1 1 1 1 1 1 1 1 1 1 1\nwind 1991 1\n");
         writeText(dir_.filePath("good.wth"), "prec 1992 1 1 1 1 1 1 1 1 1 1 1 1\n");
-        tellura_weather_station_list stations;
+        tellura_weather_stations stations;
         QVERIFY(loadWeatherStations(db, stations, errors));
         dialog_weather_stations editor(stations, db);
         QVERIFY(!editor.importWeatherFile(file, false, errors));
@@ -415,9 +415,9 @@ private slots:
         QCOMPARE(exportRecord(),
                  QString("ERROR, record 1 names soil 1, which the project does not hold.\n"
                          "ERROR, record 1 names weather station 1, which the project does not hold.\n"));
-        TelluraWeatherStations station;
+        tellura_weather_station station;
         station.id = 1;
-        TelluraSoils soil;
+        tellura_soil soil;
         soil.setSoilId(1);
         std::string errors;
         QVERIFY(saveWeatherStation(from, station, errors) && writeSoil(soil, from, errors));
@@ -444,7 +444,7 @@ private slots:
 
     void copyOutputToInputFillsTheSoilLayers() {
         database& db = open({1});
-        TelluraSoils soil;
+        tellura_soil soil;
         soil.setSoilId(1);
         soil.layerCount = 3;
         for (auto& layer : soil.layers) layer.setNumber("Mineral N", 1.0);
@@ -454,7 +454,7 @@ private slots:
         std::string errors;
         QVERIFY(writeSoil(soil, db, errors) && storeOutputs(db, 1, outputs, errors));
         QCOMPARE(run(command_id::copyOutputToInput, {}), QStringLiteral("Monthly copied for record.\n"));
-        tellura_soil_list soils;
+        tellura_soils soils;
         QVERIFY(soils.load(db, errors) && soils.find(1));
         const double mineralN[] = {10, 20, 1};  // layer 3 has no output and keeps its value
         for (size_t l = 0; l < 3; ++l) QCOMPARE(soils.find(1)->layers[l].number("Mineral N"), mineralN[l]);
