@@ -99,6 +99,20 @@ bool replaceRows(database& db, table_id table, const std::string& filter, const 
     return unit.commit();
 }
 
+// The columns of a record's kept files, looked up once by name.
+const table_columns& fileColumns() {
+    static const table_columns c(table_id::record_files, {"ID", "Name", "Content"});
+    return c;
+}
+
+// Each column with the member that holds it, for reading and writing alike;
+// the ID a file is stored under is its record's.
+template <class File, class Visit>  // File: record_file, const when writing
+void fileMembers(File& f, Visit&& visit) {
+    visit("Name", f.name);
+    visit("Content", f.content);
+}
+
 }  // namespace
 
 void kept_values::set(std::string_view file, std::string_view name, double value) {
@@ -150,7 +164,9 @@ bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, 
     return readRowsWhere(
         db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)),
         [&](const table_record& row) {
-            files.push_back({row.text(1), row.text(2)});
+            record_file file;
+            fileMembers(file, fileColumns().reading(row));
+            files.push_back(std::move(file));
         },
         errors);
 }
@@ -159,9 +175,8 @@ bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& 
     std::vector<table_record> rows;
     for (const record_file& file : files) {
         table_record row(table_id::record_files);
-        row.setNumber(0, id);
-        row.setText(1, file.name);
-        row.setText(2, file.content);
+        row.setNumber(fileColumns()["ID"], id);
+        fileMembers(file, fileColumns().writing(row));
         rows.push_back(std::move(row));
     }
     return replaceRows(db, table_id::record_files, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);

@@ -1,8 +1,6 @@
 #include "records/store_session.h"
 
-#include "db/database_maker.h"
 #include "db/db_status.h"
-#include "db/table_catalogue.h"
 
 namespace sb {
 
@@ -29,21 +27,6 @@ bool store_session::commit() {
         errors_ += session_.storeError().empty() ? ".\n" : ": " + session_.storeError() + "\n";
     }
     return false;
-}
-
-bool ensureTableMade(database& db, table_id table, const char* cannotOpen, std::string& errors) {
-    db_status status;
-    if (db.openTable(table, "ID = -1", "", status)) return true;
-    if (status.code != kStatusNoTable) {
-        errors += cannotOpen;
-        appendStatusText(status, errors);
-        return false;
-    }
-    store_session s(db, errors);
-    if (!s.ok()) return false;
-    database_maker maker(db);
-    const bool made = maker.createTable(tableDef(table), errors) && maker.createIndexes(tableDef(table), errors);
-    return s.commitIf(made);
 }
 
 }  // namespace sb

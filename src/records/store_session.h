@@ -40,11 +40,6 @@ private:
     session session_;
 };
 
-// Makes a table the project lacks (one added to the catalogue after the project
-// was made) in a session of its own. True when the table is there; otherwise
-// `cannotOpen` and the store's reason, or the maker's message, are appended.
-bool ensureTableMade(database& db, table_id table, const char* cannotOpen, std::string& errors);
-
 // Appends the store's reason for a failed session or commit, as its own line.
 void appendStoreReason(const std::string& reason, std::string& errors);
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <string_view>
+#include <type_traits>
 #include <unistd.h>
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "db/database_maker.h"
+#include "db/table_columns.h"
 #include "records/store_session.h"
 
 namespace sb {
@@ -24,60 +26,64 @@ run_state stateFromText(const std::string& text) {
     return run_state::failed;
 }
 
+// The columns, looked up once by name.
+const table_columns& historyColumns() {
+    static const table_columns c(
+        kTable, {"ID", "Started", "Ended", "State", "Message", "Run Folder", "Model", "Model SHA256", "Release Profile",
+                 "Inputs SHA256", "Soilbench Version", "Host", "Process ID"});
+    return c;
+}
+
+// Each column with the member that holds it, for reading and writing alike;
+// the state is stored as its word and goes apart.
+template <class Entry, class Visit>  // Entry: run_history_entry, const when writing
+void entryMembers(Entry& e, Visit&& visit) {
+    visit("ID", e.id);
+    visit("Started", e.started);
+    visit("Ended", e.ended);
+    visit("Message", e.message);
+    visit("Run Folder", e.runFolder);
+    visit("Model", e.model);
+    visit("Model SHA256", e.modelSha256);
+    visit("Release Profile", e.releaseProfile);
+    visit("Inputs SHA256", e.inputsSha256);
+    visit("Soilbench Version", e.soilbenchVersion);
+    visit("Host", e.host);
+    visit("Process ID", e.processId);
+}
+
 // At most the column's length in characters, cut at a character boundary.
-void setFitted(table_record& row, const char* column, const std::string& value) {
-    const int col = row.column(column);
-    const size_t limit = static_cast<size_t>(row.def().fields()[static_cast<size_t>(col)].size);
+void setFitted(table_record& row, int column, const std::string& value) {
+    const size_t limit = static_cast<size_t>(row.def().fields()[static_cast<size_t>(column)].size);
     size_t characters = 0, at = 0;
     for (; at < value.size(); ++at) {
         if ((static_cast<unsigned char>(value[at]) & 0xC0) == 0x80) continue;
         if (characters == limit) break;
         ++characters;
     }
-    row.setText(col, value.substr(0, at));
+    row.setText(column, value.substr(0, at));
 }
 
 table_record rowOf(const run_history_entry& entry) {
+    const table_columns& c = historyColumns();
     table_record row(kTable);
-    row.setNumber("ID", entry.id);
-    setFitted(row, "Started", entry.started);
-    setFitted(row, "Ended", entry.ended);
-    setFitted(row, "State", runStateText(entry.state));
-    setFitted(row, "Message", entry.message);
-    setFitted(row, "Run Folder", entry.runFolder);
-    setFitted(row, "Model", entry.model);
-    setFitted(row, "Model SHA256", entry.modelSha256);
-    setFitted(row, "Release Profile", entry.releaseProfile);
-    setFitted(row, "Inputs SHA256", entry.inputsSha256);
-    setFitted(row, "Soilbench Version", entry.soilbenchVersion);
-    setFitted(row, "Host", entry.host);
-    row.setNumber("Process ID", entry.processId);
+    entryMembers(entry, [&](std::string_view name, const auto& member) {
+        if constexpr (std::is_same_v<std::decay_t<decltype(member)>, std::string>) setFitted(row, c[name], member);
+        else row.setNumber(c[name], member);
+    });
+    setFitted(row, c["State"], runStateText(entry.state));
     return row;
 }
 
 run_history_entry entryOf(const table_record& row) {
+    const table_columns& c = historyColumns();
     run_history_entry entry;
-    entry.id = row.integer(row.column("ID"));
-    entry.started = row.text("Started");
-    entry.ended = row.text("Ended");
-    entry.state = stateFromText(row.text("State"));
-    entry.message = row.text("Message");
-    entry.runFolder = row.text("Run Folder");
-    entry.model = row.text("Model");
-    entry.modelSha256 = row.text("Model SHA256");
-    entry.releaseProfile = row.text("Release Profile");
-    entry.inputsSha256 = row.text("Inputs SHA256");
-    entry.soilbenchVersion = row.text("Soilbench Version");
-    entry.host = row.text("Host");
-    entry.processId = row.integer(row.column("Process ID"));
+    entryMembers(entry, c.reading(row));
+    entry.state = stateFromText(row.text(c["State"]));
     return entry;
 }
 
 }  // namespace
-
-bool ensureRunHistoryTable(database& db, std::string& errors) {
-    return ensureTableMade(db, kTable, "ERROR, unable to open the run history.\n", errors);
-}
 
 bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors) {
     store_session s(db, errors);
@@ -121,14 +127,15 @@ bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, 
         appendStatusText(status, errors);
         return false;
     }
+    const table_columns& c = historyColumns();
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
-        const int32_t id = row.integer(row.column("ID"));
+        const int32_t id = row.integer(c["ID"]);
         auto known = lastRuns.find(id);
         // The stamps are UTC in one fixed form: their text order is their time order.
         if (known == lastRuns.end()) lastRuns.emplace(id, entryOf(row));
-        else if (known->second.started < row.text("Started")) known->second = entryOf(row);
+        else if (known->second.started < row.text(c["Started"])) known->second = entryOf(row);
     }
     return readToTheEnd(s, tableName(kTable), errors);
 }
@@ -141,7 +148,9 @@ bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& en
         appendStatusText(status, errors);
         return false;
     }
-    for (db_status s = rows->moveFirst(); s.ok(); s = rows->moveNext()) entries.push_back(entryOf(rows->row()));
+    db_status s;
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) entries.push_back(entryOf(rows->row()));
+    if (!readToTheEnd(s, tableName(kTable), errors)) return false;
     // The stamps are UTC in one fixed form: their text order is their time order.
     std::stable_sort(entries.begin(), entries.end(),
                      [](const run_history_entry& a, const run_history_entry& b) { return a.started < b.started; });

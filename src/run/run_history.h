@@ -34,8 +34,6 @@ struct run_history_entry {
     bool finished() const { return !ended.empty(); }
 };
 
-// Projects made before the history existed get its table here.
-bool ensureRunHistoryTable(database& db, std::string& errors);
 // Adds one row, within the caller's session when there is one.
 bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors);
 // Replaces the row of the run `started` (the row written when it started: the

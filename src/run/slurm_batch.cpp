@@ -385,7 +385,7 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
             task.entry.host = hostName();
             entries.push_back(task.entry);
         }
-        if (!ensureSlurmSubmissionsTable(db_, submitErrors) || !recordSlurmTasks(db_, entries, submitErrors)) {
+        if (!recordSlurmTasks(db_, entries, submitErrors)) {
             // Unnoted, nobody could collect it: the job must not run.
             cancelJob(static_cast<long>(job), submitErrors);
             ok = false;

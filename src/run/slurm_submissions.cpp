@@ -4,7 +4,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
-#include "db/database_maker.h"
+#include "db/table_columns.h"
 #include "records/store_session.h"
 
 namespace sb {
@@ -17,26 +17,35 @@ void appendCannotOpen(const db_status& status, std::string& errors) {
     appendStatusText(status, errors);
 }
 
-}  // namespace
-
-bool ensureSlurmSubmissionsTable(database& db, std::string& errors) {
-    return ensureTableMade(db, kTable, "ERROR, unable to open the Slurm submissions of the project.\n", errors);
+// The columns, looked up once by name.
+const table_columns& submissionColumns() {
+    static const table_columns c(kTable, {"ID", "Job", "Task", "Folder", "Submitted", "Host"});
+    return c;
 }
+
+// Each column with the member that holds it, for reading and writing alike;
+// the job goes apart: its number can exceed 32 bits.
+template <class Entry, class Visit>  // Entry: slurm_task_entry, const when writing
+void entryMembers(Entry& e, Visit&& visit) {
+    visit("ID", e.id);
+    visit("Task", e.task);
+    visit("Folder", e.folder);
+    visit("Submitted", e.submitted);
+    visit("Host", e.host);
+}
+
+}  // namespace
 
 bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
+    const table_columns& c = submissionColumns();
     db_status status;
     auto rows = db.openTable(kTable, "ID = -1", "", status);
     for (size_t i = 0; rows && status.ok() && i < entries.size(); ++i) {
-        const slurm_task_entry& entry = entries[i];
         table_record row(kTable);
-        row.setNumber("ID", entry.id);
-        row.setNumber("Job", static_cast<double>(entry.job));
-        row.setNumber("Task", entry.task);
-        row.setText(row.column("Folder"), entry.folder);
-        row.setText(row.column("Submitted"), entry.submitted);
-        row.setText(row.column("Host"), entry.host);
+        row.setNumber(c["Job"], static_cast<double>(entries[i].job));
+        entryMembers(entries[i], c.writing(row));
         status = rows->insert(row);
     }
     if (!rows || status.failed()) {
@@ -55,16 +64,13 @@ bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::s
         appendCannotOpen(status, errors);
         return false;
     }
+    const table_columns& c = submissionColumns();
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         const table_record& row = rows->row();
         slurm_task_entry entry;
-        entry.id = row.integer(row.column("ID"));
-        entry.job = static_cast<long>(row.number("Job"));
-        entry.task = row.integer(row.column("Task"));
-        entry.folder = row.text("Folder");
-        entry.submitted = row.text("Submitted");
-        entry.host = row.text("Host");
+        entry.job = static_cast<long>(row.number(c["Job"]));
+        entryMembers(entry, c.reading(row));
         entries.push_back(std::move(entry));
     }
     if (!readToTheEnd(s, tableName(kTable), errors)) return false;

@@ -19,8 +19,6 @@ struct slurm_task_entry {
     std::string submitted, host;
 };
 
-// Projects made before Slurm runs get the table here.
-bool ensureSlurmSubmissionsTable(database& db, std::string& errors);
 // Adds every entry in one commit, or none.
 bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors);
 // Every entry, by job and task.

@@ -137,7 +137,14 @@ history_counts countHistory(const std::string& path) {
 TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
     const std::string alone = dir.file("alone.sbproj");
     fs::copy_file(project, alone);
+    {  // a project made before runs were kept in it: opening it adds the tables
+        std::string errors;
+        auto db = sb::database::open(alone, errors);
+        ASSERT_TRUE(db) << errors;
+        ASSERT_TRUE(db->execute("DROP TABLE [Run History]").ok() && db->execute("DROP TABLE [Slurm Submissions]").ok());
+    }
     ASSERT_EQ(run(runArgs(alone)).exitCode, 0);
+    EXPECT_EQ(countHistory(alone).good, kRecords);
     const std::vector<std::string> expected = storedOutputs(alone);
 
     std::map<std::string, std::string> slow = env;
