@@ -91,6 +91,12 @@ std::string releaseProfileName(const std::string& chosen, int version) {
     return chosen.empty() ? std::string(defaultReleaseProfileName(version)) : chosen;
 }
 
+std::string storedReleaseProfileName(const std::string& stored) {
+    for (int version = 1; version <= kVersionCount; ++version)
+        if (stored == versionDisplayName(version)) return defaultReleaseProfileName(version);
+    return stored;
+}
+
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,
                                             int version, std::string& errors) {
     const std::string wanted = releaseProfileName(name, version);

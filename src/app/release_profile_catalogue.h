@@ -47,6 +47,11 @@ const char* defaultReleaseProfileName(int version);
 // default when none is chosen.
 std::string releaseProfileName(const std::string& chosen, int version);
 
+// The profile a run stored in the history ran as. Runs stored before profiles
+// had names hold their version's name ("Diurna 4.5"); they wrote the version's
+// files as Soilbench always had, which is that version's default profile.
+std::string storedReleaseProfileName(const std::string& stored);
+
 // The profile to use for a version: the named one when the catalogue has it
 // and it serves that version, otherwise nullptr with a message saying why.
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,

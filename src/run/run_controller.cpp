@@ -221,7 +221,6 @@ void run_controller::prepareRuns(std::string& errors) {
     if (runsPrepared_) return;
     runsPrepared_ = true;
     run_folder::removeStale(runsRoot_, errors);
-    ensureRunHistoryTable(db_, errors);
 }
 
 void run_controller::runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
@@ -425,7 +424,7 @@ bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::s
 
 std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blockOrder,
                                          const run_history_entry& lastRun, std::string& errors) {
-    if (lastRun.releaseProfile != releaseProfile())
+    if (storedReleaseProfileName(lastRun.releaseProfile) != releaseProfile())
         return strprintf("it ran as \"%s\", the release is now \"%s\"", lastRun.releaseProfile.c_str(),
                          releaseProfile().c_str());
     const std::string model = localPath(settings_.modelExecutable(settings_.version));

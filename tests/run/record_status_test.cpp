@@ -117,6 +117,14 @@ void changeModel(run_project& project) {
     project.settings().modelExecutables[3] = copy;
 }
 
+// Record 1's runs as stored before release profiles had names: under a version's name.
+std::function<void(run_project&)> storedAs(const std::string& release) {
+    return [release](run_project& p) {
+        const std::string sql = "UPDATE [Run History] SET [Release Profile] = '" + release + "' WHERE [ID] = 1";
+        ASSERT_TRUE(p.db().execute(sql).ok());
+    };
+}
+
 struct stale_case {
     const char* name;
     std::function<void(run_project&)> change;
@@ -138,6 +146,8 @@ TEST(RecordStates, GoodRunsTurnStaleWhenWhatTheyUsedChanges) {
         // not use still changes the files its model reads.
         {"an option entry it uses", [](run_project& p) { changeOptionEntry(p, "N45"); }, "1:stale 2:stale "},
         {"the model executable", changeModel, "1:stale 2:stale "},
+        {"stored as its release's name", storedAs("Diurna 4.5"), "1:good 2:good "},
+        {"stored as another release's name", storedAs("Tellura 4.5"), "1:stale 2:good "},
     };
     for (const stale_case& c : cases) {
         SCOPED_TRACE(c.name);
