@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 
 #include "app/number_text.h"
 #include "app/text_format.h"
@@ -298,10 +300,7 @@ public:
           errors_(errors) {}
 
     bool read() {
-        if (!readHeader()) {
-            appendf(errors_, "ERROR, no \"Year Month Option\" line in schedule file \"%s\".\n", path_.c_str());
-            return false;
-        }
+        if (!readHeader()) return false;
         record_.blocks.clear();
         references_.weatherFiles.clear();
         std::string line;
@@ -328,8 +327,24 @@ private:
         std::string line;
         return nextNonBlank(line) ? toInteger(splitLabelled(line).value) : 0;
     }
+    bool nextShort(const char* what, int16_t& value) {
+        const long read = nextValue();
+        if (!fitsShort(read, what)) return false;
+        value = static_cast<int16_t>(read);
+        return true;
+    }
     void set(const char* column, double value) { record_.row.setNumber(column, value); }
 
+    // Years, counts and block and event numbers are kept in 16 bits: a larger
+    // value is refused here rather than wrapped into another year.
+    bool fitsShort(long value, const char* what) {
+        if (value >= std::numeric_limits<int16_t>::min() && value <= std::numeric_limits<int16_t>::max()) return true;
+        appendf(errors_, "ERROR, line %ld of schedule file \"%s\": %s %ld is out of range (-32768 to 32767).\n",
+                source_.lineNumber(), path_.c_str(), what, value);
+        return false;
+    }
+
+    // False with the reason appended for a value out of range or no "Year Month Option" line.
     bool readHeader() {
         std::string line;
         while (nextLine(line)) {
@@ -340,8 +355,9 @@ private:
             labelled_line entry = splitLabelled(line);
             if (entry.value.empty()) continue;
             if (toLower(trim(line)) == "year month option") return true;
-            readHeaderEntry(entry, line);
+            if (!readHeaderEntry(entry, line)) return false;
         }
+        appendf(errors_, "ERROR, no \"Year Month Option\" line in schedule file \"%s\".\n", path_.c_str());
         return false;
     }
 
@@ -351,10 +367,11 @@ private:
         if (blank != std::string_view::npos) record_.row.setText("Description", std::string(rest.substr(blank + 1)));
     }
 
-    void readHeaderEntry(const labelled_line& entry, const std::string& line) {
+    bool readHeaderEntry(const labelled_line& entry, const std::string& line) {
         const std::string& label = entry.label;
         long value = toInteger(entry.value);
         if (label == "starting year") {
+            if (!fitsShort(value, "starting year")) return false;
             startingYear_ = static_cast<int>(value);
         } else if (label == "site file name") {
             references_.siteFile = entry.value;
@@ -383,6 +400,7 @@ private:
         } else if (toLower(trim(line)).rfind("initial tree", 0) == 0) {
             record_.row.setText("Initial Tree", "");  // the blank form: no initial tree
         }
+        return true;
     }
 
     // An option whose further values follow on lines of their own. -1 (and 0
@@ -406,11 +424,12 @@ private:
         size_t mark = header.find("Block #");
         if (mark == std::string_view::npos) mark = toLower(headerLine).find("block #");
         block.description = std::string(trim(header.substr(mark + 7)));
-        block.firstYear =
-            static_cast<int16_t>(record_.blocks.empty() ? startingYear_ : record_.blocks.back().lastYear + 1);
-        block.lastYear = static_cast<int16_t>(nextValue());
-        block.repeatingYears = static_cast<int16_t>(nextValue());
-        block.outputStartingYear = static_cast<int16_t>(nextValue());
+        const long firstYear = record_.blocks.empty() ? startingYear_ : record_.blocks.back().lastYear + 1L;
+        if (!fitsShort(firstYear, "first year")) return false;
+        block.firstYear = static_cast<int16_t>(firstYear);
+        if (!nextShort("last year", block.lastYear) || !nextShort("repeating years", block.repeatingYears) ||
+            !nextShort("output starting year", block.outputStartingYear))
+            return false;
         block.outputMonth = static_cast<uint8_t>(nextValue());
         std::string line;
         nextNonBlank(line);
@@ -455,12 +474,13 @@ private:
                 size_t end = rest.find_first_of(" \t", start);
                 rest.remove_prefix(end == std::string_view::npos ? rest.size() : end);
             }
-            int year = static_cast<int>(toInteger(date[0]));
+            const long year = toInteger(date[0]);
+            if (!fitsShort(year, "year")) return false;
             int month = static_cast<int>(toInteger(date[1]));
             int day = 1;
             if (version_ == 4) monthAndDay(month, month, day);
             tellura_event event;
-            if (!parseEvent(rest, source_, year, month, event, errors_)) continue;
+            if (!parseEvent(rest, source_, static_cast<int>(year), month, event, errors_)) continue;
             event.day = static_cast<uint8_t>(day);
             event.order = static_cast<int16_t>(block.events.size() + 1);
             if (event.type == kEventErod) event.item.clear();  // its amounts are the parameters

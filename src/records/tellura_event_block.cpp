@@ -381,6 +381,7 @@ bool text_line_source::nextLine(std::string& line) {
     if (end == std::string_view::npos) end = text_.size();
     line.assign(text_.substr(pos_, end - pos_));
     pos_ = end + 1;
+    ++lineNumber_;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     return true;
 }

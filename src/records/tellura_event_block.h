@@ -142,10 +142,13 @@ class text_line_source : public schedule_line_source {
 public:
     explicit text_line_source(std::string_view text) : text_(text) {}
     bool nextLine(std::string& line) override;
+    // The number of the line read last, from 1.
+    long lineNumber() const { return lineNumber_; }
 
 private:
     std::string_view text_;
     size_t pos_ = 0;
+    long lineNumber_ = 0;
 };
 
 // Reads the operation (and its item) that follows the date of a schedule line.

@@ -164,16 +164,26 @@ TEST_F(ScheduleTest, DayOfYearInANonLeapYear) {
 }
 
 TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
+    const std::string header = "1950 starting year\nYear Month Option\n1  Block #  x\n";
+    const std::string block = header + "1950 Last year\n1 r\n1950 o\n12 m\n1 i\nM  Weather choice\n";
+    const struct {
+        std::string text;
+        const char* errors;
+    } cases[] = {
+        {"1950 starting year\n", "ERROR, no \"Year Month Option\" line in schedule file \"a.sch\".\n"},
+        {block + "01 01 CROP C6\n", "ERROR, block 1 of schedule file \"a.sch\" has no \"-999 -999 X\" end.\n"},
+        {header + "70000 Last year\n",
+         "ERROR, line 4 of schedule file \"a.sch\": last year 70000 is out of range (-32768 to 32767).\n"},
+        {block + "01 01 PLTM\n70000 01 CROP C6\n-999 -999 X\n",
+         "ERROR, line 11 of schedule file \"a.sch\": year 70000 is out of range (-32768 to 32767).\n"},
+    };
     tellura_control_record record;
     schedule_references references;
-    EXPECT_FALSE(readScheduleText("1950 starting year\n", "a.sch", 2, record, references, errors));
-    EXPECT_EQ(errors, "ERROR, no \"Year Month Option\" line in schedule file \"a.sch\".\n");
-    errors.clear();
-    const std::string block =
-        "1950 starting year\nYear Month Option\n1  Block #  x\n1950 Last year\n1 r\n1950 o\n"
-        "12 m\n1 i\nM  Weather choice\n";
-    EXPECT_FALSE(readScheduleText(block + "01 01 CROP C6\n", "b.sch", 3, record, references, errors));
-    EXPECT_EQ(errors, "ERROR, block 1 of schedule file \"b.sch\" has no \"-999 -999 X\" end.\n");
+    for (const auto& c : cases) {
+        errors.clear();
+        EXPECT_FALSE(readScheduleText(c.text, "a.sch", 3, record, references, errors)) << c.text;
+        EXPECT_EQ(errors, c.errors);
+    }
     errors.clear();
     EXPECT_TRUE(
         readScheduleText(block + "01 01 PLOW\n01 02 PLTM\n-999 -999 X\n", "c.sch", 3, record, references, errors));
