@@ -15,6 +15,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "db/project_location.h"
+#include "db/table_columns.h"
 #include "modelinput/weather_file.h"
 #include "modeloutput/output_tables.h"
 #include "records/store_session.h"
@@ -57,8 +58,10 @@ bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>
         appendStatusText(status, errors);
         return false;
     }
+    static const table_columns c(table_id::control_records, {"ID"});
+    const int id = c["ID"];
     db_status s;
-    for (s = table->moveFirst(); s.ok(); s = table->moveNext()) ids.push_back(table->row().integer(0));
+    for (s = table->moveFirst(); s.ok(); s = table->moveNext()) ids.push_back(table->row().integer(id));
     return readToTheEnd(s, tableName(table_id::control_records), errors);
 }
 
