@@ -7,20 +7,6 @@
 
 namespace {
 
-TEST(FileMover, MakeFolderMakesParentsAndAcceptsAnExistingOne) {
-    sbtest::temp_dir dir;
-    std::string errors;
-    EXPECT_TRUE(sb::file_mover::makeFolder(dir.file("out/1999"), errors));
-    EXPECT_TRUE(std::filesystem::is_directory(dir.file("out/1999")));
-    EXPECT_TRUE(sb::file_mover::makeFolder(dir.file("out/1999"), errors));
-    EXPECT_EQ(errors, "");
-
-    sbtest::writeFile(dir.file("plain"), "x");
-    EXPECT_FALSE(sb::file_mover::makeFolder(dir.file("plain"), errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to make folder \"" + dir.file("plain") + "\": ", 0), 0u) << errors;
-    EXPECT_EQ(errors.back(), '\n');
-}
-
 TEST(FileMover, MoveReplacesTargetAndReportsAMissingSource) {
     sbtest::temp_dir dir;
     std::string errors;

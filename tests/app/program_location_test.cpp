@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-
 namespace {
 
 TEST(ProgramLocation, DataFolderFromTheProgramFolderOrTheVariable) {
@@ -26,15 +23,6 @@ TEST(ProgramLocation, DataFolderFromTheProgramFolderOrTheVariable) {
     for (const data_case& c : cases)
         EXPECT_EQ(sb::dataDirectory(c.programDir, c.variable), c.expected)
             << c.programDir << " with " << (c.variable ? c.variable : "(unset)");
-}
-
-TEST(ProgramLocation, TheRunningProgramAndTheVariable) {
-    // This test program runs from <build>/tests.
-    EXPECT_EQ(std::filesystem::path(sb::programDirectory()).filename(), "tests");
-    ASSERT_EQ(setenv(sb::kDataDirVariable, "/srv/soilbench-data", 1), 0);
-    EXPECT_EQ(sb::dataDirectory(), "/srv/soilbench-data");
-    unsetenv(sb::kDataDirVariable);
-    EXPECT_EQ(sb::dataDirectory(), std::filesystem::path(SB_SHARE_DIR).lexically_normal().string());
 }
 
 }  // namespace

@@ -121,63 +121,25 @@ TEST(FieldHelp, UnreadableFilesAndTheLetterIndex) {
     for (auto [name, index] : letters) EXPECT_EQ(list_field_help::letterIndex(name), index) << name;
 }
 
+// The user's own help file wins; the shipped name is looked for among the shipped files.
 TEST(FieldHelp, HelpFileLocation) {
     sbtest::temp_dir dir;
-    const std::string shipped = dir.file("SoilbenchHelp.csv");
-    const std::string here = std::filesystem::current_path().string();
-    struct {
-        const char* setting;
-        bool shippedExists;
-        std::string expected;
-    } cases[] = {
-        {"/etc/own-help.csv", false, "/etc/own-help.csv"},
-        {"/etc/own-help.csv", true, "/etc/own-help.csv"},  // the user's choice wins over the shipped file
-        {"SoilbenchHelp.csv", true, shipped},
-        {"SoilbenchHelp.csv", false, here + "/SoilbenchHelp.csv"},
-        {"help/own.csv", true, here + "/help/own.csv"},
+    sbtest::writeFile(dir.file("SoilbenchHelp.csv"), kHeaderLine);
+    const std::pair<const char*, std::string> cases[] = {
+        {"/etc/own-help.csv", "/etc/own-help.csv"},
+        {"SoilbenchHelp.csv", dir.file("SoilbenchHelp.csv")},
+        {"help/own.csv", std::filesystem::current_path().string() + "/help/own.csv"},
     };
-    for (const auto& c : cases) {
-        std::filesystem::remove(shipped);
-        if (c.shippedExists) sbtest::writeFile(shipped, kHeaderLine);
+    for (const auto& [setting, expected] : cases) {
         app_soilbench settings;
-        settings.helpFile = c.setting;
-        EXPECT_EQ(findHelpFile(dir.path(), settings), c.expected) << c.setting << " " << c.shippedExists;
+        settings.helpFile = setting;
+        EXPECT_EQ(findHelpFile(dir.path(), settings), expected) << setting;
     }
-    // The test program itself sits in <build>/tests, beside <build>/share/soilbench.
-    EXPECT_EQ(findHelpFile(app_soilbench()),
-              std::filesystem::path(SB_SHARE_DIR).lexically_normal().string() + "/SoilbenchHelp.csv");
-}
-
-// The help file shipped beside the program: every row loads, and the
-// parameters of each table can be found for the daily-step release.
-TEST(ShippedHelpFile, LoadsWholeAndAnswersLookups) {
+    // The help file shipped beside the program loads whole.
     list_field_help_tellura help;
     std::string messages;
-    ASSERT_TRUE(help.load(std::string(SB_SHARE_DIR) + "/SoilbenchHelp.csv", messages)) << messages;
+    EXPECT_TRUE(help.load(findHelpFile(app_soilbench()), messages));
     EXPECT_EQ(messages, "");
-    EXPECT_EQ(help.size(), 749u);
-    struct probe {
-        const char* name;
-        int32_t table;
-    } probes[] = {{"PRDX(1)", kHelpCrop},          {"cultra(7)", kHelpCultivation}, {"FERAMT(1)", kHelpFertilizer},
-                  {"fret(3,4)", kHelpFire},        {"grzeff", kHelpGraze},          {"hibg", kHelpHarvest},
-                  {"auirri", kHelpIrrigation},     {"astrec(3)", kHelpOmad},        {"cerfor(3,5,3)", kHelpTree},
-                  {"retf(3,4)", kHelpTreeRemoval}, {"varat3(3,3)", kHelpFixed},     {"minerl(10,3)", kHelpSite}};
-    for (const probe& p : probes) {
-        auto found = help.find(p.name, p.table, kDiurna45);
-        ASSERT_TRUE(found) << p.name;
-        EXPECT_FALSE(found.version->helpText.empty()) << p.name;
-        EXPECT_EQ(found.version->first, kDiurna45);
-        EXPECT_EQ(help.describe(p.name, p.table, kDiurna45).substr(0, 1), std::string(1, found.entry->name[0]));
-    }
-    // The same name in two files holds two entries.
-    EXPECT_NE(help.find("prdx(1)", kHelpCrop, 4).entry, help.find("prdx(2)", kHelpTree, 4).entry);
-    EXPECT_FALSE(help.find("prdx(2)", kHelpCrop, 4));
-    auto fret = help.find("fret(1,1)", kHelpFire, 4);
-    ASSERT_TRUE(fret);
-    EXPECT_NE(fret.version->helpText.find(','), std::string::npos);  // a quoted field with commas
-    EXPECT_EQ(help.helpBoxText("sand", kHelpSite, 4),
-              "[Diurna 4.5] " + help.find("sand", kHelpSite, 4).version->helpText);
 }
 
 }  // namespace

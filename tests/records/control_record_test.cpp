@@ -4,38 +4,12 @@
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
-#include "records/tellura_weather_station.h"
 #include "records_test_project.h"
 
 namespace {
 
 using namespace sb;
 using sbtest::records_project;
-
-TEST(DefaultRecord, CarriesTheModelsOwnDefaults) {
-    tellura_control_record r;
-    EXPECT_EQ(r.id(), 1);
-    EXPECT_EQ(r.site.integer(0), 1);
-    EXPECT_EQ(r.description(), "Default record");
-    EXPECT_EQ(r.soilId(), 1);
-    EXPECT_EQ(r.weatherId(), 1);
-    // Matrices are given row by row whatever order the table keeps: RAD1P(1,2)
-    // is the (1,2) element although the table stores RAD1P first index fastest.
-    for (auto [name, value] : {std::pair{"AGPPA", -40.0},
-                               {"DEC5(2)", 0.4},
-                               {"RAD1P(1,2)", 220.0},
-                               {"RAD1P(2,1)", 3.0},
-                               {"VARAT22(1,2)", 400.0},
-                               {"VARAT22(2,1)", 12.0},
-                               {"TEXEPP(5)", 2.0}})
-        EXPECT_FLOAT_EQ(static_cast<float>(r.value(name)), static_cast<float>(value)) << name;
-    EXPECT_TRUE(r.row.flag(r.row.column("TEXEPP(1)")));
-    EXPECT_FLOAT_EQ(r.site.single(r.site.column("RCES2(2,1)")), 28.54336f);
-    ASSERT_EQ(r.blocks.size(), 1u);
-    EXPECT_EQ(r.blocks[0].blockNumber, 1);
-    EXPECT_LE(r.blocks[0].firstYear, r.blocks[0].lastYear);
-    EXPECT_FALSE(r.modified);
-}
 
 tellura_control_record sampleRecord(int32_t id) {
     tellura_control_record r;
@@ -157,27 +131,6 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
         ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
         EXPECT_EQ(blocks, before.blocks);
     }
-}
-
-TEST(RecordText, NeedsTheStationAndFollowsTheRecord) {
-    tellura_control_record r = sampleRecord(42);
-    tellura_weather_stations stations;
-    EXPECT_EQ(controlRecordText(r, stations), "");  // station 4 is not in the list
-    stations.stations.resize(1);
-    stations.stations[0].id = 4;
-    stations.stations[0].description = "Mead";
-    std::string expected =
-        "Soilbench Record\t\n"
-        "42\n"
-        "Soil ID\t1\n"
-        "ivauto\t3\tnelem\t1\tsite.EPNFA\t0.05\t0.125\tsite.EPNFS\t30\t0.009\n";
-    appendClimateMeansText(stations.stations[0], expected);
-    for (const tellura_event_block& b : r.blocks) appendEventBlockText(b, expected);
-    EXPECT_EQ(controlRecordText(r, stations), expected);
-    // The clipboard holds the text beside the record's ID.
-    record_clipboard::items items = record_clipboard::makeItems(r, stations);
-    EXPECT_EQ(items.idItem, record_clipboard::encodeId(42));
-    EXPECT_EQ(items.text, expected);
 }
 
 TEST(RecordClipboard, IdItemRoundTripAndRefusals) {

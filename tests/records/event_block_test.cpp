@@ -4,7 +4,6 @@
 #include <set>
 
 #include "app/text_format.h"
-#include "records/option_lists.h"
 #include "records/tellura_event_block.h"
 #include "records/tellura_weather_station.h"
 #include "records_test_project.h"
@@ -12,7 +11,6 @@
 namespace {
 
 using namespace sb;
-using sbtest::records_project;
 
 // Option names per list, as the project's option lists would answer.
 class fake_options : public option_name_lookup {
@@ -46,19 +44,6 @@ tellura_event_block block(int number, int first, int last, int outputStart) {
     b.lastYear = static_cast<int16_t>(last);
     b.outputStartingYear = static_cast<int16_t>(outputStart);
     return b;
-}
-
-TEST(EventTypes, NamesAndCodesBothWays) {
-    EXPECT_STREQ(eventTypeName(1), "CROP");
-    EXPECT_STREQ(eventTypeName(12), "EROD");
-    EXPECT_STREQ(eventTypeName(19), "EXTR");
-    EXPECT_STREQ(eventTypeName(0), "ERROR");
-    EXPECT_STREQ(eventTypeName(20), "ERROR");
-    for (int code = 1; code <= 19; ++code) EXPECT_EQ(eventTypeFromName(eventTypeName(code)), code);
-    EXPECT_EQ(eventTypeFromName("graz"), kEventGraz);
-    EXPECT_EQ(eventTypeFromName("GRAZE"), 0);
-    EXPECT_EQ(eventTypeFromName(""), 0);
-    EXPECT_STREQ(weatherChoiceText(kWeatherContinue), "C Continued from an actual weather file, without rewinding");
 }
 
 // One event checked for the releases first..last, with the options C6 (crop), G
@@ -120,18 +105,6 @@ TEST(EventValidation, ItemsNameAnOptionOfTheirListAndInlineFormsFollowTheRelease
     }
 }
 
-TEST(EventValidation, ProjectOptionListsAnswerByKind) {
-    option_lists lists;
-    lists.list(option_kind::crop).addRecord("C6");
-    lists.list(option_kind::tree_removal).addRecord("CLEAR");
-    project_option_names names(lists);
-    std::string errors;
-    EXPECT_TRUE(validateEvent(event(kEventCrop, "c6"), 3, names, errors));
-    EXPECT_TRUE(validateEvent(event(kEventTrem, "Clear"), 3, names, errors));
-    EXPECT_FALSE(validateEvent(event(kEventHarv, "C6", 1, 8), 3, names, errors));  // a crop, not a harvest
-    EXPECT_EQ(errors, "ERROR, unknown harvest \"C6\" selected in event for year 1, month 8.\n");
-}
-
 TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
     fake_options options;
     options.add(option_kind::crop, "C6");
@@ -188,30 +161,6 @@ TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
     EXPECT_EQ(errors, "");
 }
 
-TEST(EventParsing, ItemOnTheSameLineOrTheNext) {
-    text_line_source more("G3N  \r\nW    \n");
-    tellura_event e;
-    std::string errors;
-    ASSERT_TRUE(parseEvent(" CROP", more, 1, 15, e, errors));
-    EXPECT_EQ(e.type, kEventCrop);
-    EXPECT_EQ(e.item, "G3N");
-    EXPECT_EQ(e.year, 1);
-    EXPECT_EQ(e.month, 15);
-    ASSERT_TRUE(parseEvent("     FERT  N30.0  ", more, 1, 96, e, errors));
-    EXPECT_EQ(e.item, "N30.0");
-    ASSERT_TRUE(parseEvent(" GRAZ", more, 1, 46, e, errors));
-    EXPECT_EQ(e.item, "W");
-    // Operations without an item do not read the next line.
-    text_line_source untouched("NEXT\n");
-    ASSERT_TRUE(parseEvent(" pltm", untouched, 2, 3, e, errors));
-    EXPECT_EQ(e.type, kEventPltm);
-    EXPECT_EQ(e.item, "");
-    std::string line;
-    ASSERT_TRUE(untouched.nextLine(line));
-    EXPECT_EQ(line, "NEXT");
-    EXPECT_EQ(errors, "");
-}
-
 TEST(EventParsing, LongItemsAreCutNumbersKeptForErosionAndUnknownOperationsRefused) {
     text_line_source none("");
     tellura_event e;
@@ -232,24 +181,6 @@ TEST(EventParsing, LongItemsAreCutNumbersKeptForErosionAndUnknownOperationsRefus
     EXPECT_EQ(errors,
               "ERROR, unknown operation name: \"PLOW\" Year=4 Month=6.\n"
               "ERROR, unable to parse tellura event.\n");
-}
-
-TEST(EventText, BlockLinesAreTabSeparated) {
-    tellura_event_block b = block(2, 1990, 1995, 1991);
-    b.description = "Wheat";
-    b.repeatingYears = 3;
-    b.weatherChoice = kWeatherFile;
-    b.weatherId = 12;
-    tellura_event e = event(kEventHarv, "G90S", 1, 7);
-    e.day = 15;
-    b.events = {e};
-    std::string text;
-    appendEventBlockText(b, text);
-    EXPECT_EQ(text,
-              "2\tWheat\n"
-              "Years\t1990\t1995\tRepeating\t3\n"
-              "12\tWeather\tF\tFrom the beginning of an actual weather file\n"
-              "1\tJul\t15\tHARV\tG90S\n");
 }
 
 // --- Storage ---------------------------------------------------------------

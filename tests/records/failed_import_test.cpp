@@ -58,7 +58,11 @@ const bad_file kBadFiles[] = {
     {"a nan among good days", target::daily, kGoodDay + "3 1 1990 3 nan -3 0.0\n" + kGoodDay,
      "ERROR, line 2 of daily weather file \"f\""},
     {"an infinite value", target::daily, "3 1 1990 3 1e999 -3 0.0\n", "ERROR, line 1 of daily weather file \"f\""},
-    {"a line cut short", target::daily, kGoodDay + "4 1 19", "ERROR, line 2 of daily weather file \"f\""},
+    {"a line cut short", target::daily, kGoodDay + "4 1 19",
+     "ERROR, line 2 of daily weather file \"f\" is not \"day month year day-of-year tmax tmin precipitation "
+     "[solrad rhumid windsp]\": \"4 1 19\"\nNothing imported from \"f\".\n"},
+    {"a day far out of range", target::daily, "1e300 1 1952 1 6.70 0.00 0.03\n",
+     "ERROR, line 1 of daily weather file \"f\""},
     {"a year that does not fit", target::daily, "1 1 99999 1 5 1 0\n", "ERROR, line 1 of daily weather file \"f\""},
     {"garbage", target::daily, "\x01\x02garbage\xff\n", "ERROR, line 1 of daily weather file \"f\""},
     {"a nan month", target::monthly, kGoodMonth + "prec  1992 1 2 nan 4 5 6 7 8 9 10 11 12\n",

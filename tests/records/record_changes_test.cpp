@@ -6,7 +6,6 @@
 #include <chrono>
 #include <thread>
 
-#include "app/text_format.h"
 #include "db/database.h"
 #include "records/tellura_control_record.h"
 #include "records_test_project.h"
@@ -58,44 +57,6 @@ std::unique_ptr<database> openAgain(const records_project& project) {
 
 using RecordChanges = sbtest::project_test;
 
-TEST_F(RecordChanges, TheLaterSaveWinsWholeAndItsUserIsTold) {
-    addRecordOne(project.db());
-    auto second = openAgain(project);
-    ASSERT_TRUE(second);
-    // Both users read record 1 (the new project's default record) before anyone saves.
-    tellura_control_record mine = readRecord(project.db(), 1), theirs = readRecord(*second, 1);
-    struct step {
-        bool byMe;
-        const char* description;
-        int blocks;
-        bool warned;  // the other user saved since this user last read or saved
-    };
-    const step steps[] = {
-        {false, "theirs 1", 1, false}, {true, "mine 1", 3, true},     {true, "mine 2", 2, false},
-        {false, "theirs 2", 4, true},  {false, "theirs 3", 1, false}, {true, "mine 3", 2, true},
-    };
-    for (const step& s : steps) {
-        tellura_control_record& record = s.byMe ? mine : theirs;
-        edit(record, s.description, s.blocks);
-        std::string errors;
-        ASSERT_TRUE(writeControlRecord(record, s.byMe ? project.db() : *second, errors)) << errors;
-        EXPECT_EQ(errors, s.warned ? kReplacedWarning : "") << s.description;
-        // Whoever reads now finds this save whole, blocks and all.
-        tellura_control_record stored = readRecord(s.byMe ? *second : project.db(), 1);
-        EXPECT_EQ(stored.description(), s.description);
-        EXPECT_EQ(stored.blocks, record.blocks) << s.description;
-    }
-    // A record read afresh saves without a warning; deleting it forgets its count.
-    tellura_control_record fresh = readRecord(*second, 1);
-    std::string errors;
-    ASSERT_TRUE(writeControlRecord(fresh, *second, errors));
-    ASSERT_TRUE(deleteControlRecord(project.db(), 1, errors));
-    EXPECT_EQ(errors, "");
-    EXPECT_EQ(readChangeCount(project.db(), 1), 0);
-    EXPECT_TRUE(writeControlRecord(fresh, *second, errors));
-    EXPECT_EQ(errors, kReplacedWarning);  // it was deleted since it was read
-}
-
 TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     addRecordOne(project.db());
     tellura_control_record mine = readRecord(project.db(), 1);
@@ -129,17 +90,4 @@ TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     tellura_control_record stored = readRecord(project.db(), 1);
     EXPECT_EQ(stored.description(), "mine");
     EXPECT_EQ(stored.blocks, mine.blocks);  // not the other save's four blocks, nor a mixture
-}
-
-TEST_F(RecordChanges, AProjectWithoutCountsSavesAsBefore) {
-    addRecordOne(project.db());
-    project.dropTable(table_id::record_changes);  // a project made before counts were kept
-    tellura_control_record mine = readRecord(project.db(), 1), theirs = readRecord(project.db(), 1);
-    EXPECT_EQ(mine.changeCount, kChangesUnknown);
-    edit(theirs, "theirs", 2);
-    ASSERT_TRUE(writeControlRecord(theirs, project.db(), errors)) << errors;
-    edit(mine, "mine", 1);
-    ASSERT_TRUE(writeControlRecord(mine, project.db(), errors)) << errors;
-    ASSERT_TRUE(deleteControlRecord(project.db(), 1, errors)) << errors;
-    EXPECT_EQ(errors, "");
 }

@@ -1,13 +1,10 @@
-// Soils: layer editing, the pre-run warnings, site parameter names, the
-// layer file and "soils.in", re-layering worked by hand, and storage.
+// Soils: layer editing, the pre-run warnings, the layer file and "soils.in",
+// and storage.
 #include <gtest/gtest.h>
-
-#include <cmath>
 
 #include "app/text_format.h"
 #include "db/database.h"
 #include "records/soil_layer_file.h"
-#include "records/soil_relayer.h"
 #include "records/tellura_soil.h"
 #include "records_test_project.h"
 #include "test_support.h"
@@ -124,91 +121,6 @@ TEST(SoilRunCheck, DepthsAgainstTheReleasesDefaultLayersAndZeroTranspirationFact
     }
 }
 
-TEST(SoilSiteNames, LayerAndProfileParametersLandInTheirColumns) {
-    // Layer names make the layers they name; each value lands in its layer's column.
-    const struct {
-        const char* name;
-        int layerCount;
-        size_t layer;
-        soil_layer_column column;
-    } layerNames[] = {{"AWILT(3)", 3, 2, kLayerWiltingPoint},
-                      {"afiel(1)", 3, 0, kLayerFieldCapacity},
-                      {"AWTL(1)", 3, 0, kLayerTranspirationLossFactor},
-                      {"RWCF(2)", 3, 1, kLayerInitialRelativeWater},
-                      {"MINERL(2,1)", 3, 1, kLayerMineralN},
-                      {"MINERL(2,3)", 3, 1, kLayerMineralS},
-                      {"MINERL(10,2)", 10, 9, kLayerMineralP}};
-    tellura_soil soil;
-    std::string errors;
-    double value = 0;
-    for (const auto& c : layerNames) {
-        EXPECT_TRUE(soil.setFieldBySiteName(c.name, value += 0.125, errors)) << c.name;
-        EXPECT_EQ(soil.layerCount, c.layerCount) << c.name;
-        EXPECT_FLOAT_EQ(soil.layers[c.layer].value(c.column), static_cast<float>(value)) << c.name;
-    }
-    EXPECT_TRUE(soil.setFieldBySiteName("ADEP(2)", 29.6, errors));
-    EXPECT_EQ(soil.layers[1].depth(), 30);
-
-    const std::pair<const char*, soil_column> profile[] = {
-        {"BULKD", kSoilBulkDensity},   {"BASEF", kSoilBaseFlow},  {"CLAY", kSoilClay},
-        {"SAND", kSoilSand},           {"SILT", kSoilSilt},       {"DRAIN", kSoilDrain},
-        {"FRACRO", kSoilFracro},       {"PRECRO", kSoilPrecro},   {"PSLSRB", kSoilLabilePSlope},
-        {"SORPMX", kSoilMaxPSorption}, {"STORMF", kSoilStormFlow}};
-    double v = 0.5;
-    for (const auto& [name, column] : profile) {
-        EXPECT_TRUE(soil.setFieldBySiteName(toLower(name), v, errors)) << name;
-        EXPECT_FLOAT_EQ(soil.single(column), static_cast<float>(v)) << name;
-        v += 0.25;
-    }
-    EXPECT_TRUE(soil.setFieldBySiteName("SWFLAG", 3.7, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("NLAYER", 9, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("NLAYPG", 4, errors));
-    EXPECT_EQ(soil.integer(kSoilSwFlag), 3);
-    EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 9);
-    EXPECT_EQ(soil.integer(kSoilLayersInTopLevel), 4);
-    EXPECT_EQ(errors, "");
-
-    EXPECT_FALSE(soil.setFieldBySiteName("PRECIP(1)", 1, errors));
-    EXPECT_FALSE(soil.setFieldBySiteName("AWILTX", 1, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("AWILT(15)", 1, errors));
-    EXPECT_TRUE(soil.setFieldBySiteName("MINERL(1,4)", 1, errors));
-    EXPECT_EQ(errors,
-              "ERROR, exceeds array size: AWILT\n"
-              "ERROR, exceeds array size: \"MINERL\" 1 x 4 (14 x 3)\n");
-    EXPECT_EQ(soil.layerCount, 10);
-}
-
-// Re-layering, worked by hand (depths are layer bottoms in cm).
-TEST(SoilRelayer, WeightedMeansAndTheDeepestLayerCarryingOn) {
-    // Source 0-10 = 1, 10-30 = 3.
-    EXPECT_EQ(relayer({10, 30}, {1, 3}, {5, 10, 20}), (std::vector<double>{1, 1, 3}));
-    // 0-30: (1*10 + 3*20) / 30.
-    std::vector<double> whole = relayer({10, 30}, {1, 3}, {30});
-    ASSERT_EQ(whole.size(), 1u);
-    EXPECT_DOUBLE_EQ(whole[0], 70.0 / 30.0);
-    // 0-20: (1*10 + 3*10) / 20.
-    EXPECT_EQ(relayer({10, 30}, {1, 3}, {20}), (std::vector<double>{2}));
-    // Target deeper than the source: the layer in progress (5-30) and the rest
-    // take the deepest value 5, not the mean of 1 and 5.
-    EXPECT_EQ(relayer({10, 20}, {1, 5}, {5, 30, 60}), (std::vector<double>{1, 5, 5}));
-    // A layer of no thickness takes the value of the source layer it sits in.
-    EXPECT_EQ(relayer({10, 20}, {1, 5}, {10, 10, 20}), (std::vector<double>{1, 1, 5}));
-    // Finer source onto coarser target: 0-15 = (2*5 + 4*10)/15, 15-45 = (4*5 + 6*25)/30.
-    std::vector<double> coarse = relayer({5, 20, 45}, {2, 4, 6}, {15, 45});
-    ASSERT_EQ(coarse.size(), 2u);
-    EXPECT_DOUBLE_EQ(coarse[0], 50.0 / 15.0);
-    EXPECT_DOUBLE_EQ(coarse[1], 170.0 / 30.0);
-    // Nothing to re-layer from.
-    EXPECT_EQ(relayer({}, {}, {10, 20}), (std::vector<double>{0, 0}));
-    EXPECT_EQ(relayer({10}, {1}, {}), std::vector<double>{});
-}
-
-TEST(SoilRelayer, TheSameStructureGivesBackTheSameValues) {
-    std::vector<int> depths = {2, 5, 10, 20, 30, 45, 60, 75, 90};
-    std::vector<double> values = {0.36565, 0.1, 0.3, 0.7, 1e-5, 0.02, 8.2, 0.1 + 0.2, 1.0 / 3.0};
-    EXPECT_EQ(relayer(depths, values, depths), values);
-}
-
 const char* const kTwoLayers =
     "  0.0  10.0  1.35  0.30000  0.12000  0.80  0.01  0.60  0.20  0.05  0.02  0.00070  6.50\n"
     " 10.0  30.0  1.45  0.27000  0.15000  0.20  0.05  0.50  0.30  0.03  0.04  0.00040  7.10\n";
@@ -245,50 +157,6 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     std::string deeper = soilsInText(soil, {10, 30, 50});
     EXPECT_EQ(deeper.substr(deeper.find(" 30.0  50.0")),
               " 30.0  50.0  1.45  0.27000  0.15000  0.20  0.05  0.50  0.30  0.03  0.04  0.00040  7.10\n");
-}
-
-TEST(SoilLayerFile, FourteenLayersAtMostOneMessagePerExtraLine) {
-    std::string fifteen;
-    for (int i = 0; i < 15; ++i) fifteen += strprintf("%d %d 1.3 0.3 0.1\n", i * 10, (i + 1) * 10);
-    tellura_soil soil;
-    std::string errors;
-    EXPECT_FALSE(importSoilLayerText(soil, fifteen, "deep.in", errors));
-    EXPECT_EQ(soil.layerCount, 0) << "a failed import leaves the soil as it was";
-    EXPECT_EQ(errors, "ERROR, too many soil layers in soil file \"deep.in\".\n");
-
-    errors.clear();
-    std::string fourteen = fifteen.substr(0, fifteen.rfind("140 150"));
-    EXPECT_TRUE(importSoilLayerText(soil, fourteen + "\n   \n", "ok.in", errors));
-    EXPECT_EQ(errors, "");
-    EXPECT_EQ(soil.layerCount, 14);
-    EXPECT_EQ(soil.layers[13].depth(), 140);
-    EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 14);
-
-    EXPECT_FALSE(importSoilLayerText(soil, fifteen + fifteen, "twice.in", errors));
-    EXPECT_EQ(soil.layerCount, 14);
-    size_t messages = 0;
-    for (size_t at = errors.find("ERROR"); at != std::string::npos; at = errors.find("ERROR", at + 1)) ++messages;
-    EXPECT_EQ(messages, 16u);
-}
-
-TEST(SoilLayerFile, ShortLinesLeaveTheMissingValuesAndBlankLinesAreSkipped) {
-    tellura_soil soil;
-    soil.layers[0].setValue(kLayerPh, 6.0);
-    soil.layers[0].setValue(kLayerClay, 0.4);
-    std::string errors;
-    EXPECT_TRUE(importSoilLayerText(soil, "\n\t\n0 12 1.2 0.31\r\n", "short.in", errors));
-    ASSERT_EQ(soil.layerCount, 1);
-    EXPECT_EQ(soil.layers[0].depth(), 12);
-    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerFieldCapacity), 0.31f);
-    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerClay), 0.4f);
-    EXPECT_FLOAT_EQ(soil.layers[0].value(kLayerPh), 6.0f);
-
-    errors.clear();
-    EXPECT_FALSE(importSoilLayerFile(soil, "/nonexistent/soils.in", errors));
-    EXPECT_EQ(errors, "ERROR, can't open file \"/nonexistent/soils.in\".\n");
-    errors.clear();
-    EXPECT_FALSE(writeSoilsIn(soil, {10}, "/nonexistent/soils.in", errors));
-    EXPECT_EQ(errors, "ERROR, can't open file \"/nonexistent/soils.in\".\n");
 }
 
 using SoilStorage = sbtest::project_test;
