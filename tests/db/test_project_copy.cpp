@@ -88,35 +88,6 @@ std::string fileOrServer(const temp_dir& dir, const std::string& name, bool serv
 
 }  // namespace
 
-TEST(ProjectCopy, EveryTableEveryRowEveryValueFromStoreToStore) {
-    temp_dir dir;
-    auto source = sbtest::makeProject(dir.file("source.sbproj"));
-    ASSERT_TRUE(source);
-    const project_rows original = fillEveryTable(*source, 11);
-    source.reset();
-    // Along a chain of copies: each arrives exactly as the original, in its order.
-    std::vector<std::string> chain = {sbtest::projectLocation(dir.file("source.sbproj")), dir.file("a.sbproj")};
-    if (sbtest::onPostgresql())
-        chain.insert(chain.end(), {sbtest::projectLocation(dir.file("b.sbproj")), dir.file("c.sbproj"),
-                                   sbtest::projectLocation(dir.file("d.sbproj"))});
-    for (size_t i = 1; i < chain.size(); ++i) {
-        std::string errors;
-        copy_options options;
-        std::vector<copy_progress> seen;
-        options.progress = [&](const copy_progress& p) { seen.push_back(p); };
-        long long rows = 0;
-        ASSERT_TRUE(copyProject(chain[i - 1], chain[i], options, rows, errors)) << chain[i] << "\n" << errors;
-        EXPECT_EQ(errors, "");
-        EXPECT_EQ(rows, 9 * kTableCount);
-        ASSERT_FALSE(seen.empty());
-        EXPECT_EQ(seen.back().rows, seen.back().total);
-        EXPECT_STREQ(seen.back().table, tableName(static_cast<table_id>(kTableCount - 1)));  // the last made
-        auto copied = database::open(chain[i], errors);
-        ASSERT_TRUE(copied) << errors;
-        expectSameRows(readAll(*copied), original, chain[i - 1] + " -> " + chain[i]);
-    }
-}
-
 TEST(ProjectCopy, ATargetHoldingDataIsReplacedOnlyWhenAsked) {
     temp_dir dir;
     for (bool server : {false, true}) {

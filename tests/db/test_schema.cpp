@@ -7,47 +7,6 @@
 
 using namespace sb;
 
-// Every table is made under its own name, of columns whose types have DDL text,
-// and every key column is a column of its table.
-TEST(TableCatalogue, EveryTableHasItsNameKnownColumnTypesAndKeysOfItsColumns) {
-    for (int i = 0; i < kTableCount; ++i) {
-        const database_maker_table& table = tableDef(static_cast<table_id>(i));
-        SCOPED_TRACE(table.name());
-        EXPECT_EQ(table.name(), tableName(static_cast<table_id>(i)));
-        EXPECT_FALSE(table.fields().empty());
-        for (const auto& f : table.fields()) {
-            EXPECT_STRNE(sqlTypeText(f.type), "ERROR, Unknown field type") << f.name;
-            EXPECT_NE(f.name.front(), ' ') << f.name;
-            EXPECT_EQ(table.fieldIndex(f.name), &f - table.fields().data()) << "twice: " << f.name;
-        }
-        for (const auto& index : table.indexes())
-            for (const auto& c : index.columns) EXPECT_GE(table.fieldIndex(c), 0) << c;
-    }
-}
-
-TEST(DatabaseMaker, CompactColumnFormAndDdlText) {
-    auto table = database_maker_table::fromColumnList("Demo",
-                                                      "INTEGER: ID; TEXT(80): Description, Soils 5 ID; "
-                                                      "SINGLE: DAMR(1,2), x(1) to x(2); BIT: flag; BYTE: b; "
-                                                      "SMALLINT: s",
-                                                      {});
-    table.addIndex("Primary", true, true, {"ID", "Soils 5 ID"});
-    table.addIndex("Other", false, false, {"s"});
-    ASSERT_EQ(table.fields().size(), 9u);
-    EXPECT_EQ(table.createTableText(),
-              "Create Table [Demo]([ID] INTEGER, [Description] TEXT(80), [Soils 5 ID] TEXT(80), "
-              "[DAMR(1,2)] SINGLE, [x(1)] SINGLE, [x(2)] SINGLE, [flag] BIT, [b] BYTE, [s] SMALLINT)");
-    auto indexes = table.createIndexTexts();
-    ASSERT_EQ(indexes.size(), 2u);
-    EXPECT_EQ(indexes[0], "Create Index [Primary] on [Demo]([ID], [Soils 5 ID]) with primary");
-    EXPECT_EQ(indexes[1], "Create Index [Other] on [Demo]([s])");
-    EXPECT_EQ(table.textCount(), 2);
-    EXPECT_EQ(table.textSlot(2), 1);
-    EXPECT_EQ(table.textSlot(3), -1);
-    EXPECT_EQ(table.fieldIndex("damr(1,2)"), 3);
-    EXPECT_EQ(table.fieldIndex("DAMR(2,1)"), -1);
-}
-
 TEST(DatabaseMaker, TypeTextForEveryCode) {
     const std::pair<int, const char*> codes[] = {{2, "SMALLINT"},
                                                  {3, "INTEGER"},

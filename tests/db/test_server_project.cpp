@@ -2,11 +2,7 @@
 // users are told when any of it fails.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <cstdlib>
-
-#include "app/text_format.h"
 
 #include "db/database.h"
 #include "db/database_maker.h"
@@ -25,12 +21,6 @@ std::string databaseOf(const std::string& url) {
     std::string problem;
     EXPECT_TRUE(project_location::parse(url, location, problem)) << problem;
     return location.databaseName();
-}
-
-std::string percentEncoded(const std::string& text) {
-    std::string out;
-    for (unsigned char c : text) out += std::isalnum(c) ? std::string(1, static_cast<char>(c)) : strprintf("%%%02X", c);
-    return out;
 }
 
 // The password sources of the client library, set for one test and restored after it.
@@ -130,28 +120,5 @@ TEST(ServerProject, EveryFailureToReachAProjectIsToldWithoutThePassword) {
         EXPECT_EQ(errors.substr(0, head.size() + c.told.size()), head + c.told) << errors;
         EXPECT_NE(errors.find(c.described), std::string::npos) << errors;
         EXPECT_EQ(errors.find("wrong"), std::string::npos) << "a password was shown: " << errors;
-    }
-}
-
-TEST(ServerProject, PasswordsComeFromTheUrlTheEnvironmentOrThePasswordFile) {
-    SB_REQUIRE_SERVER();
-    const sbtest::postgresql_server& server = *sbtest::postgresqlServer();
-    temp_dir dir;
-    { ASSERT_TRUE(sbtest::makeProject(dir.file("p.sbproj"))); }
-    const std::string project = databaseOf(sbtest::projectLocation(dir.file("p.sbproj")));
-    const std::string withoutPassword = "postgresql://" + server.login + "@/" + project + "?host=" + server.socket;
-    const std::string withPassword = "postgresql://" + server.login + ":" + percentEncoded(server.password) + "@/" +
-                                     project + "?host=" + server.socket;
-    sbtest::writeFile(dir.file("pgpass"), "*:*:*:" + server.login + ":" + server.password + "\n");
-    chmod(dir.file("pgpass").c_str(), 0600);
-    enum source { url, environment, file };
-    for (source from : {url, environment, file}) {
-        password_sources sources(dir);
-        if (from == environment) setenv("PGPASSWORD", server.password.c_str(), 1);
-        if (from == file) setenv("PGPASSFILE", dir.file("pgpass").c_str(), 1);
-        std::string errors;
-        auto db = database::open(from == url ? withPassword : withoutPassword, errors);
-        EXPECT_TRUE(db) << "password from source " << from << ": " << errors;
-        if (db) { EXPECT_EQ(db->path().find(server.password), std::string::npos); }
     }
 }
