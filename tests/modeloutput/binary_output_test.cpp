@@ -5,7 +5,6 @@
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/binary_output_reader.h"
 #include "modeloutput/binary_record_reader.h"
-#include "modeloutput/output_soil_layer_target.h"
 #include "output_test_files.h"
 #include "test_support.h"
 
@@ -50,8 +49,6 @@ binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_
     return run;
 }
 
-float cell(const table_record& r, const char* name) { return r.single(r.column(name)); }
-
 }  // namespace
 
 TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
@@ -94,27 +91,6 @@ TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
                           "ERROR, unable to open binary layout file \"" +
                           dir.file("none.tsv") + "\".\n");
     EXPECT_EQ(catalogue.layouts().size(), 2u);
-}
-
-TEST(BinaryLayout, ShippedLayoutsAreTheKnownBuilds) {
-    binary_layout_catalogue catalogue;
-    std::string errors;
-    ASSERT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
-    ASSERT_EQ(catalogue.layouts().size(), 3u);
-    // Release 2's build, and the two daily-step builds; releases 1, 3 and 5 have none.
-    const char* sizes[] = {"", "", "1984", "", "2432, 3212", "", ""};
-    for (int version = 0; version <= 6; ++version) EXPECT_EQ(catalogue.knownSizes(version), sizes[version]) << version;
-    EXPECT_EQ(catalogue.find(4, 2432)->names[0][0], "agcacc");
-    EXPECT_EQ(catalogue.find(3, 3212), nullptr);
-
-    // A user's layout of a shipped size wins over the shipped one.
-    sbtest::temp_dir dir;
-    sbtest::writeFile(dir.file("mine.tsv"), "# version 2\nplot1\t279\tsomsc\nplot2\t105\tx\nplot3\t111\ty\n");
-    const binary_layout_catalogue mine = loadBinaryLayouts({dir.file("mine.tsv"), dir.file("gone.tsv")}, errors);
-    EXPECT_EQ(errors, "ERROR, unable to open binary layout file \"" + dir.file("gone.tsv") + "\".\n");
-    ASSERT_EQ(mine.layouts().size(), 4u);
-    EXPECT_EQ(mine.find(2, 1984)->source, dir.file("mine.tsv"));
-    EXPECT_EQ(mine.find(4, 3212)->count(0), 445);
 }
 
 // Every record a file gives, read at the sizes given (the last size repeats),
@@ -188,37 +164,6 @@ TEST(BinaryFraming, PhysicalRecordsAndDamageInBothFramings) {
     }
 }
 
-TEST(BinaryOutput, BlocksFillAnnualMonthlyAndEndOfRunRecords) {
-    std::vector<std::vector<unsigned char>> records;
-    for (float t : {1990.0f, 1991.0f, 1992.0f}) records.push_back(smallRecord(t));
-    for (float t : {1992.0833f, 1992.1667f, 1993.0f}) records.push_back(smallRecord(t));
-    for (const std::string& bytes : {sbtest::byteMarkedFile(records), sbtest::lengthMarkedFile(records)}) {
-        binary_run run = readBinary(bytes, {{1991, 12.0f}, {1992, 1.0f}});
-        ASSERT_TRUE(run.ok) << run.errors;
-        EXPECT_EQ(run.errors,
-                  "3 records read, from years 1990 to 1992.\n"
-                  "3 records read, from years 1992 to 1992.\n");
-        const auto& out = run.outputs;
-        ASSERT_EQ(out.annual.size(), 3u);
-        EXPECT_EQ(out.annual[2].year(), 1992);
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "agcacc"), 1993.0f);  // array 1 into the year too
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "somsc"), 1995.0f);
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "aglcn"), 1996.0f);  // array 2
-        EXPECT_FLOAT_EQ(cell(out.annual[2], "frstc"), 1999.0f);  // array 3
-        auto months = out.monthlyInOrder();
-        ASSERT_EQ(months.size(), 3u);
-        EXPECT_EQ(months[0]->month(), 1);
-        EXPECT_EQ(months[1]->month(), 2);
-        EXPECT_EQ(months[2]->month(), 12);                                // 1993.0 is December 1992
-        EXPECT_FLOAT_EQ(cell(*months[0], "bgcjmth"), 1992.0833f + 5);     // bgcjmth(1) in January
-        EXPECT_FLOAT_EQ(cell(*months[1], "bgcjmth"), 1992.1667f + 6);     // bgcjmth(2) in February
-        EXPECT_TRUE(months[2]->isMissing(months[2]->column("bgcjmth")));  // no bgcjmth(12) in the layout
-        // The end-of-run record holds the last record's state from array 1.
-        ASSERT_TRUE(out.hasEndOfRun);
-        EXPECT_FLOAT_EQ(cell(out.endOfRun, "strcis(1,1)"), 1995.0f);
-    }
-}
-
 TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
     std::vector<std::vector<unsigned char>> records;
     for (float t : {1990.0f, 1991.0f, 1992.0f, 1993.0f}) records.push_back(smallRecord(t));
@@ -266,28 +211,6 @@ TEST(BinaryOutput, BadFilesReportAndKeepWhatWasRead) {
               "WARNING, binary output file record 2: value \"NaN\" of \"somsc\" is not a finite number; left unset.\n"
               "4 records read, from years 1990 to 1993.\n");
     EXPECT_TRUE(nan.outputs.annual[1].isMissing(nan.outputs.annual[1].column("somsc")));
-}
-
-// A release that refused a run leaves its binary file empty or with its framing
-// bytes only: such a file holds no record, whichever framing it has.
-TEST(BinaryOutput, AFileHoldsARecordOnlyWhenAWholeOneIsThere) {
-    const std::vector<std::vector<unsigned char>> one = {smallRecord(1990)};
-    const struct {
-        std::string bytes;
-        bool holds;
-    } files[] = {
-        {"", false},
-        {std::string("\x4b\x82", 2), false},
-        {sbtest::byteMarkedFile(one), true},
-        {sbtest::lengthMarkedFile(one), true},
-        {std::string(4, '\0'), false},
-    };
-    sbtest::temp_dir dir;
-    for (const auto& f : files) {
-        sbtest::writeFile(dir.file("sb.bin"), f.bytes);
-        EXPECT_EQ(binaryOutputHoldsRecord(dir.file("sb.bin")), f.holds) << f.bytes.size() << " bytes";
-    }
-    EXPECT_FALSE(binaryOutputHoldsRecord(dir.file("none.bin")));
 }
 
 // Without a layout of the file's size the read fails saying which sizes are
@@ -345,30 +268,4 @@ TEST(BinaryOutput, NoLayoutOfTheRecordSizeSaysHowToAddOne) {
         EXPECT_EQ(errors, c.expected) << "version " << c.version;
         EXPECT_TRUE(outputs.annual.empty());
     }
-}
-
-TEST(BinaryOutput, StateArrayFillsTheSoilLayersWithTheLastRecord) {
-    struct {
-        const char* name;
-        int layer;  // 0: not a soil-layer value
-    } names[] = {{"MINERL(14,3)", 14}, {"rwcf(3)", 3}, {"minerl(15,1)", 0}, {"minerl(1,4)", 0}, {"rwcf(1,1)", 0}};
-    for (const auto& n : names) EXPECT_EQ(resolveSoilLayerField(n.name).layer, n.layer) << n.name;
-    // Array 1 holds the state; in arrays 2 and 3 the same names are not the state.
-    sbtest::temp_dir dir;
-    sbtest::writeFile(dir.file("layers.tsv"),
-                      sbtest::layoutText({{"rwcf(2)", "minerl(2,1)", "minerl(1,3)", "rwcf(3)"}, {"rwcf(1)"}}));
-    sbtest::writeFile(dir.file("sb.bin"), sbtest::byteMarkedFile({binaryRecord(1990, {0.25f, 7, 5, 0, 9}),
-                                                                  binaryRecord(1991, {0.5f, 8, 6, 0, 9})}));
-    tellura_outputs out;
-    std::string errors;
-    ASSERT_TRUE(readBinaryOutput(dir.file("sb.bin"), 4, loadBinaryLayouts({dir.file("layers.tsv")}, errors),
-                                 sbtest::blocksOf({{1990, 12.0f}}), out, errors))
-        << errors;
-    ASSERT_EQ(out.soilLayers.size(), 2u);  // layer 3 holds nothing: not the site's
-    EXPECT_EQ(out.soilLayers[0].layerNumber(), 1);
-    EXPECT_FLOAT_EQ(cell(out.soilLayers[0], "Mineral S"), 6.0f);
-    // rwcf(1) stands in array 2 only, which is not the state: no value, not 0.
-    EXPECT_TRUE(out.soilLayers[0].isMissing(out.soilLayers[0].column("Initial Relative Water Content")));
-    EXPECT_FLOAT_EQ(cell(out.soilLayers[1], "Mineral N"), 8.0f);
-    EXPECT_FLOAT_EQ(cell(out.soilLayers[1], "Initial Relative Water Content"), 0.5f);
 }

@@ -1,11 +1,9 @@
 // The output variables, the request file and the list file reader.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 
 #include "app/text_format.h"
-#include "modeloutput/list_file_layout.h"
 #include "modeloutput/list_file_reader.h"
 #include "modeloutput/output_variable_set.h"
 #include "output_test_files.h"
@@ -17,12 +15,6 @@ using sbtest::list_file_content;
 
 namespace {
 
-int countOf(const std::vector<output_column_definition>& list, const std::string& name) {
-    int n = 0;
-    for (const auto& d : list) n += d.name == name;
-    return n;
-}
-
 const output_column_definition& definition(output_variable_set& set, int version, const std::string& name) {
     for (const auto& d : set.mainList(version))
         if (d.name == name) return d;
@@ -33,29 +25,6 @@ const output_column_definition& definition(output_variable_set& set, int version
 }
 
 }  // namespace
-
-// The lists' names are pinned by the request files below (version 4's whole
-// request by the real sample's own).
-TEST(OutputVariables, ListsPerVersionKeepTheirRepeatsAndCopies) {
-    output_variable_set set;
-    EXPECT_EQ(set.currentVersion(), 4);
-    for (int v : {1, 6}) EXPECT_TRUE(set.mainList(v).empty() && set.extraList(v).empty()) << v;
-    for (int v : {2, 3, 4}) EXPECT_EQ(countOf(set.mainList(v), "aglcn"), 2) << v;
-    // Version 4.6 has a copy of its own: matching one does not touch the other.
-    set.mainList(5)[0].column = 7;
-    EXPECT_EQ(set.mainList(3)[0].column, -1);
-}
-
-TEST(OutputVariables, ExtraListWantedByVersionOrOutputInterval) {
-    auto annual = sbtest::blocksOf({{1900, 12.0f}, {1950, 12.0f}});
-    auto monthly = sbtest::blocksOf({{1900, 12.0f}, {1950, 1.0f}});
-    auto none = sbtest::blocksOf({});
-    EXPECT_TRUE(output_variable_set::extraListWanted(4, annual));
-    EXPECT_TRUE(output_variable_set::extraListWanted(4, none));
-    EXPECT_FALSE(output_variable_set::extraListWanted(3, annual));
-    EXPECT_TRUE(output_variable_set::extraListWanted(3, monthly));
-    EXPECT_FALSE(output_variable_set::extraListWanted(2, none));
-}
 
 TEST(OutputVariables, RequestFileNamesTheVersionsVariables) {
     sbtest::temp_dir dir;
@@ -88,43 +57,6 @@ TEST(OutputVariables, RequestFileNamesTheVersionsVariables) {
     std::string missing = dir.file("no/such/folder");
     EXPECT_FALSE(set.writeRequestFile(missing, annual, errors));
     EXPECT_EQ(errors, "ERROR, can't open outvars file \"" + missing + "/sb_outvars.txt\".\n");
-}
-
-TEST(ListHeader, ColumnCountCountsAPartialLastColumn) {
-    list_file_layout wide = list_file_layout::forVersion(4);
-    list_file_layout narrow = list_file_layout::forVersion(2);
-    EXPECT_EQ(wide.columnCount(17 + 16 * 3), 3);
-    EXPECT_EQ(wide.columnCount(17 + 16 * 3 + 1), 4);  // one character of a fourth column
-    EXPECT_EQ(wide.columnCount(10), 0);
-    EXPECT_EQ(narrow.columnCount(10 + 15 * 2), 2);
-    EXPECT_EQ(narrow.columnCount(10 + 15 * 2 + 5), 3);
-    EXPECT_EQ(listTimeFieldLast(1), 4u);
-    EXPECT_EQ(listTimeFieldLast(2), 7u);
-    EXPECT_EQ(listTimeFieldLast(6), 11u);
-}
-
-TEST(ListHeader, MatchesRequestedNamesAndWarnsOfOthers) {
-    output_variable_set set;
-    list_file_content content;
-    content.names = {"aglcn", "somsc", "mystery", "bgcjmth(3)"};
-    std::string header = sbtest::listHeader(content);
-    std::string errors;
-    set.matchHeader(header, header.size() + 1, true, errors);
-    EXPECT_EQ(errors, "WARNING, LIS file column 3 name not requested: \"mystery\".\n");
-    // aglcn stands twice in the list: both take the column.
-    for (const auto& d : set.mainList(4))
-        if (d.name == "aglcn") { EXPECT_EQ(d.column, 0); }
-    EXPECT_EQ(definition(set, 4, "somsc").column, 1);
-    EXPECT_EQ(definition(set, 4, "bgcjmth(3)").column, 3);
-    EXPECT_EQ(definition(set, 4, "agcacc").column, -1);  // not in the file: stays unmatched, no message
-
-    // Without the extra list its names are not requested.
-    output_variable_set plain;
-    errors.clear();
-    plain.matchHeader(header, header.size() + 1, false, errors);
-    EXPECT_EQ(errors,
-              "WARNING, LIS file column 3 name not requested: \"mystery\".\n"
-              "WARNING, LIS file column 4 name not requested: \"bgcjmth(3)\".\n");
 }
 
 TEST(ListHeader, NarrowLayoutAndACutLastName) {
@@ -214,31 +146,6 @@ list_file_content annualContent() {
 }
 
 }  // namespace
-
-TEST(ListFile, MonthlyRowsUseTheFloatMonthRule) {
-    list_file_content content;
-    content.names = {"agcacc", "bgcjmth(1)", "bgcjmth(2)", "bgcjmth(12)"};
-    for (double t : {2000.00, 2000.08, 2000.17, 2000.50}) {
-        content.times.push_back(t);
-        content.values.push_back({t, 1.0, 2.0, 12.0});
-    }
-    list_run run = readList(sbtest::listFile(content), 4, {{2000, 1.0f}});
-    ASSERT_TRUE(run.ok) << run.errors;
-    EXPECT_EQ(run.errors, "4 records read, from years 1999 to 2000.\n");
-    auto months = run.outputs.monthlyInOrder();
-    ASSERT_EQ(months.size(), 4u);
-    EXPECT_EQ(months[0]->year(), 1999);  // 2000.00 is December 1999
-    EXPECT_EQ(months[0]->month(), 12);
-    EXPECT_EQ(months[1]->month(), 1);
-    EXPECT_EQ(months[2]->month(), 2);
-    EXPECT_EQ(months[3]->month(), 6);
-    // The month array element of the row's own month fills the plain column.
-    EXPECT_FLOAT_EQ(months[0]->single(months[0]->column("bgcjmth")), 12.0f);
-    EXPECT_FLOAT_EQ(months[1]->single(months[1]->column("bgcjmth")), 1.0f);
-    EXPECT_FLOAT_EQ(months[2]->single(months[2]->column("bgcjmth")), 2.0f);
-    EXPECT_TRUE(months[3]->isMissing(months[3]->column("bgcjmth")));  // June: bgcjmth(6) was not listed
-    EXPECT_TRUE(run.outputs.annual.empty());
-}
 
 TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
     for (int version : {3, 5}) {
@@ -333,39 +240,4 @@ TEST(ListFile, DamagedFilesKeepWhatWasReadAndNeverCrash) {
     EXPECT_TRUE(y1992.isMissing(y1992.column("agcacc")));
     EXPECT_TRUE(y1992.isMissing(y1992.column("somsc")));
     EXPECT_FLOAT_EQ(y1992.single(y1992.column("aglcn")), 12.5f);
-}
-
-TEST(ListFile, HugeHeadersAndLongLinesAreReadWhole) {
-    // 5,000 header columns: every unknown one is reported, the known ones match.
-    list_file_content content;
-    content.names = {"agcacc"};
-    for (int i = 0; i < 4999; ++i) content.names.push_back(sb::strprintf("v%d", i));
-    content.times = {1990};
-    content.values = {std::vector<double>(content.names.size(), 2.0)};
-    list_run wide = readList(sbtest::listFile(content), 3, {{1990, 12.0f}});
-    ASSERT_TRUE(wide.ok);
-    EXPECT_EQ(std::count(wide.errors.begin(), wide.errors.end(), '\n'), 5000);
-    EXPECT_NE(wide.errors.find("WARNING, LIS file column 5000 name not requested: \"v4998\".\n"), std::string::npos);
-    EXPECT_FLOAT_EQ(wide.outputs.annual.at(0).single(wide.outputs.annual[0].column("agcacc")), 2.0f);
-
-    // A row of 100,000 characters is one row, not fifty.
-    list_file_content shortSpec = annualContent();
-    std::string text = sbtest::listHeader(shortSpec) + "\n\n" + sbtest::listRow(shortSpec, 1990, {1, 2, 3, 4}) +
-                       std::string(100000, ' ') + "9\n" + sbtest::listRow(shortSpec, 1991, {5, 6, 7, 8}) + "\n";
-    list_run longLine = readList(text, 3, {{1991, 12.0f}});
-    EXPECT_TRUE(longLine.ok);
-    EXPECT_EQ(longLine.errors, "2 records read, from years 1990 to 1991.\n");
-    ASSERT_EQ(longLine.outputs.annual.size(), 2u);
-    EXPECT_FLOAT_EQ(longLine.outputs.annual[1].single(longLine.outputs.annual[1].column("somsc")), 6.0f);
-}
-
-TEST(ListFile, WindowsLineEndsAndBlankTrailingLines) {
-    list_file_content content = annualContent();
-    std::string text = sbtest::listFile(content);
-    std::string crlf;
-    for (char c : text) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    list_run run = readList(crlf + "\r\n", 3, {{1995, 12.0f}});
-    EXPECT_TRUE(run.ok);
-    EXPECT_EQ(run.errors, "6 records read, from years 1990 to 1995.\n");
-    EXPECT_FLOAT_EQ(run.outputs.annual[5].single(run.outputs.annual[5].column("crpval")), 3.0f);
 }

@@ -2,17 +2,13 @@
 // both, copying both under another ID, and failures of the output store.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "db/database.h"
-#include "modeloutput/output_table_text.h"
 #include "modeloutput/output_tables.h"
 #include "modeloutput/record_outputs.h"
 #include "modeloutput/tellura_output.h"
 #include "output_test_files.h"
 #include "records/record_clipboard.h"
 #include "records/tellura_control_record.h"
-#include "records/tellura_weather_station.h"
 
 using namespace sb;
 
@@ -43,65 +39,6 @@ bool failWith(std::string& errors, const char* text) {
 }
 
 }  // namespace
-
-TEST(RecordOutputs, TextEndsWithTheAnnualOutputsWhenThereIsAText) {
-    tellura_control_record r = plot(42);
-    tellura_weather_stations stations;
-    const std::string withoutStation = controlRecordText(r, stations);
-    stations.stations.resize(1);
-    stations.stations[0].id = r.weatherId();
-    const std::string recordText = controlRecordText(r, stations);
-    ASSERT_FALSE(recordText.empty());
-    tellura_outputs twoYears = oneYear(4321.5);
-    twoYears.annualFor(1991);
-    const std::string csv = outputCsv(twoYears, table_id::output_annual);
-    ASSERT_EQ(std::count(csv.begin(), csv.end(), '\n'), 3);  // the column names, then one line per year
-
-    struct text_case {
-        const char* name;
-        std::string text;
-        tellura_outputs outputs;
-        std::string expected;
-    } cases[] = {
-        {"no outputs", recordText, {}, recordText},
-        {"annual outputs", recordText, twoYears, recordText + csv},
-        {"no station, so no text", withoutStation, twoYears, ""},
-    };
-    for (auto& c : cases) {
-        appendAnnualOutputText(c.outputs, c.text);
-        EXPECT_EQ(c.text, c.expected) << c.name;
-    }
-}
-
-TEST(RecordOutputs, PasteCopiesUnderTheNewIdWithOutputs) {
-    sbtest::temp_dir dir;
-    auto db = sbtest::makeOutputProject(dir);
-    ASSERT_TRUE(db);
-    std::string errors;
-    tellura_control_record r = plot(42);
-    tellura_outputs outputs = oneYear(4321.5);
-    ASSERT_TRUE(writeControlRecordWithOutputs(r, outputs, *db, errors)) << errors;
-    ASSERT_TRUE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors)) << errors;
-    tellura_control_record copy;
-    tellura_outputs copied;
-    ASSERT_TRUE(readControlRecordWithOutputs(*db, 43, copy, copied, errors)) << errors;
-    EXPECT_EQ(copy.id(), 43);
-    EXPECT_EQ(copy.site.integer(0), 43);
-    EXPECT_EQ(copy.description(), "Plot 42");
-    EXPECT_EQ(copy.blocks, r.blocks);
-    ASSERT_EQ(copied.annual.size(), 1u);
-    EXPECT_EQ(copied.annual[0].id(), 43);
-    EXPECT_EQ(copied.annual[0].year(), 1990);
-    EXPECT_FLOAT_EQ(static_cast<float>(copied.annual[0].number("somsc")), 4321.5f);
-
-    // An 8-byte item changes nothing; an ID the project lacks gives the read error.
-    EXPECT_FALSE(pasteRecord(*db, std::string(8, '\0'), 44, errors));
-    EXPECT_EQ(errors, "Binary item size is invalid.\r\n");
-    errors.clear();
-    EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(99), 44, errors));
-    EXPECT_EQ(errors, "ERROR, can't find record, ID=99, in [Control Records].\n");
-    EXPECT_FALSE(readControlRecord(*db, 44, copy, errors));
-}
 
 TEST(RecordOutputs, ReadAndPasteStopAtAnUnreadableOutputStore) {
     sbtest::temp_dir dir;

@@ -29,29 +29,6 @@ float cell(const table_record& r, const char* name) { return r.single(r.column(n
 
 }  // namespace
 
-TEST(YearSummary, FixedRangesFillTheYearsRecords) {
-    sbtest::temp_dir dir;
-    std::string text = kSummaryHeader + summaryRow(1900.92, 0.5) + summaryRow(1901.92, 1.5);
-    // A short last line: ranges past its end leave their values alone.
-    text += summaryRow(1902.92, 2.5).substr(0, 8 + 14 * 2) + "\n";
-    sbtest::writeFile(dir.file("year_summary.out"), text);
-    tellura_outputs outputs;
-    outputs.annualFor(1901).setNumber("somsc", 77);  // another reader's value of the same year
-    std::string errors;
-    ASSERT_TRUE(readYearSummary(dir.file("year_summary.out"), outputs, errors));
-    EXPECT_EQ(errors, "Year Summary: 3 years read, from 1900 to 1902.\n");
-    const auto& annual = outputs.annual;
-    ASSERT_EQ(annual.size(), 3u);
-    EXPECT_EQ(annual[0].year(), 1901);  // merged into the existing record
-    EXPECT_FLOAT_EQ(cell(annual[0], "somsc"), 77.0f);
-    EXPECT_FLOAT_EQ(cell(annual[0], "n2oflux"), 1.5f);
-    EXPECT_FLOAT_EQ(cell(annual[0], "ppt"), 6.5f);
-    EXPECT_EQ(annual[1].year(), 1900);
-    EXPECT_FLOAT_EQ(cell(annual[1], "nit"), 4.5f);
-    EXPECT_FLOAT_EQ(cell(annual[2], "noflux"), 3.5f);
-    EXPECT_TRUE(annual[2].isMissing(annual[2].column("n2flux")));
-}
-
 TEST(YearSummary, HeaderIsCheckedExactly) {
     sbtest::temp_dir dir;
     std::string header = kSummaryHeader;
