@@ -5,7 +5,6 @@
 
 #include <array>
 #include <filesystem>
-#include <unistd.h>
 
 #include "paramfile/field_setter.h"
 #include "paramfile/generic_tellura_input.h"
@@ -51,51 +50,6 @@ imported importText(List& list, std::string_view text, const std::string& path =
     return result;
 }
 
-TEST(TelluraInputList, ImportsRecordsQuotedNamesAndCrLf) {
-    test_crop_list list;
-    imported r = importText(list,
-                            "ANGR   Shortgrass steppe\r\n"
-                            "0.40000           'PRDX(1)'   \r\n"
-                            "0.5               PRDX(3)  anything after the name is not read\r\n"
-                            "100               'fulcan'\r\n"
-                            "KNZ\r\n"
-                            "1850.9            IDX\n"
-                            "1                 flag\n");
-    EXPECT_EQ(r.errors, "");
-    EXPECT_EQ(r.status, "Imported 2 records and updated 0 records from \"crop.100\".\n");
-    EXPECT_EQ(r.counts.imported, 2);
-    ASSERT_EQ(list.size(), 2u);
-    const test_crop& angr = list.recordAt(0);
-    EXPECT_EQ(angr.name, "ANGR");
-    EXPECT_EQ(angr.description, "Shortgrass steppe");
-    EXPECT_EQ(angr.prdx[0], 0.4);
-    EXPECT_EQ(angr.prdx[2], 0.5);
-    EXPECT_EQ(angr.fulcan, 100.0);
-    const test_crop& knz = list.recordAt(1);
-    EXPECT_EQ(knz.name, "KNZ");
-    EXPECT_EQ(knz.description, "");
-    EXPECT_EQ(knz.idx, 1850);
-    EXPECT_EQ(knz.flag, 65535);
-    EXPECT_EQ(list.find("knz"), &list.at(1));
-    EXPECT_EQ(list.find("KN"), nullptr);
-}
-
-TEST(TelluraInputList, ImportingTwiceUpdatesEveryRecord) {
-    test_crop_list list;
-    const char* text = "A1 first\n1 PRDX(1)\nB2 second\n2 PRDX(1)\n";
-    importText(list, text);
-    list.recordAt(0).prdx[0] = 99;
-    imported again = importText(list, text);
-    EXPECT_EQ(again.status, "Imported 0 records and updated 2 records from \"crop.100\".\n");
-    EXPECT_EQ(list.size(), 2u);
-    EXPECT_EQ(list.recordAt(0).prdx[0], 1.0);
-
-    // An update without a description keeps the old one.
-    importText(list, "a1\n5 fulcan\n");
-    EXPECT_EQ(list.recordAt(0).description, "first");
-    EXPECT_EQ(list.recordAt(0).fulcan, 5.0);
-}
-
 // Lines the model would misread: each is reported with its file and line
 // (counted as a bad line) and the rest of the file is still read. A value
 // that is not a finite number is refused (it would be stored as 0, or as a NaN
@@ -110,7 +64,10 @@ TEST(TelluraInputList, BadLinesAreReportedAndTheRestRead) {
         int imported;
         std::array<double, 3> prdx;  // of the first record
     } cases[] = {
-        {"1 PRDX(1)\n  2 PRDX(2)\nC1\n3 PRDX(3)\n", syntax + "1\n" + syntax + "2\n", 1, {0, 0, 3}},
+        {"1 PRDX(1)\n  2 PRDX(2)\nC1\n3 'PRDX(3)' words after the name\n",
+         syntax + "1\n" + syntax + "2\n",
+         1,
+         {0, 0, 3}},
         // "abc" starts with a letter: a new record, not a value.
         {"C1\n1.5\n2 ''\n3 NOSUCH\n4 PRDX(9)\nabc\n",
          noName + "2\n" + noName + "3\n" + "ERROR, exceeds array size: PRDX\nFile: \"crop.100\", line 5\n" +
@@ -125,6 +82,12 @@ TEST(TelluraInputList, BadLinesAreReportedAndTheRestRead) {
          1,
          {0, 0, -25}},
         {"C1\n1 PRDX(1)\n\nC2\n2 PRDX(1)\n", "", 1, {1, 0, 0}},
+        // The name is cut to 20 characters: the same name as cut again is a second record.
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZ\n1 PRDX(1)\nABCDEFGHIJKLMNOPQRSTUVW\n2 PRDX(1)\n",
+         "WARNING, \"crop.100\" line 3: a second record \"ABCDEFGHIJKLMNOPQRST\" (the first is on line 1); the model "
+         "reads the first, so this one is not imported.\n",
+         1,
+         {1, 0, 0}},
         {"C1\r\n1 PRDX(1)\r\n   \t \r\nC2\r\n", "", 1, {1, 0, 0}},
         {"", "", 0, {}},
     };
@@ -143,32 +106,6 @@ TEST(TelluraInputList, BadLinesAreReportedAndTheRestRead) {
         ASSERT_EQ(list.size(), static_cast<size_t>(c.imported));
         if (c.imported) { EXPECT_EQ(std::to_array(list.recordAt(0).prdx), c.prdx); }
     }
-}
-
-TEST(TelluraInputList, NameAndDescriptionLimits) {
-    test_crop_list list;
-    std::string desc80(80, 'd');
-    std::string desc81(81, 'e');
-    imported first = importText(list, "ABCDEFGHIJKLMNOPQRSTUVWXYZ " + desc80 + "\n1 PRDX(1)\n");
-    // A later import of the name as cut updates the record; its description is too long.
-    imported r = importText(list, "ABCDEFGHIJKLMNOPQRSTUVW " + desc81 + "\n");
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list.recordAt(0).name, "ABCDEFGHIJKLMNOPQRST");
-    EXPECT_EQ(list.recordAt(0).description, desc80);
-    EXPECT_EQ(first.counts.imported, 1);
-    EXPECT_EQ(r.counts.updated, 1);
-    EXPECT_EQ(r.errors,
-              "ERROR, description too long for input.\nABCDEFGHIJKLMNOPQRST\nFile: \"crop.100\", line 1\n"
-              "ERROR, option record \"ABCDEFGHIJKLMNOPQRST\" has no values.\nFile: \"crop.100\", line 1\n");
-
-    // Within one file the same name as cut is a second record: reported, not imported.
-    test_crop_list once;
-    imported twice = importText(once, "ABCDEFGHIJKLMNOPQRSTUVWXYZ\n1 PRDX(1)\nABCDEFGHIJKLMNOPQRSTUVW\n2 PRDX(1)\n");
-    EXPECT_EQ(twice.counts.duplicateRecords, 1);
-    EXPECT_EQ(twice.errors,
-              "WARNING, \"crop.100\" line 3: a second record \"ABCDEFGHIJKLMNOPQRST\" (the first is on "
-              "line 1); the model reads the first, so this one is not imported.\n");
-    EXPECT_EQ(static_cast<const test_crop&>(once.at(0)).prdx[0], 1.0);
 }
 
 // A line longer than 131 characters is cut there and the rest is skipped:
@@ -193,34 +130,6 @@ TEST(TelluraInputList, LongLinesAreCutAt131Characters) {
     test_crop_list other;
     r = importText(other, "X " + std::string(10000, 'd') + "\n1 PRDX(1)\n");
     EXPECT_EQ(r.errors, "ERROR, description too long for input.\nX\nFile: \"crop.100\", line 1\n");
-}
-
-TEST(TelluraInputList, BadFilesGiveMessages) {
-    sbtest::temp_dir dir;
-    test_crop_list list;
-    std::string errors, status;
-    sbtest::writeFile(dir.file("locked.100"), "A\n1 PRDX(1)\n");
-    std::filesystem::permissions(dir.file("locked.100"), std::filesystem::perms::none);
-    std::vector<std::string> unreadable = {dir.file("missing.100"), dir.path()};
-    if (geteuid() != 0) unreadable.push_back(dir.file("locked.100"));  // root reads any file
-    for (const std::string& path : unreadable) {
-        errors.clear();
-        import_counts counts = list.importFile(path, errors, status);
-        EXPECT_EQ(errors, "ERROR, unable to open file \"" + path + "\"\n");
-        EXPECT_EQ(status, "");
-        EXPECT_EQ(counts.imported + counts.updated, 0);
-    }
-
-    errors.clear();
-    import_counts counts = list.importFile("/dev/zero", errors, status);  // ends at once, however much there is
-    EXPECT_EQ(errors, "ERROR, line 1 of \"/dev/zero\" is longer than 1048576 characters.\n");
-    EXPECT_TRUE(counts.unread);
-
-    sbtest::writeFile(dir.file("empty.100"), "");
-    errors.clear();
-    list.importFile(dir.file("empty.100"), errors, status);
-    EXPECT_EQ(errors, "");
-    EXPECT_EQ(status, "Imported 0 records and updated 0 records from \"" + dir.file("empty.100") + "\".\n");
 }
 
 TEST(TelluraInputList, BinaryGarbageAndHugeNamesNeverCrash) {
