@@ -46,63 +46,6 @@ TEST_F(FixedFileTest, TemperatureAndYesNoForms) {
     EXPECT_TRUE(hasLine(text(3), "0.00000        TEXEPP(1)"));
 }
 
-// A fixed parameter line read for one release: taken or not, and where it lands
-// (nullptr: read but not kept).
-struct set_by_name_case {
-    const char* line;
-    int version;
-    bool taken;
-    const char* column;
-};
-
-TEST_F(FixedFileTest, SetByNameFollowsEachReleasesNames) {
-    const set_by_name_case cases[] = {
-        {"DEC5", 2, true, "Dec5"},
-        {"DEC5(1)", 5, false, nullptr},
-        {"dec5(2)", 4, true, "DEC5(2)"},
-        {"DEC5", 4, false, nullptr},
-        {"P2CO2", 5, true, "P2CO2(1)"},
-        {"P2CO2(2)", 4, true, "P2CO2(2)"},
-        {"PCEMIC1(2,3)", 5, true, "PCEMIC(2,3)"},
-        {"PCEMIC1(2,3)", 3, false, nullptr},
-        {"PCEMIC(1,2)", 3, true, "PCEMIC(1,2)"},
-        {"PCEMIC2(1,2)", 3, true, "PCEMIC2(1,2)"},
-        {"PSECOC", 1, true, "PSECOC1"},
-        {"PSECOC2", 3, true, "PSECOC2"},
-        {"VARAT1(2,1)", 2, true, "VARAT12(2,1)"},
-        {"VARAT2(2,1)", 2, true, "VARAT22(2,1)"},
-        {"VARAT2(2,1)", 5, false, nullptr},
-        {"VARAT11(1,1)", 3, false, nullptr},
-        {"VARAT3(3,3)", 4, true, "VARAT3(3,3)"},
-        {"PS1S3(2)", 1, true, "PS1S3(2)"},
-        {"favail(2)", 1, true, nullptr},
-        {"ZZZ", 1, false, nullptr},
-        {"YIELD", 1, false, nullptr},
-        {"1ABC", 1, false, nullptr},
-        {"", 1, false, nullptr},
-    };
-    double value = 0;
-    for (const set_by_name_case& c : cases) {
-        SCOPED_TRACE(strprintf("%s, release %d", c.line, c.version));
-        control_record_row r;
-        std::string messages;
-        value += 0.25;
-        EXPECT_EQ(setFixedParameterByName(r, c.line, value, c.version, messages), c.taken);
-        EXPECT_EQ(messages, "");
-        if (c.column) EXPECT_EQ(r.number(c.column), value);
-        else EXPECT_TRUE(r == control_record_row()) << "nothing is kept";
-    }
-    // Yes/no columns and subscripts beyond the array.
-    control_record_row r;
-    std::string messages;
-    EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 0.0, 1, messages));
-    EXPECT_FALSE(r.flag(r.column("TEXEPP(1)")));
-    EXPECT_TRUE(setFixedParameterByName(r, "TEXEPP(1)", 2.0, 1, messages));
-    EXPECT_TRUE(r.flag(r.column("TEXEPP(1)")));
-    EXPECT_TRUE(setFixedParameterByName(r, "PHESP(5)", 1.0, 1, messages));
-    EXPECT_EQ(messages, "ERROR, exceeds array size: PHESP\n");
-}
-
 TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
     std::string messages;
     tellura_soil soil;

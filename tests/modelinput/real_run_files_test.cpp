@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <set>
 
 #include "app/release_profile_catalogue.h"
@@ -99,19 +98,6 @@ std::vector<std::string> compareLines(const value_lines& sample, const value_lin
             differences.push_back(strprintf("%s: %.9g, ours %.9g", a.c_str(), sample[i].value, ours[i].value));
     }
     return differences;
-}
-
-// Every value of a parameter file by its name ("OPTION.NAME" in option files).
-std::map<std::string, double> keyedValues(const std::string& folder, const std::string& file) {
-    std::map<std::string, double> values;
-    if (file == "fix.100" || file == "site.100") {
-        for (const named_value& line : parameterLines(folder + (file == "site.100" ? "sbsite.100" : file)))
-            values[line.name] = line.value;
-        return values;
-    }
-    for (const auto& [option, lines] : optionRecords(folder + file))
-        for (const named_value& line : lines) values[option + "." + line.name] = line.value;
-    return values;
 }
 
 std::string joined(const std::vector<std::string>& items) {
@@ -238,37 +224,5 @@ INSTANTIATE_TEST_SUITE_P(Samples, RealRunFiles,
                                                         "weather.wth", "diurna-2012"},
                                            release_case{"diurna45-2008-inputs", "sch_TESTgrass.sch", "site_grass.100",
                                                         "TEST_Daily.wth", "diurna-2008"}));
-
-// One record written for the 2012 release and for the 2008 release: the files
-// differ only where the two releases' layouts do. Every name both write has
-// the same value in both; the other files are byte for byte the same.
-TEST(RealRunFiles, TheTwoReleasesFilesDifferOnlyWhereTheirLayoutsDo) {
-    SB_REQUIRE_SAMPLES();
-    imported_sample sample({"diurna-2012/inputs", "example.sch", "site2012.100", "weather.wth", "diurna-2012"});
-    sample.schedule = "example.sch";
-    const release_profile* other = release_profile_catalogue::shipped().find("diurna-2008");
-    ASSERT_TRUE(sample.db && sample.profile && other);
-    std::string errors;
-    sample.importAndLoad(errors);
-    const std::string a = sample.prepare(*sample.profile, errors);
-    const std::string b = sample.prepare(*other, errors);
-    EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
-
-    for (const std::string& file : profileParameterFiles()) {
-        std::map<std::string, double> first = keyedValues(a, file), second = keyedValues(b, file);
-        for (const auto& [key, value] : first)
-            if (second.count(key)) { EXPECT_TRUE(same(value, second[key])) << file << " " << key; }
-    }
-    // sitepar.in: the lines both have (the 2008 one has a timstep line first and
-    // soil region lines before the Julian dates).
-    auto sitepar2012 = leadingNumbers(a + "sitepar.in"), sitepar2008 = leadingNumbers(b + "sitepar.in");
-    ASSERT_EQ(sitepar2008.size(), sitepar2012.size() + 5);
-    for (size_t i = 0; i + 2 < sitepar2012.size(); ++i) EXPECT_EQ(sitepar2008[i + 1], sitepar2012[i]) << i;
-    EXPECT_EQ(sitepar2008.back(), sitepar2012.back());
-    for (const char* file : {"sb.sch", "soils.in"})
-        EXPECT_EQ(sbtest::readFile(a + file), sbtest::readFile(b + file)) << file;
-    const std::string weather = weatherFileName(sample.loaded.record.weatherId());
-    EXPECT_EQ(sbtest::readFile(a + weather), sbtest::readFile(b + weather));
-}
 
 }  // namespace

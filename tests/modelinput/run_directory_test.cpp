@@ -2,10 +2,7 @@
 // files byte for byte, and what happens when files cannot be written.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "golden_setup.h"
-#include "modelinput/profile_values.h"
 #include "modelinput/run_directory.h"
 #include "test_support.h"
 
@@ -37,33 +34,6 @@ TEST_F(RunDirectoryTest, EachReleaseGetsItsOwnSetOfFiles) {
         prepare(version, run.file("tellura.exe"), errors);
         EXPECT_EQ(sbtest::filesIn(run.path()), sbtest::withOptionFiles(files)) << "version " << version;
     }
-}
-
-TEST_F(RunDirectoryTest, RunDirectoryIsTheExecutablesFolder) {
-    EXPECT_EQ(runDirectoryOf("/opt/tellura/bin/tellx"), "/opt/tellura/bin/");
-    EXPECT_EQ(runDirectoryOf("tellura\\tellx.exe"), "tellura\\");
-    EXPECT_EQ(runDirectoryOf("tellx"), "");
-    EXPECT_STREQ(scheduleFileName(0), "ERROR");
-    EXPECT_FALSE(writeIni(dir.file("missing/sb.ini")));  // its text: the golden sb.ini
-}
-
-// The golden outfiles.in pins the daily release's rows.
-TEST_F(RunDirectoryTest, OutfilesRowsFollowTheProfileAndTheirSettings) {
-    outfile_flags flags{};
-    flags[0] = flags[11] = true;  // settings 1 and 12
-    // A release with other rows: each row follows its own setting; a row no
-    // setting belongs to is written off.
-    release_profile release;
-    release.outfilesHeader = "Output (0/1)    file_name       description";
-    release.outfiles = {{12, "mresp.out", "daily maintenance respiration"}, {0, "gresp.out", "growth"}};
-    EXPECT_EQ(outfilesText(release, flags),
-              "Output (0/1)    file_name       description\n"
-              "1             mresp.out         # daily maintenance respiration\n"
-              "0             gresp.out         # growth\n");
-
-    std::string errors;
-    EXPECT_FALSE(writeOutfiles(dir.file("none/outfiles.in"), release, flags, errors));
-    EXPECT_EQ(errors, "ERROR, unable to open 'outfiles' file \"" + dir.file("none/outfiles.in") + "\".\n");
 }
 
 TEST_F(RunDirectoryTest, MissingSoilStillWritesEveryOtherFileAndAnEmptyListAnEmptyFile) {

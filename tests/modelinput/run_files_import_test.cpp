@@ -9,7 +9,6 @@
 #include "modelinput/weather_file.h"
 #include "records/new_project.h"
 #include "app/text_file.h"
-#include <filesystem>
 #include "test_support.h"
 
 using namespace sb;
@@ -61,64 +60,6 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     EXPECT_EQ(record.blocks.at(2).weatherId, record.blocks.at(1).weatherId);  // the C block continues it
     EXPECT_EQ(loaded.stations.stations.size(), 2u);
     EXPECT_EQ(withoutFirstLine(sbtest::readFile(second.file("sb.sch"))), expected);
-}
-
-TEST(RunFilesImport, MissingScheduleStopsTheImport) {
-    sbtest::temp_dir folder, project;
-    std::string errors;
-    std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
-    ASSERT_TRUE(db);
-    errors.clear();
-    EXPECT_FALSE(importRunFiles(*db, folder.path(), "sb.sch", 2, 5, errors));
-    EXPECT_NE(errors.find("ERROR, can't open file " + folder.path() + "/fix.100.\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("ERROR, can't open file \"" + folder.path() + "/sb.sch\".\n"), std::string::npos);
-    tellura_control_record record;
-    std::string readErrors;
-    readControlRecord(*db, 5, record, readErrors);
-    EXPECT_NE(readErrors.find("ERROR, can't find record, ID=5, in [Control Records].\n"), std::string::npos)
-        << readErrors;
-}
-
-// The shipped demo set-up, its schedule's "#" line kept or not and its site
-// file's header replaced: the record is described by the first that names it.
-TEST(RunFilesImport, RecordDescriptionNewSoilAndStationAndReplacing) {
-    struct {
-        bool scheduleNamesIt;
-        const char* siteHeader;
-        const char* description;
-    } cases[] = {
-        {true, "Demo  A site", "Demo cropland"}, {false, "Demo  A site", "A site"}, {false, "Demo", "demo.sch"}};
-    for (const auto& c : cases) {
-        sbtest::temp_dir folder, project;
-        for (const auto& entry : std::filesystem::directory_iterator(SB_SHARE_DIR "/demo"))
-            std::filesystem::copy_file(entry.path(), folder.file(entry.path().filename()));
-        const std::string schedule = sbtest::readFile(folder.file("demo.sch"));
-        sbtest::writeFile(folder.file("demo.sch"), c.scheduleNamesIt ? schedule : withoutFirstLine(schedule));
-        const std::string site = sbtest::readFile(folder.file("demo-site.100"));
-        sbtest::writeFile(folder.file("demo-site.100"), c.siteHeader + ("\n" + withoutFirstLine(site)));
-        // A new project's default record 1 names soil 1 and station 1, which are not stored.
-        std::string errors;
-        std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
-        ASSERT_TRUE(db && importRunFiles(*db, folder.path(), "demo.sch", 4, 2, errors)) << errors;
-        tellura_control_record imported;
-        ASSERT_TRUE(readControlRecord(*db, 2, imported, errors)) << errors;
-        EXPECT_EQ(imported.description(), c.description);
-        EXPECT_EQ(imported.soilId(), 2);
-        EXPECT_EQ(imported.weatherId(), 2);
-    }
-}
-
-TEST(RunFilesImport, ARecordReplacedKeepsNoOutputs) {
-    sbtest::temp_dir project;
-    std::string errors;
-    std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
-    ASSERT_TRUE(db);
-    db_status status;
-    table_record row(table_id::output_annual);
-    row.setNumber("ID", 1);
-    ASSERT_TRUE(db->openTable(table_id::output_annual, "", "", status)->insert(row).ok());
-    ASSERT_TRUE(importRunFiles(*db, SB_SHARE_DIR "/demo", "demo.sch", 4, 1, errors)) << errors;
-    EXPECT_FALSE(db->openTable(table_id::output_annual, "ID = 1", "", status)->moveFirst().ok());
 }
 
 }  // namespace

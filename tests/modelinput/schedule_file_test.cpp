@@ -51,13 +51,6 @@ protected:
     std::string errors;
 };
 
-TEST_F(ScheduleTest, YearsSpanAllBlocksWhateverTheirOrder) {
-    setup.record.blocks = {block(1961, 2000), block(1950, 1960)};
-    std::string sch = text(2);
-    EXPECT_EQ(sch.rfind("1950          starting year\n2000          Last year\nsbsite.100    Site file name\n", 0), 0u);
-    EXPECT_EQ(text(3).rfind("#42 Golden record\n1950          starting year\n", 0), 0u);
-}
-
 // The golden files pin the header of the golden record; here the forms other values choose.
 TEST_F(ScheduleTest, HeaderOptionsTurnedOffAndOn) {
     setup.record.row.setNumber("CO2SYS", 0);
@@ -92,24 +85,6 @@ TEST_F(ScheduleTest, InitialCropAndTree) {
     EXPECT_TRUE(hasLine(text(2), "LONGCROP      Initial Crop"));  // cut to 8
     setup.options.list(option_kind::crop).clear();
     EXPECT_TRUE(hasLine(text(2), "G3            Initial crop"));
-}
-
-TEST_F(ScheduleTest, EventLineForms) {
-    tellura_event_block b = block(2000, 2001);
-    b.events = {event(1, 3, 1, kEventCrop, "C6"), event(1, 12, 31, kEventPltm), event(2, 2, 28, kEventErod)};
-    b.events[2].parameter1 = 1.5f;
-    b.events[2].parameter2 = 0.25f;
-    setup.record.blocks = {b};
-    EXPECT_NE(
-        text(4).find(
-            "M             Weather choice\n0001 060 CROP C6\n0001 365 PLTM\n0002 059 EROD 1.500000\n-999 -999 X\n"),
-        std::string::npos);
-    EXPECT_NE(text(2).find("01  03 CROP\nC6\n01  12 PLTM\n02  02 EROD\n1.500000\n-999"), std::string::npos);
-    EXPECT_NE(text(6).find("02  02 EROD 1.500000 0.250000\n"), std::string::npos);
-    EXPECT_NE(text(1).find("02  02 EROD 1.500000\n"), std::string::npos);
-    // EXTR and unknown codes: the date alone, with no line end.
-    setup.record.blocks[0].events = {event(1, 5, 1, kEventExtr), event(1, 6, 1, 0)};
-    EXPECT_NE(text(2).find("Weather choice\n01  0501  06-999 -999 X\n"), std::string::npos);
 }
 
 TEST_F(ScheduleTest, OutputIntervalAndWeatherChoiceForms) {
@@ -152,15 +127,6 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
     EXPECT_TRUE(std::filesystem::is_regular_file(runDir + "sb000007.wth"));
     EXPECT_FALSE(std::filesystem::exists(runDir + "sb000099.wth"));
     EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
-}
-
-TEST_F(ScheduleTest, DayOfYearInANonLeapYear) {
-    for (auto [month, day, dayOfYearWanted] : {std::tuple{1, 1, 1}, {3, 1, 60}, {12, 31, 365}}) {
-        EXPECT_EQ(dayOfYear(month, day), dayOfYearWanted);
-        int monthBack = 0, dayBack = 0;
-        monthAndDay(dayOfYearWanted, monthBack, dayBack);
-        EXPECT_EQ(std::pair(monthBack, dayBack), std::pair(month, day)) << dayOfYearWanted;
-    }
 }
 
 TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {

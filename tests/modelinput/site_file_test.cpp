@@ -32,20 +32,6 @@ protected:
     sbtest::temp_dir dir;
 };
 
-// The golden files pin every line of the golden record's site files; here the
-// forms other values choose, the messages, and reading the files back.
-TEST_F(SiteFileTest, LayerArraysAlwaysHaveTenSlots) {
-    tellura_soil small = *soil();
-    small.layerCount = 3;
-    small.setNumber("Number of Layers", 3);
-    std::string site = siteFileText(setup.record, 2, &small, station());
-    for (const char* name : {"AWILT(10)", "AFIEL(10)", "MINERL(10,3)", "RWCF(10)"})
-        EXPECT_NE(site.find(std::string("     ") + name + "\n"), std::string::npos) << name;
-    EXPECT_EQ(site.find("AWILT(11)"), std::string::npos);
-    // Slots past the soil's count carry what the soil holds there.
-    EXPECT_TRUE(hasLine(site, "10.12500       AWILT(10)"));
-}
-
 TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
     setup.record.row.setNumber("Soil ID", 77);
     setup.record.row.setNumber("Weather ID", 78);
@@ -68,29 +54,11 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
         << errors;
 }
 
-TEST_F(SiteFileTest, SiteparValueFormsAndFailures) {
-    setup.record.site.setNumber("DMPFLUX", 0.000008);
-    EXPECT_TRUE(hasLine(sitepar(), "0.000008       DMPFLUX"));
-    // A pair as wide as the field or wider is not padded.
+// A pair as wide as the field or wider is not padded.
+TEST_F(SiteFileTest, SiteparPairWiderThanItsFieldIsNotPadded) {
     setup.record.site.setNumber("TBOTMN", -1234.5);
     setup.record.site.setNumber("TBOTMX", 12345.5);
     EXPECT_NE(sitepar().find("\n-1234.5 12345.5min and max"), std::string::npos);
-
-    std::string errors;
-    EXPECT_FALSE(writeSitepar(sources(), dir.file("x/sitepar.in"), errors));
-    EXPECT_EQ(errors, "ERROR, unable to open 'outfiles' file \"" + dir.file("x/sitepar.in") + "\".\n");
-}
-
-// Read back by position, the file writes itself again to the byte.
-TEST_F(SiteFileTest, SiteparReadsBackByPosition) {
-    setup.record.site.setNumber("DMPFLUX", 0.000008);
-    const std::string written = sitepar();
-    sbtest::writeFile(dir.file("sitepar.in"), written);
-    tellura_control_record back;
-    std::string messages;
-    ASSERT_TRUE(importSitepar(dir.file("sitepar.in"), back, shippedReleaseProfile(4), messages));
-    EXPECT_EQ(messages, "Imported site parameters from \"" + dir.file("sitepar.in") + "\"\n");
-    EXPECT_EQ(siteparText({back, soil(), station(), shippedReleaseProfile(4)}, messages), written);
 }
 
 TEST_F(SiteFileTest, SiteparMonthsOutOfOrder) {

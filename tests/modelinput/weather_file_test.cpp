@@ -59,52 +59,30 @@ TEST(WeatherFile, DailyLinesAndTheDayCounter) {
     EXPECT_EQ(weatherFileText(station, 3), "");  // monthly releases: no monthly data, nothing
 }
 
-TEST(WeatherFile, WriteFailureIsReported) {
-    sbtest::temp_dir dir;
-    tellura_weather_station station = monthlyStation(1990, 1990);
-    tellura_weather_recorded_for_block recorded(station);
-    recorded.addBlockYears(1990, 1991);
-    recorded.addBlockYears(1985, 1988);
-    EXPECT_EQ(recorded.firstYear(), 1985);
-    EXPECT_EQ(recorded.lastYear(), 1991);
-    EXPECT_EQ(recorded.filePath("/run/"), "/run/sb000005.wth");
-    std::string errors;
-    EXPECT_TRUE(recorded.write(dir.file("sb000005.wth"), {}, errors));
-    EXPECT_EQ(sbtest::readFile(dir.file("sb000005.wth")), weatherFileText(station, 2));
-    EXPECT_FALSE(recorded.write(dir.file("none/sb000005.wth"), {}, errors));
-    EXPECT_EQ(errors, "ERROR, can't open file \"" + dir.file("none/sb000005.wth") + "\".\n");
-}
-
-TEST(WeatherCoverage, YearAfterTheBlockIsNeeded) {
+// The year after a block is needed too; a daily release checks its daily data,
+// release 6 its monthly data.
+TEST(WeatherCoverage, EachMissingYearIsWarnedOfAtMostTenTimesPerBlock) {
     tellura_weather_station station = monthlyStation(2000, 2005);
-    std::string messages;
-    EXPECT_TRUE(checkWeatherCoverage(station, 2000, 2005, 3, 2, messages));
-    EXPECT_EQ(messages,
-              "WARNING, no monthly historical weather data for year 2006 in block 2. Tellura will run with "
-              "existing daily weather data. Check if these reflect your modeling situation.\n"
-              "Data must exist through the year after event block.\n"
-              "Tellura will run with exisiting daily weather data. Check if these reflect your modeling "
-              "situation.\n");
-    messages.clear();
-    checkWeatherCoverage(station, 2000, 2004, 1, 1, messages);
-    EXPECT_EQ(messages, "");
-}
-
-TEST(WeatherCoverage, DailyReleaseChecksDailyDataOnly) {
-    tellura_weather_station station = monthlyStation(2000, 2001);
     station.dailyYear(2000).days = {day(2000, 1, 1, 0)};
-    std::string messages;
-    checkWeatherCoverage(station, 2000, 2000, 4, 3, messages);
-    EXPECT_EQ(messages,
-              "WARNING, no daily historical weather data for year 2001 in block 3. Diurna will run with existing "
-              "daily weather data. Check if these reflect your modeling situation.\n"
-              "Data must exist through the year after event block.\n");
-    messages.clear();
-    checkWeatherCoverage(station, 2000, 2000, 6, 3, messages);  // release 6 checks the monthly data
-    EXPECT_EQ(messages, "");
-}
-
-TEST(WeatherCoverage, AtMostTenWarningsPerBlock) {
+    const std::string situation =
+        " will run with existing daily weather data. Check if these reflect your modeling "
+        "situation.\nData must exist through the year after event block.\n";
+    const struct {
+        int lastYear, version, block;
+        std::string messages;
+    } cases[] = {
+        {2005, 3, 2,
+         "WARNING, no monthly historical weather data for year 2006 in block 2. Tellura" + situation +
+             "Tellura will run with exisiting daily weather data. Check if these reflect your modeling situation.\n"},
+        {2004, 1, 1, ""},
+        {2000, 4, 3, "WARNING, no daily historical weather data for year 2001 in block 3. Diurna" + situation},
+        {2000, 6, 3, ""},
+    };
+    for (const auto& c : cases) {
+        std::string messages;
+        EXPECT_TRUE(checkWeatherCoverage(station, 2000, c.lastYear, c.version, c.block, messages));
+        EXPECT_EQ(messages, c.messages) << "release " << c.version;
+    }
     tellura_weather_station empty;
     empty.monthlyYear(1995);  // a year record without months counts as missing
     std::string messages;
@@ -115,31 +93,6 @@ TEST(WeatherCoverage, AtMostTenWarningsPerBlock) {
     EXPECT_NE(messages.find("for year 1999 in block 1."), std::string::npos);
     EXPECT_EQ(messages.find("for year 2000 in block 1."), std::string::npos);
     EXPECT_EQ(messages.find("Data must exist"), std::string::npos);
-}
-
-}  // namespace
-
-namespace {
-
-class no_options : public option_name_lookup {
-public:
-    bool hasOption(option_kind, std::string_view) const override { return true; }
-};
-
-TEST(WeatherCoverage, BlockValidationUsesTheCheck) {
-    tellura_weather_stations stations;
-    stations.stations.push_back(monthlyStation(1990, 1991));
-    tellura_event_block block;
-    block.blockNumber = 4;
-    block.firstYear = 1990;
-    block.lastYear = 1991;
-    block.outputStartingYear = 1990;
-    block.weatherChoice = kWeatherFile;
-    block.weatherId = 5;
-    std::string errors;
-    validateEventBlocks({block}, 2, no_options(), stations, errors, checkBlockWeatherCoverage);
-    EXPECT_NE(errors.find("WARNING, no monthly historical weather data for year 1992 in block 4."), std::string::npos)
-        << errors;
 }
 
 }  // namespace
