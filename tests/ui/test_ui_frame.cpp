@@ -4,7 +4,6 @@
 // dialogs: run files, monthly weather (menu and station editor), a site
 // archive, a binary output file read whole, output values copied into the
 // record's soil, and the output view that opens with data.
-#include <algorithm>
 
 #include <QAction>
 #include <QApplication>
@@ -139,14 +138,6 @@ private slots:
         QCOMPARE(w.recentFileLabels(), QStringList{"&1 " + path});
         fileMenu(w).at(fileMenu(w).size() - 2)->trigger();  // the entry opens its project
         QVERIFY(w.document());
-    }
-
-    void everyCommandOfTheTableHasOneHandler() {
-        const auto handlers = main_window::commandHandlers();
-        for (const command_def& c : commandTable())
-            QVERIFY2(std::count_if(handlers.begin(), handlers.end(),
-                                   [&](const main_window::command_handler& h) { return h.id == c.id; }) == 1,
-                     c.label);
     }
 
     void aServerProjectIsOpenedByItsUrlAndItsPasswordNeverShown() {
@@ -312,23 +303,6 @@ private slots:
         QCOMPARE(buttons, (QStringList{"Cancel", "Copy Text", "OK"}));
         QVERIFY(pressButton(&d, "Copy Text"));
         QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("ERROR, one.\nWARNING, two.\n"));
-    }
-
-    void largeProjectOpensWithoutReadingEveryRecord() {
-        // With the prebuilt list off, opening reads one record and the table
-        // holds a page at most: the rest is read as the user scrolls.
-        std::vector<int32_t> ids;
-        for (int i = 1; i <= 1500; ++i) ids.push_back(i * 2);
-        open(ids);
-        auto& model = w_->document()->records();
-        QVERIFY(model.rowCount() <= control_record_table_model::kPageSize + 1);
-        QVERIFY(model.canFetchMore({}));
-        std::string errors;
-        QVERIFY(w_->document()->moveToId(2000, errors));  // pages on until the ID turns up
-        QCOMPARE(w_->document()->recordNumber(), 1000);
-        QVERIFY(w_->document()->moveLast(errors));
-        QCOMPARE(w_->document()->currentId(), 3000);
-        QCOMPARE(model.rowCount(), 1500);
     }
 
     void prebuiltListIsReadAfterTheFirstRecordShows() {
