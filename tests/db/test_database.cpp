@@ -20,21 +20,17 @@ using sbtest::temp_dir;
 
 namespace {
 
-std::unique_ptr<rowset> open(database& db, table_id t, std::string_view filter = {}, std::string_view order = {}) {
-    db_status status;
-    auto rs = db.openTable(t, filter, order, status);
-    EXPECT_TRUE(rs) << [&] {
-        std::string e;
-        appendStatusText(status, e);
-        return e;
-    }();
-    return rs;
-}
-
 std::string statusText(const db_status& status) {
     std::string text;
     appendStatusText(status, text);
     return text;
+}
+
+std::unique_ptr<rowset> open(database& db, table_id t, std::string_view filter = {}, std::string_view order = {}) {
+    db_status status;
+    auto rs = db.openTable(t, filter, order, status);
+    EXPECT_TRUE(rs) << statusText(status);
+    return rs;
 }
 
 // Inserts weather stations 1..n (description "Station <id>") in one session.
