@@ -117,8 +117,12 @@ TEST(Database, OpenRefusesWhatIsNotAProject) {
     temp_dir dir;
     std::string errors;
     sbtest::writeFile(dir.file("text.sbproj"), std::string(4096, 'x'));
-    ASSERT_TRUE(database::create(dir.file("other.db"), errors));  // another program's: none of our tables
-    ASSERT_TRUE(database::open(dir.file("other.db"), errors)->execute("Create Table [Invoices]([No] INTEGER)").ok());
+    ASSERT_TRUE(database::create(dir.file("other.db"), errors));
+    {
+        auto other = database::open(dir.file("other.db"), errors);  // another program's: not our tables, nor mark
+        ASSERT_TRUE(other && other->execute("Create Table [Invoices]([No] INTEGER)").ok() &&
+                    other->execute("PRAGMA application_id = 42").ok());
+    }
     const std::pair<const char*, const char*> cases[] = {
         {"missing.sbproj", "8004F0FF\nThe file does not exist."},
         {"text.sbproj", "8004F002\nfile is not a database"},
