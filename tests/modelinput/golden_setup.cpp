@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 
 #include "app/text_file.h"
 #include "test_support.h"
@@ -16,17 +15,11 @@ using namespace sb;
 namespace {
 
 option_kind kindOf(const std::string& name) {
-    static const std::map<std::string, option_kind> kinds{{"crop", option_kind::crop},
-                                                          {"cultivation", option_kind::cultivation},
-                                                          {"fertilizer", option_kind::fertilizer},
-                                                          {"fire", option_kind::fire},
-                                                          {"graze", option_kind::graze},
-                                                          {"harvest", option_kind::harvest},
-                                                          {"irrigation", option_kind::irrigation},
-                                                          {"omad", option_kind::omad},
-                                                          {"tree", option_kind::tree},
-                                                          {"tree_removal", option_kind::tree_removal}};
-    return kinds.at(name);
+    static const char* const kNames[] = {"crop",       "cultivation", "fertilizer", "fire",        "graze", "harvest",
+                                         "irrigation", "omad",        "tree",       "tree_removal"};  // in kind order
+    const auto at = std::find(std::begin(kNames), std::end(kNames), name);
+    EXPECT_NE(at, std::end(kNames)) << name;
+    return static_cast<option_kind>(at - std::begin(kNames));
 }
 
 std::vector<std::string> splitTabs(const std::string& line) {

@@ -1,5 +1,5 @@
-// A control record together with its outputs: its text form, reading and saving
-// both, copying both under another ID, and failures of the output store.
+// A control record together with its outputs: reading and pasting stop at an
+// output store that cannot be read.
 #include <gtest/gtest.h>
 
 #include "db/database.h"
@@ -19,12 +19,6 @@ tellura_control_record plot(int32_t id) {
     r.setId(id);
     r.row.setText("Description", "Plot " + std::to_string(id));
     return r;
-}
-
-tellura_outputs oneYear(double somsc) {
-    tellura_outputs out;
-    out.annualFor(1990).setNumber("somsc", somsc);
-    return out;
 }
 
 // Puts another output store in the output tables' place for one test.
@@ -58,36 +52,4 @@ TEST(RecordOutputs, ReadAndPasteStopAtAnUnreadableOutputStore) {
     EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors));
     EXPECT_EQ(errors, "READ FAILED\n");
     EXPECT_FALSE(readControlRecord(*db, 43, read, errors));
-}
-
-TEST(RecordOutputs, SaveStoresTheOutputsInTheRecordsSession) {
-    struct save_case {
-        const char* name;
-        bool storeFails;
-        std::string expectedErrors;
-    } cases[] = {
-        {"store succeeds", false, ""},
-        {"store fails", true, "STORE FAILED\n"},
-    };
-    for (const auto& c : cases) {
-        sbtest::temp_dir dir;
-        auto db = sbtest::makeOutputProject(dir);
-        ASSERT_TRUE(db);
-        int depthAtStore = -1;
-        substitute_store store({[&](database& d, int32_t, tellura_outputs&, std::string& e) {
-                                    depthAtStore = d.sessionDepth();
-                                    return c.storeFails ? failWith(e, "STORE FAILED\n") : true;
-                                },
-                                nullptr});
-        tellura_control_record r = plot(7);
-        tellura_outputs outputs = oneYear(1);
-        std::string errors;
-        EXPECT_EQ(writeControlRecordWithOutputs(r, outputs, *db, errors), !c.storeFails) << c.name;
-        EXPECT_EQ(errors, c.expectedErrors) << c.name;
-        EXPECT_EQ(depthAtStore, 1) << c.name;  // inside the save's own session, not a session of its own
-        // A failing part leaves nothing of the save: the record is there only when all of it was stored.
-        tellura_control_record back;
-        std::string readErrors;
-        EXPECT_EQ(readControlRecord(*db, 7, back, readErrors), !c.storeFails) << c.name << readErrors;
-    }
 }
