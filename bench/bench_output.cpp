@@ -160,7 +160,7 @@ void BM_ListFileParseAndStore(benchmark::State& state) {
     for (auto _ : state) {
         tellura_outputs outputs;
         std::string errors;
-        if (!readList(outputs) || !storeOutputs(*db, 1, outputs, errors)) state.SkipWithError(errors.c_str());
+        if (!readList(outputs) || !saveOutputs(*db, 1, outputs, errors)) state.SkipWithError(errors.c_str());
     }
     reportRate(state, kMonthlyRows, monthlyListFile());
 }
@@ -187,7 +187,7 @@ void BM_BinaryParseAndStore(benchmark::State& state) {
     for (auto _ : state) {
         tellura_outputs outputs;
         if (!readBinaryOutput(binaryFile(), 4, layouts, monthlyBlocks(), outputs, errors) ||
-            !storeOutputs(*db, 1, outputs, errors))
+            !saveOutputs(*db, 1, outputs, errors))
             state.SkipWithError(errors.substr(0, 200).c_str());
         errors.clear();
     }
@@ -209,7 +209,7 @@ void BM_DailyParseAndStore(benchmark::State& state) {
     for (auto _ : state) {
         tellura_outputs outputs;
         std::string errors;
-        if (!readDailyOutput(dailyFile(), outputs, errors) || !storeOutputs(*db, 1, outputs, errors))
+        if (!readDailyOutput(dailyFile(), outputs, errors) || !saveOutputs(*db, 1, outputs, errors))
             state.SkipWithError(errors.c_str());
     }
     reportRate(state, 36500, dailyFile());

@@ -126,7 +126,7 @@ void storeRows(benchmark::State& state, const std::string& store, const char* na
     }
     for (auto _ : state) {
         std::string errors;
-        if (!storeOutputs(*project.db, 1, outputs, errors) || !errors.empty()) {
+        if (!saveOutputs(*project.db, 1, outputs, errors) || !errors.empty()) {
             state.SkipWithError(errors.substr(0, 300).c_str());
             return;
         }
@@ -152,14 +152,14 @@ void BM_ChartReadDaily(benchmark::State& state, std::string store) {
     }
     tellura_outputs outputs = dailyOutputs();
     std::string errors;
-    for (int id = 1; id <= kChartRecords; ++id) storeOutputs(*project.db, id, outputs, errors);
+    for (int id = 1; id <= kChartRecords; ++id) saveOutputs(*project.db, id, outputs, errors);
     if (!errors.empty()) {
         state.SkipWithError(errors.substr(0, 300).c_str());
         return;
     }
     for (auto _ : state) {
         tellura_outputs read;
-        if (!readOutputs(*project.db, kChartRecords, read, errors) || read.daily.size() != outputs.daily.size() ||
+        if (!loadOutputs(*project.db, kChartRecords, read, errors) || read.daily.size() != outputs.daily.size() ||
             !(read.daily.back() == outputs.daily.back())) {
             state.SkipWithError(("wrong read-back " + errors.substr(0, 300)).c_str());
             return;
@@ -180,7 +180,7 @@ bool fillManyRecords(database& db) {
     tellura_control_record record;
     for (int id = 1; id <= kManyRecords; ++id) {
         record.setId(id);
-        if (!writeControlRecordWithOutputs(record, outputs, db, errors)) break;
+        if (!saveControlRecordWithOutputs(db, record, outputs, errors)) break;
     }
     if (errors.empty() && !s.commit()) errors = s.storeError() + "\n";
     if (!errors.empty()) std::fprintf(stderr, "%s", errors.substr(0, 300).c_str());
@@ -205,14 +205,14 @@ void BM_OpenManyRecords(benchmark::State& state, std::string store) {
         tellura_control_record record;
         tellura_outputs outputs;
         const control_record_proxy* first = db && list.attach(db.get(), false, errors) ? list.first(errors) : nullptr;
-        if (!first || !readControlRecordWithOutputs(*db, first->id, record, outputs, errors) ||
+        if (!first || !loadControlRecordWithOutputs(*db, first->id, record, outputs, errors) ||
             outputs.annual.size() != 20) {
             state.SkipWithError(("cannot open " + errors.substr(0, 300)).c_str());
             return;
         }
         auto moveStarted = std::chrono::steady_clock::now();
         const control_record_proxy* middle = list.forward(first, kManyRecords / 2, errors);
-        if (!middle || !readControlRecordWithOutputs(*db, middle->id, record, outputs, errors)) {
+        if (!middle || !loadControlRecordWithOutputs(*db, middle->id, record, outputs, errors)) {
             state.SkipWithError(("cannot move " + errors.substr(0, 300)).c_str());
             return;
         }

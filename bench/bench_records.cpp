@@ -52,7 +52,7 @@ bool writeRecords(database& db, int count, bool oneSession, std::string& errors)
     std::unique_ptr<session> outer = oneSession ? std::make_unique<session>(db) : nullptr;
     for (int id = 1; id <= count; ++id) {
         r.setId(id);
-        if (!writeControlRecord(r, db, errors)) return false;
+        if (!saveControlRecord(db, r, errors)) return false;
     }
     return true;
 }
@@ -77,7 +77,7 @@ void BM_SaveAndReadRecords(benchmark::State& state) {
         long events = 0;
         tellura_control_record read;
         for (int id = 1; id <= records; ++id) {
-            if (!readControlRecord(*db, id, read, errors)) {
+            if (!loadControlRecord(*db, id, read, errors)) {
                 state.SkipWithError(errors.c_str());
                 return;
             }

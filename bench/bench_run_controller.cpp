@@ -53,11 +53,11 @@ public:
         const std::string demo = std::string(SB_BIN_DIR) + "/../share/soilbench/demo/";
         if (!sb::importRunFiles(*db_, demo, "demo.sch", kVersion, 1, errors_)) return;
         sb::tellura_control_record record;
-        sb::readControlRecord(*db_, 1, record, errors_);
+        sb::loadControlRecord(*db_, 1, record, errors_);
         db_->beginSession(errors_);
         for (int id = 2; id <= records; ++id) {
             record.setId(id);
-            sb::writeControlRecord(record, *db_, errors_);
+            sb::saveControlRecord(*db_, record, errors_);
         }
         db_->commitSession(errors_);
         settings_ = sb::app_soilbench((folder_ / "profile.ini").string());
@@ -278,9 +278,9 @@ BENCHMARK_F(phases, ReadListFile)(benchmark::State& state) {
 BENCHMARK_F(phases, StoreOutputs)(benchmark::State& state) {
     sb::tellura_outputs outputs;
     std::string errors;
-    sb::readOutputs(project_->db(), 1, outputs, errors);
+    sb::loadOutputs(project_->db(), 1, outputs, errors);
     for (auto _ : state) {
-        if (!sb::storeOutputs(project_->db(), 1, outputs, errors)) state.SkipWithError(errors.c_str());
+        if (!sb::saveOutputs(project_->db(), 1, outputs, errors)) state.SkipWithError(errors.c_str());
     }
     state.counters["rows"] = static_cast<double>(outputs.monthlyCount());
 }

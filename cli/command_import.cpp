@@ -135,7 +135,7 @@ int cmdImportWeatherDaily(const import_weather_options& opt) {
     return importIntoStation(
         opt,
         [&](sb::tellura_weather_station& station, std::string& errors) {
-            return sb::importDailyWeatherFile(opt.file, station, errors);
+            return sb::readDailyWeatherFile(opt.file, station, errors);
         },
         sb::saveDailyHistory);
 }
@@ -144,7 +144,7 @@ int cmdImportWeatherMonthly(const import_weather_options& opt) {
     return importIntoStation(
         opt,
         [&](sb::tellura_weather_station& station, std::string& errors) {
-            return sb::importMonthlyWeatherFile(opt.file, station, errors);
+            return sb::readMonthlyWeatherFile(opt.file, station, errors);
         },
         sb::saveMonthlyHistory);
 }
@@ -218,7 +218,7 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
         soil.setName(sb::strprintf("Soil %d", opt.soil));
     }
     // A file that does not read cleanly leaves the soil, stored and in memory, as it was.
-    bool ok = sb::importSoilLayerFile(soil, opt.file, errors) && sb::writeSoil(soil, *db, errors);
+    bool ok = sb::readSoilLayerFile(opt.file, soil, errors) && sb::saveSoil(*db, soil, errors);
     if (ok) std::cout << "Imported " << soil.layerCount << " layers into soil " << opt.soil << ".\n";
     return finish(ok, errors);
 }

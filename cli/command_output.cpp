@@ -22,7 +22,7 @@ bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& 
         sb::appendf(errors, "ERROR, can't find record, ID=%d, in [Control Records].\n", id);
         return false;
     }
-    return sb::readOutputs(*db, id, outputs, errors);
+    return sb::loadOutputs(*db, id, outputs, errors);
 }
 
 }  // namespace

@@ -129,7 +129,7 @@ int cmdShow(const show_options& opt) {
     std::string errors;
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
-    if (!sb::readControlRecordWithOutputs(*db, opt.id, record, outputs, errors)) return finish(false, errors);
+    if (!sb::loadControlRecordWithOutputs(*db, opt.id, record, outputs, errors)) return finish(false, errors);
     sb::tellura_weather_stations stations;
     sb::loadWeatherStations(*db, stations, errors);
     std::string text = sb::controlRecordText(record, stations);

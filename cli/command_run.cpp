@@ -102,7 +102,7 @@ int cmdPrepare(const prepare_options& opt) {
     sb::run_controller controller(*db, settings);
     controller.loadProjectData(errors);
     sb::tellura_control_record record;
-    if (!sb::readControlRecord(*db, opt.id, record, errors)) return finish(false, errors);
+    if (!sb::loadControlRecord(*db, opt.id, record, errors)) return finish(false, errors);
     std::string dir = opt.dir;
     if (dir.back() != '/') dir += '/';
     std::string profileErrors;

@@ -110,7 +110,7 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
 // Record 1 as imported, varied by soil, rotation and fertiliser.
 bool addVariants(sb::database& db, std::string& errors, int& records) {
     sb::tellura_control_record base;
-    if (!sb::readControlRecord(db, 1, base, errors)) return false;
+    if (!sb::loadControlRecord(db, 1, base, errors)) return false;
     sb::tellura_soils soils;
     soils.load(db, errors);
     const sb::tellura_soil* shipped = soils.find(base.soilId());
@@ -131,7 +131,7 @@ bool addVariants(sb::database& db, std::string& errors, int& records) {
             soil.layers[static_cast<size_t>(l)].setNumber("Fraction Of Sand", soilVariant.sand);
             soil.layers[static_cast<size_t>(l)].setNumber("Fraction Of Clay", soilVariant.clay);
         }
-        if (!sb::writeSoil(soil, db, errors)) return false;
+        if (!sb::saveSoil(db, soil, errors)) return false;
         for (const auto& rotation : kRotations) {
             for (const char* fert : kFertilizers) {
                 sb::tellura_control_record record = base;
@@ -145,7 +145,7 @@ bool addVariants(sb::database& db, std::string& errors, int& records) {
                         if (event.type == sb::kEventCrop) event.item = rotation.crop;
                         if (event.type == sb::kEventFert) event.item = fert;
                     }
-                if (!sb::writeControlRecord(record, db, errors)) return false;
+                if (!sb::saveControlRecord(db, record, errors)) return false;
             }
         }
         ++soilId;
@@ -200,7 +200,7 @@ record_summary summarize(sb::database& db, int id, std::string& errors) {
     record_summary s;
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
-    sb::readControlRecordWithOutputs(db, id, record, outputs, errors);
+    sb::loadControlRecordWithOutputs(db, id, record, outputs, errors);
     s.id = id;
     s.description = record.description();
     std::vector<const sb::table_record*> years = yearEnds(outputs);
@@ -284,7 +284,7 @@ int cmdDemo(const demo_options& opt) {
                                result.good, result.failed, result.elapsedSeconds);
 
     sb::tellura_outputs outputs;
-    sb::readOutputs(*db, 1, outputs, errors);
+    sb::loadOutputs(*db, 1, outputs, errors);
     chart_request chart;
     chart.title = "Demo record 1: soil organic C and crop production (stand-in model)";
     // Soil carbon and crop production are listed monthly by the daily-step release.

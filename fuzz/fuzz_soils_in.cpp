@@ -11,10 +11,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string text(reinterpret_cast<const char*>(data), size);
     sb::tellura_soil soil;
     std::string errors;
-    sb::importSoilLayerText(soil, text, "soils.in", errors);
+    sb::readSoilLayerText(text, "soils.in", soil, errors);
     std::vector<int> bottoms;
     for (int i = 0; i < soil.layerCount; ++i) bottoms.push_back(soil.layers[static_cast<size_t>(i)].depth());
     sb::tellura_soil again;
-    sb::importSoilLayerText(again, sb::soilsInText(soil, bottoms), "again.in", errors);
+    sb::readSoilLayerText(sb::soilsInText(soil, bottoms), "again.in", again, errors);
     return 0;
 }

@@ -10,9 +10,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string errors;
     sb::tellura_weather_station daily;
-    sb::importDailyWeatherText(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz.wth", daily, errors);
+    sb::readDailyWeatherText(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz.wth", daily, errors);
     return sb_fuzz::readScratch("monthly.wth", data, size, [&](const std::string& path) {
         sb::tellura_weather_station monthly;
-        sb::importMonthlyWeatherFile(path, monthly, errors);
+        sb::readMonthlyWeatherFile(path, monthly, errors);
     });
 }

@@ -88,8 +88,8 @@ bool writeDailyFiles(const record_sources& sources, const std::string& directory
 // The files the record keeps beside its schedule, and those the release
 // needs for the record's options (nscale.dat for N input scaling): a needed
 // file the record does not hold would stop the model, so it fails here.
-bool writeRecordFiles(const tellura_control_record& record, const release_profile& profile,
-                      const std::string& directory, std::string& errors) {
+bool saveRecordFiles(const tellura_control_record& record, const release_profile& profile, const std::string& directory,
+                     std::string& errors) {
     bool ok = true;
     for (const record_file& file : record.files)
         ok = reportUnwritten(writeTextFile(directory + file.name, file.content), directory + file.name, errors) && ok;
@@ -155,7 +155,7 @@ bool prepareRunDirectory(const tellura_control_record& record, const release_pro
         const record_sources sources{record, soils.find(record.soilId()), stations.find(record.weatherId()), profile};
         ok = writeDailyFiles(sources, directory, outfileSelected, errors) && ok;
     }
-    return writeRecordFiles(record, profile, directory, errors) && ok;
+    return saveRecordFiles(record, profile, directory, errors) && ok;
 }
 
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,

@@ -26,8 +26,8 @@ std::string joinPath(const std::string& directory, const std::string& name) {
 }
 
 bool readWeatherFile(const std::string& path, int version, tellura_weather_station& station, std::string& messages) {
-    return usesDailyWeather(version) ? importDailyWeatherFile(path, station, messages)
-                                     : importMonthlyWeatherFile(path, station, messages);
+    return usesDailyWeather(version) ? readDailyWeatherFile(path, station, messages)
+                                     : readMonthlyWeatherFile(path, station, messages);
 }
 
 // Each weather file the blocks name becomes a station: the first one the
@@ -62,7 +62,7 @@ void readWeather(const std::string& directory, const schedule_references& refere
 
 void readDailyFiles(const std::string& directory, const release_profile& profile, imported_run& run,
                     std::string& messages) {
-    importSoilLayerFile(run.soil, joinPath(directory, "soils.in"), messages);
+    readSoilLayerFile(joinPath(directory, "soils.in"), run.soil, messages);
     importSitepar(joinPath(directory, "sitepar.in"), run.record, profile, messages);
 }
 
@@ -108,7 +108,7 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
     // A record of that ID is replaced whole: nothing of it (its outputs above
     // all) may pass for the imported set-up's.
     bool ok = !controlRecordExists(db, run.record.id()) || deleteControlRecord(db, run.record.id(), errors);
-    ok = writeSoil(run.soil, db, errors) && ok;
+    ok = saveSoil(db, run.soil, errors) && ok;
     ok = saveWeatherStation(db, run.station, errors) && ok;
     if (run.hasWeather) ok = saveHistory(db, run.station, errors) && ok;
     for (const tellura_weather_station& station : run.otherStations) {
@@ -117,7 +117,7 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
     }
     for (int kind = 0; kind < kOptionKindCount; ++kind)
         ok = run.options.list(static_cast<option_kind>(kind)).saveToDatabase(db, errors) && ok;
-    ok = writeControlRecord(run.record, db, errors) && ok;
+    ok = saveControlRecord(db, run.record, errors) && ok;
     return whole.commitIf(ok);
 }
 
@@ -146,7 +146,7 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
     if (run.record.description().empty())
         run.record.row.setText("Description", describeRun(joinPath(directory, references.siteFile), scheduleFile));
     std::string status;
-    ok = run.options.importRunFiles(directory, messages, status) && ok;
+    ok = run.options.readRunFiles(directory, messages, status) && ok;
     messages += status;
     if (version == kDailyStepVersion) readDailyFiles(directory, profile, run, messages);
     readWeather(directory, references, version, run, messages);

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 const char* const kKeptDailyFiles[4] = {"daily.out", "nflux.out", "summary.out", "mresp.out"};
 
-bool saveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
+bool moveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
                     int firstYear, int lastYear, std::string& errors) {
     bool ok = true;
     for (int year = firstYear; year <= lastYear; ++year) {

@@ -12,7 +12,7 @@ namespace sb {
 // The run's files that are kept: "daily.out", "nflux.out", "summary.out", "mresp.out".
 extern const char* const kKeptDailyFiles[4];
 
-bool saveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
+bool moveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
                     int firstYear, int lastYear, std::string& errors);
 
 }  // namespace sb

@@ -105,8 +105,8 @@ private:
     std::unique_ptr<rowset> rows_;
 };
 
-bool storeKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
-                std::string& errors) {
+bool saveKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
+               std::string& errors) {
     table_store store(db, kind.table, id, errors);
     return store.begin() && store.insertAllKeyed(records, kind) && store.commit();
 }
@@ -132,7 +132,7 @@ std::unique_ptr<rowset> openForReading(database& db, table_id table, int32_t id,
 
 // Calls take(row) for each row; false when the table could not be read.
 template <class Take>
-bool readRows(database& db, table_id table, int32_t id, const char* order, std::string& errors, Take take) {
+bool loadRows(database& db, table_id table, int32_t id, const char* order, std::string& errors, Take take) {
     auto rows = openForReading(db, table, id, order, errors);
     if (!rows) return false;
     db_status status = rows->moveFirst();
@@ -156,7 +156,7 @@ Record recordFrom(const table_record& row) {
 
 }  // namespace
 
-bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     table_store store(db, table_id::output, id, errors);
     if (!store.begin()) return false;
     if (!outputs.hasEndOfRun) return store.commit();
@@ -167,67 +167,67 @@ bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std
     return false;
 }
 
-bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    return storeKeyed(db, id, pointersTo(outputs.annual), kAnnualKind, errors);
+bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return saveKeyed(db, id, pointersTo(outputs.annual), kAnnualKind, errors);
 }
 
-bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     // In year and month order, so that a table browsed by its insertion order reads naturally.
     std::vector<tellura_output*> ordered;
     for (const auto* record : outputs.monthlyInOrder()) ordered.push_back(const_cast<monthly_output*>(record));
-    return storeKeyed(db, id, ordered, kMonthlyKind, errors);
+    return saveKeyed(db, id, ordered, kMonthlyKind, errors);
 }
 
-bool storeDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    return storeKeyed(db, id, pointersTo(outputs.daily), kDailyKind, errors);
+bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return saveKeyed(db, id, pointersTo(outputs.daily), kDailyKind, errors);
 }
 
-bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    return storeKeyed(db, id, pointersTo(outputs.soilLayers), kLayerKind, errors);
+bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return saveKeyed(db, id, pointersTo(outputs.soilLayers), kLayerKind, errors);
 }
 
 namespace {
 
-bool storeOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     // One outer session: the five stores nest inside it and are kept together or not at all.
     store_session whole(db, errors);
     if (!whole.ok()) return false;
     // Every table is tried, so that each failure is reported.
-    bool ok = storeEndOfRunOutput(db, id, outputs, errors);
-    ok = storeAnnualOutput(db, id, outputs, errors) && ok;
-    ok = storeMonthlyOutput(db, id, outputs, errors) && ok;
-    ok = storeDailyOutput(db, id, outputs, errors) && ok;
-    ok = storeSoilLayerOutput(db, id, outputs, errors) && ok;
+    bool ok = saveEndOfRunOutput(db, id, outputs, errors);
+    ok = saveAnnualOutput(db, id, outputs, errors) && ok;
+    ok = saveMonthlyOutput(db, id, outputs, errors) && ok;
+    ok = saveDailyOutput(db, id, outputs, errors) && ok;
+    ok = saveSoilLayerOutput(db, id, outputs, errors) && ok;
     return whole.commitIf(ok);
 }
 
-bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool loadOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
     outputs.clear();
-    bool ok = readRows(db, table_id::output, id, "", errors, [&](const table_record& row) {
+    bool ok = loadRows(db, table_id::output, id, "", errors, [&](const table_record& row) {
         static_cast<table_record&>(outputs.endOfRun) = row;
         outputs.hasEndOfRun = true;
         return false;  // one row per record
     });
-    ok = readRows(db, table_id::output_annual, id, "[Year]", errors,
+    ok = loadRows(db, table_id::output_annual, id, "[Year]", errors,
                   [&](const table_record& row) {
                       outputs.annual.push_back(recordFrom<annual_output>(row));
                       return true;
                   }) &&
          ok;
-    ok = readRows(db, table_id::output_monthly, id, "[Year]", errors,
+    ok = loadRows(db, table_id::output_monthly, id, "[Year]", errors,
                   [&](const table_record& row) {
                       static_cast<table_record&>(outputs.monthlyFor(row.integer(1), row.integer(2))) = row;
                       return true;
                   }) &&
          ok;
-    ok = readRows(db, table_id::output_daily, id, "[Year]", errors,
+    ok = loadRows(db, table_id::output_daily, id, "[Year]", errors,
                   [&](const table_record& row) {
                       outputs.daily.push_back(recordFrom<daily_output>(row));
                       return true;
                   }) &&
          ok;
     bool tooManyLayers = false;
-    ok = readRows(db, table_id::output_soil_layers, id, "", errors,
+    ok = loadRows(db, table_id::output_soil_layers, id, "", errors,
                   [&](const table_record& row) {
                       if (outputs.soilLayers.size() >= static_cast<size_t>(kMaxOutputSoilLayers)) {
                           errors += std::string("ERROR, too many soil layers in table [") +
@@ -244,24 +244,24 @@ bool readOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
 
 // The output tables, or the store a test put in their place.
 output_store& currentStore() {
-    static output_store store{storeOutputTables, readOutputTables};
+    static output_store store{saveOutputTables, loadOutputTables};
     return store;
 }
 
 }  // namespace
 
 void setOutputStore(output_store store) {
-    if (!store.store) store.store = storeOutputTables;
-    if (!store.read) store.read = readOutputTables;
+    if (!store.save) store.save = saveOutputTables;
+    if (!store.load) store.load = loadOutputTables;
     currentStore() = std::move(store);
 }
 
-bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    return currentStore().store(db, id, outputs, errors);
+bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return currentStore().save(db, id, outputs, errors);
 }
 
-bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
-    return currentStore().read(db, id, outputs, errors);
+bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+    return currentStore().load(db, id, outputs, errors);
 }
 
 }  // namespace sb

@@ -18,26 +18,26 @@ struct tellura_outputs;
 // whose key is already stored (a year read twice) is warned about and skipped;
 // any other failure ends the store and keeps nothing of it: the outputs stored
 // earlier stay as they were.
-bool storeOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
 
 // Replaces `outputs` with the rows stored under `id`: annual, monthly and daily
 // rows in year order, at most 14 soil layers.
-bool readOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
 
-// Where storeOutputs and readOutputs put and find a record's outputs: the
+// Where saveOutputs and loadOutputs put and find a record's outputs: the
 // output tables, unless a test puts another store in their place to inject
 // failures. An empty member stands for the output tables.
 struct output_store {
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> store;
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> read;
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> save;
+    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> load;
 };
 void setOutputStore(output_store store);
 
-// The single tables, for callers that store or read one kind only.
-bool storeEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool storeAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool storeMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool storeDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool storeSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+// The single tables, for callers that save one kind only.
+bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
 
 }  // namespace sb

@@ -8,31 +8,31 @@
 
 namespace sb {
 
-bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
+bool loadControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
                                   std::string& errors) {
     outputs.clear();
-    const bool ok = readControlRecord(db, id, record, errors);
+    const bool ok = loadControlRecord(db, id, record, errors);
     // A record whose row was read carries its ID, even when another part failed.
     if (!ok && record.id() != id) return false;
-    return readOutputs(db, id, outputs, errors) && ok;
+    return loadOutputs(db, id, outputs, errors) && ok;
 }
 
-bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
-                                   std::string& errors, const tellura_soils* soils) {
+bool saveControlRecordWithOutputs(database& db, tellura_control_record& record, tellura_outputs& outputs,
+                                  std::string& errors, const tellura_soils* soils) {
     // The outer session makes the record's own session and the output store one transaction.
     store_session s(db, errors);
     if (!s.ok()) return false;
-    bool ok = writeControlRecord(record, db, errors, soils);
-    ok = storeOutputs(db, record.id(), outputs, errors) && ok;
+    bool ok = saveControlRecord(db, record, errors, soils);
+    ok = saveOutputs(db, record.id(), outputs, errors) && ok;
     return s.commitIf(ok);
 }
 
 bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors) {
     tellura_control_record record;
     tellura_outputs outputs;
-    if (!readControlRecordWithOutputs(db, sourceId, record, outputs, errors)) return false;
+    if (!loadControlRecordWithOutputs(db, sourceId, record, outputs, errors)) return false;
     record.setId(newId);
-    return writeControlRecordWithOutputs(record, outputs, db, errors);
+    return saveControlRecordWithOutputs(db, record, outputs, errors);
 }
 
 bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors) {

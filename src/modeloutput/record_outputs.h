@@ -17,14 +17,14 @@ struct tellura_outputs;
 // The record, then its outputs. As with the record's own parts, a failing part
 // does not stop the others; only when the record's row is missing (or its table
 // cannot be opened) are the outputs left empty.
-bool readControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
+bool loadControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
                                   std::string& errors);
 
 // Replaces the record (with its soil when `soils` holds it) and its outputs, in
 // one session. A failing part does not stop the others, but then nothing of it
 // is kept.
-bool writeControlRecordWithOutputs(tellura_control_record& record, tellura_outputs& outputs, database& db,
-                                   std::string& errors, const tellura_soils* soils = nullptr);
+bool saveControlRecordWithOutputs(database& db, tellura_control_record& record, tellura_outputs& outputs,
+                                  std::string& errors, const tellura_soils* soils = nullptr);
 
 // Copies a record, whole and with its outputs, under `newId` in the same
 // project (an existing record of that ID is replaced).

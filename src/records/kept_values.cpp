@@ -20,7 +20,7 @@ std::string quoted(std::string_view text) {
 
 // Reads the rows under `filter`; a read-only project made before the table
 // existed has none, which reads as nothing kept.
-bool readRowsWhere(database& db, table_id table, const std::string& filter,
+bool loadRowsWhere(database& db, table_id table, const std::string& filter,
                    const std::function<void(const table_record&)>& take, std::string& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
@@ -46,10 +46,10 @@ const table_columns& keptColumns(table_id table) {
 }
 
 // Each row's value set into the values `owner` names for the row.
-bool readKeptRows(database& db, table_id table, const std::string& filter,
+bool loadKeptRows(database& db, table_id table, const std::string& filter,
                   const std::function<kept_values&(const table_record&)>& owner, std::string& errors) {
     const table_columns& c = keptColumns(table);
-    return readRowsWhere(
+    return loadRowsWhere(
         db, table, filter,
         [&](const table_record& row) {
             owner(row).set(row.text(c["File"]), row.text(c["Name"]), row.number(c["Value"]));
@@ -139,14 +139,14 @@ bool kept_values::operator==(const kept_values& other) const {
     return true;
 }
 
-bool readKeptValues(database& db, int32_t id, kept_values& values, std::string& errors) {
+bool loadKeptValues(database& db, int32_t id, kept_values& values, std::string& errors) {
     values.clear();
-    return readKeptRows(
+    return loadKeptRows(
         db, table_id::kept_values, strprintf("[ID] = %ld", static_cast<long>(id)),
         [&](const table_record&) -> kept_values& { return values; }, errors);
 }
 
-bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors) {
+bool saveKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors) {
     std::vector<table_record> rows;
     const table_columns& c = keptColumns(table_id::kept_values);
     appendKeptRows(
@@ -159,9 +159,9 @@ bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::s
     return replaceRows(db, table_id::kept_values, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
 }
 
-bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors) {
+bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors) {
     files.clear();
-    return readRowsWhere(
+    return loadRowsWhere(
         db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)),
         [&](const table_record& row) {
             record_file file;
@@ -171,7 +171,7 @@ bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, 
         errors);
 }
 
-bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors) {
+bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors) {
     std::vector<table_record> rows;
     for (const record_file& file : files) {
         table_record row(table_id::record_files);
@@ -182,11 +182,11 @@ bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& 
     return replaceRows(db, table_id::record_files, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
 }
 
-bool readOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
+bool loadOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
                           std::string& errors) {
     options.clear();
     const int optionColumn = keptColumns(table_id::kept_option_values)["Option"];
-    return readKeptRows(
+    return loadKeptRows(
         db, table_id::kept_option_values, "[File] = " + quoted(file),
         [&](const table_record& row) -> kept_values& {
             const std::string& option = row.text(optionColumn);
@@ -198,8 +198,8 @@ bool readOptionKeptValues(database& db, const std::string& file, std::vector<opt
         errors);
 }
 
-bool writeOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
-                           std::string& errors) {
+bool saveOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
+                          std::string& errors) {
     const table_columns& c = keptColumns(table_id::kept_option_values);
     std::vector<table_record> rows;
     for (const option_kept_values& option : options)

@@ -43,20 +43,20 @@ struct record_file {
 // A record's kept values and files: read replaces `values` / `files` (a
 // project opened read-only that predates their tables reads none); write
 // replaces what is stored under the ID and belongs in the caller's session.
-bool readKeptValues(database& db, int32_t id, kept_values& values, std::string& errors);
-bool writeKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors);
-bool readRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors);
-bool writeRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors);
+bool loadKeptValues(database& db, int32_t id, kept_values& values, std::string& errors);
+bool saveKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors);
+bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors);
+bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors);
 
 // The kept values of one option file: one entry per option with values.
 struct option_kept_values {
     std::string option;
     kept_values values;
 };
-bool readOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
+bool loadOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
                           std::string& errors);
 // Replaces every kept value of the file.
-bool writeOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
-                           std::string& errors);
+bool saveOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
+                          std::string& errors);
 
 }  // namespace sb

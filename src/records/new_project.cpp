@@ -16,7 +16,7 @@ std::unique_ptr<database> createNewProject(const std::string& path, std::string&
         maker.createAllTables(errors);
     }
     tellura_control_record record;
-    writeControlRecord(record, *db, errors);
+    saveControlRecord(*db, record, errors);
     return db;
 }
 

@@ -61,7 +61,7 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
         if (!recordAt(i).kept.empty()) kept.push_back({recordAt(i).name, recordAt(i).kept});
     }
     rows.reset();
-    ok = writeOptionKeptValues(db, m.runFile, kept, errors) && ok;
+    ok = saveOptionKeptValues(db, m.runFile, kept, errors) && ok;
     return unit.commitIf(ok);
 }
 
@@ -85,7 +85,7 @@ bool option_list::loadFromDatabase(database& db, std::string& errors) {
         return false;
     }
     std::vector<option_kept_values> kept;
-    if (!readOptionKeptValues(db, m.runFile, kept, errors)) return false;
+    if (!loadOptionKeptValues(db, m.runFile, kept, errors)) return false;
     for (option_kept_values& option : kept)
         if (option_record* record = findRecord(option.option)) record->kept = std::move(option.values);
     return true;

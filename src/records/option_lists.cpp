@@ -45,7 +45,7 @@ bool option_lists::writeRunFiles(const std::string& directory, const release_pro
     return ok;
 }
 
-bool option_lists::importRunFiles(const std::string& directory, std::string& errors, std::string& status) {
+bool option_lists::readRunFiles(const std::string& directory, std::string& errors, std::string& status) {
     int duplicates = 0;
     for (auto& list : lists_) {
         std::string path = inDirectory(directory, list->member().runFile);

@@ -34,7 +34,7 @@ public:
     // Reads whichever of the ten run-directory files exist in the folder into
     // the lists; a missing file is skipped without a message. False when a
     // file gives a name twice within one option (reported with its line).
-    bool importRunFiles(const std::string& directory, std::string& errors, std::string& status);
+    bool readRunFiles(const std::string& directory, std::string& errors, std::string& status);
 
 private:
     std::array<std::unique_ptr<option_list>, kOptionKindCount> lists_;

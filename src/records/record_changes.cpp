@@ -20,7 +20,7 @@ bool deleteCount(database& db, int32_t id, std::string& errors) {
 
 }  // namespace
 
-int64_t readChangeCount(database& db, int32_t id) {
+int64_t loadChangeCount(database& db, int32_t id) {
     db_status status;
     auto rows = db.openTable(kTable, strprintf("ID = %ld", static_cast<long>(id)), "", status);
     if (!rows) return kChangesUnknown;
@@ -36,7 +36,7 @@ int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string
         appendStatusText(locked, errors);
         return kChangesUnknown;
     }
-    const int64_t stored = readChangeCount(db, id);
+    const int64_t stored = loadChangeCount(db, id);
     if (stored == kChangesUnknown) return kChangesUnknown;
     if (readCount != kChangesUnknown && stored != readCount)
         appendf(errors,
@@ -57,9 +57,9 @@ int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string
     return next;
 }
 
-bool forgetRecordChanges(database& db, int32_t id, std::string& errors) {
+bool deleteRecordChanges(database& db, int32_t id, std::string& errors) {
     db_status locked = db.holdSaveLock(lockName(id));
-    if (readChangeCount(db, id) == kChangesUnknown) return locked.ok();
+    if (loadChangeCount(db, id) == kChangesUnknown) return locked.ok();
     return deleteCount(db, id, errors) && locked.ok();
 }
 

@@ -15,7 +15,7 @@ constexpr int64_t kChangesUnknown = -1;
 
 // The record's count as stored: 0 for a record never saved since counts were
 // kept, kChangesUnknown where the project keeps none.
-int64_t readChangeCount(database& db, int32_t id);
+int64_t loadChangeCount(database& db, int32_t id);
 
 // Inside the save's session: waits for any other save of the same record to end
 // (on a shared server), warns when the record was saved by someone else since
@@ -24,6 +24,6 @@ int64_t readChangeCount(database& db, int32_t id);
 int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string& errors);
 
 // Inside the deleting session: the record's count goes with it.
-bool forgetRecordChanges(database& db, int32_t id, std::string& errors);
+bool deleteRecordChanges(database& db, int32_t id, std::string& errors);
 
 }  // namespace sb

@@ -46,7 +46,7 @@ bool projectIds(database& db, const used_ids& kind, std::set<int32_t>& ids, std:
         if (ref.refersTo == kind.owner) columns.emplace_back(ref.table, ref.column);
     for (const auto& [table, column] : columns) {
         std::vector<table_record> rows;
-        if (!readRows(db, table, "", rows, errors)) return false;
+        if (!loadRows(db, table, "", rows, errors)) return false;
         for (const table_record& row : rows) ids.insert(row.integer(columnOf(table, column)));
     }
     return true;
@@ -117,7 +117,7 @@ bool settleOptions(database& db, site_archive_content& content, std::string& mes
         }
         const int name = columnOf(table.table, tableOwner(table.table).column);
         std::vector<table_record> stored;
-        if (!readRows(db, table.table, "", stored, errors)) return false;
+        if (!loadRows(db, table.table, "", stored, errors)) return false;
         const option_kind kind = optionMemberByTable(table.table)->kind;
         const char* word = optionWord(kind);
         const auto used = needs.options.find(kind);
@@ -177,7 +177,7 @@ bool insertAll(database& db, const site_archive_content& content, std::string& e
 bool exportSiteArchive(database& db, const std::string& recordFilter, const std::string& path, std::string& messages,
                        std::string& errors) {
     site_archive_content content;
-    if (!collectFromProject(db, recordFilter, true, content, errors)) return false;
+    if (!loadSiteArchiveContent(db, recordFilter, true, content, errors)) return false;
     if (!writeTextFile(path, siteArchiveText(content))) {
         appendf(errors, "ERROR, cannot write site archive \"%s\".\n", path.c_str());
         return false;

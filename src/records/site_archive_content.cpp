@@ -117,7 +117,7 @@ bool collectOwned(database& db, row_owner owner, const std::vector<int32_t>& ids
         if (o.owner != owner || (owner == row_owner::record && table == table_id::control_records)) continue;
         auto& rows = content.table(table).rows;
         for (int32_t id : ids)
-            ok = readRows(db, table, strprintf("[%s] = %ld", o.column.c_str(), asLong(id)), rows, errors) && ok;
+            ok = loadRows(db, table, strprintf("[%s] = %ld", o.column.c_str(), asLong(id)), rows, errors) && ok;
     }
     return ok;
 }
@@ -136,7 +136,7 @@ bool collectOptions(database& db, const archive_needs& needs, bool allOptions, s
         const table_id table = static_cast<table_id>(i);
         if (tableOwner(table).owner != row_owner::option) continue;
         std::vector<table_record> rows;
-        ok = readRows(db, table, "", rows, errors) && ok;
+        ok = loadRows(db, table, "", rows, errors) && ok;
         for (table_record& row : rows) {
             option_kind kind;
             std::string name;
@@ -260,7 +260,7 @@ bool checkNeedsMet(const site_archive_content& content, const archive_needs& nee
     return errors.size() == before;
 }
 
-bool readRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
+bool loadRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
               std::string& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
@@ -277,10 +277,10 @@ bool readRows(database& db, table_id table, const std::string& filter, std::vect
     return false;
 }
 
-bool collectFromProject(database& db, const std::string& recordFilter, bool allOptions, site_archive_content& content,
-                        std::string& errors) {
+bool loadSiteArchiveContent(database& db, const std::string& recordFilter, bool allOptions,
+                            site_archive_content& content, std::string& errors) {
     auto& records = content.table(table_id::control_records).rows;
-    if (!readRows(db, table_id::control_records, recordFilter, records, errors)) return false;
+    if (!loadRows(db, table_id::control_records, recordFilter, records, errors)) return false;
     const int id = columnOf(table_id::control_records, "ID");
     for (const auto& row : records) content.records.push_back(row.integer(id));
     if (content.records.empty()) {

@@ -73,16 +73,16 @@ archive_needs recordNeeds(const site_archive_content& content);
 bool checkNeedsMet(const site_archive_content& content, const archive_needs& needs, const char* holder,
                    std::string& errors);
 
-// Reads the records (a WHERE filter on Control Records; table order) and
+// Loads the records (a WHERE filter on Control Records; table order) and
 // everything they name from the project into the content: their soils,
 // stations and the option entries they name, whole; with `allOptions` every
 // entry of the project's option lists, as their run directories' option files
 // hold them all.
-bool collectFromProject(database& db, const std::string& recordFilter, bool allOptions, site_archive_content& content,
-                        std::string& errors);
+bool loadSiteArchiveContent(database& db, const std::string& recordFilter, bool allOptions,
+                            site_archive_content& content, std::string& errors);
 
 // Every row of a table matching the filter ("" for all), in stored order.
-bool readRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
+bool loadRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
               std::string& errors);
 
 // The option entry a row of an option-owned table belongs to: the entry of

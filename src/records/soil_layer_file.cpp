@@ -56,7 +56,7 @@ bool readLayerLine(soil_layer& layer, const std::vector<std::string>& tokens, in
 
 }  // namespace
 
-bool importSoilLayerText(tellura_soil& soil, const std::string& text, const std::string& path, std::string& errors) {
+bool readSoilLayerText(const std::string& text, const std::string& path, tellura_soil& soil, std::string& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the soil's layers as they were.
     tellura_soil read = soil;
@@ -96,10 +96,10 @@ bool importSoilLayerText(tellura_soil& soil, const std::string& text, const std:
     return true;
 }
 
-bool importSoilLayerFile(tellura_soil& soil, const std::string& path, std::string& errors) {
+bool readSoilLayerFile(const std::string& path, tellura_soil& soil, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
-    return importSoilLayerText(soil, text, path, errors);
+    return readSoilLayerText(text, path, soil, errors);
 }
 
 std::string soilsInText(const tellura_soil& soil, const std::vector<int>& targetBottoms) {

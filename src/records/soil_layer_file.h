@@ -19,8 +19,8 @@ constexpr int kSoilLayerLineLimit = 255;
 // at all, or a non-empty line after the 14th (each giving "ERROR, too many soil
 // layers in soil file \"%s\".\n") fails the import with a message naming the
 // line, and the soil is left exactly as it was.
-bool importSoilLayerFile(tellura_soil& soil, const std::string& path, std::string& errors);
-bool importSoilLayerText(tellura_soil& soil, const std::string& text, const std::string& path, std::string& errors);
+bool readSoilLayerFile(const std::string& path, tellura_soil& soil, std::string& errors);
+bool readSoilLayerText(const std::string& text, const std::string& path, tellura_soil& soil, std::string& errors);
 
 // The soil re-layered onto `targetBottoms` (layer bottoms in cm), one line per
 // target layer, in the same column order as the import reads.

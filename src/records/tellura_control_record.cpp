@@ -24,7 +24,7 @@ const table_columns& columns() {
 // Reads the one row of `table` with this ID into `target`; false (and the row
 // unchanged) when there is none or the table cannot be opened.
 enum class row_read { found, missing, unopened };
-row_read readOneRow(database& db, table_id table, int32_t id, table_record& target, db_status& status) {
+row_read loadOneRow(database& db, table_id table, int32_t id, table_record& target, db_status& status) {
     std::unique_ptr<rowset> rows = db.openTable(table, strprintf("ID = %ld", asLong(id)), "", status);
     if (!rows) return row_read::unopened;
     if (!rows->moveFirst().ok()) return row_read::missing;
@@ -44,7 +44,7 @@ constexpr const char* kDeleteDependentRows = "DELETE * FROM `%s` WHERE ID = %ld"
 
 // The row alone; false with `stop` set when the table cannot be opened, which
 // ends the whole write.
-bool writeControlRow(database& db, const control_record_row& row, int32_t id, std::string& errors, bool& stop) {
+bool saveControlRow(database& db, const control_record_row& row, int32_t id, std::string& errors, bool& stop) {
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
@@ -62,10 +62,10 @@ bool writeControlRow(database& db, const control_record_row& row, int32_t id, st
     return ok;
 }
 
-bool writeRecordSoil(database& db, int32_t soilId, const tellura_soils* soils, std::string& errors) {
+bool saveRecordSoil(database& db, int32_t soilId, const tellura_soils* soils, std::string& errors) {
     if (!soils) return true;
     const tellura_soil* soil = soils->find(soilId);
-    return soil ? writeSoil(*soil, db, errors) : true;
+    return soil ? saveSoil(db, *soil, errors) : true;
 }
 
 }  // namespace
@@ -86,9 +86,9 @@ std::string tellura_control_record::initialTree() const { return row.text(column
 
 // --- Site data -----------------------------------------------------------------
 
-bool readSiteData(database& db, int32_t id, site_data_row& site, std::string& errors) {
+bool loadSiteData(database& db, int32_t id, site_data_row& site, std::string& errors) {
     db_status status;
-    switch (readOneRow(db, table_id::site_data, id, site, status)) {
+    switch (loadOneRow(db, table_id::site_data, id, site, status)) {
         case row_read::found:
             return true;
         case row_read::missing:
@@ -101,7 +101,7 @@ bool readSiteData(database& db, int32_t id, site_data_row& site, std::string& er
     return false;
 }
 
-bool writeSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors) {
+bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteDependentRows, table_id::site_data, id, errors);
@@ -125,10 +125,10 @@ bool writeSiteData(database& db, int32_t id, const site_data_row& site, std::str
 
 // --- Whole record --------------------------------------------------------------
 
-bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors) {
+bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors) {
     db_status status;
     control_record_row row;
-    switch (readOneRow(db, table_id::control_records, id, row, status)) {
+    switch (loadOneRow(db, table_id::control_records, id, row, status)) {
         case row_read::unopened:
             errors += "ERROR, unable to open control record table.\n";
             appendStatusText(status, errors);
@@ -140,29 +140,29 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
             break;
     }
     record.row = row;
-    record.changeCount = readChangeCount(db, id);
-    bool ok = readSiteData(db, id, record.site, errors);
+    record.changeCount = loadChangeCount(db, id);
+    bool ok = loadSiteData(db, id, record.site, errors);
     record.site.setNumber(std::string_view("ID"), id);
     ok = loadEventBlocks(db, id, record.blocks, errors) && ok;
-    ok = readKeptValues(db, id, record.kept, errors) && ok;
-    ok = readRecordFiles(db, id, record.files, errors) && ok;
+    ok = loadKeptValues(db, id, record.kept, errors) && ok;
+    ok = loadRecordFiles(db, id, record.files, errors) && ok;
     record.modified = false;
     return ok;
 }
 
-bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors, const tellura_soils* soils) {
+bool saveControlRecord(database& db, tellura_control_record& record, std::string& errors, const tellura_soils* soils) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     const int32_t id = record.id();
     const int64_t changeCount = claimRecordSave(db, id, record.changeCount, errors);
     bool stop = false;
-    bool ok = writeControlRow(db, record.row, id, errors, stop);
+    bool ok = saveControlRow(db, record.row, id, errors, stop);
     if (stop) return false;  // the old record stays as it was
-    ok = writeSiteData(db, id, record.site, errors) && ok;
+    ok = saveSiteData(db, id, record.site, errors) && ok;
     ok = saveEventBlocks(db, id, record.blocks, errors) && ok;
-    ok = writeKeptValues(db, id, record.kept, errors) && ok;
-    ok = writeRecordFiles(db, id, record.files, errors) && ok;
-    ok = writeRecordSoil(db, record.soilId(), soils, errors) && ok;
+    ok = saveKeptValues(db, id, record.kept, errors) && ok;
+    ok = saveRecordFiles(db, id, record.files, errors) && ok;
+    ok = saveRecordSoil(db, record.soilId(), soils, errors) && ok;
     // Any part that failed leaves the whole record as it was stored before.
     if (!s.commitIf(ok)) return false;
     record.modified = false;
@@ -178,7 +178,7 @@ bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
         appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
         return false;
     }
-    bool ok = forgetRecordChanges(db, id, errors);
+    bool ok = deleteRecordChanges(db, id, errors);
     ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors) && ok;
     for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events, table_id::output,
                            table_id::output_annual, table_id::output_monthly, table_id::output_daily,

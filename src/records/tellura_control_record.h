@@ -66,7 +66,7 @@ public:
 // files). When the row is
 // missing or its table cannot be opened the record keeps its defaults; the
 // other parts are all read even when one of them fails.
-bool readControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
+bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
 // Replaces the record and everything stored under its ID, in one session: the
 // row, the site data, the blocks and events, the kept values and files, and
 // the record's soil when `soils` holds it. A failing step does not stop the
@@ -75,15 +75,15 @@ bool readControlRecord(database& db, int32_t id, tellura_control_record& record,
 // (which may store more under the ID) it all commits with that session.
 // Another save of the same record waits for this one; when someone else saved
 // the record since it was read, a warning says so and this save still wins whole.
-bool writeControlRecord(tellura_control_record& record, database& db, std::string& errors,
-                        const tellura_soils* soils = nullptr);
+bool saveControlRecord(database& db, tellura_control_record& record, std::string& errors,
+                       const tellura_soils* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,
 // events, outputs), in one session. A record that is not there is an error.
 bool deleteControlRecord(database& db, int32_t id, std::string& errors);
 
 // The site data row alone.
-bool readSiteData(database& db, int32_t id, site_data_row& site, std::string& errors);
-bool writeSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors);
+bool loadSiteData(database& db, int32_t id, site_data_row& site, std::string& errors);
+bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors);
 
 // The text form of a record (the clipboard's plain text); the output code
 // appends the record's annual outputs to it. Empty when the record's weather

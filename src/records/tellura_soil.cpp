@@ -267,13 +267,13 @@ bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
 
 }  // namespace
 
-bool deleteSoil(int32_t soilId, database& db, std::string& errors) {
+bool deleteSoil(database& db, int32_t soilId, std::string& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     return unit.commitIf(deleteSoilRows(soilId, db, errors));
 }
 
-bool writeSoil(const tellura_soil& soil, database& db, std::string& errors) {
+bool saveSoil(database& db, const tellura_soil& soil, std::string& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     bool ok = deleteSoilRows(soil.soilId(), db, errors);

@@ -135,8 +135,8 @@ public:
 
 // Replaces the soil's `Soils` row and its `Soil Layers` rows in one session;
 // after any failure nothing of it is kept.
-bool writeSoil(const tellura_soil& soil, database& db, std::string& errors);
+bool saveSoil(database& db, const tellura_soil& soil, std::string& errors);
 // Removes the soil's `Soils` row and its `Soil Layers` rows in one session.
-bool deleteSoil(int32_t soilId, database& db, std::string& errors);
+bool deleteSoil(database& db, int32_t soilId, std::string& errors);
 
 }  // namespace sb

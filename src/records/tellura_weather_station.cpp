@@ -453,7 +453,7 @@ float weather_month_record::*monthlySeries(std::string_view keyword) {
 
 }  // namespace
 
-bool importMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
+bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
@@ -507,11 +507,11 @@ bool importMonthlyWeatherFile(const std::string& path, tellura_weather_station& 
     return true;
 }
 
-bool importDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
+bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
-    return importDailyWeatherText(text, path, station, errors);
+    return readDailyWeatherText(text, path, station, errors);
 }
 
 namespace {
@@ -533,8 +533,8 @@ bool validDate(double day, double month) { return month >= 1 && month < 13 && da
 
 }  // namespace
 
-bool importDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& target,
-                            std::string& errors) {
+bool readDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& target,
+                          std::string& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the station's history as it was.
     tellura_weather_station station = target;

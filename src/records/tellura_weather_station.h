@@ -91,12 +91,12 @@ bool saveDailyHistory(database& db, const tellura_weather_station& station, std:
 // --- Weather files -----------------------------------------------------------
 
 // The model's monthly weather file: "prec 1990 v1 .. v12", "tmin ...", "tmax ...".
-bool importMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
+bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
 // The model's daily weather file: day, month, year, day of year, tmax, tmin,
 // precipitation, then optionally solar radiation, relative humidity, wind speed.
-bool importDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
-bool importDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& station,
-                            std::string& errors);
+bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
+bool readDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& station,
+                          std::string& errors);
 
 // --- Text form -----------------------------------------------------------------
 

@@ -268,7 +268,7 @@ bool record_runner::collect(tellura_control_record& record, tellura_outputs& out
         if (ok && version != kTellura4Agricultural && !listFileIsNew(folder, errors)) ok = false;
         reportSkippedNames(console, *profile, errors);
     }
-    if (!readOutputs(record, outputs, folder, *profile, errors)) ok = false;
+    if (!loadOutputs(record, outputs, folder, *profile, errors)) ok = false;
     if (outputs.empty()) {
         errors += "ERROR, no output was read from the model's output files: the run failed.\n";
         ok = false;
@@ -295,7 +295,7 @@ run_state record_runner::run(tellura_control_record& record, tellura_outputs& ou
     return programsGood ? run_state::failed : programs;
 }
 
-bool record_runner::readOutputs(const tellura_control_record& record, tellura_outputs& outputs,
+bool record_runner::loadOutputs(const tellura_control_record& record, tellura_outputs& outputs,
                                 const std::string& runDirectory, const release_profile& profile,
                                 std::string& errors) const {
     const int version = settings_.version;
@@ -333,7 +333,7 @@ bool record_runner::keepDailyFiles(const tellura_control_record& record, const s
     int first = settings_.saveDailyFirstYear, last = settings_.saveDailyLastYear;
     if (settings_.version != kDiurna45 || first > last || settings_.outputPath.empty()) return true;
     keepToSimulatedYears(record, first, last, errors);
-    return saveDailyFiles(runFolder, dailyOutputFolder(), settings_.outputPrefix, first, last, errors);
+    return moveDailyFiles(runFolder, dailyOutputFolder(), settings_.outputPrefix, first, last, errors);
 }
 
 // The shipped default output path is a Windows folder at the root of drive C:

@@ -75,7 +75,7 @@ public:
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
 
 private:
-    bool readOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
+    bool loadOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
                      const release_profile& profile, std::string& errors) const;
     // The daily-step release's daily files of the chosen years, into the output folder.
     bool keepDailyFiles(const tellura_control_record& record, const std::string& runFolder, std::string& errors) const;

@@ -216,7 +216,7 @@ bool run_controller::checkPrograms(std::string& errors) const {
 bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors) {
     if (!checkPrograms(errors)) return false;
     if (!loaded_) loadProjectData(errors);
-    if (!readControlRecord(db_, id, record, errors)) return false;
+    if (!loadControlRecord(db_, id, record, errors)) return false;
     return checkRecord(record, errors);
 }
 
@@ -297,7 +297,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
         bool stored = false;
         {
             store_session s(db_, storeErrors);
-            stored = s.ok() && s.commitIf(storeOutputs(db_, record.id(), outputs, storeErrors) &&
+            stored = s.ok() && s.commitIf(saveOutputs(db_, record.id(), outputs, storeErrors) &&
                                           replaceRunHistory(db_, startedEntry, entry, storeErrors) &&
                                           (!alsoInStore || alsoInStore(storeErrors)));
         }
@@ -436,7 +436,7 @@ std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blo
 
     tellura_control_record record;
     std::string recordErrors;
-    if (!readControlRecord(db_, id, record, recordErrors)) {
+    if (!loadControlRecord(db_, id, record, recordErrors)) {
         errors += recordErrors;
         return "its record cannot be read";
     }
@@ -531,7 +531,7 @@ std::unique_ptr<run_controller::pending_record> run_controller::checkNextRecord(
     p->id = row.second;
     set.observer.progressText(
         strprintf("Running TELLURA #%ld Record=%ld ID=%ld", p->runNumber, p->position, static_cast<long>(p->id)));
-    readControlRecord(db_, p->id, p->record, p->precheckMessages);
+    loadControlRecord(db_, p->id, p->record, p->precheckMessages);
     if (!set.options.blockOrder.empty()) {
         run_choices choice;
         choice.blockOrder = set.options.blockOrder;

@@ -220,7 +220,7 @@ public:
         };
         bool ok = false;
         tellura_control_record record;
-        if (readControlRecord(db_, task.entry.id, record, errors_)) {
+        if (loadControlRecord(db_, task.entry.id, record, errors_)) {
             run_choices choices;
             choices.blockOrder = task.order.blockOrder;
             record_runner::applyBlockChoice(record, choices);

@@ -65,7 +65,7 @@ dialog_event_blocks::dialog_event_blocks(database& db, int32_t recordId, int ver
     : QDialog(parent), db_(db), recordId_(recordId), version_(version) {
     setWindowTitle(QStringLiteral("Event Blocks of Record %1").arg(recordId));
     std::string errors;
-    changeCount_ = readChangeCount(db, recordId);
+    changeCount_ = loadChangeCount(db, recordId);
     loadEventBlocks(db, recordId, blocks_, errors);
     options_.loadAll(db, errors);
     loadWeatherStations(db, stations_, errors);

@@ -140,7 +140,7 @@ bool dialog_soil_editor::deleteSoil(int index, std::string& errors) {
 bool dialog_soil_editor::importLayerFile(const QString& path, std::string& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
     layer_ = -1;  // the layers shown are replaced
-    const bool ok = importSoilLayerFile(soils_.soils[static_cast<size_t>(soil_)], path.toStdString(), errors);
+    const bool ok = readSoilLayerFile(path.toStdString(), soils_.soils[static_cast<size_t>(soil_)], errors);
     edits_.change(soil_);
     fillLayers(0);  // also after an error: the layers read before it are kept
     return ok;
@@ -267,8 +267,8 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
 
 bool dialog_soil_editor::save(database& db, std::string& errors) {
     return edits_.save(
-        db, [&](int32_t id, std::string& e) { return sb::deleteSoil(id, db, e); },
-        [&](int index, int, std::string& e) { return writeSoil(soils_.soils[static_cast<size_t>(index)], db, e); },
+        db, [&](int32_t id, std::string& e) { return sb::deleteSoil(db, id, e); },
+        [&](int index, int, std::string& e) { return saveSoil(db, soils_.soils[static_cast<size_t>(index)], e); },
         errors);
 }
 

@@ -180,8 +180,8 @@ bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily,
     tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     // A file that does not read cleanly changes nothing of the station's history.
     tellura_weather_station read = s;
-    const bool ok = daily ? importDailyWeatherFile(path.toStdString(), read, errors)
-                          : importMonthlyWeatherFile(path.toStdString(), read, errors);
+    const bool ok = daily ? readDailyWeatherFile(path.toStdString(), read, errors)
+                          : readMonthlyWeatherFile(path.toStdString(), read, errors);
     if (!ok) return false;
     s = std::move(read);
     edits_.change(s.id, daily ? kDailyHistory : kMonthlyHistory);

@@ -277,7 +277,7 @@ view_output* main_window::showOutputViewWithData() {
     if (!doc_ || doc_->currentRow() < 0) return nullptr;
     tellura_outputs outputs;
     std::string errors;
-    if (!readOutputs(doc_->db(), doc_->currentId(), outputs, errors)) return nullptr;
+    if (!loadOutputs(doc_->db(), doc_->currentId(), outputs, errors)) return nullptr;
     if (!outputs.annual.empty()) return showOutputView(static_cast<int>(table_id::output_annual));
     if (outputs.monthlyCount() > 0) return showOutputView(static_cast<int>(table_id::output_monthly));
     if (!outputs.daily.empty()) return showOutputView(static_cast<int>(table_id::output_daily));
@@ -469,7 +469,7 @@ void main_window::copyRecord() {
     recordCommand(QStringLiteral("Errors"), [this](std::string& errors) {
         tellura_control_record record;
         tellura_outputs outputs;
-        if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
+        if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
         tellura_weather_stations stations;
         loadWeatherStations(doc_->db(), stations, errors);
         auto items = record_clipboard::makeItems(record, stations);
@@ -533,7 +533,7 @@ void main_window::deleteRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     std::string errors;
     tellura_control_record record;
-    readControlRecord(doc_->db(), doc_->currentId(), record, errors);
+    loadControlRecord(doc_->db(), doc_->currentId(), record, errors);
     const QString question =
         QString::fromStdString(strprintf("Delete record, ID = %ld?", static_cast<long>(doc_->currentId())));
     if (QMessageBox::question(this, QStringLiteral("Delete"), question, QMessageBox::Yes | QMessageBox::No,

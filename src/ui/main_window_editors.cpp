@@ -34,7 +34,7 @@ void main_window::editRecord() {
     std::string errors;
     tellura_control_record record;
     tellura_outputs outputs;
-    if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) {
+    if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) {
         showErrorsIfAny(this, errors);
         return;
     }
@@ -47,7 +47,7 @@ void main_window::editRecord() {
     }
     recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
         e += errors;
-        writeControlRecordWithOutputs(record, outputs, doc_->db(), e);
+        saveControlRecordWithOutputs(doc_->db(), record, outputs, e);
     });
     std::string ignored;
     doc_->moveToId(record.id(), ignored);

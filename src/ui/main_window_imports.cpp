@@ -34,7 +34,7 @@ namespace {
 // "ERROR, weather station %ld not found.\n" when the project has none of that ID.
 tellura_weather_station* currentStation(doc_soilbench& doc, tellura_weather_stations& stations, std::string& errors) {
     tellura_control_record record;
-    if (!readControlRecord(doc.db(), doc.currentId(), record, errors)) return nullptr;
+    if (!loadControlRecord(doc.db(), doc.currentId(), record, errors)) return nullptr;
     loadWeatherStations(doc.db(), stations, errors);
     tellura_weather_station* station = stations.find(record.weatherId());
     if (!station) appendf(errors, "ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
@@ -96,11 +96,11 @@ void main_window::importWeatherHistory(const QString& title, bool daily) {
         // The file adds to the history already stored for the station.
         if (daily) {
             loadDailyHistory(doc_->db(), *station, errors);
-            if (importDailyWeatherFile(path.toStdString(), *station, errors))
+            if (readDailyWeatherFile(path.toStdString(), *station, errors))
                 saveDailyHistory(doc_->db(), *station, errors);
         } else {
             loadMonthlyHistory(doc_->db(), *station, errors);
-            if (importMonthlyWeatherFile(path.toStdString(), *station, errors))
+            if (readMonthlyWeatherFile(path.toStdString(), *station, errors))
                 saveMonthlyHistory(doc_->db(), *station, errors);
         }
     });
@@ -128,7 +128,7 @@ void main_window::copyOutputToInput() {
     recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
         tellura_control_record record;
         tellura_outputs outputs;
-        if (!readControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
+        if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
         // Annual values when the run stored them, else the last month's.
         std::string annualMessages;
         const bool siteCopied = copyAnnualOutputToInput(outputs, record, annualMessages) ||
@@ -139,9 +139,9 @@ void main_window::copyOutputToInput() {
             tellura_soils soils;
             soils.load(doc_->db(), errors);
             tellura_soil* soil = soils.find(record.soilId());
-            if (fillSoilFromOutput(outputs, soil, errors)) writeSoil(*soil, doc_->db(), errors);
+            if (fillSoilFromOutput(outputs, soil, errors)) saveSoil(doc_->db(), *soil, errors);
         }
-        if (siteCopied) writeControlRecordWithOutputs(record, outputs, doc_->db(), errors);
+        if (siteCopied) saveControlRecordWithOutputs(doc_->db(), record, outputs, errors);
     });
 }
 

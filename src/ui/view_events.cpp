@@ -37,7 +37,7 @@ void view_events::reload() {
     if (doc_.currentRow() < 0) return;
     tellura_control_record record;
     std::string errors;
-    if (!readControlRecord(doc_.db(), doc_.currentId(), record, errors)) return;
+    if (!loadControlRecord(doc_.db(), doc_.currentId(), record, errors)) return;
     for (const tellura_event_block& block : record.blocks) {
         auto* b = new QTreeWidgetItem(tree_);
         b->setText(0, QStringLiteral("%1: %2").arg(block.blockNumber).arg(QString::fromStdString(block.description)));

@@ -156,7 +156,7 @@ void view_output::reload() {
     if (doc_.currentRow() >= 0) {
         tellura_control_record record;
         // Outputs that could not all be read are not shown in part.
-        if (!readControlRecordWithOutputs(doc_.db(), doc_.currentId(), record, outputs_, errors)) outputs_.clear();
+        if (!loadControlRecordWithOutputs(doc_.db(), doc_.currentId(), record, outputs_, errors)) outputs_.clear();
     }
     std::vector<table_record> rows;
     for (const table_record* row : outputRows(outputs_, table_)) rows.push_back(*row);

@@ -11,7 +11,7 @@ void addDemoCopies(const std::string& path, int count, int lengths, const std::v
     auto db = sb::database::open(path, errors);
     ASSERT_TRUE(db) << errors;
     sb::tellura_control_record base;
-    ASSERT_TRUE(sb::readControlRecord(*db, 2, base, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(*db, 2, base, errors)) << errors;
     for (int n = 0; n < count; ++n) {
         sb::tellura_control_record record = base;
         record.setId(101 + n);
@@ -21,7 +21,7 @@ void addDemoCopies(const std::string& path, int count, int lengths, const std::v
                 if (event.type == sb::kEventFert && !fertilizers.empty())
                     event.item = fertilizers[static_cast<size_t>(n) % fertilizers.size()];
         }
-        ASSERT_TRUE(sb::writeControlRecord(record, *db, errors)) << errors;
+        ASSERT_TRUE(sb::saveControlRecord(*db, record, errors)) << errors;
     }
 }
 

@@ -36,7 +36,7 @@ struct project_state {
 sb::tellura_control_record demoRecord(sb::database& db) {
     sb::tellura_control_record record;
     std::string errors;
-    EXPECT_TRUE(sb::readControlRecord(db, 2, record, errors)) << errors;
+    EXPECT_TRUE(sb::loadControlRecord(db, 2, record, errors)) << errors;
     return record;
 }
 

@@ -102,7 +102,7 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
 }  // namespace
 
 bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, std::string& errors) {
-    if (!readControlRecord(db, id, setup.record, errors)) return false;
+    if (!loadControlRecord(db, id, setup.record, errors)) return false;
     setup.soils.load(db, errors);
     loadWeatherStations(db, setup.stations, errors);
     for (tellura_weather_station& station : setup.stations.stations) loadDailyHistory(db, station, errors);

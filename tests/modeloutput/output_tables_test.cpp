@@ -46,13 +46,13 @@ TEST_F(OutputTables, MissingValuesStayMissingAndAStoreReplacesOnlyThatRecordsRow
         out.annualFor(year).setNumber("agcacc", 0);
     }
     std::string errors;
-    ASSERT_TRUE(storeOutputs(*db, 7, out, errors) && storeOutputs(*db, 9, out, errors)) << errors;
-    ASSERT_TRUE(storeOutputs(*db, 7, none, errors)) << errors;
+    ASSERT_TRUE(saveOutputs(*db, 7, out, errors) && saveOutputs(*db, 9, out, errors)) << errors;
+    ASSERT_TRUE(saveOutputs(*db, 7, none, errors)) << errors;
     EXPECT_EQ(errors, "");
     tellura_outputs back;
-    ASSERT_TRUE(readOutputs(*db, 7, back, errors));
+    ASSERT_TRUE(loadOutputs(*db, 7, back, errors));
     EXPECT_TRUE(back.empty());
-    ASSERT_TRUE(readOutputs(*db, 9, back, errors));
+    ASSERT_TRUE(loadOutputs(*db, 9, back, errors));
     ASSERT_EQ(back.annual.size(), 2u);
     const annual_output& y1991 = back.annual[1];  // in year order
     EXPECT_EQ(y1991.year(), 1991);
@@ -74,7 +74,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     out.daily[0].setYearDay(1990, 5);
     out.daily[1].setYearDay(1990, 5);
     std::string errors;
-    ASSERT_TRUE(storeOutputs(*db, 3, out, errors));
+    ASSERT_TRUE(saveOutputs(*db, 3, out, errors));
     const std::string annualWarning =
         "WARNING, duplicate year cannot be inserted into table [Output Annual] ID=3 Year=1990\n";
     const std::string dailyWarning =
@@ -85,7 +85,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
                           dailyWarning + violated +
                           "UNIQUE constraint failed: Output Daily.ID, Output Daily.Year, Output Daily.Julian Day\n");
     tellura_outputs back;
-    ASSERT_TRUE(readOutputs(*db, 3, back, errors));
+    ASSERT_TRUE(loadOutputs(*db, 3, back, errors));
     ASSERT_EQ(back.annual.size(), 2u);
     EXPECT_FLOAT_EQ(cell(back.annual[0], "somsc"), 1.0f);
     EXPECT_EQ(back.daily.size(), 1u);
@@ -96,7 +96,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     months.monthly[190][0].setYearMonth(1990, 4);
     months.monthly[190][1].setYearMonth(1990, 4);
     errors.clear();
-    ASSERT_TRUE(storeOutputs(*db, 3, months, errors));
+    ASSERT_TRUE(saveOutputs(*db, 3, months, errors));
     EXPECT_EQ(errors.rfind(
                   "WARNING, duplicate year cannot be inserted into table [Output Monthly] ID=3 Year=1990 Month=4\n", 0),
               0u)
@@ -107,7 +107,7 @@ TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs)
     tellura_outputs earlier;
     earlier.annualFor(1980);
     std::string errors;
-    ASSERT_TRUE(storeOutputs(*db, 4, earlier, errors)) << errors;
+    ASSERT_TRUE(saveOutputs(*db, 4, earlier, errors)) << errors;
     tellura_outputs out;
     out.annualFor(1990);
     out.annualFor(40000);  // beyond a SMALLINT year
@@ -115,13 +115,13 @@ TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs)
     out.soilLayers.resize(2);
     out.soilLayers[0].setNumber(1, 1);
     out.soilLayers[1].setNumber(1, 1);  // layers have no duplicate warning
-    EXPECT_FALSE(storeOutputs(*db, 4, out, errors));
+    EXPECT_FALSE(saveOutputs(*db, 4, out, errors));
     EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"), std::string::npos)
         << errors;
     EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"), std::string::npos)
         << errors;
     tellura_outputs back;
-    ASSERT_TRUE(readOutputs(*db, 4, back, errors));
+    ASSERT_TRUE(loadOutputs(*db, 4, back, errors));
     ASSERT_EQ(back.annual.size(), 1u);
     EXPECT_EQ(back.annual[0].year(), 1980);
     EXPECT_TRUE(back.soilLayers.empty());
@@ -134,9 +134,9 @@ TEST_F(OutputTables, ReadBackKeepsFourteenSoilLayers) {
         out.soilLayers.back().setNumber(1, layer);
     }
     std::string errors;
-    ASSERT_TRUE(storeOutputs(*db, 5, out, errors)) << errors;
+    ASSERT_TRUE(saveOutputs(*db, 5, out, errors)) << errors;
     tellura_outputs back;
-    EXPECT_FALSE(readOutputs(*db, 5, back, errors));
+    EXPECT_FALSE(loadOutputs(*db, 5, back, errors));
     EXPECT_EQ(errors, "ERROR, too many soil layers in table [Output Soil Layers]");
     EXPECT_EQ(back.soilLayers.size(), 14u);
 }

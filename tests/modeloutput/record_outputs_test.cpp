@@ -40,16 +40,16 @@ TEST(RecordOutputs, ReadAndPasteStopAtAnUnreadableOutputStore) {
     ASSERT_TRUE(db);
     std::string errors;
     tellura_control_record r = plot(42);
-    ASSERT_TRUE(writeControlRecord(r, *db, errors));
+    ASSERT_TRUE(saveControlRecord(*db, r, errors));
     substitute_store unreadable(
         {nullptr, [](database&, int32_t, tellura_outputs&, std::string& e) { return failWith(e, "READ FAILED\n"); }});
     tellura_control_record read;
     tellura_outputs outputs;
-    EXPECT_FALSE(readControlRecordWithOutputs(*db, 42, read, outputs, errors));
+    EXPECT_FALSE(loadControlRecordWithOutputs(*db, 42, read, outputs, errors));
     EXPECT_EQ(read.description(), "Plot 42");  // the record itself is read
     EXPECT_EQ(errors, "READ FAILED\n");
     errors.clear();
     EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors));
     EXPECT_EQ(errors, "READ FAILED\n");
-    EXPECT_FALSE(readControlRecord(*db, 43, read, errors));
+    EXPECT_FALSE(loadControlRecord(*db, 43, read, errors));
 }

@@ -158,7 +158,7 @@ TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {
     sbtest::temp_dir run, out;
     for (const char* name : {"daily.out", "nflux.out", "summary.out"}) sbtest::writeFile(run.file(name), name);
     std::string errors;
-    ASSERT_TRUE(saveDailyFiles(run.path(), out.path(), "siteA_", 1995, 1996, errors)) << errors;
+    ASSERT_TRUE(moveDailyFiles(run.path(), out.path(), "siteA_", 1995, 1996, errors)) << errors;
     EXPECT_EQ(errors, "");
     EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_daily.out")), "daily.out");
     EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_summary.out")), "summary.out");
@@ -170,7 +170,7 @@ TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {
     // A file where the year's folder should be: the message names it.
     sbtest::writeFile(run.file("daily.out"), "again");
     sbtest::writeFile(out.file("0007"), "in the way");
-    EXPECT_FALSE(saveDailyFiles(run.path(), out.path(), "", 7, 7, errors));
+    EXPECT_FALSE(moveDailyFiles(run.path(), out.path(), "", 7, 7, errors));
     EXPECT_EQ(errors.rfind("ERROR, unable to make folder \"" + out.file("0007") + "\": ", 0), 0u) << errors;
     EXPECT_TRUE(std::filesystem::exists(run.file("daily.out")));  // nothing lost
 }

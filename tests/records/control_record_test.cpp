@@ -47,9 +47,9 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     soils.soils[0].setNumber(0, 1);
     soils.soils[0].setText(1, "Loam");
     soils.soils[1].setNumber(0, 2);
-    ASSERT_TRUE(writeControlRecord(written, project.db(), errors, &soils)) << errors;
+    ASSERT_TRUE(saveControlRecord(project.db(), written, errors, &soils)) << errors;
     EXPECT_FALSE(written.modified);
-    ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
+    ASSERT_TRUE(loadControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.row, written.row);
     EXPECT_EQ(read.site, written.site);
     EXPECT_EQ(read.blocks, written.blocks);
@@ -65,13 +65,13 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     tellura_control_record second;
     second.setId(42);
     second.row.setText("Description", "Replaced");
-    ASSERT_TRUE(writeControlRecord(second, project.db(), errors)) << errors;
-    ASSERT_TRUE(readControlRecord(project.db(), 42, read, errors)) << errors;
+    ASSERT_TRUE(saveControlRecord(project.db(), second, errors)) << errors;
+    ASSERT_TRUE(loadControlRecord(project.db(), 42, read, errors)) << errors;
     EXPECT_EQ(read.description(), "Replaced");
     EXPECT_EQ(read.blocks.size(), 1u);
 
     tellura_control_record other = sampleRecord(2);
-    ASSERT_TRUE(writeControlRecord(other, project.db(), errors));
+    ASSERT_TRUE(saveControlRecord(project.db(), other, errors));
     ASSERT_TRUE(deleteControlRecord(project.db(), 42, errors)) << errors;
     for (table_id table : {table_id::site_data, table_id::event_blocks, table_id::events}) {
         db_status status;
@@ -79,18 +79,18 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
         ASSERT_TRUE(rows);
         EXPECT_TRUE(rows->moveFirst().endOfRowset()) << tableName(table);
     }
-    ASSERT_TRUE(readControlRecord(project.db(), 2, read, errors)) << errors;
+    ASSERT_TRUE(loadControlRecord(project.db(), 2, read, errors)) << errors;
     EXPECT_EQ(read.blocks, other.blocks);
 
     // A record not there, or whose site row is gone, leaves what was read as it was.
     read.row.setText("Description", "Edited");
     tellura_control_record expected = read;
-    EXPECT_FALSE(readControlRecord(project.db(), 42, read, errors));
+    EXPECT_FALSE(loadControlRecord(project.db(), 42, read, errors));
     EXPECT_EQ(errors, "ERROR, can't find record, ID=42, in [Control Records].\n");
     EXPECT_EQ(read.row, expected.row);
     project.db().execute("DELETE * FROM `Site Data` WHERE ID = 2");
     errors.clear();
-    EXPECT_FALSE(readControlRecord(project.db(), 2, read, errors));
+    EXPECT_FALSE(loadControlRecord(project.db(), 2, read, errors));
     EXPECT_EQ(errors, "Error, no matching records in Site table\n");
 }
 
@@ -108,19 +108,19 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
         SB_REQUIRE_PROJECT(project);
         tellura_control_record before = sampleRecord(9), r = sampleRecord(9);
         std::string errors;
-        ASSERT_TRUE(writeControlRecord(before, project.db(), errors)) << errors;
+        ASSERT_TRUE(saveControlRecord(project.db(), before, errors)) << errors;
         project.dropTable(c.dropped);
         r.row.setText("Description", "Changed");
         r.site.setNumber("SIRRI", 4);
         r.blocks.pop_back();
-        EXPECT_FALSE(writeControlRecord(r, project.db(), errors));
+        EXPECT_FALSE(saveControlRecord(project.db(), r, errors));
         EXPECT_TRUE(errors.starts_with(c.message)) << errors;
         errors.clear();
         site_data_row site;
-        ASSERT_TRUE(readSiteData(project.db(), 9, site, errors)) << errors;
+        ASSERT_TRUE(loadSiteData(project.db(), 9, site, errors)) << errors;
         EXPECT_EQ(site, before.site);  // the site row was not replaced
         tellura_control_record read;
-        const bool readable = readControlRecord(project.db(), 9, read, errors);
+        const bool readable = loadControlRecord(project.db(), 9, read, errors);
         if (c.dropped == table_id::event_blocks) {
             EXPECT_EQ(read.row, before.row);  // the row written before the failing part is rolled back
             continue;

@@ -30,7 +30,7 @@ tellura_soil heldSoil() {
     tellura_soil soil;
     soil.setSoilId(4);
     std::string errors;
-    EXPECT_TRUE(importSoilLayerText(soil, "0 10 1.3 0.3 0.1\n10 25 1.4 0.3 0.1\n", "held.in", errors)) << errors;
+    EXPECT_TRUE(readSoilLayerText("0 10 1.3 0.3 0.1\n10 25 1.4 0.3 0.1\n", "held.in", soil, errors)) << errors;
     return soil;
 }
 
@@ -91,13 +91,13 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
         bool imported = false;
         switch (bad.into) {
             case target::daily:
-                imported = importDailyWeatherText(bad.text, "f", station, messages);
+                imported = readDailyWeatherText(bad.text, "f", station, messages);
                 break;
             case target::monthly:
-                imported = importMonthlyWeatherFile(path, station, messages);
+                imported = readMonthlyWeatherFile(path, station, messages);
                 break;
             case target::soil:
-                imported = importSoilLayerText(soil, bad.text, "f", messages);
+                imported = readSoilLayerText(bad.text, "f", soil, messages);
                 break;
         }
         EXPECT_FALSE(imported);

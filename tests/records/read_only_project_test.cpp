@@ -25,7 +25,7 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
         tellura_control_record record;
         tellura_omad_list omad;
         omad.addRecord("M");
-        ASSERT_TRUE(writeControlRecord(record, project.db(), errors) && omad.saveToDatabase(project.db(), errors));
+        ASSERT_TRUE(saveControlRecord(project.db(), record, errors) && omad.saveToDatabase(project.db(), errors));
         project.close();
         std::filesystem::copy_file(project.path(), path);
     }
@@ -40,9 +40,9 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
         std::function<bool(std::string&)> save;
         const char* lineEnd;  // of the session message: the crop list's ends as the records' do
     } cases[] = {
-        {"control record save", [&](std::string& e) { return writeControlRecord(record, *db, e); }, "\n"},
+        {"control record save", [&](std::string& e) { return saveControlRecord(*db, record, e); }, "\n"},
         {"control record delete", [&](std::string& e) { return deleteControlRecord(*db, 1, e); }, "\n"},
-        {"soil save", [&](std::string& e) { return writeSoil(soil, *db, e); }, "\n"},
+        {"soil save", [&](std::string& e) { return saveSoil(*db, soil, e); }, "\n"},
         {"crop list save", [&](std::string& e) { return list_tellura_crops().saveToDatabase(*db, e); }, "\n"},
         {"omad list save", [&](std::string& e) { return tellura_omad_list().saveToDatabase(*db, e); }, "\r\n"},
     };
@@ -52,7 +52,7 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
         EXPECT_EQ(errors, std::string("ERROR, unable to create session on database.") + c.lineEnd + reason) << c.what;
     }
     tellura_omad_list omad;
-    ASSERT_TRUE(omad.loadFromDatabase(*db, errors) && readControlRecord(*db, 1, record, errors)) << errors;
+    ASSERT_TRUE(omad.loadFromDatabase(*db, errors) && loadControlRecord(*db, 1, record, errors)) << errors;
     EXPECT_EQ(omad.size(), 1u);  // the saved list and record are still there
 }
 

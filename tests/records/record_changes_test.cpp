@@ -34,7 +34,7 @@ void edit(tellura_control_record& record, const std::string& description, int bl
 tellura_control_record readRecord(database& db, int32_t id) {
     tellura_control_record record;
     std::string errors;
-    EXPECT_TRUE(readControlRecord(db, id, record, errors)) << errors;
+    EXPECT_TRUE(loadControlRecord(db, id, record, errors)) << errors;
     return record;
 }
 
@@ -43,7 +43,7 @@ void addRecordOne(database& db) {
     tellura_control_record record;
     std::string errors;
     ASSERT_EQ(record.id(), 1);
-    ASSERT_TRUE(writeControlRecord(record, db, errors)) << errors;
+    ASSERT_TRUE(saveControlRecord(db, record, errors)) << errors;
 }
 
 std::unique_ptr<database> openAgain(const records_project& project) {
@@ -72,7 +72,7 @@ TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
         edit(theirs, "theirs", 4);
         {
             session unit(*db);
-            EXPECT_TRUE(writeControlRecord(theirs, *db, errors)) << errors;
+            EXPECT_TRUE(saveControlRecord(*db, theirs, errors)) << errors;
             holding = true;
             std::this_thread::sleep_for(std::chrono::milliseconds(400));
             committedAt = now();
@@ -82,7 +82,7 @@ TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     while (!holding) std::this_thread::yield();
     edit(mine, "mine", 2);
     std::string errors;
-    EXPECT_TRUE(writeControlRecord(mine, project.db(), errors)) << errors;
+    EXPECT_TRUE(saveControlRecord(project.db(), mine, errors)) << errors;
     const double savedAt = now();
     other.join();
     EXPECT_GE(savedAt, committedAt.load()) << "the second save went ahead while the first was open";

@@ -76,7 +76,7 @@ void fillSource(database& db) {
 long count(database& db, table_id table) {
     std::vector<table_record> rows;
     std::string errors;
-    readRows(db, table, "", rows, errors);
+    loadRows(db, table, "", rows, errors);
     return static_cast<long>(rows.size());
 }
 
@@ -130,7 +130,7 @@ TEST_F(SiteArchiveTest, ClashingIdsMoveToFreeOnesAndSameOptionsAreKept) {
               "Imported 1 record from \"" +
                   file + "\".\n");
     site_archive_content back;
-    ASSERT_TRUE(collectFromProject(target.db(), "[ID] = 6", false, back, errors)) << errors;
+    ASSERT_TRUE(loadSiteArchiveContent(target.db(), "[ID] = 6", false, back, errors)) << errors;
     const table_record& row = back.find(table_id::control_records)->rows.at(0);
     EXPECT_EQ(row.integer(row.column("Soil ID")), 4);
     EXPECT_EQ(row.integer(row.column("Weather ID")), 3);

@@ -21,7 +21,7 @@ TEST(SoilSampleFiles, Release2008LayoutIsOursWithCrLf) {
         if (c != '\r') lf += c;
     tellura_soil soil;
     std::string errors;
-    ASSERT_TRUE(importSoilLayerFile(soil, path, errors));
+    ASSERT_TRUE(readSoilLayerFile(path, soil, errors));
     EXPECT_EQ(soilsInText(soil, soil.layerDepths()), lf);
     EXPECT_NE(sample, lf);
 }

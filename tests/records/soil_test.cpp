@@ -130,7 +130,7 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     sbtest::writeFile(dir.file("in.txt"), kTwoLayers);
     tellura_soil soil;
     std::string errors;
-    ASSERT_TRUE(importSoilLayerFile(soil, dir.file("in.txt"), errors)) << errors;
+    ASSERT_TRUE(readSoilLayerFile(dir.file("in.txt"), soil, errors)) << errors;
     ASSERT_EQ(soil.layerCount, 2);
     EXPECT_EQ(soil.layers[1].depth(), 30);
     const std::pair<soil_layer_column, float> second[] = {{kLayerBulkDensity, 1.45f},
@@ -167,12 +167,12 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     soil.setNumber(kSoilSwFlag, 2);
     tellura_soil other = soilWithDepths("Clay", {20});
     other.setSoilId(8);
-    ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
-    ASSERT_TRUE(writeSoil(other, project.db(), errors)) << errors;
+    ASSERT_TRUE(saveSoil(project.db(), soil, errors)) << errors;
+    ASSERT_TRUE(saveSoil(project.db(), other, errors)) << errors;
 
     std::string dropped;
     soil.deleteLayer(0, dropped);
-    ASSERT_TRUE(writeSoil(soil, project.db(), errors)) << errors;
+    ASSERT_TRUE(saveSoil(project.db(), soil, errors)) << errors;
 
     tellura_soils list;
     ASSERT_TRUE(list.load(project.db(), errors)) << errors;
@@ -207,7 +207,7 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
 
 TEST_F(SoilStorage, MissingTablesAreReported) {
     project.dropTable(table_id::soil_layers);
-    EXPECT_FALSE(writeSoil(soilWithDepths("Loam", {15}), project.db(), errors));
+    EXPECT_FALSE(saveSoil(project.db(), soilWithDepths("Loam", {15}), errors));
     EXPECT_EQ(errors, "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
     errors.clear();
     tellura_soils list;
@@ -234,10 +234,10 @@ TEST(SoilSaveFaults, ARefusedRowKeepsTheStoredSoil) {
         records_project project;
         SB_REQUIRE_PROJECT(project);
         std::string errors;
-        ASSERT_TRUE(writeSoil(soilWithDepths("Loam", {10, 20}), project.db(), errors)) << errors;
+        ASSERT_TRUE(saveSoil(project.db(), soilWithDepths("Loam", {10, 20}), errors)) << errors;
         tellura_soil soil = soilWithDepths("Clay", {15, 30, 45});
         c.spoil(soil);
-        EXPECT_FALSE(writeSoil(soil, project.db(), errors)) << c.what;
+        EXPECT_FALSE(saveSoil(project.db(), soil, errors)) << c.what;
         EXPECT_EQ(errors.rfind(c.firstMessage, 0), 0u) << c.what << ": " << errors;
         tellura_soils list;
         std::string loadErrors;

@@ -31,7 +31,7 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
                       2., 3., 4., 5., 6., 7., 8., 9., 10.));
     tellura_weather_station s = station(4);
     std::string messages;
-    EXPECT_TRUE(importMonthlyWeatherFile(path, s, messages));
+    EXPECT_TRUE(readMonthlyWeatherFile(path, s, messages));
     EXPECT_EQ(messages, "5 rows imported.\nImported 36 records from \"" + path + "\".\n");
     ASSERT_EQ(s.monthly.size(), 3u);
     EXPECT_EQ(s.monthly[0].year, 1990);
@@ -45,7 +45,7 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
     EXPECT_FLOAT_EQ(s.monthly[2].months[1].precip, 2345.25f);
     EXPECT_FLOAT_EQ(s.monthly[2].months[11].precip, 10.0f);
     messages.clear();
-    EXPECT_FALSE(importMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
+    EXPECT_FALSE(readMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
     EXPECT_EQ(messages, "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
 }
 
@@ -53,8 +53,8 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
 TEST(DailyWeatherImport, ModelLayoutAndTheDayCount) {
     tellura_weather_station s = station(2);
     std::string messages;
-    EXPECT_TRUE(importDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n2\t1\t2002\t2\t11.0\t-1.0\t0.0\t250.5\t60.0\t2.5",
-                                       "d.wth", s, messages));
+    EXPECT_TRUE(readDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n2\t1\t2002\t2\t11.0\t-1.0\t0.0\t250.5\t60.0\t2.5",
+                                     "d.wth", s, messages));
     EXPECT_EQ(messages, "2 days read, from years 2001 to 2002.\n");
     ASSERT_EQ(s.daily.size(), 2u);
     EXPECT_FLOAT_EQ(s.daily[0].days[0].precip, 0.3f);

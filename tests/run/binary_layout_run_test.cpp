@@ -32,7 +32,7 @@ release_run runAs(run_project& project, int version, bool binary) {
     sb::run_controller controller(project.db(), project.settings());
     run.ok = controller.runOneRecord(1, choices, runLog, run.errors);
     std::string readErrors;
-    EXPECT_TRUE(sb::readOutputs(project.db(), 1, run.stored, readErrors)) << readErrors;
+    EXPECT_TRUE(sb::loadOutputs(project.db(), 1, run.stored, readErrors)) << readErrors;
     return run;
 }
 

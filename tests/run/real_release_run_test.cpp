@@ -69,7 +69,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     EXPECT_THAT(runLog, HasSubstr("Execution success."));
 
     sb::tellura_outputs stored;
-    ASSERT_TRUE(sb::readOutputs(*db, 1, stored, errors)) << errors;
+    ASSERT_TRUE(sb::loadOutputs(*db, 1, stored, errors)) << errors;
     ASSERT_FALSE(stored.monthlyInOrder().empty());
     const sb::monthly_output* last = stored.monthlyInOrder().back();
     EXPECT_EQ(last->year() * 100 + last->month(), c.lastMonth);

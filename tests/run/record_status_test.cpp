@@ -52,14 +52,14 @@ sb::run_set_result runAll(run_project& project, const std::vector<record_state>&
 void separateRecordTwo(run_project& project) {
     std::string errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 2, record, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(project.db(), 2, record, errors)) << errors;
     sb::tellura_soils soils;
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
     sb::tellura_soil soil = *soils.find(record.soilId());
     soil.setSoilId(kOwnSoilAndStation);
     for (int layer = 0; layer < soil.layerCount; ++layer)
         soil.layers[static_cast<size_t>(layer)].setNumber("Soil ID", kOwnSoilAndStation);
-    ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
+    ASSERT_TRUE(sb::saveSoil(project.db(), soil, errors)) << errors;
     sb::tellura_weather_stations stations;
     ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
     sb::tellura_weather_station station = *stations.find(record.weatherId());
@@ -73,7 +73,7 @@ void separateRecordTwo(run_project& project) {
     record.row.setNumber("Soil ID", kOwnSoilAndStation);
     record.row.setNumber("Weather ID", kOwnSoilAndStation);
     for (auto& block : record.blocks) block.weatherId = kOwnSoilAndStation;  // the weather file's station
-    ASSERT_TRUE(sb::writeControlRecord(record, project.db(), errors)) << errors;
+    ASSERT_TRUE(sb::saveControlRecord(project.db(), record, errors)) << errors;
 }
 
 void changeSoilOfRecordOne(run_project& project) {
@@ -81,10 +81,10 @@ void changeSoilOfRecordOne(run_project& project) {
     sb::tellura_soils soils;
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, record, errors)) << errors;
     sb::tellura_soil soil = *soils.find(record.soilId());
     soil.layers[0].setValue(sb::kLayerFieldCapacity, soil.layers[0].value(sb::kLayerFieldCapacity) + 0.01);
-    ASSERT_TRUE(sb::writeSoil(soil, project.db(), errors)) << errors;
+    ASSERT_TRUE(sb::saveSoil(project.db(), soil, errors)) << errors;
 }
 
 void changeWeatherOfRecordOne(run_project& project) {

@@ -71,12 +71,12 @@ run_project::run_project(int records, int years, project_store store)
     EXPECT_TRUE(sb::importRunFiles(*db_, std::string(SB_SHARE_DIR) + "/demo/", "demo.sch", kVersion, 1, errors))
         << errors;
     sb::tellura_control_record base;
-    EXPECT_TRUE(sb::readControlRecord(*db_, 1, base, errors)) << errors;
+    EXPECT_TRUE(sb::loadControlRecord(*db_, 1, base, errors)) << errors;
     for (int id = 1; id <= records; ++id) {
         sb::tellura_control_record record = base;
         record.setId(id);
         makeDistinct(record, id, years);
-        EXPECT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+        EXPECT_TRUE(sb::saveControlRecord(*db_, record, errors)) << errors;
     }
 
     modelFolder_ = dir_.file("model");
@@ -133,9 +133,9 @@ std::string run_project::lastRunFolder(int32_t id) {
 void run_project::change(int32_t id, const std::function<void(sb::tellura_control_record&)>& edit) {
     std::string errors;
     sb::tellura_control_record record;
-    ASSERT_TRUE(sb::readControlRecord(*db_, id, record, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(*db_, id, record, errors)) << errors;
     edit(record);
-    ASSERT_TRUE(sb::writeControlRecord(record, *db_, errors)) << errors;
+    ASSERT_TRUE(sb::saveControlRecord(*db_, record, errors)) << errors;
 }
 
 void run_project::setText(int32_t id, const char* column, const std::string& value) {

@@ -73,7 +73,7 @@ void makeManyRecords(run_project& project) {
 std::string carbonOf(run_project& project, int32_t id) {
     sb::tellura_outputs outputs;
     std::string errors;
-    sb::readOutputs(project.db(), id, outputs, errors);
+    sb::loadOutputs(project.db(), id, outputs, errors);
     std::string text;
     for (const auto* month : outputs.monthlyInOrder())
         text += std::to_string(month->number("somsc")) + "," + std::to_string(month->number("aglivc")) + " ";
@@ -185,7 +185,7 @@ TEST(RunSetBlocks, ChosenBlocksAloneRunInTheOrderChosen) {
         EXPECT_EQ(run.result.failed, 1 - c.good);
         sb::tellura_outputs outputs;
         std::string errors;
-        ASSERT_TRUE(sb::readOutputs(project.db(), 1, outputs, errors)) << errors;
+        ASSERT_TRUE(sb::loadOutputs(project.db(), 1, outputs, errors)) << errors;
         std::set<int> years;
         for (const auto* month : outputs.monthlyInOrder()) years.insert(month->year());
         EXPECT_EQ(std::vector<int>(years.begin(), years.end()), c.storedYears);
@@ -199,7 +199,7 @@ TEST(RunSetBlocks, ChosenBlocksAloneRunInTheOrderChosen) {
     }
     sb::tellura_control_record record;
     std::string errors;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, record, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, record, errors)) << errors;
     ASSERT_EQ(record.blocks.size(), 2u);
     EXPECT_EQ(record.blocks[0].lastYear, 1994);
 }

@@ -40,7 +40,7 @@ TEST(Precheck, EachFaultIsReportedAndEveryCheckRunsInOrder) {
     std::string errors;
     ASSERT_TRUE(controller.loadProjectData(errors)) << errors;
     sb::tellura_control_record imported;
-    ASSERT_TRUE(sb::readControlRecord(project.db(), 1, imported, errors)) << errors;
+    ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, imported, errors)) << errors;
     using change = std::function<void(sb::tellura_control_record&)>;
     auto set = [](const char* column, double value) { return [=](auto& r) { r.row.setNumber(column, value); }; };
     auto name = [](const char* column, const char* value) { return [=](auto& r) { r.row.setText(column, value); }; };
@@ -151,7 +151,7 @@ TEST_F(RunOneRecord, StoresTheOutputsItReadAndLogsTheRun) {
 
     // What is stored is what was read, row for row.
     sb::tellura_outputs stored;
-    ASSERT_TRUE(sb::readOutputs(project.db(), 1, stored, errors)) << errors;
+    ASSERT_TRUE(sb::loadOutputs(project.db(), 1, stored, errors)) << errors;
     auto read = outputs.monthlyInOrder();
     auto back = stored.monthlyInOrder();
     ASSERT_EQ(back.size(), 108u);

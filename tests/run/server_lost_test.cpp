@@ -20,26 +20,26 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     tellura_control_record record;
     tellura_outputs outputs;
     std::string errors;
-    ASSERT_TRUE(readControlRecord(project.db(), 1, record, errors)) << errors;
+    ASSERT_TRUE(loadControlRecord(project.db(), 1, record, errors)) << errors;
     record.row.setText("Description", "before");
     for (int year = 1; year <= 30; ++year) {
         annual_output annual;
         annual.setNumber("Year", year);
         outputs.annual.push_back(annual);
     }
-    ASSERT_TRUE(writeControlRecordWithOutputs(record, outputs, project.db(), errors)) << errors;
+    ASSERT_TRUE(saveControlRecordWithOutputs(project.db(), record, outputs, errors)) << errors;
 
     // The next save stores part of the outputs, then the server dies under it.
     std::string why;
     setOutputStore({[&why](database& db, int32_t id, tellura_outputs& o, std::string& e) {
-                        bool ok = storeAnnualOutput(db, id, o, e);
+                        bool ok = saveAnnualOutput(db, id, o, e);
                         EXPECT_TRUE(sbtest::killPostgresqlServer(why)) << why;
-                        return storeMonthlyOutput(db, id, o, e) && ok;
+                        return saveMonthlyOutput(db, id, o, e) && ok;
                     },
                     {}});
     record.row.setText("Description", "after");
     outputs.annual.resize(10);
-    EXPECT_FALSE(writeControlRecordWithOutputs(record, outputs, project.db(), errors));
+    EXPECT_FALSE(saveControlRecordWithOutputs(project.db(), record, outputs, errors));
     setOutputStore({});
     ASSERT_TRUE(sbtest::restartPostgresqlServer(why)) << why;
     EXPECT_THAT(errors, HasSubstr("ERROR, unable to delete from [Output Monthly]\n"));
@@ -50,7 +50,7 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     ASSERT_TRUE(db) << errors;
     tellura_control_record stored;
     tellura_outputs storedOutputs;
-    ASSERT_TRUE(readControlRecordWithOutputs(*db, 1, stored, storedOutputs, errors)) << errors;
+    ASSERT_TRUE(loadControlRecordWithOutputs(*db, 1, stored, storedOutputs, errors)) << errors;
     EXPECT_EQ(stored.description(), "before");
     EXPECT_EQ(storedOutputs.annual.size(), 30u);
 }

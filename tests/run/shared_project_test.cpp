@@ -40,11 +40,11 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
         auto db = database::open(location, e);  // a database object stays on its own thread
         ASSERT_TRUE(db) << e;
         tellura_control_record first;
-        ASSERT_TRUE(readControlRecord(*db, 1, first, e)) << e;
+        ASSERT_TRUE(loadControlRecord(*db, 1, first, e)) << e;
         tellura_outputs outputs = annualOutputs(50);
         session unit(*db);
-        EXPECT_TRUE(writeControlRecord(first, *db, e)) << e;
-        EXPECT_TRUE(storeOutputs(*db, 1, outputs, e)) << e;
+        EXPECT_TRUE(saveControlRecord(*db, first, e)) << e;
+        EXPECT_TRUE(saveOutputs(*db, 1, outputs, e)) << e;
         holding = true;
         auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         while (!otherDone && std::chrono::steady_clock::now() < until)
@@ -56,18 +56,18 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
     // ... while another saves record 2 and stores its run's outputs.
     std::string errors;
     tellura_control_record second;
-    ASSERT_TRUE(readControlRecord(project.db(), 2, second, errors)) << errors;
+    ASSERT_TRUE(loadControlRecord(project.db(), 2, second, errors)) << errors;
     second.row.setText("Description", "record 2 edited");
     tellura_outputs outputs = annualOutputs(60);
-    EXPECT_TRUE(writeControlRecord(second, project.db(), errors)) << errors;
-    EXPECT_TRUE(storeOutputs(project.db(), 2, outputs, errors)) << errors;
+    EXPECT_TRUE(saveControlRecord(project.db(), second, errors)) << errors;
+    EXPECT_TRUE(saveOutputs(project.db(), 2, outputs, errors)) << errors;
     otherDone = true;
     holder.join();
     EXPECT_FALSE(gaveUp) << "record 2's save waited for record 1's";
     EXPECT_EQ(errors, "");
     for (int32_t id : {1, 2}) {
         tellura_outputs stored;
-        ASSERT_TRUE(readOutputs(project.db(), id, stored, errors)) << errors;
+        ASSERT_TRUE(loadOutputs(project.db(), id, stored, errors)) << errors;
         EXPECT_EQ(stored.annual.size(), id == 1 ? 50u : 60u);
     }
 }

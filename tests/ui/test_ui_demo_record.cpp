@@ -204,7 +204,7 @@ private slots:
         // The exported table is the record's stored outputs as the command line exports them.
         tellura_control_record stored;
         tellura_outputs storedOutputs;
-        QVERIFY(readControlRecordWithOutputs(w.document()->db(), 5, stored, storedOutputs, errors));
+        QVERIFY(loadControlRecordWithOutputs(w.document()->db(), 5, stored, storedOutputs, errors));
         const QByteArray exported = file.readAll();
         QVERIFY(exported.startsWith("ID,Year,Month,crpval,"));
         QCOMPARE(exported.toStdString(), outputCsv(storedOutputs, table_id::output_monthly));

@@ -415,8 +415,8 @@ private slots:
         tellura_weather_station valley;
         valley.id = 7;
         valley.description = "Valley";
-        QVERIFY(importDailyWeatherText("1 1 2001 1 5.5 -1.25 0.5\n2 1 2001 2 6 -2 3.75\n3 1 2001 3 4 -3 0\n",
-                                       "valley.wth", valley, errors));
+        QVERIFY(readDailyWeatherText("1 1 2001 1 5.5 -1.25 0.5\n2 1 2001 2 6 -2 3.75\n3 1 2001 3 4 -3 0\n",
+                                     "valley.wth", valley, errors));
         errors.clear();  // the import's summary of days read
         valley.monthlyYear(2001).monthRecord(1).precip = 30;
         weather_month_record& february = valley.monthlyYear(2001).monthRecord(2);
@@ -485,7 +485,7 @@ private slots:
             tellura_soil soil;
             soil.setSoilId(id);
             soil.setName(name);
-            QVERIFY(writeSoil(soil, db(), errors));
+            QVERIFY(saveSoil(db(), soil, errors));
         }
         const QString layerFile = dir_.filePath("soils.in"), longFile = dir_.filePath("long.in");
         QFile file(layerFile);
@@ -570,7 +570,7 @@ private slots:
         });
         tellura_control_record r;
         std::string errors;
-        QVERIFY(readControlRecord(db(), 1, r, errors));
+        QVERIFY(loadControlRecord(db(), 1, r, errors));
         QCOMPARE(r.description(), std::string("Edited"));
         QCOMPARE(r.site.number("SNOW"), 12.5);
         QCOMPARE(window_->document()->currentId(), 1);

@@ -240,7 +240,7 @@ private slots:
         QVERIFY(!w.document()->moveToId(6, errors));
         tellura_control_record gone;
         errors.clear();
-        QVERIFY(!readControlRecord(w.document()->db(), 6, gone, errors));
+        QVERIFY(!loadControlRecord(w.document()->db(), 6, gone, errors));
     }
 
     void copyThenPasteUnderANewIdOrOverAnAnsweredOne() {
@@ -272,7 +272,7 @@ private slots:
                                                          "pasted record?")
                                         : QString());
             tellura_control_record pasted;
-            QVERIFY(readControlRecord(w.document()->db(), c.typed, pasted, errors));
+            QVERIFY(loadControlRecord(w.document()->db(), c.typed, pasted, errors));
             QCOMPARE(QString::fromStdString(pasted.description()), QString(c.description));
             if (!c.answer) QCOMPARE(w.document()->currentId(), c.typed);
         }
@@ -343,7 +343,7 @@ private slots:
                                         : QString());
             tellura_control_record record;
             std::string errors;
-            QVERIFY(readControlRecord(db, i.typed ? i.typed : 3, record, errors));
+            QVERIFY(loadControlRecord(db, i.typed ? i.typed : 3, record, errors));
             QCOMPARE(record.description(), std::string(i.description));
             QCOMPARE(record.soilId(), i.soil);
         }
@@ -394,7 +394,7 @@ private slots:
         tellura_soil soil;
         soil.setSoilId(1);
         std::string errors;
-        QVERIFY(saveWeatherStation(from, station, errors) && writeSoil(soil, from, errors));
+        QVERIFY(saveWeatherStation(from, station, errors) && saveSoil(from, soil, errors));
         QCOMPARE(exportRecord(), "Exported 1 record to \"" + file + "\".\n");
         open({1});
         QCOMPARE(run(command_id::importEsa, {chooseFile(file)}),
@@ -426,14 +426,14 @@ private slots:
         outputs.monthlyFor(1990, 12).setNumber("aglive(1)", 3.5);
         for (int l : {1, 2}) outputs.soilLayerFor(l).setNumber("Mineral N", 10.0 * l);
         std::string errors;
-        QVERIFY(writeSoil(soil, db, errors) && storeOutputs(db, 1, outputs, errors));
+        QVERIFY(saveSoil(db, soil, errors) && saveOutputs(db, 1, outputs, errors));
         QCOMPARE(run(command_id::copyOutputToInput, {}), QStringLiteral("Monthly copied for record.\n"));
         tellura_soils soils;
         QVERIFY(soils.load(db, errors) && soils.find(1));
         const double mineralN[] = {10, 20, 1};  // layer 3 has no output and keeps its value
         for (size_t l = 0; l < 3; ++l) QCOMPARE(soils.find(1)->layers[l].number("Mineral N"), mineralN[l]);
         tellura_control_record record;
-        QVERIFY(readControlRecord(db, 1, record, errors));
+        QVERIFY(loadControlRecord(db, 1, record, errors));
         QCOMPARE(record.site.number("AGLIVE(1)"), 3.5);  // the last month's live values become the site's
     }
 
@@ -456,7 +456,7 @@ private slots:
             }
             if (c.monthly) outputs.monthlyFor(1990, 1).setNumber("somtc", 2000);
             std::string errors;
-            QVERIFY(storeOutputs(db, 1, outputs, errors));
+            QVERIFY(saveOutputs(db, 1, outputs, errors));
             view_output* view = w_->showOutputViewWithData();
             QCOMPARE(view ? view->windowTitle() : QString(), QString(c.title));
             if (view) QCOMPARE(view->chosenVariables(), c.chosen);

@@ -121,7 +121,7 @@ inline std::string makeProject(const QString& path, const std::vector<int32_t>& 
         sb::tellura_control_record r;
         r.setId(id);
         r.row.setText("Description", "Record " + std::to_string(id));
-        sb::writeControlRecord(r, *db, errors);
+        sb::saveControlRecord(*db, r, errors);
     }
     return errors;
 }
