@@ -1,9 +1,8 @@
 // Runs of every release through the stand-in, reading its binary file: the
 // releases with a shipped layout store their outputs, the others fail saying
-// how to add a layout, and release 2's binary file gives what its list file gives.
+// how to add a layout.
 #include "run_controller_fixture.h"
 
-#include <cmath>
 #include <filesystem>
 
 #include "modeloutput/binary_layout.h"
@@ -62,36 +61,6 @@ TEST(BinaryLayoutRuns, ReleasesWithoutALayoutFailSayingHowToAddOne) {
                                                                               << run.errors;
         EXPECT_EQ(run.stored.monthlyCount(), c.shipped ? 12u : 0u) << "release " << c.version;
     }
-}
-
-// The shipped release-2 layout places every variable where the stand-in's list
-// utility finds it: both roads store the same numbers (the list file rounds to
-// four decimals).
-TEST(BinaryLayoutRuns, ReleaseTwoBinaryFileGivesWhatItsListFileGives) {
-    run_project project(1, 3);
-    release_run list = runAs(project, 2, false);
-    release_run binary = runAs(project, 2, true);
-    ASSERT_TRUE(list.ok && binary.ok) << list.errors << binary.errors;
-    auto fromList = list.stored.monthlyInOrder();
-    auto fromBinary = binary.stored.monthlyInOrder();
-    ASSERT_EQ(fromList.size(), 24u);
-    ASSERT_EQ(fromBinary.size(), fromList.size());
-    // Every variable the list file filled, the binary file fills alike (it may fill more).
-    const int columns = fromList[0]->columnCount();
-    int compared = 0;
-    for (int c = 0; c < columns; ++c) {
-        bool filled = false;
-        for (const auto* row : fromList) filled = filled || (!row->isMissing(c) && row->number(c) != 0.0);
-        if (!filled) continue;
-        ++compared;
-        for (size_t row = 0; row < fromList.size(); ++row) {
-            if (fromList[row]->isMissing(c)) continue;
-            ASSERT_FALSE(fromBinary[row]->isMissing(c)) << "row " << row << " column " << c;
-            const double a = fromList[row]->number(c), b = fromBinary[row]->number(c);
-            ASSERT_NEAR(a, b, 6e-5 + 3e-7 * std::fabs(a)) << "row " << row << " column " << c;
-        }
-    }
-    EXPECT_GT(compared, 50);  // most variables, not a table of zeros
 }
 
 }  // namespace

@@ -15,7 +15,6 @@
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
 #include "records/tellura_weather_station.h"
-#include "run/run_folder.h"
 
 namespace {
 
@@ -159,41 +158,6 @@ TEST(RecordStates, GoodRunsTurnStaleWhenWhatTheyUsedChanges) {
         c.change(project);
         EXPECT_EQ(states(project), c.expected);
     }
-}
-
-// The latest run decides: a failed run after a good one, and a run that was
-// started but never ended (its process killed), both count as failed, while
-// one whose run folder's owner lives is running; running just the failed and
-// never-run records leaves those good.
-TEST(RecordStates, TheLatestRunDecidesAndOnlyRunsThoseNamed) {
-    run_project project(3, 2);
-    ASSERT_EQ(runAll(project, {}, "ID <= 2").good, 2);
-    {
-        standin_mode failing("error");
-        ASSERT_EQ(runAll(project, {}, "ID = 1").failed, 1);
-    }
-    std::string errors;
-    sb::run_folder going;  // owned by this live process, as a run's folder is while it runs
-    ASSERT_TRUE(going.create(project.file("runs"), "p", 3, errors)) << errors;
-    for (int32_t id : {2, 3}) {
-        sb::run_history_entry unfinished = project.history(2).back();  // its folder is gone: the run is over
-        unfinished.id = id;
-        unfinished.started = sb::historyTimeNow();
-        unfinished.ended.clear();
-        if (id == 3) unfinished.runFolder = going.path();
-        ASSERT_TRUE(sb::appendRunHistory(project.db(), unfinished, errors)) << errors;
-    }
-    EXPECT_EQ(states(project), "1:failed 2:failed 3:running ");
-
-    EXPECT_EQ(runAll(project, {record_state::good, record_state::stale}).runNumber, 0);
-    const sb::run_set_result rest = runAll(project, {record_state::failed, record_state::never});
-    EXPECT_EQ(rest.runNumber, 2);
-    EXPECT_EQ(rest.good, 2);
-    EXPECT_EQ(states(project), "1:good 2:good 3:running ");
-    // Each run left one row: the row written at its start became its outcome.
-    EXPECT_EQ(project.history(1).size(), 3u);
-    ASSERT_TRUE(going.remove(errors)) << errors;
-    EXPECT_EQ(states(project), "1:good 2:good 3:failed ");
 }
 
 }  // namespace

@@ -158,7 +158,7 @@ void recording_observer::progressText(const std::string& text) {
 }
 
 sb::cancel_request recording_observer::cancelRequested() {
-    return cancelAfter >= 0 && lastDone >= cancelAfter ? request : sb::cancel_request::none;
+    return cancelAfter >= 0 && lastDone >= cancelAfter ? sb::cancel_request::finish_running : sb::cancel_request::none;
 }
 
 double monotonicSeconds() {

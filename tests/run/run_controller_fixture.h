@@ -84,11 +84,9 @@ public:
     std::vector<std::string> progress;  // "Running TELLURA #..."
     std::vector<long> reportedAtStart;  // records reported when each progress text came
     std::vector<std::string> status;    // "Run ..., Good=... "
-    std::vector<std::string> precheckStops;
     long lastDone = 0, lastTotal = 0;
-    // Once this many records are reported, cancelRequested() answers `request`.
+    // Once this many records are reported, cancelRequested() asks to finish the running records.
     long cancelAfter = -1;
-    sb::cancel_request request = sb::cancel_request::finish_running;
 
     void progressText(const std::string& text) override;
     void statusText(const std::string& text) override { status.push_back(text); }
@@ -97,7 +95,6 @@ public:
         lastTotal = total;
     }
     sb::cancel_request cancelRequested() override;
-    void precheckStopped(const std::string& messages) override { precheckStops.push_back(messages); }
 };
 
 // Seconds on a monotonic clock.

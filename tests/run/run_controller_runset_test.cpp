@@ -1,24 +1,18 @@
-// Run Multiple Records: progress texts, counting, prechecks that warn or stop,
-// cancelling between records and ending running models, failed runs.
+// Run Multiple Records: progress texts, counting, cancelling between records
+// and ending running models.
 #include "run/run_controller.h"
 #include "run_controller_fixture.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <map>
 #include <regex>
 #include <unistd.h>
-
-#include "records/id_list_filter.h"
-#include "records/tellura_control_record.h"
 
 namespace {
 
 using namespace sbtest;
 
 const std::string kReadTwentyYears = "228 records read, from years 1990 to 2008.\n";
-const std::string kReadTenYears = "108 records read, from years 1990 to 1998.\n";
 
 struct run_set {
     sb::run_set_result result;
@@ -32,12 +26,9 @@ run_set runRecords(run_project& project, sb::run_observer& observer, sb::run_set
     return run;
 }
 
-sb::run_set_options withJobs(int jobs, const std::string& ids = "") {
+sb::run_set_options withJobs(int jobs) {
     sb::run_set_options options;
     options.jobs = jobs;
-    std::string errors;
-    if (!ids.empty()) options.filter = sb::id_list_filter::whereClause(ids, errors);
-    EXPECT_EQ(errors, "");
     return options;
 }
 
@@ -85,87 +76,6 @@ TEST(RunSet, ShowsProgressRunNumbersAndTheLogOfEachRecord) {
     EXPECT_TRUE(at1 < at2 && at2 < at3 && at3 != std::string::npos) << run.runLog;
     expectElapsedLine(run.runLog, 0);
     for (int32_t id = 1; id <= 3; ++id) EXPECT_EQ(project.storedOutputRows(id), 228) << id;
-}
-
-TEST(RunSet, RunsTheChosenRecordsInTableOrderNamingTheirRowInTheTable) {
-    run_project project(5, 10);
-    // Saving record 1 again puts its row at the end of the table: 2 3 4 5 1.
-    project.setText(1, "Description", "saved again");
-    for (int jobs : {1, 2}) {
-        SCOPED_TRACE(jobs);
-        recording_observer observer;
-        run_set run = runRecords(project, observer, withJobs(jobs, "1, 4"));
-        EXPECT_EQ(observer.progress,
-                  (std::vector<std::string>{"Running TELLURA #1 Record=3 ID=4", "Running TELLURA #2 Record=5 ID=1"}));
-        EXPECT_EQ(run.result.runNumber, 2);
-        EXPECT_EQ(run.result.good, 2);
-        EXPECT_LT(run.runLog.find(runLogOf(project, 4)), run.runLog.find(runLogOf(project, 1)));
-        for (int32_t id : {2, 3, 5}) EXPECT_EQ(project.storedOutputRows(id), 0) << id;
-        EXPECT_GT(project.storedOutputRows(1), 0);
-        EXPECT_GT(project.storedOutputRows(4), 0);
-    }
-}
-
-// A record failing its precheck is counted as failed and its model never runs;
-// with "stop if any precheck errors" the run set stops after it.
-TEST(RunSet, PrecheckFailureIsCountedAndSkippedOrStopsTheRunSet) {
-    run_project project(4, 10);
-    project.setNumber(2, "Soil ID", 999);
-    project.saveInIdOrder();
-    const std::string noSoil = "ERROR, No soil record to run.\n";
-    const struct precheck_case {
-        bool stop;
-        std::string errors;
-        long runNumber, good;
-        std::vector<long> storedRows;  // of records 1 to 4
-        std::vector<std::string> status;
-    } cases[] = {
-        {true, kReadTenYears + noSoil + "Stop due to precheck error at 2\n", 2, 1, {108, 0, 0, 0}, {}},
-        {false,
-         kReadTenYears + noSoil + "Precheck warning, 2\n" + kReadTenYears + kReadTenYears,
-         4,
-         3,
-         {108, 0, 108, 108},
-         {"Run      1, Good=     1 ", "Run      2, Good=     1 ", "Run      3, Good=     2 ",
-          "Run      4, Good=     3 "}},
-    };
-    for (const precheck_case& c : cases) {
-        for (int jobs : {1, 3}) {
-            SCOPED_TRACE(std::string(c.stop ? "stop" : "go on") + ", jobs " + std::to_string(jobs));
-            recording_observer observer;
-            sb::run_set_options options = withJobs(jobs);
-            options.stopOnPrecheckErrors = c.stop;
-            run_set run = runRecords(project, observer, options);
-            EXPECT_EQ(run.errors, c.errors);
-            EXPECT_EQ(run.result.runNumber, c.runNumber);
-            EXPECT_EQ(static_cast<long>(observer.progress.size()), c.runNumber);
-            EXPECT_EQ(run.result.good, c.good);
-            EXPECT_EQ(run.result.failed, 1);
-            EXPECT_EQ(run.result.stoppedOnPrecheck, c.stop);
-            EXPECT_EQ(observer.precheckStops, c.stop ? std::vector<std::string>{noSoil} : std::vector<std::string>{});
-            if (!c.stop) { EXPECT_EQ(observer.status, c.status); }
-            EXPECT_THAT(run.runLog, Not(HasSubstr("\n2:")));  // the skipped record's model never ran
-            for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(project.storedOutputRows(id), c.storedRows[id - 1]) << id;
-            expectElapsedLine(run.runLog, 1);
-        }
-    }
-}
-
-TEST(RunSet, RunSetMatchingNoRecordShowsOnlyTheElapsedLine) {
-    run_project project(2, 10);
-    for (int jobs : {1, 4}) {
-        SCOPED_TRACE(jobs);
-        recording_observer observer;
-        run_set run = runRecords(project, observer, withJobs(jobs, "7-9"));
-        EXPECT_TRUE(
-            std::regex_match(run.runLog, std::regex("Elapsed: [0-9]+\\.[0-9]{3} seconds, ave=0\\.000 Fail count=0\n")))
-            << run.runLog;
-        EXPECT_EQ(run.errors, "");
-        EXPECT_TRUE(observer.progress.empty());
-        EXPECT_EQ(run.result.runNumber, 0);
-    }
-    EXPECT_FALSE(std::ifstream(project.modelFolder() + "/sb.sch").good());
-    EXPECT_FALSE(std::filesystem::exists(project.settings().runsFolder));
 }
 
 // A cancel given once two records are reported: one at a time stops after
@@ -235,44 +145,6 @@ TEST(RunSet, EndRunningEndsHangingModelsAndTheirHelpersAtOnce) {
         for (pid_t helper : helpers) EXPECT_TRUE(sbtest::processEnds(helper)) << helper;
         expectElapsedLine(run.runLog, jobs);
     }
-}
-
-// Sets the stand-in's mode for each record as it starts (one record at a time only).
-class mode_per_record : public recording_observer {
-public:
-    std::map<std::string, std::string> modeById;
-    void progressText(const std::string& text) override {
-        recording_observer::progressText(text);
-        std::string id = text.substr(text.rfind('=') + 1);
-        auto it = modeById.find(id);
-        setenv("SB_STANDIN_MODE", it == modeById.end() ? "normal" : it->second.c_str(), 1);
-    }
-    ~mode_per_record() override { unsetenv("SB_STANDIN_MODE"); }
-};
-
-TEST(RunSet, FailedRunsAreCountedAndNamedAndStoreNothing) {
-    run_project project(5, 10);
-    project.settings().outfileSelected[12] = true;  // year_summary.out
-    mode_per_record observer;
-    observer.modeById = {{"2", "error"}, {"3", "silent"}, {"4", "garbage"}};
-    run_set run = runRecords(project, observer, withJobs(1));
-    EXPECT_EQ(run.result.runNumber, 5);
-    EXPECT_EQ(run.result.good, 2);
-    EXPECT_EQ(run.result.failed, 3);
-    EXPECT_EQ(observer.status.back(), "Run      5, Good=     2 ");
-    const std::string summary = "Year Summary: 10 years read, from 1990 to 1999.\n";
-    auto kept = [&](int32_t id) {
-        return "ERROR, the run of record " + std::to_string(id) + " failed: its earlier outputs are kept, and what " +
-               "it wrote is in \"" + project.lastRunFolder(id) + "\".\n";
-    };
-    EXPECT_EQ(run.errors, kReadTenYears + summary +                                           // 1
-                              "ERROR, Tellura error detected.\n" + kept(2) +                  // 2
-                              "ERROR in read_console - console file is empty.\n" + kept(3) +  // 3
-                              "ERROR, Tellura error detected.\n" +                            // 4: the list utility
-                              "ERROR, unable to open LIS file: " + project.lastRunFolder(4) + "sb.lis\n" + summary +
-                              kept(4) + kReadTenYears + summary);  // 5
-    for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(project.storedOutputRows(id), id == 1 || id == 5 ? 118 : 0) << id;
-    expectElapsedLine(run.runLog, 3);
 }
 
 }  // namespace

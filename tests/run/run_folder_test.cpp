@@ -2,7 +2,6 @@
 #include "run/run_folder.h"
 
 #include <filesystem>
-#include <regex>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,8 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using sbtest::temp_dir;
-
-bool hasOwner(const std::string& folder) { return fs::exists(folder + sb::run_folder::kOwnerFile); }
 
 // A process ID that no running process holds: a child that has ended and been reaped.
 long endedProcess() {
@@ -36,40 +33,6 @@ std::string folderOwnedBy(const std::string& root, int32_t id, long pid, const s
     sbtest::writeFile(path + sb::run_folder::kOwnerFile, "Soilbench run folder in use\npid " + std::to_string(pid) +
                                                              "\nhost " + host + "\nstarted " + started + "\n");
     return path;
-}
-
-TEST(RunFolder, EachRunGetsAFolderOfItsOwnNamedForTheProjectAndRecord) {
-    temp_dir root;
-    std::string errors;
-    sb::run_folder first, second;
-    ASSERT_TRUE(first.create(root.file("runs"), "my project.sbproj", 17, errors)) << errors;
-    ASSERT_TRUE(second.create(root.file("runs"), "my project.sbproj", 17, errors)) << errors;
-    const std::string stamp = "[0-9]{8}-[0-9]{6}";
-    EXPECT_TRUE(std::regex_match(first.path(), std::regex(root.file("runs/my_project.sbproj-17-") + stamp + "/")))
-        << first.path();
-    // The same record again within the same second: a name of its own all the same.
-    EXPECT_NE(first.path(), second.path());
-    EXPECT_TRUE(hasOwner(first.path()) && hasOwner(second.path()));
-
-    // A kept folder stays, no longer marked as in use; an owned one goes with its object.
-    std::string kept = first.path(), dropped = second.path();
-    first.keep();
-    EXPECT_TRUE(fs::is_directory(kept));
-    EXPECT_FALSE(hasOwner(kept));
-    EXPECT_TRUE(second.remove(errors));
-    EXPECT_FALSE(fs::exists(dropped));
-}
-
-TEST(RunFolder, FolderOfARunThatNeverEndedIsRemovedWithItsObject) {
-    temp_dir root;
-    std::string errors, path;
-    {
-        sb::run_folder folder;
-        ASSERT_TRUE(folder.create(root.path(), "p", 1, errors)) << errors;
-        path = folder.path();
-        sbtest::writeFile(path + "sb.sch", "schedule");
-    }
-    EXPECT_FALSE(fs::exists(path));
 }
 
 TEST(RunFolder, OnlyFoldersOfEndedProcessesOnThisHostAreRemovedAsStale) {

@@ -15,59 +15,37 @@ std::string format(const char* pattern, double value) {
     return buffer;
 }
 
-// The schedule as the workbench writes it for each release.
+// The schedule as the workbench writes it for release 1 (an event file) and release 3.
 std::string schedule(const standin_setup& setup) {
-    int r = setup.release;
-    bool phShift = r >= 3 && r <= 5;
-    std::string text;
-    if (r >= 3) text += "#7 test record\n";
+    const bool one = setup.release == 1;
+    std::string text = one ? "" : "#7 test record\n";
     text += "1950          starting year\n1960          Last year\nsbsite.100    Site file name\n";
     text += "0             Labeling type\n-1            Labeling year\n-1            Microcosm\n";
     text += "-1            CO2 Systems\n";
-    if (phShift)
+    if (!one)
         text +=
             "-1            pH Shift\n-1            Soil warming\n0             N input scalar option\n"
             "0             OMAD input scalar option\n0             Climate scalar option\n";
     text += "1             Initial system\nG3            Initial Crop\n              Initial Tree\n";
     text += "\nYear Month Option\n";
     auto interval = [&](double months) {
-        return phShift ? format("%-5.0f         Output interval\n", months)
-                       : format("%-10.5f    Output interval\n", months / 12.0);
+        return one ? format("%-10.5f    Output interval\n", months / 12.0)
+                   : format("%-5.0f         Output interval\n", months);
     };
-    auto event = [&](int year, int month, const char* command, const char* item) {
-        std::string date = r == 4 ? format("%04.0f", year) + " " + format("%03.0f", month * 30.0 - 15)
-                                  : format("%02.0f", year) + "  " + format("%02.0f", month);
-        if (r == 2) return date + " " + command + "\n" + item + "\n";
-        return date + " " + command + " " + item + "\n";
+    auto event = [](const char* command, const char* item) {
+        return std::string("01  04 ") + command + " " + item + "\n";
     };
     text +=
         "1             Block #    first\n1955          Last year\n1             Repeats # years\n"
         "1950          Output starting year\n1             Output Month\n";
     text += interval(12) + "M             Weather choice\n";
-    text += event(1, 4, "CROP", "C8") + event(1, 5, "FERT", "N30");
+    text += event("CROP", "C8") + "01  05 FERT N30\n";
     text += "-999 -999 X\n";
     text +=
         "2             Block #    second\n1960          Last year\n1             Repeats # years\n"
         "1956          Output starting year\n1             Output Month\n";
-    text += interval(setup.monthlySecondBlock ? 1 : 12) + "M             Weather choice\n";
-    text += event(1, 4, "CROP", "G3") + "-999 -999 X\n";
-    return text;
-}
-
-std::string outfiles() {
-    const char* const names[] = {"bio.out",      "soiln.out",  "soiltavg.out",     "soiltmax.out", "soiltmin.out",
-                                 "stemp_dx.out", "vswc.out",   "watrbal.out",      "wfps.out",     "co2.out",
-                                 "wflux.out",    "resp.out",   "year_summary.out", "livec.out",    "deadc.out",
-                                 "soilc.out",    "sysc.out",   "tgmonth.out",      "dN2lyr.out",   "dN2Olyr.out",
-                                 "dels.out",     "dc_sip.csv", "harvest.csv",      "cflows.out",   "year_cflows.out",
-                                 "daily.out",    "nflux.out",  "summary.out"};
-    std::string text = "Output (0/1)  file_name         description\n";
-    for (int i = 0; i < 28; ++i) {
-        char line[128];
-        bool on = i + 1 == 13 || i + 1 == 26 || i + 1 == 28;
-        std::snprintf(line, sizeof line, "%d             %-18s# file %d\n", on ? 1 : 0, names[i], i + 1);
-        text += line;
-    }
+    text += interval(1) + "M             Weather choice\n";
+    text += event("CROP", "G3") + "-999 -999 X\n";
     return text;
 }
 
@@ -146,35 +124,20 @@ standin_run_dir::standin_run_dir(const standin_setup& setup) : release_(setup.re
 }
 
 void standin_run_dir::writeInputs(const standin_setup& setup) const {
-    writeFile(file("sbsite.100"), "Site  test site\n5.00000        PRECIP(1)\n" +
-                                      format("%-10.5f     CLAY\n", setup.clay) + "0.40000        SAND\n");
-    writeFile(file(setup.release == 6 ? "sbfix.100" : "fix.100"), "X     Fixed values\n10.00000       ADEP(1)\n");
+    writeFile(file("sbsite.100"),
+              "Site  test site\n5.00000        PRECIP(1)\n0.30000        CLAY\n0.40000        SAND\n");
+    writeFile(file("fix.100"), "X     Fixed values\n10.00000       ADEP(1)\n");
     writeFile(file("crop.100"), "C8    corn\n0.70000        PRDX(1)\nG3    grass\n0.40000        PRDX(1)\n");
-    writeFile(file("fert.100"), "N30   nitrogen\n" + format("%-10.5f     FERAMT(1)\n", setup.nitrogen));
+    writeFile(file("fert.100"), "N30   nitrogen\n30.00000       FERAMT(1)\n");
     for (const char* name :
          {"cult.100", "harv.100", "graz.100", "irri.100", "omad.100", "tree.100", "trem.100", "fire.100"})
         writeFile(file(name), "");
     writeFile(file(setup.release == 1 ? "sb.evt" : "sb.sch"), schedule(setup));
-    if (setup.release == 4) {
-        writeFile(file("soils.in"),
-                  "  0.0  10.0  1.30  0.30000  0.15000  0.80  0.40  0.40  0.30  0.01  0.00  0.10000  7.00\n");
-        writeFile(file("sitepar.in"), "0         / extra weather drivers\n1         / sublimscale\n");
-        writeFile(file("outfiles.in"), outfiles());
-    }
-    if (setup.release == 6) writeFile(file("sb.ini"), "UserName=Soilbench\r\n");
 }
 
-std::string standin_run_dir::runModel(bool inferRelease) const {
-    const char* arguments = release_ == 1   ? " -s sb -n sb.bin -W sbNew.100"
-                            : release_ == 6 ? " -s sbsite.100 -m sb.sch -f sbfix.100 -o sb -i sb.ini -pp ."
-                                            : " -s sb -n sb";
-    std::string release = inferRelease ? "" : " --release " + std::to_string(release_);
-    return runInDirectory(path(), "'" + model() + "'" + release + arguments);
-}
-
-std::string standin_run_dir::runList100(const std::string& variables) const {
-    writeFile(file("sb_outvars.txt"), variables);
-    return runInDirectory(path(), "'" + list100() + "' sb sb sb_outvars.txt");
+std::string standin_run_dir::runModel() const {
+    const char* arguments = release_ == 1 ? " -s sb -n sb.bin -W sbNew.100" : " -s sb -n sb";
+    return runInDirectory(path(), "'" + model() + "' --release " + std::to_string(release_) + arguments);
 }
 
 }  // namespace sbtest

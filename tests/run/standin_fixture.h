@@ -16,10 +16,7 @@ using ::testing::StartsWith;
 namespace sbtest {
 
 struct standin_setup {
-    int release = 3;
-    double clay = 0.30;
-    double nitrogen = 30.0;  // FERAMT(1) of the fertilizer option the schedule uses
-    bool monthlySecondBlock = true;
+    int release = 3;  // 1 or 3
 };
 
 class standin_run_dir {
@@ -30,12 +27,11 @@ public:
     std::string model() const { return dir_.file("tellx"); }      // link to the stand-in
     std::string list100() const { return dir_.file("list100"); }  // same program, list role
     // Runs the model's command line for the release in the directory; returns the console text.
-    // With `inferRelease` the stand-in is not told the release and works it out.
-    std::string runModel(bool inferRelease = false) const;
-    std::string runList100(const std::string& variables) const;
-    void writeInputs(const standin_setup& setup) const;
+    std::string runModel() const;
 
 private:
+    void writeInputs(const standin_setup& setup) const;
+
     temp_dir dir_;
     int release_;
 };
