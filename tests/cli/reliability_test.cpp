@@ -213,20 +213,6 @@ TEST_F(Reliability, AFailedImportKeepsAllThatWasThere) {
     }
 }
 
-// --- Bounds -----------------------------------------------------------------------
-
-TEST_F(Reliability, AThousandIdsAndMoreSelectTheirRecords) {
-    std::string ids;
-    for (int id = 1000; id < 3500; ++id) ids += std::to_string(id) + (id % 3 ? "," : " ");
-    ids += "2, 5000-6000";
-    auto listed = run({"list", project, "--ids", ids});
-    EXPECT_EQ(listed.exitCode, 0) << listed.err;
-    EXPECT_THAT(listed.out, HasSubstr("    1     2      2       2  Demo cropland\n"));
-    auto ran = run({"run", project, "--ids", ids});
-    EXPECT_EQ(ran.exitCode, 0) << ran.err.substr(0, 500);
-    EXPECT_THAT(ran.out, HasSubstr("1 records run: 1 good, 0 failed."));
-}
-
 // --- Bad text ---------------------------------------------------------------------
 
 // A description or name with line breaks, tabs or other control characters
