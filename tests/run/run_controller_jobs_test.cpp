@@ -125,30 +125,6 @@ TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
     expectSameStoredOutputs(oneByOne, fourAtOnce);
 }
 
-TEST(RunSetJobs, FailuresReadTheSameAtOnceAsOneAfterAnother) {
-    // Every list utility run fails on a spoiled binary file; its message names
-    // the record's run folder, and nothing the failed runs read is stored.
-    run_project oneByOne(4, 10), threeAtOnce(4, 10);
-    oneByOne.settings().outfileSelected[12] = threeAtOnce.settings().outfileSelected[12] = true;
-    run_set one, three;
-    {
-        standin_mode mode("garbage");
-        runRecords(oneByOne, one, withJobs(1));
-        runRecords(threeAtOnce, three, withJobs(3));
-    }
-    EXPECT_EQ(one.result.failed, 4);
-    EXPECT_EQ(three.result.failed, 4);
-    std::string errors = comparable(three.errors, threeAtOnce);
-    EXPECT_EQ(errors, comparable(one.errors, oneByOne));
-    EXPECT_THAT(errors, HasSubstr("ERROR, unable to open LIS file: <run 3>/sb.lis\n"));
-    EXPECT_THAT(errors,
-                HasSubstr("ERROR, the run of record 3 failed: its earlier outputs are kept, and what it wrote is in "
-                          "\"<run 3>/\".\n"));
-    EXPECT_EQ(comparable(three.runLog, threeAtOnce), comparable(one.runLog, oneByOne));
-    for (int32_t id = 1; id <= 4; ++id) EXPECT_EQ(threeAtOnce.storedOutputRows(id), 0) << id;
-    expectSameStoredOutputs(oneByOne, threeAtOnce);
-}
-
 // --- Blocks to run -------------------------------------------------------------
 
 // The blocks chosen run alone, in the order chosen (a later block first is
