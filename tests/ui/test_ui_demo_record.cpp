@@ -299,19 +299,19 @@ private slots:
     }
 
     void blocksAreReorderedAndAnEventIsDeleted() {
-        std::vector<tellura_event_block> before = stored();
-        QVERIFY(!before.empty());
-        if (before.size() < 2) {  // the demo's one block: a second after it, as the editor adds one
-            before.push_back(before.front());
-            tellura_event_block& second = before.back();
-            second.blockNumber = 2;
-            second.description = "Second block";
-            second.firstYear = second.outputStartingYear = static_cast<int16_t>(before.front().lastYear + 1);
-            second.lastYear = static_cast<int16_t>(second.firstYear + 2);
-            second.weatherChoice = kWeatherMean;
-            std::string errors;
-            QVERIFY2(saveEventBlocks(*db_, kRecord, before, errors), errors.c_str());
-        }
+        // Whatever other slots left: the demo's one block (record 1 keeps it as
+        // imported) and a second after it, as the editor adds one.
+        std::vector<tellura_event_block> before;
+        std::string errors;
+        QVERIFY2(loadEventBlocks(*db_, 1, before, errors) && before.size() == 1, errors.c_str());
+        before.push_back(before.front());
+        tellura_event_block& second = before.back();
+        second.blockNumber = 2;
+        second.description = "Second block";
+        second.firstYear = second.outputStartingYear = static_cast<int16_t>(before.front().lastYear + 1);
+        second.lastYear = static_cast<int16_t>(second.firstYear + 2);
+        second.weatherChoice = kWeatherMean;
+        QVERIFY2(saveEventBlocks(*db_, kRecord, before, errors), errors.c_str());
         dialog_event_blocks d(*db_, kRecord, kDiurna45);
 
         // The first block with more than one event loses its second.
