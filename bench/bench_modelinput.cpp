@@ -23,7 +23,7 @@ struct typical_run {
 const typical_run& typicalRun() {
     static typical_run typical = [] {
         typical_run t;
-        std::string messages;
+        sb::message_sink messages;
         t.ok = std::filesystem::is_directory(kSampleDir) &&
                sb::readRunFiles(kSampleDir, "example.sch", 4, 1, 1, 1, t.run, messages);
         t.soils.soils.push_back(t.run.soil);
@@ -49,7 +49,7 @@ void BM_PrepareRunDirectory(benchmark::State& state) {
     std::filesystem::create_directories(folder);
     sb::outfile_flags flags{};
     for (auto _ : state) {
-        std::string errors;
+        sb::message_sink errors;
         bool ok = sb::prepareRunDirectory(typical.run.record, version, folder + "/model", flags, typical.run.options,
                                           typical.soils, typical.stations, errors);
         benchmark::DoNotOptimize(ok);

@@ -35,7 +35,8 @@ void BM_ImportCropFile(benchmark::State& state) {
     std::string text = cropFile(static_cast<int>(state.range(0)));
     for (auto _ : state) {
         list_tellura_crops crops;
-        std::string errors, status;
+        sb::message_sink errors;
+        std::string status;
         crops.importText(text, "crop.100", errors, status);
         benchmark::DoNotOptimize(crops.size());
     }
@@ -45,7 +46,8 @@ BENCHMARK(BM_ImportCropFile)->Arg(100)->Arg(1000);
 
 void BM_WriteCropFile(benchmark::State& state) {
     list_tellura_crops crops;
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     crops.importText(cropFile(static_cast<int>(state.range(0))), "crop.100", errors, status);
     for (auto _ : state) {
         std::string text;
@@ -58,18 +60,18 @@ BENCHMARK(BM_WriteCropFile)->Arg(100)->Arg(1000);
 
 void BM_SaveCropList(benchmark::State& state) {
     auto path = (std::filesystem::temp_directory_path() / "soilbench-bench-options.sbproj").string();
-    std::string errors;
+    sb::message_sink errors;
     database::create(path, errors);
     auto db = database::open(path, errors);
     if (!db || !database_maker(*db).createAllTables(errors)) {
-        state.SkipWithError(errors.c_str());
+        state.SkipWithError(errors.text().c_str());
         return;
     }
     list_tellura_crops crops;
     std::string status;
     crops.importText(cropFile(static_cast<int>(state.range(0))), "crop.100", errors, status);
     for (auto _ : state) {
-        if (!crops.saveToDatabase(*db, errors)) state.SkipWithError(errors.c_str());
+        if (!crops.saveToDatabase(*db, errors)) state.SkipWithError(errors.text().c_str());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
     db.reset();
@@ -79,7 +81,7 @@ BENCHMARK(BM_SaveCropList)->Arg(100)->Unit(benchmark::kMillisecond);
 
 void BM_SoilsInOntoOtherLayers(benchmark::State& state) {
     tellura_soil soil;
-    std::string errors;
+    sb::message_sink errors;
     for (int i = 0; i < kMaxSoilLayers; ++i) {
         soil.insertLayer(i, errors);
         soil.layers[static_cast<size_t>(i)].setDepth((i + 1) * 7);

@@ -124,14 +124,14 @@ const std::vector<tellura_event_block>& monthlyBlocks() {
 
 std::unique_ptr<database> project() {
     std::string path = (benchDir() / "bench.db").string();
-    std::string errors;
+    sb::message_sink errors;
     database::create(path, errors);
     auto db = database::open(path, errors);
     if (db) {
         database_maker maker(*db);
         maker.createAllTables(errors);
     }
-    if (!errors.empty()) std::fprintf(stderr, "%s", errors.c_str());
+    if (!errors.empty()) std::fprintf(stderr, "%s", errors.text().c_str());
     return db;
 }
 
@@ -142,7 +142,7 @@ void reportRate(benchmark::State& state, long rows, const std::string& file) {
 
 bool readList(tellura_outputs& outputs) {
     output_variable_set set;
-    std::string errors;
+    sb::message_sink errors;
     return readListFile(set, monthlyListFile(), 4, monthlyBlocks(), outputs, errors);
 }
 
@@ -159,20 +159,20 @@ void BM_ListFileParseAndStore(benchmark::State& state) {
     auto db = project();
     for (auto _ : state) {
         tellura_outputs outputs;
-        std::string errors;
-        if (!readList(outputs) || !saveOutputs(*db, 1, outputs, errors)) state.SkipWithError(errors.c_str());
+        sb::message_sink errors;
+        if (!readList(outputs) || !saveOutputs(*db, 1, outputs, errors)) state.SkipWithError(errors.text().c_str());
     }
     reportRate(state, kMonthlyRows, monthlyListFile());
 }
 
 void BM_BinaryParse(benchmark::State& state) {
     binary_layout_catalogue layouts;
-    std::string errors;
+    sb::message_sink errors;
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
     for (auto _ : state) {
         tellura_outputs outputs;
         if (!readBinaryOutput(binaryFile(), 4, layouts, monthlyBlocks(), outputs, errors))
-            state.SkipWithError(errors.substr(0, 200).c_str());
+            state.SkipWithError(errors.text().substr(0, 200).c_str());
         benchmark::DoNotOptimize(outputs.monthlyCount());
         errors.clear();
     }
@@ -182,13 +182,13 @@ void BM_BinaryParse(benchmark::State& state) {
 void BM_BinaryParseAndStore(benchmark::State& state) {
     auto db = project();
     binary_layout_catalogue layouts;
-    std::string errors;
+    sb::message_sink errors;
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);
     for (auto _ : state) {
         tellura_outputs outputs;
         if (!readBinaryOutput(binaryFile(), 4, layouts, monthlyBlocks(), outputs, errors) ||
             !saveOutputs(*db, 1, outputs, errors))
-            state.SkipWithError(errors.substr(0, 200).c_str());
+            state.SkipWithError(errors.text().substr(0, 200).c_str());
         errors.clear();
     }
     reportRate(state, kMonthlyRows, binaryFile());
@@ -197,8 +197,8 @@ void BM_BinaryParseAndStore(benchmark::State& state) {
 void BM_DailyParse(benchmark::State& state) {
     for (auto _ : state) {
         tellura_outputs outputs;
-        std::string errors;
-        if (!readDailyOutput(dailyFile(), outputs, errors)) state.SkipWithError(errors.c_str());
+        sb::message_sink errors;
+        if (!readDailyOutput(dailyFile(), outputs, errors)) state.SkipWithError(errors.text().c_str());
         benchmark::DoNotOptimize(outputs.daily.size());
     }
     reportRate(state, 36500, dailyFile());
@@ -208,9 +208,9 @@ void BM_DailyParseAndStore(benchmark::State& state) {
     auto db = project();
     for (auto _ : state) {
         tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         if (!readDailyOutput(dailyFile(), outputs, errors) || !saveOutputs(*db, 1, outputs, errors))
-            state.SkipWithError(errors.c_str());
+            state.SkipWithError(errors.text().c_str());
     }
     reportRate(state, 36500, dailyFile());
 }

@@ -94,20 +94,20 @@ struct bench_project {
             if (slash == std::string::npos) return;
             location = url.substr(0, slash + 4) + "sbbench_" + name + url.substr(slash + 4);
         }
-        std::string errors;
+        sb::message_sink errors;
         database::remove(location, errors);
         errors.clear();
         if (!database::create(location, errors)) return;
         db = database::open(location, errors);
         if (db) database_maker(*db).createAllTables(errors);
         if (!errors.empty()) {
-            std::fprintf(stderr, "%s", errors.c_str());
+            std::fprintf(stderr, "%s", errors.text().c_str());
             db.reset();
         }
     }
     ~bench_project() {
         db.reset();
-        std::string errors;
+        sb::message_sink errors;
         if (!location.empty()) database::remove(location, errors);
     }
 };
@@ -125,9 +125,9 @@ void storeRows(benchmark::State& state, const std::string& store, const char* na
         return;
     }
     for (auto _ : state) {
-        std::string errors;
+        sb::message_sink errors;
         if (!saveOutputs(*project.db, 1, outputs, errors) || !errors.empty()) {
-            state.SkipWithError(errors.substr(0, 300).c_str());
+            state.SkipWithError(errors.text().substr(0, 300).c_str());
             return;
         }
     }
@@ -151,17 +151,17 @@ void BM_ChartReadDaily(benchmark::State& state, std::string store) {
         return;
     }
     tellura_outputs outputs = dailyOutputs();
-    std::string errors;
+    sb::message_sink errors;
     for (int id = 1; id <= kChartRecords; ++id) saveOutputs(*project.db, id, outputs, errors);
     if (!errors.empty()) {
-        state.SkipWithError(errors.substr(0, 300).c_str());
+        state.SkipWithError(errors.text().substr(0, 300).c_str());
         return;
     }
     for (auto _ : state) {
         tellura_outputs read;
         if (!loadOutputs(*project.db, kChartRecords, read, errors) || read.daily.size() != outputs.daily.size() ||
             !(read.daily.back() == outputs.daily.back())) {
-            state.SkipWithError(("wrong read-back " + errors.substr(0, 300)).c_str());
+            state.SkipWithError(("wrong read-back " + errors.text().substr(0, 300)).c_str());
             return;
         }
     }
@@ -171,7 +171,7 @@ void BM_ChartReadDaily(benchmark::State& state, std::string store) {
 constexpr int kManyRecords = 10000;
 
 bool fillManyRecords(database& db) {
-    std::string errors;
+    sb::message_sink errors;
     tellura_outputs outputs;
     fillValues(outputs.endOfRun, 1, 0);
     outputs.hasEndOfRun = true;
@@ -182,8 +182,8 @@ bool fillManyRecords(database& db) {
         record.setId(id);
         if (!saveControlRecordWithOutputs(db, record, outputs, errors)) break;
     }
-    if (errors.empty() && !s.commit()) errors = s.storeError() + "\n";
-    if (!errors.empty()) std::fprintf(stderr, "%s", errors.substr(0, 300).c_str());
+    if (errors.empty() && !s.commit()) errors.error(s.storeError() + "\n");
+    if (!errors.empty()) std::fprintf(stderr, "%s", errors.text().substr(0, 300).c_str());
     return errors.empty();
 }
 
@@ -199,7 +199,7 @@ void BM_OpenManyRecords(benchmark::State& state, std::string store) {
     project.db.reset();
     double moveSeconds = 0;
     for (auto _ : state) {
-        std::string errors;
+        sb::message_sink errors;
         auto db = database::open(project.location, errors);
         list_control_record_proxies list;
         tellura_control_record record;
@@ -207,13 +207,13 @@ void BM_OpenManyRecords(benchmark::State& state, std::string store) {
         const control_record_proxy* first = db && list.attach(db.get(), false, errors) ? list.first(errors) : nullptr;
         if (!first || !loadControlRecordWithOutputs(*db, first->id, record, outputs, errors) ||
             outputs.annual.size() != 20) {
-            state.SkipWithError(("cannot open " + errors.substr(0, 300)).c_str());
+            state.SkipWithError(("cannot open " + errors.text().substr(0, 300)).c_str());
             return;
         }
         auto moveStarted = std::chrono::steady_clock::now();
         const control_record_proxy* middle = list.forward(first, kManyRecords / 2, errors);
         if (!middle || !loadControlRecordWithOutputs(*db, middle->id, record, outputs, errors)) {
-            state.SkipWithError(("cannot move " + errors.substr(0, 300)).c_str());
+            state.SkipWithError(("cannot move " + errors.text().substr(0, 300)).c_str());
             return;
         }
         moveSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - moveStarted).count();

@@ -22,9 +22,10 @@ void BM_StartAndWaitCaptured(benchmark::State& state) {
     std::string folder = tempFolder();
     sb::process_runner runner(60000);
     for (auto _ : state) {
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         bool ok = runner.runCaptured("\"/bin/echo\" Execution success.", "Soilbench.con", folder, true, runLog, errors);
-        if (!ok) state.SkipWithError(errors.c_str());
+        if (!ok) state.SkipWithError(errors.text().c_str());
         benchmark::DoNotOptimize(runLog);
     }
     rmdir(folder.c_str());
@@ -42,7 +43,8 @@ void BM_ReadConsole(benchmark::State& state) {
     std::fclose(file);
     int fd = open(path.c_str(), O_RDONLY);
     for (auto _ : state) {
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         sb::process_runner::readConsole(fd, true, runLog, errors);
         benchmark::DoNotOptimize(runLog);
     }

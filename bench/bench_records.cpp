@@ -47,7 +47,7 @@ tellura_control_record recordWithEvents() {
 
 // Saves `count` records; with `oneSession` the saves share one transaction (an
 // import), otherwise each save commits on its own (the user's Save).
-bool writeRecords(database& db, int count, bool oneSession, std::string& errors) {
+bool writeRecords(database& db, int count, bool oneSession, sb::message_sink& errors) {
     tellura_control_record r = recordWithEvents();
     std::unique_ptr<session> outer = oneSession ? std::make_unique<session>(db) : nullptr;
     for (int id = 1; id <= count; ++id) {
@@ -67,10 +67,10 @@ void BM_SaveAndReadRecords(benchmark::State& state) {
             state.SkipWithError("cannot make the project");
             return;
         }
-        std::string errors;
+        sb::message_sink errors;
         auto started = std::chrono::steady_clock::now();
         if (!writeRecords(*db, records, oneSession, errors)) {
-            state.SkipWithError(errors.c_str());
+            state.SkipWithError(errors.text().c_str());
             return;
         }
         auto saved = std::chrono::steady_clock::now();
@@ -78,7 +78,7 @@ void BM_SaveAndReadRecords(benchmark::State& state) {
         tellura_control_record read;
         for (int id = 1; id <= records; ++id) {
             if (!loadControlRecord(*db, id, read, errors)) {
-                state.SkipWithError(errors.c_str());
+                state.SkipWithError(errors.text().c_str());
                 return;
             }
             for (const tellura_event_block& b : read.blocks) events += static_cast<long>(b.events.size());
@@ -123,7 +123,7 @@ void BM_LazyListFirst(benchmark::State& state) {
     database& db = bigProject();
     for (auto _ : state) {
         list_control_record_proxies list;
-        std::string errors;
+        sb::message_sink errors;
         list.attach(&db, false, errors);
         const control_record_proxy* h = list.first(errors);
         if (!h || h->id != 1) state.SkipWithError("wrong first record");
@@ -135,7 +135,7 @@ void BM_LazyListRecord50000(benchmark::State& state) {
     database& db = bigProject();
     for (auto _ : state) {
         list_control_record_proxies list;
-        std::string errors;
+        sb::message_sink errors;
         list.attach(&db, false, errors);
         const control_record_proxy* h = list.forward(nullptr, 49999, errors);
         if (!h || h->recordNumber != 50000 || h->id != 50000) state.SkipWithError("wrong record");
@@ -147,7 +147,7 @@ void BM_LazyListLast(benchmark::State& state) {
     database& db = bigProject();
     for (auto _ : state) {
         list_control_record_proxies list;
-        std::string errors;
+        sb::message_sink errors;
         list.attach(&db, false, errors);
         const control_record_proxy* h = list.last(errors);
         if (!h || h->recordNumber != 100000 || !list.complete()) state.SkipWithError("wrong last record");
@@ -160,7 +160,7 @@ void BM_LoadAllRecords(benchmark::State& state) {
     database& db = bigProject();
     for (auto _ : state) {
         list_control_record_proxies list;
-        std::string errors;
+        sb::message_sink errors;
         long reports = 0;
         list.attach(&db, true, errors, [&](const std::string&) { ++reports; });
         if (list.size() != 100000 || reports != 200) state.SkipWithError("wrong list");

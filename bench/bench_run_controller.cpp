@@ -54,12 +54,13 @@ public:
         if (!sb::importRunFiles(*db_, demo, "demo.sch", kVersion, 1, errors_)) return;
         sb::tellura_control_record record;
         sb::loadControlRecord(*db_, 1, record, errors_);
-        db_->beginSession(errors_);
+        std::string storeError;
+        db_->beginSession(storeError);
         for (int id = 2; id <= records; ++id) {
             record.setId(id);
             sb::saveControlRecord(*db_, record, errors_);
         }
-        db_->commitSession(errors_);
+        db_->commitSession(storeError);
         settings_ = sb::app_soilbench((folder_ / "profile.ini").string());
         settings_.version = kVersion;
         settings_.modelExecutables[kVersion - 1] = link("tellura-standin");
@@ -75,8 +76,8 @@ public:
         db_.reset();
         fs::remove_all(folder_);
     }
-    bool ok() const { return db_ && errors_.find("ERROR") == std::string::npos; }
-    const std::string& errors() const { return errors_; }
+    bool ok() const { return db_ && !errors_.hasErrors(); }
+    std::string errors() const { return errors_.text(); }
     sb::database& db() { return *db_; }
     const sb::app_soilbench& settings() const { return settings_; }
     fs::path folder() const { return folder_; }
@@ -89,7 +90,7 @@ private:
     }
 
     fs::path folder_;
-    std::string errors_;
+    sb::message_sink errors_;
     std::unique_ptr<sb::database> db_;
     sb::app_soilbench settings_;
 };
@@ -112,8 +113,8 @@ void BM_RunSet(benchmark::State& state) {
         sb::run_set_options options;
         options.jobs = static_cast<int>(state.range(1));
         quiet_observer observer;
-        std::string runLog, errors;
-        sb::run_set_result result = controller.runMultipleRecords(options, observer, runLog, errors);
+        std::string runLog;
+        sb::run_set_result result = controller.runMultipleRecords(options, observer, runLog);
         failed += result.failed;
     }
     unsetenv("SB_STANDIN_MODE");
@@ -148,9 +149,9 @@ void BM_RecordStatuses(benchmark::State& state) {
         sb::run_set_options options;
         options.jobs = 2;
         quiet_observer observer;
-        std::string runLog, errors;
-        if (controller.runMultipleRecords(options, observer, runLog, errors).good != records) {
-            state.SkipWithError(errors.c_str());
+        std::string runLog;
+        if (controller.runMultipleRecords(options, observer, runLog).good != records) {
+            state.SkipWithError(observer.text().c_str());
             return;
         }
     }
@@ -158,8 +159,8 @@ void BM_RecordStatuses(benchmark::State& state) {
     for (auto _ : state) {
         sb::run_controller controller(project.db(), project.settings());
         std::vector<sb::record_status> statuses;
-        std::string errors;
-        if (!controller.recordStatuses("", {}, statuses, errors)) state.SkipWithError(errors.c_str());
+        sb::message_sink errors;
+        if (!controller.recordStatuses("", {}, statuses, errors)) state.SkipWithError(errors.text().c_str());
         for (const sb::record_status& status : statuses) notGood += status.state != sb::record_state::good;
     }
     if (notGood) state.SkipWithError("a record that ran is not good");
@@ -194,8 +195,8 @@ void BM_SlurmRunSet(benchmark::State& state) {
         sb::slurm_batch batch(project.db(), controller, slurm);
         quiet_observer observer;
         std::string runLog;
-        lastErrors.clear();
-        failed += batch.run({}, observer, runLog, lastErrors).failed;
+        failed += batch.run({}, observer, runLog).failed;
+        lastErrors = observer.text();
     }
     unsetenv("SB_STANDIN_MODE");
     if (failed) state.SkipWithError(("some records failed: " + lastErrors.substr(0, 400)).c_str());
@@ -224,9 +225,10 @@ public:
             return;
         }
         controller_ = std::make_unique<sb::run_controller>(project_->db(), project_->settings());
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         // One real run leaves the run directory with the model's list file.
-        if (!controller_->runOneRecord(1, {}, runLog, errors)) state.SkipWithError(errors.c_str());
+        if (!controller_->runOneRecord(1, {}, runLog, errors)) state.SkipWithError(errors.text().c_str());
         runDirectory_ = (project_->folder() / "model").string() + "/";
     }
     void TearDown(benchmark::State&) override {
@@ -243,33 +245,33 @@ protected:
 BENCHMARK_F(phases, LoadAndCheck)(benchmark::State& state) {
     for (auto _ : state) {
         sb::tellura_control_record record;
-        std::string errors;
-        if (!controller_->loadAndCheck(1, record, errors)) state.SkipWithError(errors.c_str());
+        sb::message_sink errors;
+        if (!controller_->loadAndCheck(1, record, errors)) state.SkipWithError(errors.text().c_str());
     }
 }
 
 BENCHMARK_F(phases, PrepareRunDirectory)(benchmark::State& state) {
     sb::tellura_control_record record;
-    std::string errors;
+    sb::message_sink errors;
     controller_->loadAndCheck(1, record, errors);
     const std::string exe = runDirectory_ + "tellura-standin";
     for (auto _ : state) {
         if (!sb::prepareRunDirectory(record, kVersion, exe, controller_->settings().outfileSelected,
                                      controller_->optionLists(), controller_->soils(), controller_->stations(), errors))
-            state.SkipWithError(errors.c_str());
+            state.SkipWithError(errors.text().c_str());
     }
 }
 
 BENCHMARK_F(phases, ReadListFile)(benchmark::State& state) {
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     controller_->loadAndCheck(1, record, errors);
     for (auto _ : state) {
         sb::output_variable_set variables;
         outputs.clear();
         if (!sb::readListFile(variables, runDirectory_ + "sb.lis", kVersion, record.blocks, outputs, errors))
-            state.SkipWithError(errors.c_str());
+            state.SkipWithError(errors.text().c_str());
         errors.clear();
     }
     state.counters["rows"] = static_cast<double>(outputs.monthlyCount());
@@ -277,10 +279,10 @@ BENCHMARK_F(phases, ReadListFile)(benchmark::State& state) {
 
 BENCHMARK_F(phases, StoreOutputs)(benchmark::State& state) {
     sb::tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     sb::loadOutputs(project_->db(), 1, outputs, errors);
     for (auto _ : state) {
-        if (!sb::saveOutputs(project_->db(), 1, outputs, errors)) state.SkipWithError(errors.c_str());
+        if (!sb::saveOutputs(project_->db(), 1, outputs, errors)) state.SkipWithError(errors.text().c_str());
     }
     state.counters["rows"] = static_cast<double>(outputs.monthlyCount());
 }

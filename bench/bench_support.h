@@ -18,7 +18,7 @@ inline std::string benchPath(const char* folder, const char* name) {
 
 // A project with every table and no rows; null when it cannot be made.
 inline std::unique_ptr<sb::database> emptyProject(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     if (!sb::database::create(path, errors)) return nullptr;
     auto db = sb::database::open(path, errors);
     if (db) sb::database_maker(*db).createAllTables(errors);

@@ -17,11 +17,11 @@ namespace {
 
 // The series asked for; a record without rows of the table has nothing to plot.
 bool collect(const sb::tellura_outputs& outputs, const chart_request& request, std::vector<sb::output_series>& series,
-             std::string& errors) {
+             sb::message_sink& errors) {
     sb::table_id table = sb::table_id::output_daily;
     sb::outputTableFromWord(request.table, table);
     if (sb::outputRows(outputs, table).empty()) {
-        sb::appendf(errors, "ERROR, the record has no stored %s output to plot.\n", request.table.c_str());
+        errors.errorf("ERROR, the record has no stored %s output to plot.\n", request.table.c_str());
         return false;
     }
     return sb::outputSeries(outputs, table, request.variables, series, errors) && !series.empty();
@@ -30,12 +30,12 @@ bool collect(const sb::tellura_outputs& outputs, const chart_request& request, s
 }  // namespace
 
 bool renderOutputChart(const sb::tellura_outputs& outputs, const chart_request& request, const std::string& pngPath,
-                       std::string& errors) {
+                       sb::message_sink& errors) {
     std::vector<sb::output_series> series;
     if (!collect(outputs, request, series, errors)) return false;
 #ifdef SB_HAVE_CHARTS
     if (!qobject_cast<QApplication*>(QCoreApplication::instance())) {
-        errors += "ERROR, charts need the graphical libraries, which this program was started without.\n";
+        errors.error("ERROR, charts need the graphical libraries, which this program was started without.\n");
         return false;
     }
     auto* chart = new QChart;
@@ -58,13 +58,13 @@ bool renderOutputChart(const sb::tellura_outputs& outputs, const chart_request& 
     view.resize(request.width, request.height);
     QPixmap pixmap = view.grab();
     if (!pixmap.save(QString::fromStdString(pngPath), "PNG")) {
-        sb::appendf(errors, "ERROR, unable to write chart \"%s\".\n", pngPath.c_str());
+        errors.errorf("ERROR, unable to write chart \"%s\".\n", pngPath.c_str());
         return false;
     }
     return true;
 #else
     (void)pngPath;
-    errors += "ERROR, this build of soilbench has no chart support.\n";
+    errors.error("ERROR, this build of soilbench has no chart support.\n");
     return false;
 #endif
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "modeloutput/tellura_output.h"
 
 namespace sbcli {
@@ -16,6 +17,6 @@ struct chart_request {
 };
 
 bool renderOutputChart(const sb::tellura_outputs& outputs, const chart_request& request, const std::string& pngPath,
-                       std::string& errors);
+                       sb::message_sink& errors);
 
 }  // namespace sbcli

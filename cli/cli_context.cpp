@@ -22,30 +22,30 @@ sb::app_soilbench loadUserSettings() {
 }
 
 bool saveUserSettings(sb::app_soilbench& settings) {
-    std::string errors;
+    sb::message_sink errors;
     bool ok = settings.saveSettings(errors);
     report(errors);
     return ok;
 }
 
-sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, std::string& errors) {
+sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, sb::message_sink& errors) {
     sb::release_profile_catalogue catalogue;
     catalogue.load(sb::release_profile_catalogue::shippedFolder(), settings.userProfileFolder(), errors);
     return catalogue;
 }
 
 std::unique_ptr<sb::database> openProject(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     report(errors);
     return db;
 }
 
-void report(const std::string& messages) {
+void report(const sb::message_sink& messages) {
     if (!messages.empty()) std::cerr << messages << std::flush;
 }
 
-int finish(bool ok, const std::string& messages) {
+int finish(bool ok, const sb::message_sink& messages) {
     report(messages);
     return ok ? kExitOk : kExitFailed;
 }
@@ -63,9 +63,9 @@ bool parseRange(const std::string& text, int low, int high, int& first, int& las
 }
 
 bool allowedToReplace(bool exists, bool force, const std::string& what, const char* another, const char* forceDoes,
-                      std::string& errors) {
+                      sb::message_sink& errors) {
     if (!exists || force) return true;
-    sb::appendf(errors, "ERROR, %s: give %s, or --force to %s.\n", what.c_str(), another, forceDoes);
+    errors.errorf("ERROR, %s: give %s, or --force to %s.\n", what.c_str(), another, forceDoes);
     return false;
 }
 

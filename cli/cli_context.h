@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/app_soilbench.h"
+#include "app/message_sink.h"
 #include "app/release_profile_catalogue.h"
 #include "db/database.h"
 
@@ -17,15 +18,15 @@ bool saveUserSettings(sb::app_soilbench& settings);
 
 // The shipped release profiles and the user's own (the profile folder setting).
 // Profiles that cannot be read are left out; their problems go to `errors`.
-sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, std::string& errors);
+sb::release_profile_catalogue loadReleaseProfiles(const sb::app_soilbench& settings, sb::message_sink& errors);
 
 // Opens an existing project; prints the messages and returns null on failure.
 std::unique_ptr<sb::database> openProject(const std::string& path);
 
 // Prints collected messages (already ending in newlines) to standard error.
-void report(const std::string& messages);
+void report(const sb::message_sink& messages);
 // Prints the messages and turns an operation's result into the exit status.
-int finish(bool ok, const std::string& messages);
+int finish(bool ok, const sb::message_sink& messages);
 
 // "1-3" -> 1, 3; false when the text is not two whole numbers within [low, high]
 // joined by '-', the first not after the second.
@@ -35,6 +36,6 @@ bool parseRange(const std::string& text, int low, int high, int& first, int& las
 // appends "ERROR, <what>: give <another>, or --force to <forceDoes>.\n" and
 // returns false, unless `force`.
 bool allowedToReplace(bool exists, bool force, const std::string& what, const char* another, const char* forceDoes,
-                      std::string& errors);
+                      sb::message_sink& errors);
 
 }  // namespace sbcli

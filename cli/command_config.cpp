@@ -54,7 +54,7 @@ public:
         std::string key = join(s, k);
         std::erase_if(entries, [&](const entry& e) { return e.key == key; });
     }
-    bool flush(std::string&) override { return true; }
+    bool flush(sb::message_sink&) override { return true; }
 
 private:
     static std::string join(std::string_view s, std::string_view k) { return std::string(s) + "/" + std::string(k); }
@@ -73,7 +73,7 @@ private:
 bool releaseProfileUsable(const sb::app_soilbench& settings, const std::string& key) {
     for (int code = 1; code <= sb::kVersionCount; ++code) {
         if (key != std::string("Files/") + sb::versionDisplayName(code) + " PROFILE") continue;
-        std::string errors;
+        sb::message_sink errors;
         sb::release_profile_catalogue profiles = loadReleaseProfiles(settings, errors);
         if (sb::chooseReleaseProfile(profiles, settings.releaseProfile(code), code, errors)) return true;
         report(errors);

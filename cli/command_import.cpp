@@ -22,7 +22,7 @@ namespace sbcli {
 namespace {
 
 // The schedule of a run directory when none is named: the only ".sch" or ".evt" file.
-bool findSchedule(const std::string& dir, std::string& schedule, std::string& errors) {
+bool findSchedule(const std::string& dir, std::string& schedule, sb::message_sink& errors) {
     std::vector<std::string> found;
     std::error_code ec;
     for (const auto& entry : std::filesystem::directory_iterator(dir, ec)) {
@@ -30,12 +30,12 @@ bool findSchedule(const std::string& dir, std::string& schedule, std::string& er
         if (entry.is_regular_file() && (ext == ".sch" || ext == ".evt")) found.push_back(entry.path().filename());
     }
     if (ec) {
-        sb::appendf(errors, "ERROR, cannot read run directory \"%s\": %s.\n", dir.c_str(), ec.message().c_str());
+        errors.errorf("ERROR, cannot read run directory \"%s\": %s.\n", dir.c_str(), ec.message().c_str());
         return false;
     }
     if (found.size() != 1) {
-        sb::appendf(errors, "ERROR, %s schedule file (.sch or .evt) in \"%s\": name one with --schedule.\n",
-                    found.empty() ? "no" : "more than one", dir.c_str());
+        errors.errorf("ERROR, %s schedule file (.sch or .evt) in \"%s\": name one with --schedule.\n",
+                      found.empty() ? "no" : "more than one", dir.c_str());
         return false;
     }
     schedule = found.front();
@@ -44,7 +44,7 @@ bool findSchedule(const std::string& dir, std::string& schedule, std::string& er
 
 // The station to import into: the stored one with its history, or a new one.
 sb::tellura_weather_station stationFor(sb::database& db, int32_t id, const std::string& description,
-                                       std::string& errors) {
+                                       sb::message_sink& errors) {
     sb::tellura_weather_stations stations;
     sb::loadWeatherStations(db, stations, errors);
     if (const sb::tellura_weather_station* stored = stations.find(id)) {
@@ -73,7 +73,7 @@ const sb::option_member* memberOrReport(const std::string& kind) {
 // profile of the version asked for (or the configured version). The
 // recognition's verdict is printed.
 const sb::release_profile* importProfile(const import_run_files_options& opt, const std::string& schedule,
-                                         const sb::app_soilbench& settings, std::string& errors) {
+                                         const sb::app_soilbench& settings, sb::message_sink& errors) {
     static sb::release_profile_catalogue profiles;
     profiles = loadReleaseProfiles(settings, errors);
     const int configured = opt.version ? opt.version : settings.version;
@@ -82,7 +82,7 @@ const sb::release_profile* importProfile(const import_run_files_options& opt, co
     for (const sb::release_profile& profile : profiles.profiles())
         if (!opt.version || profile.version == opt.version) candidates.push_back(&profile);
     const std::string siteFile = sb::scheduledSiteFile(opt.dir, schedule, configured);
-    std::string verdict;
+    sb::message_sink verdict;
     const sb::release_profile* match =
         sb::recogniseReleaseProfile(opt.dir, siteFile, candidates, settings.releaseProfile(configured), verdict);
     std::cout << verdict;
@@ -95,7 +95,7 @@ const sb::release_profile* importProfile(const import_run_files_options& opt, co
 int cmdImportRunFiles(const import_run_files_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     std::string schedule = opt.schedule;
     if (schedule.empty() && !findSchedule(opt.dir, schedule, errors)) return finish(false, errors);
     sb::app_soilbench settings = loadUserSettings();
@@ -115,17 +115,17 @@ int cmdImportRunFiles(const import_run_files_options& opt) {
 
 // The three weather imports differ only in how the file is read into the
 // station and which of its rows are then saved.
-using station_import = std::function<bool(sb::tellura_weather_station&, std::string&)>;
-using station_save = std::function<bool(sb::database&, const sb::tellura_weather_station&, std::string&)>;
+using station_import = std::function<bool(sb::tellura_weather_station&, sb::message_sink&)>;
+using station_save = std::function<bool(sb::database&, const sb::tellura_weather_station&, sb::message_sink&)>;
 
 // The file is read whole and checked first; then the station and its history
 // are stored in one save, so a failure anywhere leaves the station as it was.
 int importIntoStation(const import_weather_options& opt, const station_import& read, const station_save& save) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_weather_station station = stationFor(*db, opt.station, opt.description, errors);
-    if (sb::hasErrorMessage(errors) || !read(station, errors)) return finish(false, errors);
+    if (errors.hasErrors() || !read(station, errors)) return finish(false, errors);
     sb::store_session whole(*db, errors);
     bool ok = whole.ok() && sb::saveWeatherStation(*db, station, errors) && save(*db, station, errors);
     return finish(whole.commitIf(ok), errors);
@@ -134,7 +134,7 @@ int importIntoStation(const import_weather_options& opt, const station_import& r
 int cmdImportWeatherDaily(const import_weather_options& opt) {
     return importIntoStation(
         opt,
-        [&](sb::tellura_weather_station& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, sb::message_sink& errors) {
             return sb::readDailyWeatherFile(opt.file, station, errors);
         },
         sb::saveDailyHistory);
@@ -143,7 +143,7 @@ int cmdImportWeatherDaily(const import_weather_options& opt) {
 int cmdImportWeatherMonthly(const import_weather_options& opt) {
     return importIntoStation(
         opt,
-        [&](sb::tellura_weather_station& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, sb::message_sink& errors) {
             return sb::readMonthlyWeatherFile(opt.file, station, errors);
         },
         sb::saveMonthlyHistory);
@@ -153,20 +153,20 @@ int cmdImportWeatherAverages(const import_weather_options& opt) {
     // Only the climate names of the site file are taken: the record read into is thrown away.
     return importIntoStation(
         opt,
-        [&](sb::tellura_weather_station& station, std::string& errors) {
+        [&](sb::tellura_weather_station& station, sb::message_sink& errors) {
             sb::tellura_control_record scratch;
             sb::tellura_weather_station read = station;
             read.hasMeans = false;
             if (!sb::importSiteFile(opt.file, scratch, nullptr, &read, errors)) return false;
             if (!read.hasMeans) {
-                sb::appendf(errors, "ERROR, no climate means (PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M) in \"%s\".\n",
-                            opt.file.c_str());
+                errors.errorf("ERROR, no climate means (PRECIP, PRCSTD, PRCSKW, TMN2M, TMX2M) in \"%s\".\n",
+                              opt.file.c_str());
                 return false;
             }
             station = std::move(read);
             return true;
         },
-        [](sb::database&, const sb::tellura_weather_station&, std::string&) { return true; });
+        [](sb::database&, const sb::tellura_weather_station&, sb::message_sink&) { return true; });
 }
 
 int cmdImportOptionList(const option_list_options& opt) {
@@ -174,7 +174,8 @@ int cmdImportOptionList(const option_list_options& opt) {
     if (!member) return kExitUsage;
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     sb::option_lists lists;
     sb::option_list& list = lists.list(member->kind);
     if (!list.loadFromDatabase(*db, errors)) return finish(false, errors);
@@ -182,8 +183,8 @@ int cmdImportOptionList(const option_list_options& opt) {
     sb::import_counts counts = list.importFile(opt.file, errors, status);
     if (!counts.clean()) {
         if (!counts.unread && counts.badLines == 0)
-            sb::appendf(errors, "ERROR, no option records in \"%s\".\n", opt.file.c_str());
-        sb::appendf(errors, "Nothing imported: the %s list is as it was.\n", opt.kind.c_str());
+            errors.errorf("ERROR, no option records in \"%s\".\n", opt.file.c_str());
+        errors.errorf("Nothing imported: the %s list is as it was.\n", opt.kind.c_str());
         return finish(false, errors);
     }
     bool ok = list.saveToDatabase(*db, errors);
@@ -196,7 +197,7 @@ int cmdExportOptionList(const option_list_options& opt) {
     if (!member) return kExitUsage;
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     sb::option_lists lists;
     sb::option_list& list = lists.list(member->kind);
     bool ok = list.loadFromDatabase(*db, errors) && list.write(opt.file, errors, opt.version);
@@ -207,7 +208,7 @@ int cmdExportOptionList(const option_list_options& opt) {
 int cmdImportSoilLayers(const import_soil_layers_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_soils soils;
     if (!soils.load(*db, errors)) return finish(false, errors);
     sb::tellura_soil soil;
@@ -226,7 +227,7 @@ int cmdImportSoilLayers(const import_soil_layers_options& opt) {
 int cmdExportArchive(const archive_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string messages, errors;
+    sb::message_sink messages, errors;
     std::string filter;
     if (!opt.selection.filter(filter)) return kExitUsage;
     bool ok = sb::exportSiteArchive(*db, filter, opt.file, messages, errors);
@@ -237,7 +238,7 @@ int cmdExportArchive(const archive_options& opt) {
 int cmdImportArchive(const archive_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string messages, errors;
+    sb::message_sink messages, errors;
     bool ok = sb::importSiteArchive(*db, opt.file, messages, errors);
     std::cout << messages;
     return finish(ok, errors);

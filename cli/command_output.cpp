@@ -15,11 +15,11 @@ namespace sbcli {
 namespace {
 
 // The outputs of a record that must be there: a wrong ID is an error, not an empty table.
-bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& outputs, std::string& errors) {
+bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& outputs, sb::message_sink& errors) {
     auto db = openProject(project);
     if (!db) return false;
     if (!sb::controlRecordExists(*db, id)) {
-        sb::appendf(errors, "ERROR, can't find record, ID=%d, in [Control Records].\n", id);
+        errors.errorf("ERROR, can't find record, ID=%d, in [Control Records].\n", id);
         return false;
     }
     return sb::loadOutputs(*db, id, outputs, errors);
@@ -28,7 +28,7 @@ bool readStoredOutputs(const std::string& project, int id, sb::tellura_outputs& 
 }  // namespace
 
 int cmdExport(const export_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_outputs outputs;
     if (!readStoredOutputs(opt.project, opt.id, outputs, errors)) return finish(false, errors);
     sb::table_id table = sb::table_id::output;
@@ -41,14 +41,14 @@ int cmdExport(const export_options& opt) {
     std::ofstream out(opt.csv, std::ios::binary);
     out << csv;
     if (!out.flush()) {
-        sb::appendf(errors, "ERROR, unable to write \"%s\".\n", opt.csv.c_str());
+        errors.errorf("ERROR, unable to write \"%s\".\n", opt.csv.c_str());
         return finish(false, errors);
     }
     return finish(true, errors);
 }
 
 int cmdPlot(const plot_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_outputs outputs;
     if (!readStoredOutputs(opt.project, opt.id, outputs, errors)) return finish(false, errors);
     chart_request request;

@@ -15,7 +15,7 @@ namespace sbcli {
 namespace {
 
 // The first schedule of the set-up by name, as a release's sample folder has one per site.
-bool firstSchedule(const std::string& dir, std::string& schedule, std::string& errors) {
+bool firstSchedule(const std::string& dir, std::string& schedule, sb::message_sink& errors) {
     std::vector<std::string> found;
     std::error_code ec;
     for (const auto& entry : std::filesystem::directory_iterator(dir, ec))
@@ -23,7 +23,7 @@ bool firstSchedule(const std::string& dir, std::string& schedule, std::string& e
             found.push_back(entry.path().filename());
     std::sort(found.begin(), found.end());
     if (found.empty()) {
-        sb::appendf(errors, "ERROR, no schedule (.sch) in \"%s\".\n", dir.c_str());
+        errors.errorf("ERROR, no schedule (.sch) in \"%s\".\n", dir.c_str());
         return false;
     }
     schedule = found.front();
@@ -34,7 +34,7 @@ bool firstSchedule(const std::string& dir, std::string& schedule, std::string& e
 
 int cmdProfileList(const profile_list_options& opt) {
     sb::app_soilbench settings = loadUserSettings();
-    std::string errors;
+    sb::message_sink errors;
     sb::release_profile_catalogue profiles = loadReleaseProfiles(settings, errors);
     for (int code = 1; code <= sb::kVersionCount; ++code) {
         if (opt.version && code != opt.version) continue;
@@ -48,7 +48,7 @@ int cmdProfileList(const profile_list_options& opt) {
 }
 
 int cmdProfileDerive(const profile_derive_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     sb::profile_derivation from;
     from.directory = opt.dir;
     from.scheduleFile = opt.schedule;
@@ -69,7 +69,7 @@ int cmdProfileDerive(const profile_derive_options& opt) {
         return finish(true, errors);
     }
     if (!sb::writeTextFile(opt.out, text)) {
-        sb::appendf(errors, "ERROR, cannot write \"%s\".\n", opt.out.c_str());
+        errors.errorf("ERROR, cannot write \"%s\".\n", opt.out.c_str());
         return finish(false, errors);
     }
     std::cout << "Wrote release profile " << opt.out << ".\n";

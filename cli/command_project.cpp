@@ -23,14 +23,14 @@ namespace sbcli {
 bool record_selection::filter(std::string& clause) const {
     clause = where;
     if (ids.empty()) return true;
-    std::string errors;
+    sb::message_sink errors;
     const bool ok = sb::id_list_filter::selectionClause(ids, clause, errors);
     report(errors);
     return ok;
 }
 
 int cmdNew(const new_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     // A database on a server is never replaced (making one refuses a database holding tables).
     sb::project_location where;
     std::string problem;
@@ -77,7 +77,7 @@ private:
 }  // namespace
 
 int cmdCopyProject(const copy_project_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     sb::copy_options options;
     options.replace = opt.force;
     long long rows = 0;
@@ -102,7 +102,8 @@ int cmdList(const list_options& opt) {
     sb::db_status status;
     auto table = db->openTable(sb::table_id::control_records, filter, "", status);
     if (!table) {
-        std::string errors = "ERROR, unable to open table [Control Records].\n";
+        sb::message_sink errors;
+        errors.error("ERROR, unable to open table [Control Records].\n");
         sb::appendStatusText(status, errors);
         return finish(false, errors);
     }
@@ -116,7 +117,8 @@ int cmdList(const list_options& opt) {
                                    row.integer(soil), row.integer(weather), row.text(description).c_str());
     }
     if (!s.endOfRowset()) {
-        std::string errors = "ERROR, unable to read [Control Records].\n";
+        sb::message_sink errors;
+        errors.error("ERROR, unable to read [Control Records].\n");
         sb::appendStatusText(s, errors);
         return finish(false, errors);
     }
@@ -126,7 +128,7 @@ int cmdList(const list_options& opt) {
 int cmdShow(const show_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
     if (!sb::loadControlRecordWithOutputs(*db, opt.id, record, outputs, errors)) return finish(false, errors);
@@ -135,10 +137,10 @@ int cmdShow(const show_options& opt) {
     std::string text = sb::controlRecordText(record, stations);
     sb::appendAnnualOutputText(outputs, text);
     if (text.empty())
-        sb::appendf(errors,
-                    "WARNING, weather station %ld of record %ld is not in the project, so the record has no "
-                    "text form.\n",
-                    static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
+        errors.warningf(
+            "WARNING, weather station %ld of record %ld is not in the project, so the record has no "
+            "text form.\n",
+            static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
     std::cout << text;
     return finish(true, errors);
 }
@@ -146,7 +148,7 @@ int cmdShow(const show_options& opt) {
 int cmdCopy(const copy_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     if (!allowedToReplace(sb::controlRecordExists(*db, opt.to), opt.force,
                           sb::strprintf("record %d exists already", opt.to), "another --to", "replace it", errors))
         return finish(false, errors);
@@ -158,7 +160,7 @@ int cmdCopy(const copy_options& opt) {
 int cmdDelete(const delete_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string errors;
+    sb::message_sink errors;
     bool ok = sb::deleteControlRecord(*db, opt.id, errors);
     if (ok) std::cout << "Deleted record " << opt.id << ".\n";
     return finish(ok, errors);

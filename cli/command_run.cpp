@@ -59,11 +59,13 @@ sb::slurm_options slurmOptions(const run_options& opt, const sb::app_soilbench& 
 int cmdCollect(const collect_options& opt) {
     auto db = openProject(opt.project);
     if (!db) return kExitFailed;
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     sb::collect_result result;
     {
         progress_reporter progress;
-        result = sb::collectSlurmTasks(*db, loadUserSettings(), progress, runLog, errors);
+        result = sb::collectSlurmTasks(*db, loadUserSettings(), progress, runLog);
+        errors = progress;
     }
     std::cout << runLog;
     report(errors);
@@ -73,7 +75,7 @@ int cmdCollect(const collect_options& opt) {
 }
 
 int cmdRunTask(const run_task_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     const int status = sb::runTask(opt.folder, errors);
     report(errors);
     return status;
@@ -84,7 +86,7 @@ int cmdPrepare(const prepare_options& opt) {
         std::cerr << "ERROR, --dir names no folder: give the folder to write the run directory into.\n";
         return kExitUsage;
     }
-    std::string errors;
+    sb::message_sink errors;
     std::error_code ec;
     const bool holdsFiles = std::filesystem::is_directory(opt.dir, ec) && !std::filesystem::is_empty(opt.dir, ec);
     if (!allowedToReplace(holdsFiles, opt.force, "the folder \"" + opt.dir + "\" is not empty", "another --dir",
@@ -96,7 +98,7 @@ int cmdPrepare(const prepare_options& opt) {
     int version = opt.version ? opt.version : settings.version;
     std::filesystem::create_directories(opt.dir, ec);
     if (ec) {
-        sb::appendf(errors, "ERROR, unable to make the folder \"%s\": %s.\n", opt.dir.c_str(), ec.message().c_str());
+        errors.errorf("ERROR, unable to make the folder \"%s\": %s.\n", opt.dir.c_str(), ec.message().c_str());
         return finish(false, errors);
     }
     sb::run_controller controller(*db, settings);
@@ -105,7 +107,7 @@ int cmdPrepare(const prepare_options& opt) {
     if (!sb::loadControlRecord(*db, opt.id, record, errors)) return finish(false, errors);
     std::string dir = opt.dir;
     if (dir.back() != '/') dir += '/';
-    std::string profileErrors;
+    sb::message_sink profileErrors;
     sb::release_profile_catalogue profiles = loadReleaseProfiles(settings, profileErrors);
     const std::string profileName = opt.profile.empty() ? settings.releaseProfile(version) : opt.profile;
     const sb::release_profile* profile = sb::chooseReleaseProfile(profiles, profileName, version, errors);
@@ -152,23 +154,25 @@ int cmdRun(const run_options& opt) {
         return kExitUsage;
     }
 
-    std::string onlyErrors;
+    sb::message_sink onlyErrors;
     if (!opt.only.empty() && !sb::parseRecordStates(opt.only, runSet.only, onlyErrors)) {
         report(onlyErrors);
         return kExitUsage;
     }
 
     sb::run_controller controller(*db, settings);
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     sb::run_set_result result;
     {
         progress_reporter progress;
         if (opt.slurm) {
             sb::slurm_batch batch(*db, controller, slurmOptions(opt, settings));
-            result = batch.run(runSet, progress, runLog, errors);
+            result = batch.run(runSet, progress, runLog);
         } else {
-            result = controller.runMultipleRecords(runSet, progress, runLog, errors);
+            result = controller.runMultipleRecords(runSet, progress, runLog);
         }
+        errors = progress;
     }
     std::cout << runLog;
     report(errors);
@@ -209,7 +213,7 @@ int cmdStatus(const status_options& opt) {
     sb::app_soilbench settings = loadUserSettings();
     if (opt.version) settings.version = static_cast<int16_t>(opt.version);
     sb::run_controller controller(*db, settings);
-    std::string errors;
+    sb::message_sink errors;
     std::vector<sb::record_status> statuses;
     if (!controller.recordStatuses(filter, {}, statuses, errors)) return finish(false, errors);
 
@@ -243,7 +247,7 @@ int cmdStatus(const status_options& opt) {
 }
 
 int cmdReadBin(const read_bin_options& opt) {
-    std::string errors;
+    sb::message_sink errors;
     sb::app_soilbench settings = loadUserSettings();
     sb::tellura_outputs outputs;
     const sb::binary_layout_catalogue layouts = sb::loadBinaryLayouts(settings.binaryLayoutFiles(), errors);

@@ -72,22 +72,22 @@ std::string standinProgram(const char* name) {
 // record per core. The user's profile is not touched.
 // The model's input files are written beside its executable, so the demo
 // gets a model folder of its own with links to the installed stand-in.
-std::string linkInto(const fs::path& folder, const char* program, std::string& errors) {
+std::string linkInto(const fs::path& folder, const char* program, sb::message_sink& errors) {
     std::error_code ec;
     fs::create_directories(folder, ec);
     fs::path link = folder / program;
     const std::string target = standinProgram(program);
     if (!fs::exists(target, ec)) {
-        sb::appendf(errors, "ERROR, the stand-in model is missing: %s.\n", target.c_str());
+        errors.errorf("ERROR, the stand-in model is missing: %s.\n", target.c_str());
         return link.string();
     }
     fs::remove(link, ec);
     fs::create_symlink(target, link, ec);
-    if (ec) sb::appendf(errors, "ERROR, unable to link \"%s\": %s.\n", link.c_str(), ec.message().c_str());
+    if (ec) errors.errorf("ERROR, unable to link \"%s\": %s.\n", link.c_str(), ec.message().c_str());
     return link.string();
 }
 
-sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
+sb::app_soilbench demoSettings(const fs::path& dir, sb::message_sink& errors) {
     sb::app_soilbench settings(std::string((dir / "demo-profile.ini").string()));
     settings.version = kDemoVersion;
     settings.modelExecutables[kDemoVersion - 1] = linkInto(dir / "model", "tellura-standin", errors);
@@ -108,14 +108,14 @@ sb::app_soilbench demoSettings(const fs::path& dir, std::string& errors) {
 }
 
 // Record 1 as imported, varied by soil, rotation and fertiliser.
-bool addVariants(sb::database& db, std::string& errors, int& records) {
+bool addVariants(sb::database& db, sb::message_sink& errors, int& records) {
     sb::tellura_control_record base;
     if (!sb::loadControlRecord(db, 1, base, errors)) return false;
     sb::tellura_soils soils;
     soils.load(db, errors);
     const sb::tellura_soil* shipped = soils.find(base.soilId());
     if (!shipped) {
-        errors += "ERROR, the demo set-up has no soil.\n";
+        errors.error("ERROR, the demo set-up has no soil.\n");
         return false;
     }
     int soilId = base.soilId();
@@ -196,7 +196,7 @@ std::vector<const sb::table_record*> yearEnds(const sb::tellura_outputs& outputs
 
 // Soil carbon and production from the year ends (or the annual rows of a
 // release that lists annual output), N2O from the annual rows.
-record_summary summarize(sb::database& db, int id, std::string& errors) {
+record_summary summarize(sb::database& db, int id, sb::message_sink& errors) {
     record_summary s;
     sb::tellura_control_record record;
     sb::tellura_outputs outputs;
@@ -233,35 +233,41 @@ int cmdDemo(const demo_options& opt) {
     }
     const std::string project = (dir / "demo.sbproj").string();
     const std::string setup = demoSetupDirectory();
-    std::string errors;
+    sb::message_sink errors;
 
     std::cout << "Soilbench demo (outputs come from the stand-in model, not the real model)\n";
     std::cout << "Set-up files: " << setup << "\n";
     auto db = sb::createNewProject(project, errors);
     if (!db) return finish(false, errors);
-    std::string importMessages;
+    sb::message_sink importMessages;
     if (!sb::importRunFiles(*db, setup, "demo.sch", kDemoVersion, 1, importMessages)) {
-        return finish(false, errors + importMessages);
+        errors.add(importMessages);
+        return finish(false, errors);
     }
     int records = 0;
     if (!addVariants(*db, errors, records)) return finish(false, errors);
     std::cout << "Project with " << records << " records: " << project << "\n";
 
-    std::string setupErrors;
+    sb::message_sink setupErrors;
     sb::app_soilbench settings = demoSettings(dir, setupErrors);
-    if (!setupErrors.empty()) return finish(false, errors + setupErrors);
+    if (!setupErrors.empty()) {
+        errors.add(setupErrors);
+        return finish(false, errors);
+    }
     // Messages are shown as they come, before the summary that sums them up.
     report(errors);
     errors.clear();
     sb::run_controller controller(*db, settings);
     sb::run_set_options runSet;
     runSet.jobs = settings.jobs;
-    std::string runLog, runMessages, shownMessages;
+    std::string runLog, shownMessages;
+    sb::message_sink runMessages;
     sb::run_set_result result;
     std::cout << "Running " << records << " records, " << runSet.jobs << " at once...\n" << std::flush;
     {
         demo_progress progress;
-        result = controller.runMultipleRecords(runSet, progress, runLog, runMessages);
+        result = controller.runMultipleRecords(runSet, progress, runLog);
+        runMessages = progress;
         shownMessages = progress.shown();
     }
     std::string logPath = (dir / "run-log.txt").string();

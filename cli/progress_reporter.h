@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 
+#include "app/message_sink.h"
 #include "run/run_observer.h"
 
 namespace sbcli {

@@ -21,7 +21,7 @@ const sb::binary_layout_catalogue& catalogue() {
         const std::string layout =
             "block\tindex\tname\nplot1\t1\tagcacc\nplot1\t2\tstrcis(1,1)\nplot1\t3\tsomsc\n"
             "plot2\t1\taglcn\nplot2\t2\tbgcjmth(1)\nplot2\t3\tbgcjmth(2)\nplot3\t1\tfrstc\nplot3\t2\tcrpval\n";
-        std::string errors;
+        sb::message_sink errors;
         sb_fuzz::readScratch("layout.tsv", reinterpret_cast<const uint8_t*>(layout.data()), layout.size(),
                              [&](const std::string& path) { c.addFile(path, errors); });
         c.loadShipped(SB_FUZZ_LAYOUTS_DIR, errors);
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     return sb_fuzz::readScratch("output.bin", data + 1, size - 1, [&](const std::string& path) {
         sb::tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         sb::readBinaryOutput(path, 4, catalogue(), blocks, outputs, errors);
     });
 }

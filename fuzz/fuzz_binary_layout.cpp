@@ -10,7 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("layout.tsv", data, size, [&](const std::string& path) {
         sb::binary_layout_catalogue catalogue;
-        std::string errors;
+        sb::message_sink errors;
         if (!catalogue.addFile(path, errors)) return;
         const sb::binary_layout& layout = catalogue.layouts().front();
         catalogue.find(layout.version, layout.recordBytes());

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("output.csv", data, size, [&](const std::string& path) {
         for (const sb::csv_output_file& file : sb::csvOutputFiles()) {
             sb::tellura_outputs outputs;
-            std::string errors;
+            sb::message_sink errors;
             sb::readCsvOutputFile(file, path, outputs, errors);
         }
     });

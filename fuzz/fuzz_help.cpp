@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size > 0 && (data[0] & 1)) text.clear();
     text.append(reinterpret_cast<const char*>(data), size);
     sb::list_field_help_tellura help;
-    std::string messages;
+    sb::message_sink messages;
     help.loadText(text, "fuzz.csv", messages);
     for (int version = 0; version <= 7; ++version) {
         help.describe("a", 1, version);

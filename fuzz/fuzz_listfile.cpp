@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("output.lis", data + 1, size - 1, [&](const std::string& path) {
         sb::output_variable_set variables;
         sb::tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         sb::readListFile(variables, path, version, blocks, outputs, errors);
     });
 }

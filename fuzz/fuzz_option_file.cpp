@@ -11,7 +11,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
     auto list = sb::makeOptionList(static_cast<sb::option_kind>(data[0] % sb::kOptionKindCount));
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     list->importText(std::string_view(reinterpret_cast<const char*>(data + 1), size - 1), "fuzz.100", errors, status);
     std::string written;
     list->writeText(written, 1 + data[0] / sb::kOptionKindCount % 6);

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     sb::isClimateName(canonical);
     sb::isSoilSiteName(canonical);
     sb::siteColumnOfName(canonical);
-    std::string messages;
+    sb::message_sink messages;
     sb::tellura_control_record record;
     sb::tellura_soil soil;
     sb::tellura_weather_station station;

@@ -22,7 +22,7 @@ struct fuzz_record : sb::tellura_input {
     int32_t large = 0;
     uint16_t flag = 0;
 
-    bool setField(std::string_view name, double value, std::string& errors) override {
+    bool setField(std::string_view name, double value, sb::message_sink& errors) override {
         sb::field_setter set(name, value, errors);
         set.array1("A", one, 3) || set.array2("B", two, 4, 3) || set.array3("C", three, 2, 3, 4) ||
             set.array3Reversed("D", reversed, 2, 3, 4, 5) || set.int8("S", small) || set.int32("L", large) ||
@@ -36,7 +36,8 @@ struct fuzz_record : sb::tellura_input {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string_view text(reinterpret_cast<const char*>(data), size);
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     sb::tellura_input_list_of<fuzz_record> typed;
     typed.importText(text, "fuzz.100", errors, status);
 

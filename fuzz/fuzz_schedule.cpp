@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (int version = 1; version <= 6; ++version) {
         sb::tellura_control_record record;
         sb::schedule_references references;
-        std::string errors;
+        sb::message_sink errors;
         sb::readScheduleText(text, "fuzz.sch", version, record, references, errors);
     }
     return 0;

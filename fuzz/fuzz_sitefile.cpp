@@ -13,7 +13,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("site.100", data, size, [&](const std::string& path) {
-        std::string messages;
+        sb::message_sink messages;
         sb::tellura_control_record record;
         sb::tellura_soil soil;
         sb::tellura_weather_station station;

@@ -12,7 +12,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("sitepar.in", data, size, [&](const std::string& path) {
         sb::tellura_control_record record;
-        std::string messages;
+        sb::message_sink messages;
         sb::importSitepar(path, record, sb::shippedReleaseProfile(sb::kDiurna45), messages);
     });
 }

@@ -10,7 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string text(reinterpret_cast<const char*>(data), size);
     sb::tellura_soil soil;
-    std::string errors;
+    sb::message_sink errors;
     sb::readSoilLayerText(text, "soils.in", soil, errors);
     std::vector<int> bottoms;
     for (int i = 0; i < soil.layerCount; ++i) bottoms.push_back(soil.layers[static_cast<size_t>(i)].depth());

@@ -10,7 +10,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return sb_fuzz::readScratch("output.out", data, size, [&](const std::string& path) {
-        std::string errors;
+        sb::message_sink errors;
         sb::tellura_outputs summary;
         sb::readYearSummary(path, summary, errors);
         sb::tellura_outputs daily;

@@ -8,7 +8,7 @@
 #include "records/tellura_weather_station.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_weather_station daily;
     sb::readDailyWeatherText(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz.wth", daily, errors);
     return sb_fuzz::readScratch("monthly.wth", data, size, [&](const std::string& path) {

@@ -167,7 +167,7 @@ void app_soilbench::loadSettings(settings_store& store) {
     if (jobs < 1) jobs = 1;
 }
 
-bool app_soilbench::saveSettings(std::string& errors) {
+bool app_soilbench::saveSettings(message_sink& errors) {
     return withProfile([&](settings_store& store) {
         saveSettings(store);
         return store.flush(errors);
@@ -184,7 +184,7 @@ void app_soilbench::loadRecentFiles() {
     withProfile([this](settings_store& store) { loadRecentFiles(store); });
 }
 
-bool app_soilbench::saveRecentFiles(std::string& errors) {
+bool app_soilbench::saveRecentFiles(message_sink& errors) {
     return withProfile([&](settings_store& store) {
         saveRecentFiles(store);
         return store.flush(errors);

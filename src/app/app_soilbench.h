@@ -30,6 +30,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/model_version.h"
 
 namespace sb {
@@ -93,12 +94,12 @@ public:
     void loadSettings();
     void loadSettings(settings_store& store);
     // Writes every key. False with a message when the profile cannot be written.
-    bool saveSettings(std::string& errors);
+    bool saveSettings(message_sink& errors);
     void saveSettings(settings_store& store) const;
 
     // The recent-file list of the profile, section "Recent File List".
     void loadRecentFiles();
-    bool saveRecentFiles(std::string& errors);
+    bool saveRecentFiles(message_sink& errors);
     void loadRecentFiles(settings_store& store);
     void saveRecentFiles(settings_store& store) const;
     // Moves (or puts) the path at the top of the list, keeping 4.

@@ -97,14 +97,14 @@ void configuration_form::chooseHelpFile(const std::string& path) {
     helpFileText_ = path;
 }
 
-bool configuration_form::accept(std::string& errors) {
+bool configuration_form::accept(message_sink& errors) {
     uint32_t timeout = 0;
     if (!parseRunTimeout(runTimeoutText, timeout)) {
-        appendf(errors, "Please enter an integer between 0 and %u.\n", kMaxRunTimeout);
+        errors.errorf("Please enter an integer between 0 and %u.\n", kMaxRunTimeout);
         return false;
     }
     if (trim(wineCommand).empty()) {
-        errors += "Please enter the Wine command, e.g. wine.\n";
+        errors.error("Please enter the Wine command, e.g. wine.\n");
         return false;
     }
     settings_.wineCommand = std::string(trim(wineCommand));

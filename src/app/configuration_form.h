@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "app/app_soilbench.h"
+#include "app/message_sink.h"
 #include "app/release_profile_catalogue.h"
 
 namespace sb {
@@ -110,7 +111,7 @@ public:
     // False, with the validation message in `errors`, when the dialog must
     // stay open (a bad run timeout; an empty Wine command); otherwise the
     // settings take the dialog's values.
-    bool accept(std::string& errors);
+    bool accept(message_sink& errors);
     void cancel();
 
 private:

@@ -58,10 +58,10 @@ void ini_settings_store::remove(std::string_view section, std::string_view key) 
     settings_->remove(fullKey(section, key));
 }
 
-bool ini_settings_store::flush(std::string& errors) {
+bool ini_settings_store::flush(message_sink& errors) {
     settings_->sync();
     if (settings_->status() == QSettings::NoError) return true;
-    appendf(errors, "ERROR, unable to save the settings to \"%s\"\n", fileName().c_str());
+    errors.errorf("ERROR, unable to save the settings to \"%s\"\n", fileName().c_str());
     return false;
 }
 

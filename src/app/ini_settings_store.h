@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "app/message_sink.h"
 #include "app/settings_store.h"
 
 class QSettings;
@@ -31,7 +32,7 @@ public:
     void writeInt(std::string_view section, std::string_view key, long long value) override;
     void writeString(std::string_view section, std::string_view key, std::string_view value) override;
     void remove(std::string_view section, std::string_view key) override;
-    bool flush(std::string& errors) override;
+    bool flush(message_sink& errors) override;
 
 private:
     std::unique_ptr<QSettings> settings_;

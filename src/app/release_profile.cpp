@@ -54,7 +54,7 @@ bool readNumber(const std::string& word, double& value) {
 
 class profile_parser {
 public:
-    profile_parser(release_profile& profile, std::string& errors) : profile_(profile), errors_(errors) {}
+    profile_parser(release_profile& profile, message_sink& errors) : profile_(profile), errors_(errors) {}
 
     void line(std::string_view raw, int number) {
         line_ = number;
@@ -89,10 +89,10 @@ public:
 private:
     void problem(const std::string& what) {
         ok_ = false;
-        if (line_ > 0) appendf(errors_, "ERROR, %s: %s.\n", profile_.where(line_).c_str(), what.c_str());
+        if (line_ > 0) errors_.errorf("ERROR, %s: %s.\n", profile_.where(line_).c_str(), what.c_str());
         else
-            appendf(errors_, "ERROR, release profile \"%s\" (%s): %s.\n", profile_.name.c_str(), profile_.path.c_str(),
-                    what.c_str());
+            errors_.errorf("ERROR, release profile \"%s\" (%s): %s.\n", profile_.name.c_str(), profile_.path.c_str(),
+                           what.c_str());
     }
 
     void section(std::string_view text) {
@@ -305,7 +305,7 @@ private:
     }
 
     release_profile& profile_;
-    std::string& errors_;
+    message_sink& errors_;
     std::string section_;
     std::set<std::string> sections_;
     std::set<std::string> seen_;
@@ -339,7 +339,7 @@ value_source chooseValueSource(const profile_line& line, bool hasPlace, bool has
 }
 
 bool parseReleaseProfile(const std::string& text, const std::string& path, release_profile& profile,
-                         std::string& errors) {
+                         message_sink& errors) {
     profile = release_profile();
     profile.path = path;
     profile.name = std::filesystem::path(path).stem().string();
@@ -350,7 +350,7 @@ bool parseReleaseProfile(const std::string& text, const std::string& path, relea
     return parser.ok();
 }
 
-bool loadReleaseProfile(const std::string& path, release_profile& profile, std::string& errors) {
+bool loadReleaseProfile(const std::string& path, release_profile& profile, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot read release profile \"%s\".\n", path.c_str())))
         return false;

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 // One line of a parameter file section ([fix.100], [site.100], [crop.100], ...).
@@ -121,7 +123,7 @@ inline constexpr int kDailyStepVersion = 4;
 // cannot be used: an unknown or missing key or section, a value that cannot
 // be read.
 bool parseReleaseProfile(const std::string& text, const std::string& path, release_profile& profile,
-                         std::string& errors);
-bool loadReleaseProfile(const std::string& path, release_profile& profile, std::string& errors);
+                         message_sink& errors);
+bool loadReleaseProfile(const std::string& path, release_profile& profile, message_sink& errors);
 
 }  // namespace sb

@@ -28,19 +28,19 @@ std::vector<std::string> profileFiles(const std::string& folder) {
 }  // namespace
 
 bool release_profile_catalogue::load(const std::string& shippedFolder, const std::string& userFolder,
-                                     std::string& errors) {
+                                     message_sink& errors) {
     bool ok = true;
     for (const std::string& folder : {shippedFolder, userFolder})
         for (const std::string& file : profileFiles(folder)) ok = addFile(file, errors) && ok;
     return ok;
 }
 
-bool release_profile_catalogue::addFile(const std::string& path, std::string& errors) {
+bool release_profile_catalogue::addFile(const std::string& path, message_sink& errors) {
     release_profile profile;
-    std::string problems;
+    message_sink problems;
     if (!loadReleaseProfile(path, profile, problems)) {
-        loadErrors_ += problems;
-        errors += problems;
+        loadErrors_ += problems.text();
+        errors.add(problems);
         return false;
     }
     auto same = [&](const release_profile& p) { return p.name == profile.name; };
@@ -78,7 +78,7 @@ std::string release_profile_catalogue::defaultUserFolder() {
 const release_profile_catalogue& release_profile_catalogue::shipped() {
     static const release_profile_catalogue catalogue = [] {
         release_profile_catalogue loaded;
-        std::string errors;
+        message_sink errors;
         loaded.load(shippedFolder(), std::string(), errors);
         return loaded;
     }();
@@ -98,17 +98,17 @@ std::string storedReleaseProfileName(const std::string& stored) {
 }
 
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,
-                                            int version, std::string& errors) {
+                                            int version, message_sink& errors) {
     const std::string wanted = releaseProfileName(name, version);
     const release_profile* profile = catalogue.find(wanted);
     if (!profile) {
-        appendf(errors, "ERROR, no release profile \"%s\" for %s.\n", wanted.c_str(), versionDisplayName(version));
-        errors += catalogue.loadErrors();
+        errors.errorf("ERROR, no release profile \"%s\" for %s.\n", wanted.c_str(), versionDisplayName(version));
+        errors.error(catalogue.loadErrors());
         return nullptr;
     }
     if (profile->version != version) {
-        appendf(errors, "ERROR, release profile \"%s\" is for %s, not for %s.\n", wanted.c_str(),
-                versionDisplayName(profile->version), versionDisplayName(version));
+        errors.errorf("ERROR, release profile \"%s\" is for %s, not for %s.\n", wanted.c_str(),
+                      versionDisplayName(profile->version), versionDisplayName(version));
         return nullptr;
     }
     return profile;

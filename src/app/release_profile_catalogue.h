@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 
 namespace sb {
@@ -16,8 +17,8 @@ public:
     // Reads every "*.profile" of the shipped folder, then of the user's folder
     // (which need not exist). A profile that cannot be read is left out and
     // its problems are appended to `errors`; false when any was left out.
-    bool load(const std::string& shippedFolder, const std::string& userFolder, std::string& errors);
-    bool addFile(const std::string& path, std::string& errors);
+    bool load(const std::string& shippedFolder, const std::string& userFolder, message_sink& errors);
+    bool addFile(const std::string& path, message_sink& errors);
 
     // nullptr when no profile has that name.
     const release_profile* find(const std::string& name) const;
@@ -55,6 +56,6 @@ std::string storedReleaseProfileName(const std::string& stored);
 // The profile to use for a version: the named one when the catalogue has it
 // and it serves that version, otherwise nullptr with a message saying why.
 const release_profile* chooseReleaseProfile(const release_profile_catalogue& catalogue, const std::string& name,
-                                            int version, std::string& errors);
+                                            int version, message_sink& errors);
 
 }  // namespace sb

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class settings_store {
@@ -21,7 +23,7 @@ public:
     virtual void remove(std::string_view section, std::string_view key) = 0;
 
     // Makes the writes durable; false with a message when they could not be.
-    virtual bool flush(std::string& errors) = 0;
+    virtual bool flush(message_sink& errors) = 0;
 };
 
 }  // namespace sb

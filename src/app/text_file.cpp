@@ -38,8 +38,8 @@ long overlongLine(std::string_view text, size_t& lineStart, long& lineNumber, bo
     }
 }
 
-void appendLineTooLong(long line, const std::string& path, std::string& errors) {
-    appendf(errors, "ERROR, line %ld of \"%s\" is longer than %zu characters.\n", line, path.c_str(), kMaxLineLength);
+void appendLineTooLong(long line, const std::string& path, message_sink& errors) {
+    errors.errorf("ERROR, line %ld of \"%s\" is longer than %zu characters.\n", line, path.c_str(), kMaxLineLength);
 }
 
 }  // namespace
@@ -81,16 +81,16 @@ bool writeTextFile(const std::string& path, std::string_view text, bool* created
 }
 
 bool readTextFileIfReadable(const std::string& path, std::string& text) {
-    std::string ignored;
+    message_sink ignored;
     return readTextFile(path, text, ignored, "");
 }
 
-bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen) {
+bool readTextFile(const std::string& path, std::string& text, message_sink& errors, std::string_view cannotOpen) {
     text.clear();
     std::error_code ec;
     file_handle file(std::filesystem::is_directory(path, ec) ? nullptr : std::fopen(path.c_str(), "rb"));
     if (!file) {
-        errors += cannotOpen;
+        errors.error(std::string(cannotOpen));
         return false;
     }
     // Read in pieces, checking the limits as the text grows: a device or a file
@@ -107,13 +107,13 @@ bool readTextFile(const std::string& path, std::string& text, std::string& error
         }
         if (static_cast<long long>(text.size()) > kMaxTextFileBytes) {
             text.clear();
-            appendf(errors, "ERROR, \"%s\" is larger than %lld bytes.\n", path.c_str(), kMaxTextFileBytes);
+            errors.errorf("ERROR, \"%s\" is larger than %lld bytes.\n", path.c_str(), kMaxTextFileBytes);
             return false;
         }
     }
     if (std::ferror(file.get())) {
         text.clear();
-        errors += cannotOpen;
+        errors.error(std::string(cannotOpen));
         return false;
     }
     if (long line = overlongLine(text, lineStart, lineNumber, true)) {
@@ -124,7 +124,7 @@ bool readTextFile(const std::string& path, std::string& text, std::string& error
     return true;
 }
 
-bool checkTextLimits(std::string_view text, const std::string& path, std::string& errors) {
+bool checkTextLimits(std::string_view text, const std::string& path, message_sink& errors) {
     size_t lineStart = 0;
     long lineNumber = 1;
     if (long line = overlongLine(text, lineStart, lineNumber, true)) {

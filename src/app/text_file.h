@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 namespace text_file {
 
@@ -27,12 +29,12 @@ bool writeTextFile(const std::string& path, std::string_view text, bool* created
 // is appended to `errors`; or when it breaks a limit above: "ERROR, line %ld of
 // \"%s\" is longer than %zu characters.\n" or "ERROR, \"%s\" is larger than %lld
 // bytes.\n" is appended, and `text` is left empty.
-bool readTextFile(const std::string& path, std::string& text, std::string& errors, std::string_view cannotOpen);
+bool readTextFile(const std::string& path, std::string& text, message_sink& errors, std::string_view cannotOpen);
 // The same without a message, for looking into a file that may well not be
 // there (recognising a set-up's layout): false when it cannot be read whole.
 bool readTextFileIfReadable(const std::string& path, std::string& text);
 // The same limits on a text already in memory (`path` names it in the message).
-bool checkTextLimits(std::string_view text, const std::string& path, std::string& errors);
+bool checkTextLimits(std::string_view text, const std::string& path, message_sink& errors);
 // The lines of a text, without their LF or CR LF ends; a last line without a
 // line end counts.
 std::vector<std::string> splitLines(std::string_view text);

@@ -68,18 +68,6 @@ std::string_view trim(std::string_view text) {
     return text;
 }
 
-bool hasErrorMessage(std::string_view messages) {
-    size_t start = 0;
-    while (start < messages.size()) {
-        size_t end = messages.find('\n', start);
-        std::string_view line = messages.substr(start, end == std::string_view::npos ? end : end - start);
-        if (istartsWith(line, "error") || istartsWith(line, "syntax error")) return true;
-        if (end == std::string_view::npos) break;
-        start = end + 1;
-    }
-    return false;
-}
-
 std::string oneLine(std::string_view text) {
     std::string line(text);
     for (char& c : line)

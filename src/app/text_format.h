@@ -28,8 +28,4 @@ std::string_view trim(std::string_view text);
 // description can never break the lines the model reads by position.
 std::string oneLine(std::string_view text);
 
-// Does any line of the messages report an error ("ERROR, ...", "Error, ...",
-// "Syntax error ...")? Warnings and counts do not.
-bool hasErrorMessage(std::string_view messages);
-
 }  // namespace sb

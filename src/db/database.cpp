@@ -251,18 +251,18 @@ int removeOldFile(const std::string& path) {
     return 0;
 }
 
-void appendRemoveFailure(int error, const std::string& path, std::string& errors) {
-    if (error == EACCES || error == EPERM) errors += "ERROR, access error removing database file \"";
-    else if (error == ENOENT) errors += "ERROR, not found, removing database file \"";
-    else errors += "ERROR, unable to remove database file \"";
-    errors += path + "\"\n";
+void appendRemoveFailure(int error, const std::string& path, message_sink& errors) {
+    const char* why = error == EACCES || error == EPERM ? "ERROR, access error removing database file \""
+                      : error == ENOENT                 ? "ERROR, not found, removing database file \""
+                                                        : "ERROR, unable to remove database file \"";
+    errors.error(why + path + "\"\n");
 }
 
 // A location that cannot be used: its text (password masked) and what is wrong with it.
-bool parseLocation(const std::string& where, project_location& location, const char* failure, std::string& errors) {
+bool parseLocation(const std::string& where, project_location& location, const char* failure, message_sink& errors) {
     std::string problem;
     if (project_location::parse(where, location, problem)) return true;
-    errors += failure + project_location::shown(where) + "\n" + problem + "\n";
+    errors.error(failure + project_location::shown(where) + "\n" + problem + "\n");
     return false;
 }
 
@@ -308,7 +308,7 @@ bool createOnServer(database_impl& impl, db_status& status) {
 
 }  // namespace
 
-database::presence database::probe(const std::string& where, std::string& errors) {
+database::presence database::probe(const std::string& where, message_sink& errors) {
     project_location location;
     if (!parseLocation(where, location, "ERROR, unable to open database: ", errors)) return presence::failed;
     std::error_code ec;
@@ -319,12 +319,12 @@ database::presence database::probe(const std::string& where, std::string& errors
     db_status status;
     if (impl.openConnection(false, status)) return presence::present;
     if (status.code == kStatusNotADatabase) return presence::absent;
-    errors += "ERROR, unable to open database: " + location.shown() + "\n";
+    errors.error("ERROR, unable to open database: " + location.shown() + "\n");
     appendStatusText(status, errors);
     return presence::failed;
 }
 
-bool database::remove(const std::string& where, std::string& errors) {
+bool database::remove(const std::string& where, message_sink& errors) {
     project_location location;
     if (!parseLocation(where, location, "ERROR, unable to remove database: ", errors)) return false;
     if (!location.onServer()) {
@@ -337,16 +337,16 @@ bool database::remove(const std::string& where, std::string& errors) {
     if (server.openConnection(false, status))
         status = server.rawRun(server.dialect->dropDatabaseText(location.databaseName()));
     if (status.ok()) return true;
-    errors += "ERROR, unable to remove database: " + location.shown() + "\n";
+    errors.error("ERROR, unable to remove database: " + location.shown() + "\n");
     appendStatusText(status, errors);
     return false;
 }
 
-bool database::create(const std::string& where, std::string& errors) {
+bool database::create(const std::string& where, message_sink& errors) {
     project_location location;
     if (!parseLocation(where, location, "ERROR, CreateDataSource failed.\n", errors)) return false;
     auto fail = [&](const db_status& status) {
-        errors += "ERROR, CreateDataSource failed.\n";
+        errors.error("ERROR, CreateDataSource failed.\n");
         appendStatusText(status, errors);
         return false;
     };
@@ -387,11 +387,11 @@ db_status readMark(database_impl& impl, long long& mark) {
 }
 }  // namespace
 
-std::unique_ptr<database> database::open(const std::string& where, std::string& errors) {
+std::unique_ptr<database> database::open(const std::string& where, message_sink& errors) {
     project_location location;
     if (!parseLocation(where, location, "ERROR, unable to open database: ", errors)) return nullptr;
     auto fail = [&](const db_status& status) -> std::unique_ptr<database> {
-        errors += "ERROR, unable to open database: " + location.shown() + "\n";
+        errors.error("ERROR, unable to open database: " + location.shown() + "\n");
         appendStatusText(status, errors);
         return nullptr;
     };

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "db/db_status.h"
 #include "db/table_catalogue.h"
 #include "db/table_record.h"
@@ -35,20 +36,20 @@ public:
     // a false result, but creation is still attempted. On a server the database is
     // made when it does not exist, and an existing one is used only when it holds
     // no tables: a shared project is never replaced.
-    static bool create(const std::string& location, std::string& errors);
+    static bool create(const std::string& location, message_sink& errors);
     // Opens a project shared (other programs may have it open too); null on failure
     // with "ERROR, unable to open database: <location>\n" and the status text. A
     // database that is not a project of ours is refused here.
-    static std::unique_ptr<database> open(const std::string& location, std::string& errors);
+    static std::unique_ptr<database> open(const std::string& location, message_sink& errors);
 
     // Whether a project location names something that exists: a file, or a database
     // on a server that answers. `failed` (with the message appended) when a server
     // cannot tell.
     enum class presence { absent, present, failed };
-    static presence probe(const std::string& location, std::string& errors);
+    static presence probe(const std::string& location, message_sink& errors);
     // Removes what `create` made at the location (a copy that failed takes back the
     // target it made): the file, or the database on its server.
-    static bool remove(const std::string& location, std::string& errors);
+    static bool remove(const std::string& location, message_sink& errors);
 
     // The location as messages show it (a file path, or a URL without its password).
     const std::string& path() const;

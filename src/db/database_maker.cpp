@@ -196,27 +196,27 @@ std::vector<std::string> database_maker_table::createIndexTexts() const {
     return texts;
 }
 
-bool database_maker::createTable(const database_maker_table& table, std::string& errors) {
+bool database_maker::createTable(const database_maker_table& table, message_sink& errors) {
     std::string sql = table.createTableText();
     db_status status = db_.execute(sql);
     if (status.ok()) return true;
-    errors += "ERROR, unable to create table.\n" + sql + "\n";
+    errors.error("ERROR, unable to create table.\n" + sql + "\n");
     appendStatusText(status, errors);
     return false;
 }
 
-bool database_maker::createIndexes(const database_maker_table& table, std::string& errors) {
+bool database_maker::createIndexes(const database_maker_table& table, message_sink& errors) {
     for (const std::string& sql : table.createIndexTexts()) {
         db_status status = db_.execute(sql);
         if (status.ok()) continue;
-        errors += "ERROR, unable to create index.\n" + sql + "\n";
+        errors.error("ERROR, unable to create index.\n" + sql + "\n");
         appendStatusText(status, errors);
         return false;
     }
     return true;
 }
 
-bool database_maker::addMissingTables(const std::vector<std::string>& existing, std::string& errors) {
+bool database_maker::addMissingTables(const std::vector<std::string>& existing, message_sink& errors) {
     bool ok = true;
     for (int i = static_cast<int>(table_id::record_changes) + 1; i < kTableCount; ++i) {
         const database_maker_table& table = tableDef(static_cast<table_id>(i));
@@ -227,7 +227,7 @@ bool database_maker::addMissingTables(const std::vector<std::string>& existing, 
     return ok;
 }
 
-bool database_maker::createAllTables(std::string& errors) {
+bool database_maker::createAllTables(message_sink& errors) {
     bool allMade = true;
     for (int i = 0; i < kTableCount; ++i) {
         const database_maker_table& table = tableDef(static_cast<table_id>(i));

@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -94,16 +96,16 @@ public:
     explicit database_maker(database& db) : db_(db) {}
 
     // Appends "ERROR, unable to create table.\n", the statement, "\n" and the status text on failure.
-    bool createTable(const database_maker_table& table, std::string& errors);
+    bool createTable(const database_maker_table& table, message_sink& errors);
     // Stops at the first failing index: "ERROR, unable to create index.\n", statement, status text.
-    bool createIndexes(const database_maker_table& table, std::string& errors);
+    bool createIndexes(const database_maker_table& table, message_sink& errors);
     // Creates the tables added to the catalogue after Record Changes that are
     // not among `existing`: a project made before they were added gets them
     // when it is opened. A table of the first schema that is missing is a
     // damaged project, left to fail at the first statement that needs it.
-    bool addMissingTables(const std::vector<std::string>& existing, std::string& errors);
+    bool addMissingTables(const std::vector<std::string>& existing, message_sink& errors);
     // Creates every catalogue table in creation order; a failing table does not stop the others.
-    bool createAllTables(std::string& errors);
+    bool createAllTables(message_sink& errors);
 
 private:
     database& db_;

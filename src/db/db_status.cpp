@@ -71,9 +71,15 @@ void appendStatusText(const db_status& status, std::string& errors) {
     for (const std::string& description : status.descriptions) errors += description + "\n";
 }
 
-bool readToTheEnd(const db_status& last, const char* table, std::string& errors) {
+void appendStatusText(const db_status& status, message_sink& messages, message_severity severity) {
+    std::string text;
+    appendStatusText(status, text);
+    messages.add(severity, std::move(text));
+}
+
+bool readToTheEnd(const db_status& last, const char* table, message_sink& errors) {
     if (!last.failed()) return true;
-    appendf(errors, "ERROR, unable to read table [%s]\n", table);
+    errors.errorf("ERROR, unable to read table [%s]\n", table);
     appendStatusText(last, errors);
     return false;
 }

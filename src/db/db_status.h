@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 using status_code = uint32_t;
@@ -40,11 +42,15 @@ struct db_status {
 
 // Appends the message for the status code, then each description followed by "\n".
 void appendStatusText(const db_status& status, std::string& errors);
+// The same text as one message: the store's reason for an error, or for a
+// warning when what failed was only warned about.
+void appendStatusText(const db_status& status, message_sink& messages,
+                      message_severity severity = message_severity::error);
 
 // After a loop over a row set: true when it ended at the end of the rows;
 // otherwise (a damaged file, a lost connection) appends "ERROR, unable to read
 // table [<table>]\n" and the status text, so that a read cut short is never
 // taken for all there is.
-bool readToTheEnd(const db_status& last, const char* table, std::string& errors);
+bool readToTheEnd(const db_status& last, const char* table, message_sink& errors);
 
 }  // namespace sb

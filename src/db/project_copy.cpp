@@ -39,7 +39,7 @@ bool sameProject(const std::string& a, const std::string& b) {
 
 // The target opened: an existing project (refused when it holds rows and may not
 // be replaced), or one made afresh (`made`).
-std::unique_ptr<database> openTarget(const std::string& target, bool replace, bool& made, std::string& errors) {
+std::unique_ptr<database> openTarget(const std::string& target, bool replace, bool& made, message_sink& errors) {
     made = false;
     switch (database::probe(target, errors)) {
         case database::presence::failed:
@@ -51,22 +51,22 @@ std::unique_ptr<database> openTarget(const std::string& target, bool replace, bo
         case database::presence::present:
             break;
     }
-    std::string openErrors;
+    message_sink openErrors;
     auto db = database::open(target, openErrors);
     // A database made for the project on a server (empty, not yet marked) is taken as it is.
     if (!db && looksLikeUrl(target)) {
-        std::string makeErrors;
+        message_sink makeErrors;
         if (database::create(target, makeErrors)) {
             openErrors.clear();
             db = database::open(target, openErrors);
         }
     }
-    errors += openErrors;
+    errors.add(openErrors);
     if (!db || replace) return db;
     for (long long rows : countAll(*db))
         if (rows > 0) {
-            errors += "ERROR, the target project " + db->path() +
-                      " already holds data; copy-project replaces it only when told to (--force).\n";
+            errors.error("ERROR, the target project " + db->path() +
+                         " already holds data; copy-project replaces it only when told to (--force).\n");
             return nullptr;
         }
     return db;
@@ -75,12 +75,12 @@ std::unique_ptr<database> openTarget(const std::string& target, bool replace, bo
 // One table into the target: made afresh, filled in the source's order, then keyed
 // (a key is made faster over rows already in place).
 bool copyTable(database& from, database& to, table_id table, long long sourceRows, copy_progress& progress,
-               const copy_progress_callback& report, std::string& errors) {
+               const copy_progress_callback& report, message_sink& errors) {
     const database_maker_table& def = tableDef(table);
     database_maker maker(to);
     db_status status = to.execute(std::string("DROP TABLE IF EXISTS [") + def.name() + "]");
     if (!status.ok()) {
-        appendf(errors, "ERROR, unable to remove table [%s] from the target.\n", def.name().c_str());
+        errors.errorf("ERROR, unable to remove table [%s] from the target.\n", def.name().c_str());
         appendStatusText(status, errors);
         return false;
     }
@@ -89,21 +89,21 @@ bool copyTable(database& from, database& to, table_id table, long long sourceRow
     progress.tableRows = 0;
     progress.tableTotal = std::max(sourceRows, 0LL);
     if (sourceRows < 0) {
-        appendf(errors, "WARNING, the source project has no table [%s]; the copy holds it empty.\n",
-                def.name().c_str());
+        errors.warningf("WARNING, the source project has no table [%s]; the copy holds it empty.\n",
+                        def.name().c_str());
     } else {
         auto rows = from.openTable(table, "", "", status);
         auto into = rows ? to.openTable(table, "", "", status) : nullptr;
         if (!rows || !into) {
-            appendf(errors, "ERROR, unable to open table [%s] to copy it.\n", def.name().c_str());
+            errors.errorf("ERROR, unable to open table [%s] to copy it.\n", def.name().c_str());
             appendStatusText(status, errors);
             return false;
         }
         for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) {
             db_status inserted = into->insert(rows->row());
             if (!inserted.ok()) {
-                appendf(errors, "ERROR, unable to copy row %lld of table [%s].\n", progress.tableRows + 1,
-                        def.name().c_str());
+                errors.errorf("ERROR, unable to copy row %lld of table [%s].\n", progress.tableRows + 1,
+                              def.name().c_str());
                 appendStatusText(inserted, errors);
                 return false;
             }
@@ -112,7 +112,7 @@ bool copyTable(database& from, database& to, table_id table, long long sourceRow
             if (report && progress.tableRows % kProgressEvery == 0) report(progress);
         }
         if (status.failed()) {
-            appendf(errors, "ERROR, unable to read table [%s] of the source.\n", def.name().c_str());
+            errors.errorf("ERROR, unable to read table [%s] of the source.\n", def.name().c_str());
             appendStatusText(status, errors);
             return false;
         }
@@ -122,13 +122,13 @@ bool copyTable(database& from, database& to, table_id table, long long sourceRow
 }
 
 bool copyAll(database& from, database& to, const row_counts& counts, const copy_options& options, long long& rowsCopied,
-             std::string& errors) {
+             message_sink& errors) {
     copy_progress progress;
     for (long long rows : counts) progress.total += std::max(rows, 0LL);
     session unit(to);
     if (!unit.ok()) {
-        errors += "ERROR, unable to create session on database.\n";
-        if (!unit.storeError().empty()) errors += unit.storeError() + "\n";
+        errors.error("ERROR, unable to create session on database.\n" +
+                     (unit.storeError().empty() ? std::string() : unit.storeError() + "\n"));
         return false;
     }
     for (int i = 0; i < kTableCount; ++i)
@@ -137,7 +137,7 @@ bool copyAll(database& from, database& to, const row_counts& counts, const copy_
             return false;  // the unit rolls back
         }
     if (!unit.commit()) {
-        errors += "ERROR, unable to commit changes to the database: " + unit.storeError() + "\n";
+        errors.error("ERROR, unable to commit changes to the database: " + unit.storeError() + "\n");
         return false;
     }
     rowsCopied = progress.rows;
@@ -147,10 +147,10 @@ bool copyAll(database& from, database& to, const row_counts& counts, const copy_
 }  // namespace
 
 bool copyProject(const std::string& source, const std::string& target, const copy_options& options,
-                 long long& rowsCopied, std::string& errors) {
+                 long long& rowsCopied, message_sink& errors) {
     rowsCopied = 0;
     if (sameProject(source, target)) {
-        errors += "ERROR, the source and the target are the same project.\n";
+        errors.error("ERROR, the source and the target are the same project.\n");
         return false;
     }
     auto from = database::open(source, errors);
@@ -158,7 +158,7 @@ bool copyProject(const std::string& source, const std::string& target, const cop
     // Other users may go on saving in the source: the copy takes it as it stood at the start.
     read_snapshot snapshot(*from);
     if (!snapshot.ok()) {
-        errors += "ERROR, unable to read the source project " + from->path() + ": " + snapshot.storeError() + "\n";
+        errors.error("ERROR, unable to read the source project " + from->path() + ": " + snapshot.storeError() + "\n");
         return false;
     }
     const row_counts counts = countAll(*from);

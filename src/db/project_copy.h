@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct copy_progress {
@@ -24,6 +26,6 @@ struct copy_options {
 // False with the messages appended when the copy did not happen. `rowsCopied`
 // receives the number of rows copied.
 bool copyProject(const std::string& source, const std::string& target, const copy_options& options,
-                 long long& rowsCopied, std::string& errors);
+                 long long& rowsCopied, message_sink& errors);
 
 }  // namespace sb

@@ -98,20 +98,20 @@ std::string versionLabels(const field_help_version_tellura& entry) {
 
 }  // namespace
 
-bool list_field_help_tellura::load(const std::string& path, std::string& messages) {
+bool list_field_help_tellura::load(const std::string& path, message_sink& messages) {
     std::string text;
     if (!readTextFile(path, text, messages, "ERROR, unable to open help file \"" + path + "\"\r\n")) return false;
     return loadText(text, path, messages);
 }
 
-bool list_field_help_tellura::loadText(std::string_view text, const std::string& path, std::string& messages) {
+bool list_field_help_tellura::loadText(std::string_view text, const std::string& path, message_sink& messages) {
     clear();
     // Spreadsheet programs often save a UTF-8 byte order mark first.
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
     std::vector<std::string_view> lines = helpLines(text);
     if (lines.empty() || lines[0] != kHeader) {
-        appendf(messages, "ERROR in format of \"%s\".  Old version?\r\n", path.c_str());
+        messages.errorf("ERROR in format of \"%s\".  Old version?\r\n", path.c_str());
         return false;
     }
     for (size_t index = 1; index < lines.size(); ++index) {
@@ -121,29 +121,29 @@ bool list_field_help_tellura::loadText(std::string_view text, const std::string&
         fields.resize(std::max<size_t>(fields.size(), 6));
         const std::string& name = fields[0];
         if (trim(name).empty()) {
-            messages += "ERROR, unable to parse help text.\r\n";
+            messages.error("ERROR, unable to parse help text.\r\n");
             return false;
         }
         long long table = 0, first = 0, last = 0;
         if (!parseInteger(fields[1], INT32_MIN, INT32_MAX, table)) {
-            appendf(messages, "ERROR, unable to parse help text table, name=\"%s\", line=%ld.\r\n", name.c_str(),
-                    lineNumber);
+            messages.errorf("ERROR, unable to parse help text table, name=\"%s\", line=%ld.\r\n", name.c_str(),
+                            lineNumber);
             return false;
         }
         if (!parseInteger(fields[2], INT16_MIN, INT16_MAX, first)) {
-            appendf(messages, "ERROR, unable to parse help text first version, name=\"%s\", line=%ld.\r\n.\r\n",
-                    name.c_str(), lineNumber);
+            messages.errorf("ERROR, unable to parse help text first version, name=\"%s\", line=%ld.\r\n.\r\n",
+                            name.c_str(), lineNumber);
             return false;
         }
         if (!parseInteger(fields[3], INT16_MIN, INT16_MAX, last)) {
-            appendf(messages, "ERROR, unable to parse help text last version, name=\"%s\", line=%ld.\r\n.\r\n",
-                    name.c_str(), lineNumber);
+            messages.errorf("ERROR, unable to parse help text last version, name=\"%s\", line=%ld.\r\n.\r\n",
+                            name.c_str(), lineNumber);
             return false;
         }
         field_help* entry = findEntry(name, static_cast<int32_t>(table));
         if (!entry) entry = addEntry(name, static_cast<int32_t>(table));
         if (!entry) {
-            messages += "ERROR, invalid field name \"" + name + "\" in help text file.\r\n";
+            messages.error("ERROR, invalid field name \"" + name + "\" in help text file.\r\n");
             return false;
         }
         entry->versions.push_back({static_cast<int16_t>(first), static_cast<int16_t>(last == 0 ? kVersionCount : last),

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
 #include "help/list_field_help.h"
 
 namespace sb {
@@ -27,8 +28,8 @@ public:
 
     // Replaces the index with the file's contents. Messages go to `messages`;
     // false when the file could not be opened or a line stopped the load.
-    bool load(const std::string& path, std::string& messages);
-    bool loadText(std::string_view text, const std::string& path, std::string& messages);
+    bool load(const std::string& path, message_sink& messages);
+    bool loadText(std::string_view text, const std::string& path, message_sink& messages);
 
     struct found {
         const field_help* entry = nullptr;

@@ -21,7 +21,7 @@ int temperatureForm(const control_record_row& row) {
     return row.number("TEFF(4)") != 0.0 ? 3 : 2;
 }
 
-std::string fixedFileText(const record_sources& sources, std::string& errors) {
+std::string fixedFileText(const record_sources& sources, message_sink& errors) {
     std::string out = "X     Fixed_values\n";
     appendParameterFile(out, sources, kFixedFile, errors);
     return out;
@@ -30,15 +30,15 @@ std::string fixedFileText(const record_sources& sources, std::string& errors) {
 std::string fixedFileText(const control_record_row& row, int version, const tellura_soil* soil) {
     tellura_control_record record;
     record.row = row;
-    std::string ignored;
+    message_sink ignored;
     return fixedFileText({record, soil, nullptr, shippedReleaseProfile(version)}, ignored);
 }
 
 bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                    const tellura_soils& soils, std::string& errors) {
-    std::string problems;
+                    const tellura_soils& soils, message_sink& errors) {
+    message_sink problems;
     std::string text = fixedFileText({record, soils.find(record.soilId()), nullptr, profile}, problems);
-    errors += problems;
+    errors.add(problems);
     return problems.empty() && writeTextFile(path, text);
 }
 
@@ -179,7 +179,7 @@ struct fixed_match {
     std::string column;
 };
 
-fixed_match matchFixedName(std::string_view name, int version, std::string& messages) {
+fixed_match matchFixedName(std::string_view name, int version, message_sink& messages) {
     if (name.empty()) return {};
     char group = static_cast<char>(std::toupper(static_cast<unsigned char>(name.front())));
     if (group < 'A' || group > 'X') return {};
@@ -202,19 +202,19 @@ fixed_match matchFixedName(std::string_view name, int version, std::string& mess
 }  // namespace
 
 std::string fixedParameterColumn(std::string_view name, int version) {
-    std::string ignored;
+    message_sink ignored;
     return matchFixedName(name, version, ignored).column;
 }
 
 bool setFixedParameterByName(control_record_row& row, std::string_view name, double value, int version,
-                             std::string& messages) {
+                             message_sink& messages) {
     fixed_match match = matchFixedName(name, version, messages);
     if (!match.column.empty()) store(row, match.column, value);
     return match.found;
 }
 
 bool setParameterByName(std::string_view name, double value, control_record_row& row, tellura_soil* soil,
-                        tellura_weather_station* station, int version, std::string& messages) {
+                        tellura_weather_station* station, int version, message_sink& messages) {
     if (station) return station->setClimateMean(name, value, messages);
     if (soil && isSoilSiteName(canonicalParameterName(name)) && setSoilBySiteName(*soil, name, value, messages))
         return true;
@@ -222,7 +222,7 @@ bool setParameterByName(std::string_view name, double value, control_record_row&
 }
 
 bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil,
-                     const release_profile& profile, std::string& messages) {
+                     const release_profile& profile, message_sink& messages) {
     std::string text;
     if (!readTextFile(path, text, messages, strprintf("ERROR, can't open file %s.\n", path.c_str()))) return false;
     std::vector<std::string> lines = splitLines(text);
@@ -235,7 +235,7 @@ bool importFixedFile(tellura_control_record& record, const std::string& path, te
         if (line.front() == '*') continue;
         double value = toReal(line.substr(0, 12));
         if (line.size() < 15) continue;
-        const size_t messagesBefore = messages.size();
+        const size_t messagesBefore = messages.count();
         std::string_view rest = trim(line.substr(14));
         std::string name = std::string(rest.substr(0, rest.find_first_of(" \t")));
         // The model's own files quote their names: 'ADEP(1)'.
@@ -244,29 +244,29 @@ bool importFixedFile(tellura_control_record& record, const std::string& path, te
         if (name.empty()) continue;
         auto [first, added] = seen.emplace(canonicalParameterName(name), i + 1);
         if (!added) {
-            appendf(messages,
-                    "ERROR, \"%s\" line %zu: \"%s\" is given twice (first on line %zu); the second value is "
-                    "not used.\n",
-                    path.c_str(), i + 1, name.c_str(), first->second);
+            messages.errorf(
+                "ERROR, \"%s\" line %zu: \"%s\" is given twice (first on line %zu); the second value is "
+                "not used.\n",
+                path.c_str(), i + 1, name.c_str(), first->second);
             ok = false;
             continue;
         }
         if (!std::isfinite(value))
-            appendf(messages, "ERROR, value \"%s\" is not a number.\n", std::string(trim(line.substr(0, 12))).c_str());
+            messages.errorf("ERROR, value \"%s\" is not a number.\n", std::string(trim(line.substr(0, 12))).c_str());
         else
             importProfileValue(record, &profile, kFixedFile, name, value, [&] {
                 return setParameterByName(name, value, record.row, soil, nullptr, profile.version, messages);
             });
-        if (messages.size() == messagesBefore) continue;
-        appendf(messages, "File: \"%s\", line %zu\n", path.c_str(), i + 1);
+        if (messages.count() == messagesBefore) continue;
+        messages.errorf("File: \"%s\", line %zu\n", path.c_str(), i + 1);
         ok = false;
     }
-    appendf(messages, "Imported fixed data from \"%s\"\n", path.c_str());
+    messages.notef("Imported fixed data from \"%s\"\n", path.c_str());
     return ok;
 }
 
 bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil, int version,
-                     std::string& messages) {
+                     message_sink& messages) {
     return importFixedFile(record, path, soil, shippedReleaseProfile(version), messages);
 }
 

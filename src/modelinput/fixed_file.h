@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -25,7 +26,7 @@ struct record_sources;
 // The text of the fixed file under a release profile: its title line, then
 // the profile's [fix.100] lines. Missing values are reported (naming the
 // profile line) and their lines left out.
-std::string fixedFileText(const record_sources& sources, std::string& errors);
+std::string fixedFileText(const record_sources& sources, message_sink& errors);
 // The same for a Control Records row alone under the version's shipped
 // profile (the file as Soilbench writes it); a missing soil writes zero depths
 // and weights (version 4 writes its own fixed depths anyway).
@@ -33,13 +34,13 @@ std::string fixedFileText(const control_record_row& row, int version, const tell
 // False when a value is missing or the file cannot be written (the latter is
 // not reported here).
 bool writeFixedFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                    const tellura_soils& soils, std::string& errors);
+                    const tellura_soils& soils, message_sink& errors);
 
 // A fixed parameter by its file name with the version's rules (DEC5, P2CO2,
 // PCEMIC/PCEMIC1, PSECOC1/PSECOC2, the VARAT matrices, TEXEPP(1) as a flag).
 // Returns whether the name was found.
 bool setFixedParameterByName(control_record_row& row, std::string_view name, double value, int version,
-                             std::string& messages);
+                             message_sink& messages);
 
 // The Control Records column a fixed file name is read into (and written
 // from) for a version, by the same rules; "" when no fixed parameter has it.
@@ -49,7 +50,7 @@ std::string fixedParameterColumn(std::string_view name, int version);
 // other name is then not found), then to the soil (when given), then to the
 // fixed parameters.
 bool setParameterByName(std::string_view name, double value, control_record_row& row, tellura_soil* soil,
-                        tellura_weather_station* station, int version, std::string& messages);
+                        tellura_weather_station* station, int version, message_sink& messages);
 
 // Reads a fixed file under a release profile: the title line is passed over,
 // "*" lines are comments, an empty line ends it; the value is in the first 12
@@ -61,9 +62,9 @@ bool setParameterByName(std::string_view name, double value, control_record_row&
 // <n>\n", and the result is then false (the values of the other lines are
 // still read).
 bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil,
-                     const release_profile& profile, std::string& messages);
+                     const release_profile& profile, message_sink& messages);
 // The same under the version's shipped profile.
 bool importFixedFile(tellura_control_record& record, const std::string& path, tellura_soil* soil, int version,
-                     std::string& messages);
+                     message_sink& messages);
 
 }  // namespace sb

@@ -77,7 +77,7 @@ bool isModelLayerArray(const std::string& file, const std::string& base) {
 }
 
 bool deriveSingleRecord(const profile_derivation& from, const std::string& file, const std::string& path,
-                        bool dailyStep, std::string& out, std::string& errors) {
+                        bool dailyStep, std::string& out, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot read \"%s\".\n", path.c_str()))) return false;
     release_profile version;
@@ -115,7 +115,7 @@ bool deriveSingleRecord(const profile_derivation& from, const std::string& file,
 // the first record of that length; names without a column get that record's
 // values as fallbacks.
 bool deriveOptionFile(const profile_derivation& from, const option_member& member, std::string& out,
-                      std::string& errors) {
+                      message_sink& errors) {
     std::string text;
     const std::string path = inFolder(from.directory, member.runFile);
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot read \"%s\".\n", path.c_str()))) return false;
@@ -185,7 +185,7 @@ const sitepar_kind kSiteparKinds[] = {
     {"n2n2oadj", "real", "n2n2oadj"},
 };
 
-bool deriveSitepar(const std::string& path, std::string& out, std::string& errors) {
+bool deriveSitepar(const std::string& path, std::string& out, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot read \"%s\".\n", path.c_str()))) return false;
     std::vector<std::string> lines = splitLines(text);
@@ -203,8 +203,8 @@ bool deriveSitepar(const std::string& path, std::string& out, std::string& error
                 break;
             }
         if (!kind) {
-            appendf(errors, "ERROR, \"%s\" line %zu: no parameter is known by its comment \"%s\".\n", path.c_str(),
-                    i + 1, comment.c_str());
+            errors.errorf("ERROR, \"%s\" line %zu: no parameter is known by its comment \"%s\".\n", path.c_str(), i + 1,
+                          comment.c_str());
             return false;
         }
         std::string names = kind->names;
@@ -245,7 +245,7 @@ std::vector<int> outfileSettings(const std::vector<std::string>& files) {
     return settings;
 }
 
-bool deriveOutfiles(const std::string& path, std::string& out, std::string& errors) {
+bool deriveOutfiles(const std::string& path, std::string& out, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot read \"%s\".\n", path.c_str()))) return false;
     std::vector<std::string> lines = splitLines(text);
@@ -285,7 +285,7 @@ std::string intervalForm(const std::string& schedule, int version) {
 std::string weatherColumns(const profile_derivation& from) {
     tellura_control_record record;
     schedule_references references;
-    std::string ignored;
+    message_sink ignored;
     readScheduleFile(inFolder(from.directory, from.scheduleFile), from.version, record, references, ignored);
     for (const std::string& file : references.weatherFiles) {
         std::string text;
@@ -378,7 +378,7 @@ void appendReleaseKeys(const profile_derivation& from, bool dailyStep, std::stri
 
 }  // namespace
 
-bool deriveReleaseProfile(const profile_derivation& from, std::string& text, std::string& errors) {
+bool deriveReleaseProfile(const profile_derivation& from, std::string& text, message_sink& errors) {
     tellura_control_record record;
     schedule_references references;
     if (!readScheduleFile(inFolder(from.directory, from.scheduleFile), from.version, record, references, errors))

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct profile_derivation {
@@ -26,6 +28,6 @@ struct profile_derivation {
 
 // The text of the profile; false with messages naming the file (and line)
 // when a file cannot be read or a sitepar.in line cannot be told.
-bool deriveReleaseProfile(const profile_derivation& from, std::string& text, std::string& errors);
+bool deriveReleaseProfile(const profile_derivation& from, std::string& text, message_sink& errors);
 
 }  // namespace sb

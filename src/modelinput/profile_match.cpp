@@ -150,7 +150,7 @@ std::vector<std::string> profileDifferences(const setup_layout& setup, const rel
 
 const release_profile* recogniseReleaseProfile(const std::string& directory, const std::string& siteFile,
                                                const std::vector<const release_profile*>& candidates,
-                                               const std::string& preferred, std::string& messages) {
+                                               const std::string& preferred, message_sink& messages) {
     setup_layout setup = readSetupLayout(directory, siteFile);
     const release_profile* match = nullptr;
     std::string report;
@@ -164,12 +164,12 @@ const release_profile* recogniseReleaseProfile(const std::string& directory, con
         for (const std::string& difference : differences) report += "    " + difference + "\n";
     }
     if (match) {
-        appendf(messages, "The set-up in %s matches release profile \"%s\" (%s).\n", directory.c_str(),
-                match->name.c_str(), match->title.c_str());
+        messages.notef("The set-up in %s matches release profile \"%s\" (%s).\n", directory.c_str(),
+                       match->name.c_str(), match->title.c_str());
         return match;
     }
-    appendf(messages, "WARNING, the set-up in %s matches no release profile; what differs from each:\n%s",
-            directory.c_str(), report.c_str());
+    messages.warningf("WARNING, the set-up in %s matches no release profile; what differs from each:\n%s",
+                      directory.c_str(), report.c_str());
     return nullptr;
 }
 

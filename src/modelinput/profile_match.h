@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/release_profile_catalogue.h"
 
 namespace sb {
@@ -38,6 +39,6 @@ std::vector<std::string> profileDifferences(const setup_layout& setup, const rel
 // what differs from each candidate.
 const release_profile* recogniseReleaseProfile(const std::string& directory, const std::string& siteFile,
                                                const std::vector<const release_profile*>& candidates,
-                                               const std::string& preferred, std::string& messages);
+                                               const std::string& preferred, message_sink& messages);
 
 }  // namespace sb

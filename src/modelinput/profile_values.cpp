@@ -148,7 +148,7 @@ bool lineApplies(const profile_line& line, const control_record_row& row) {
 }
 
 bool profileLineValue(const record_sources& sources, const std::string& file, const profile_line& line, double& value,
-                      std::string& errors) {
+                      message_sink& errors) {
     // NLAYER follows the profile's rule, whatever the record or the soil says.
     if (file == kSiteFile && line.column.empty() && canonicalParameterName(line.name) == "NLAYER") {
         int layers = 0;
@@ -173,9 +173,9 @@ bool profileLineValue(const record_sources& sources, const std::string& file, co
         case value_source::none:
             break;
     }
-    appendf(errors, "ERROR, record %ld has no value for \"%s\", which %s writes into %s.\n",
-            static_cast<long>(sources.record.id()), line.name.c_str(), sources.profile.where(line.line).c_str(),
-            file.c_str());
+    errors.errorf("ERROR, record %ld has no value for \"%s\", which %s writes into %s.\n",
+                  static_cast<long>(sources.record.id()), line.name.c_str(), sources.profile.where(line.line).c_str(),
+                  file.c_str());
     return false;
 }
 
@@ -183,11 +183,11 @@ bool profileLineValue(const record_sources& sources, const std::string& file, co
 // lines as they stand, value lines with their values (as whole numbers on
 // "int" lines). False when a value is missing (reported, the line left out).
 bool appendParameterFile(std::string& out, const record_sources& sources, const std::string& file,
-                         std::string& errors) {
+                         message_sink& errors) {
     const std::vector<profile_line>* lines = sources.profile.lines(file);
     if (!lines) {
-        appendf(errors, "ERROR, release profile \"%s\" (%s) has no [%s] section.\n", sources.profile.name.c_str(),
-                sources.profile.path.c_str(), file.c_str());
+        errors.errorf("ERROR, release profile \"%s\" (%s) has no [%s] section.\n", sources.profile.name.c_str(),
+                      sources.profile.path.c_str(), file.c_str());
         return false;
     }
     bool ok = true;
@@ -223,7 +223,7 @@ const profile_line* findProfileLine(const release_profile& profile, const std::s
     return nullptr;
 }
 
-std::vector<double> modelLayerThicknesses(const record_sources& sources, std::string& errors) {
+std::vector<double> modelLayerThicknesses(const record_sources& sources, message_sink& errors) {
     std::vector<double> thicknesses;
     for (int layer = 1; layer <= kModelLayerSlots; ++layer) {
         const profile_line* line = findProfileLine(sources.profile, kFixedFile, subscripted("ADEP", layer));
@@ -234,7 +234,7 @@ std::vector<double> modelLayerThicknesses(const record_sources& sources, std::st
     return thicknesses;
 }
 
-bool modelLayerCount(const record_sources& sources, int& layers, std::string& errors) {
+bool modelLayerCount(const record_sources& sources, int& layers, message_sink& errors) {
     switch (sources.profile.nlayer) {
         case nlayer_rule::fixed:
             layers = sources.profile.nlayerCount;
@@ -247,8 +247,8 @@ bool modelLayerCount(const record_sources& sources, int& layers, std::string& er
     }
     const long id = static_cast<long>(sources.record.id());
     if (!sources.soil || sources.soil->layerCount == 0) {
-        appendf(errors, "ERROR, record %ld: NLAYER follows soils.in for %s, but the record's soil has no layers.\n", id,
-                sources.profile.where(0).c_str());
+        errors.errorf("ERROR, record %ld: NLAYER follows soils.in for %s, but the record's soil has no layers.\n", id,
+                      sources.profile.where(0).c_str());
         return false;
     }
     std::vector<int> bottoms = sources.soil->layerDepths();
@@ -268,11 +268,11 @@ bool modelLayerCount(const record_sources& sources, int& layers, std::string& er
     }
     std::string soilBottoms;
     for (int bottom : bottoms) appendf(soilBottoms, "%s%d", soilBottoms.empty() ? "" : " ", bottom);
-    appendf(errors,
-            "ERROR, record %ld: the layers of fix.100 (ADEP, ending at %s cm) do not end on the layers of soil %ld "
-            "(ending at %s cm): the release refuses such a soil (\"Soil structures in fix.100 and soils.in are not "
-            "compatible.\").\n",
-            id, depths.c_str(), static_cast<long>(sources.soil->soilId()), soilBottoms.c_str());
+    errors.errorf(
+        "ERROR, record %ld: the layers of fix.100 (ADEP, ending at %s cm) do not end on the layers of soil %ld "
+        "(ending at %s cm): the release refuses such a soil (\"Soil structures in fix.100 and soils.in are not "
+        "compatible.\").\n",
+        id, depths.c_str(), static_cast<long>(sources.soil->soilId()), soilBottoms.c_str());
     return false;
 }
 

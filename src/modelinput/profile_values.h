@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -39,13 +40,14 @@ bool placeValue(const record_sources& sources, const std::string& file, const st
 // line's fallback, as chooseValueSource() orders them); false with a message
 // naming the record and the profile line when it has none.
 bool profileLineValue(const record_sources& sources, const std::string& file, const profile_line& line, double& value,
-                      std::string& errors);
+                      message_sink& errors);
 
 // A single-record parameter file's lines in the profile's order (kFixedFile or
 // kSiteFile): text lines as they stand, value lines with their values (as
 // whole numbers on "int" lines). False when a value is missing (reported, its
 // line left out).
-bool appendParameterFile(std::string& out, const record_sources& sources, const std::string& file, std::string& errors);
+bool appendParameterFile(std::string& out, const record_sources& sources, const std::string& file,
+                         message_sink& errors);
 
 // The shipped profile of the files as Soilbench writes them for a version (an
 // empty profile when it is not installed).
@@ -56,13 +58,13 @@ bool lineApplies(const profile_line& line, const control_record_row& row);
 
 // The thicknesses (cm) of the model's layers, ADEP(1..10) as the profile's
 // fix.100 writes them for this record.
-std::vector<double> modelLayerThicknesses(const record_sources& sources, std::string& errors);
+std::vector<double> modelLayerThicknesses(const record_sources& sources, message_sink& errors);
 
 // NLAYER as the profile's rule gives it. For "soils.in": the number of fix.100
 // layers whose depths reach the bottom of the soil (soils.in), each ending on a
 // soil layer boundary; false with a message saying why the release would refuse
 // the soil when there is no such number.
-bool modelLayerCount(const record_sources& sources, int& layers, std::string& errors);
+bool modelLayerCount(const record_sources& sources, int& layers, message_sink& errors);
 
 // Importing: stores a value read from `file` under the profile: a "keep" line's
 // name, and a name that `store` does not take, is kept with the record.

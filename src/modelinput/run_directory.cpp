@@ -47,38 +47,38 @@ constexpr std::array<daily_output_file, kDailyOutputFileCount> kDailyOutputFiles
     {"summary.out", "daily climate, trace gas, and CO resp"},
 }};
 
-void checkRunDirectory(const std::string& directory, std::string& errors) {
+void checkRunDirectory(const std::string& directory, message_sink& errors) {
     std::error_code error;
     std::filesystem::path folder = directory.empty() ? std::filesystem::path(".") : std::filesystem::path(directory);
     if (!std::filesystem::is_directory(folder, error))
-        appendf(errors, "ERROR, run directory \"%s\" does not exist.\n", directory.c_str());
+        errors.errorf("ERROR, run directory \"%s\" does not exist.\n", directory.c_str());
 }
 
 // Writers that report nothing themselves are reported here, so that a user
 // sees which files the model will not find.
-bool reportUnwritten(bool written, const std::string& path, std::string& errors) {
-    if (!written) appendf(errors, "ERROR, unable to write file \"%s\".\n", path.c_str());
+bool reportUnwritten(bool written, const std::string& path, message_sink& errors) {
+    if (!written) errors.errorf("ERROR, unable to write file \"%s\".\n", path.c_str());
     return written;
 }
 
 // A writer that reports missing values but not a file it could not write.
 template <class Write>
-bool writeParameterFile(const std::string& path, std::string& errors, Write write) {
-    std::string problems;
+bool writeParameterFile(const std::string& path, message_sink& errors, Write write) {
+    message_sink problems;
     bool written = write(problems);
-    bool valuesMissing = problems.find("ERROR") != std::string::npos;
-    errors += problems;
+    bool valuesMissing = problems.hasErrors();
+    errors.add(problems);
     return valuesMissing ? false : reportUnwritten(written, path, errors);
 }
 
 bool writeDailyFiles(const record_sources& sources, const std::string& directory, const outfile_flags& outfileSelected,
-                     std::string& errors) {
+                     message_sink& errors) {
     bool ok = true;
     if (sources.soil) {
         ok = writeSoilsIn(*sources.soil, sources.soil->layerDepths(), directory + "soils.in", errors);
     } else {
-        appendf(errors, "ERROR, can't find soil, ID=%ld SoilID=%ld.\n", static_cast<long>(sources.record.id()),
-                static_cast<long>(sources.record.soilId()));
+        errors.errorf("ERROR, can't find soil, ID=%ld SoilID=%ld.\n", static_cast<long>(sources.record.id()),
+                      static_cast<long>(sources.record.soilId()));
         ok = false;
     }
     ok = writeSitepar(sources, directory + "sitepar.in", errors) && ok;
@@ -89,7 +89,7 @@ bool writeDailyFiles(const record_sources& sources, const std::string& directory
 // needs for the record's options (nscale.dat for N input scaling): a needed
 // file the record does not hold would stop the model, so it fails here.
 bool saveRecordFiles(const tellura_control_record& record, const release_profile& profile, const std::string& directory,
-                     std::string& errors) {
+                     message_sink& errors) {
     bool ok = true;
     for (const record_file& file : record.files)
         ok = reportUnwritten(writeTextFile(directory + file.name, file.content), directory + file.name, errors) && ok;
@@ -98,11 +98,11 @@ bool saveRecordFiles(const tellura_control_record& record, const release_profile
         bool held = std::any_of(record.files.begin(), record.files.end(),
                                 [&](const record_file& file) { return iequals(file.name, extra.file); });
         if (held) continue;
-        appendf(errors,
-                "ERROR, record %ld sets %s to %g, for which %s needs the file \"%s\" beside the schedule; the "
-                "record holds no such file (import it with the set-up's run files).\n",
-                static_cast<long>(record.id()), extra.column.c_str(), extra.value, profile.where(0).c_str(),
-                extra.file.c_str());
+        errors.errorf(
+            "ERROR, record %ld sets %s to %g, for which %s needs the file \"%s\" beside the schedule; the "
+            "record holds no such file (import it with the set-up's run files).\n",
+            static_cast<long>(record.id()), extra.column.c_str(), extra.value, profile.where(0).c_str(),
+            extra.file.c_str());
         ok = false;
     }
     return ok;
@@ -128,7 +128,7 @@ const char* fixedFileName(int version) { return version == 6 ? "sbfix.100" : "fi
 bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
                          const std::string& modelExecutable, const outfile_flags& outfileSelected,
                          const option_lists& options, const tellura_soils& soils,
-                         const tellura_weather_stations& stations, std::string& errors) {
+                         const tellura_weather_stations& stations, message_sink& errors) {
     const int version = profile.version;
     const std::string directory = runDirectoryOf(modelExecutable);
     checkRunDirectory(directory, errors);
@@ -137,11 +137,11 @@ bool prepareRunDirectory(const tellura_control_record& record, const release_pro
     const std::string fixedPath = directory + fixedFileName(version);
     ok = writeParameterFile(
              fixedPath, errors,
-             [&](std::string& problems) { return writeFixedFile(record, profile, fixedPath, soils, problems); }) &&
+             [&](message_sink& problems) { return writeFixedFile(record, profile, fixedPath, soils, problems); }) &&
          ok;
     const std::string sitePath = directory + "sbsite.100";
     ok = writeParameterFile(sitePath, errors,
-                            [&](std::string& problems) {
+                            [&](message_sink& problems) {
                                 return writeSiteFile(record, profile, sitePath, soils, stations, problems);
                             }) &&
          ok;
@@ -160,11 +160,11 @@ bool prepareRunDirectory(const tellura_control_record& record, const release_pro
 
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
                          const outfile_flags& outfileSelected, const option_lists& options, const tellura_soils& soils,
-                         const tellura_weather_stations& stations, std::string& errors) {
+                         const tellura_weather_stations& stations, message_sink& errors) {
     const release_profile& profile = shippedReleaseProfile(version);
     if (profile.name.empty()) {
-        appendf(errors, "ERROR, no release profile \"%s\" is installed for version %d.\n",
-                defaultReleaseProfileName(version), version);
+        errors.errorf("ERROR, no release profile \"%s\" is installed for version %d.\n",
+                      defaultReleaseProfileName(version), version);
         release_profile bare = profile;
         bare.version = version;
         prepareRunDirectory(record, bare, modelExecutable, outfileSelected, options, soils, stations, errors);
@@ -194,9 +194,9 @@ std::string outfilesText(const release_profile& profile, const outfile_flags& fl
 }
 
 bool writeOutfiles(const std::string& path, const release_profile& profile, const outfile_flags& flags,
-                   std::string& errors) {
+                   message_sink& errors) {
     if (!writeTextFile(path, outfilesText(profile, flags))) {
-        appendf(errors, "ERROR, unable to open 'outfiles' file \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, unable to open 'outfiles' file \"%s\".\n", path.c_str());
         return false;
     }
     return true;

@@ -7,6 +7,7 @@
 #include <array>
 #include <string>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
@@ -42,17 +43,17 @@ const char* fixedFileName(int version);
 bool prepareRunDirectory(const tellura_control_record& record, const release_profile& profile,
                          const std::string& modelExecutable, const outfile_flags& outfileSelected,
                          const option_lists& options, const tellura_soils& soils,
-                         const tellura_weather_stations& stations, std::string& errors);
+                         const tellura_weather_stations& stations, message_sink& errors);
 // The same with the version's shipped profile (the files as Soilbench writes them).
 bool prepareRunDirectory(const tellura_control_record& record, int version, const std::string& modelExecutable,
                          const outfile_flags& outfileSelected, const option_lists& options, const tellura_soils& soils,
-                         const tellura_weather_stations& stations, std::string& errors);
+                         const tellura_weather_stations& stations, message_sink& errors);
 
 // "sb.ini" with CR LF line ends; nothing is reported when it cannot be created.
 bool writeIni(const std::string& path);
 // "outfiles.in": the profile's header and rows, each switched on by its setting.
 bool writeOutfiles(const std::string& path, const release_profile& profile, const outfile_flags& flags,
-                   std::string& errors);
+                   message_sink& errors);
 std::string outfilesText(const release_profile& profile, const outfile_flags& flags);
 
 }  // namespace sb

@@ -25,7 +25,7 @@ std::string joinPath(const std::string& directory, const std::string& name) {
     return (std::filesystem::path(directory) / name).string();
 }
 
-bool readWeatherFile(const std::string& path, int version, tellura_weather_station& station, std::string& messages) {
+bool readWeatherFile(const std::string& path, int version, tellura_weather_station& station, message_sink& messages) {
     return usesDailyWeather(version) ? readDailyWeatherFile(path, station, messages)
                                      : readMonthlyWeatherFile(path, station, messages);
 }
@@ -33,7 +33,7 @@ bool readWeatherFile(const std::string& path, int version, tellura_weather_stati
 // Each weather file the blocks name becomes a station: the first one the
 // record's own, the others new ones. A C block continues the file before it.
 void readWeather(const std::string& directory, const schedule_references& references, int version, imported_run& run,
-                 std::string& messages) {
+                 message_sink& messages) {
     std::map<std::string, int32_t> stationOfFile;
     int32_t current = run.station.id;
     for (size_t b = 0; b < run.record.blocks.size(); ++b) {
@@ -61,14 +61,14 @@ void readWeather(const std::string& directory, const schedule_references& refere
 }
 
 void readDailyFiles(const std::string& directory, const release_profile& profile, imported_run& run,
-                    std::string& messages) {
+                    message_sink& messages) {
     readSoilLayerFile(joinPath(directory, "soils.in"), run.soil, messages);
     importSitepar(joinPath(directory, "sitepar.in"), run.record, profile, messages);
 }
 
 // The files the profile's release needs beside the schedule, as the set-up has them.
 void readExtraFiles(const std::string& directory, const release_profile& profile, imported_run& run,
-                    std::string& messages) {
+                    message_sink& messages) {
     for (const profile_extra_file& extra : profile.extraFiles) {
         record_file file{extra.file, {}};
         const std::string path = joinPath(directory, extra.file);
@@ -77,7 +77,7 @@ void readExtraFiles(const std::string& directory, const release_profile& profile
         if (!readTextFile(path, file.content, messages, strprintf("ERROR, can't open file \"%s\".\n", path.c_str())))
             continue;
         run.record.files.push_back(std::move(file));
-        appendf(messages, "Kept \"%s\" with the record.\n", extra.file.c_str());
+        messages.notef("Kept \"%s\" with the record.\n", extra.file.c_str());
     }
 }
 
@@ -85,7 +85,8 @@ void readExtraFiles(const std::string& directory, const release_profile& profile
 // file's own title (the text after its header name), or the schedule's file
 // name when the site file has none.
 std::string describeRun(const std::string& sitePath, const std::string& scheduleFile) {
-    std::string text, title, unread;  // a site file that cannot be read is reported by its import
+    std::string text, title;
+    message_sink unread;  // a site file that cannot be read is reported by its import
     std::error_code ec;
     if (std::filesystem::is_regular_file(sitePath, ec) && readTextFile(sitePath, text, unread, "")) {
         std::string_view header = trim(std::string_view(text).substr(0, text.find_first_of("\r\n")));
@@ -95,14 +96,14 @@ std::string describeRun(const std::string& sitePath, const std::string& schedule
     return (title.empty() ? scheduleFile : title).substr(0, 80);
 }
 
-bool saveHistory(database& db, const tellura_weather_station& station, std::string& errors) {
+bool saveHistory(database& db, const tellura_weather_station& station, message_sink& errors) {
     bool ok = saveMonthlyHistory(db, station, errors);
     return saveDailyHistory(db, station, errors) && ok;
 }
 
 // Every part of the run is one save: the record, its soil, its stations and the
 // option lists are stored together or not at all.
-bool saveRun(database& db, imported_run& run, std::string& errors) {
+bool saveRun(database& db, imported_run& run, message_sink& errors) {
     store_session whole(db, errors);
     if (!whole.ok()) return false;
     // A record of that ID is replaced whole: nothing of it (its outputs above
@@ -124,7 +125,7 @@ bool saveRun(database& db, imported_run& run, std::string& errors) {
 }  // namespace
 
 bool readRunFiles(const std::string& directory, const std::string& scheduleFile, const release_profile& profile,
-                  int32_t recordId, int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+                  int32_t recordId, int32_t soilId, int32_t stationId, imported_run& run, message_sink& messages) {
     const int version = profile.version;
     run.record.setId(recordId);
     run.soil.setSoilId(soilId);
@@ -138,7 +139,7 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
     bool ok = importFixedFile(run.record, joinPath(directory, fixedFileName(version)), &run.soil, profile, messages);
     schedule_references references;
     if (!readScheduleFile(joinPath(directory, scheduleFile), profile, run.record, references, messages)) return false;
-    if (references.siteFile.empty()) messages += "ERROR, the schedule names no site file.\n";
+    if (references.siteFile.empty()) messages.error("ERROR, the schedule names no site file.\n");
     else
         ok = importSiteFile(joinPath(directory, references.siteFile), run.record, &run.soil, &run.station, messages,
                             &profile) &&
@@ -147,7 +148,7 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
         run.record.row.setText("Description", describeRun(joinPath(directory, references.siteFile), scheduleFile));
     std::string status;
     ok = run.options.readRunFiles(directory, messages, status) && ok;
-    messages += status;
+    messages.note(status);
     if (version == kDailyStepVersion) readDailyFiles(directory, profile, run, messages);
     readWeather(directory, references, version, run, messages);
     readExtraFiles(directory, profile, run, messages);
@@ -155,7 +156,7 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
 }
 
 bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
-                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages) {
+                  int32_t soilId, int32_t stationId, imported_run& run, message_sink& messages) {
     return readRunFiles(directory, scheduleFile, shippedReleaseProfile(version), recordId, soilId, stationId, run,
                         messages);
 }
@@ -163,29 +164,30 @@ bool readRunFiles(const std::string& directory, const std::string& scheduleFile,
 std::string scheduledSiteFile(const std::string& directory, const std::string& scheduleFile, int version) {
     tellura_control_record scratch;
     schedule_references references;
-    std::string ignored;
+    message_sink ignored;
     readScheduleFile(joinPath(directory, scheduleFile), version, scratch, references, ignored);
     return references.siteFile;
 }
 
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile,
-                    const release_profile& profile, int32_t newId, std::string& errors) {
+                    const release_profile& profile, int32_t newId, message_sink& errors) {
     imported_run run;
     run.options.loadAll(db, errors);
     // Read and check every file first: a directory with any error stores nothing.
-    const size_t messagesBefore = errors.size();
-    if (!readRunFiles(directory, scheduleFile, profile, newId, nextFreeSoilId(db, newId), nextFreeStationId(db, newId),
-                      run, errors))
-        return false;
-    if (hasErrorMessage(std::string_view(errors).substr(messagesBefore))) {
-        appendf(errors, "ERROR, nothing imported from \"%s\": the files above have errors.\n", directory.c_str());
+    message_sink read;
+    const bool readWhole = readRunFiles(directory, scheduleFile, profile, newId, nextFreeSoilId(db, newId),
+                                        nextFreeStationId(db, newId), run, read);
+    errors.add(read);
+    if (!readWhole) return false;
+    if (read.hasErrors()) {
+        errors.errorf("ERROR, nothing imported from \"%s\": the files above have errors.\n", directory.c_str());
         return false;
     }
     return saveRun(db, run, errors);
 }
 
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
-                    int32_t newId, std::string& errors) {
+                    int32_t newId, message_sink& errors) {
     return importRunFiles(db, directory, scheduleFile, shippedReleaseProfile(version), newId, errors);
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "records/option_lists.h"
 #include "records/tellura_control_record.h"
@@ -39,10 +40,10 @@ struct imported_run {
 // to `messages`; false when the schedule could not be read or a file gives a
 // name twice within one record.
 bool readRunFiles(const std::string& directory, const std::string& scheduleFile, const release_profile& profile,
-                  int32_t recordId, int32_t soilId, int32_t stationId, imported_run& run, std::string& messages);
+                  int32_t recordId, int32_t soilId, int32_t stationId, imported_run& run, message_sink& messages);
 // The same under the version's shipped profile.
 bool readRunFiles(const std::string& directory, const std::string& scheduleFile, int version, int32_t recordId,
-                  int32_t soilId, int32_t stationId, imported_run& run, std::string& messages);
+                  int32_t soilId, int32_t stationId, imported_run& run, message_sink& messages);
 
 // The site file a schedule names ("" when it names none or cannot be read).
 std::string scheduledSiteFile(const std::string& directory, const std::string& scheduleFile, int version);
@@ -55,9 +56,9 @@ std::string scheduledSiteFile(const std::string& directory, const std::string& s
 // read first: when any of them gives an error, nothing is stored. A record
 // stored under `newId` is replaced, outputs and all: callers ask first.
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile,
-                    const release_profile& profile, int32_t newId, std::string& errors);
+                    const release_profile& profile, int32_t newId, message_sink& errors);
 // The same under the version's shipped profile.
 bool importRunFiles(database& db, const std::string& directory, const std::string& scheduleFile, int version,
-                    int32_t newId, std::string& errors);
+                    int32_t newId, message_sink& errors);
 
 }  // namespace sb

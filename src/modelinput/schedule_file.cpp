@@ -97,21 +97,21 @@ const tellura_input* findOption(const tellura_input_list& list, const std::strin
 }
 
 void appendInitialCropAndTree(std::string& out, const tellura_control_record& record, const tellura_input_list& crops,
-                              const tellura_input_list& trees, std::string& errors) {
+                              const tellura_input_list& trees, message_sink& errors) {
     const std::string cropName = record.initialCrop();
     const tellura_input* crop = findOption(crops, cropName);
     if (!crop && !crops.empty()) crop = &crops.at(0);
     if (!cropName.empty() && (!crop || !iequals(crop->name, cropName)))
-        appendf(errors, "WARNING, initial crop \"%s\" not found in the crop list, \"%s\" written instead.\n",
-                cropName.c_str(), crop ? crop->name.c_str() : "G3");
+        errors.warningf("WARNING, initial crop \"%s\" not found in the crop list, \"%s\" written instead.\n",
+                        cropName.c_str(), crop ? crop->name.c_str() : "G3");
     if (crop) appendf(out, "%s      Initial Crop\n", scheduleName(oneLine(crop->name)).c_str());
     else out += "G3            Initial crop\n";
 
     const std::string treeName = record.initialTree();
     const tellura_input* tree = findOption(trees, treeName);
     if (!treeName.empty() && !tree)
-        appendf(errors, "WARNING, initial tree \"%s\" not found in the tree list, no initial tree written.\n",
-                treeName.c_str());
+        errors.warningf("WARNING, initial tree \"%s\" not found in the tree list, no initial tree written.\n",
+                        treeName.c_str());
     if (tree) appendf(out, "%s      Initial Tree\n", scheduleName(oneLine(tree->name)).c_str());
     else out += "              Initial Tree\n";
 }
@@ -147,7 +147,7 @@ void appendOutputInterval(std::string& out, float months, output_interval_form f
     }
 }
 
-void appendEvent(std::string& out, const tellura_event& event, int version, int blockNumber, std::string& errors) {
+void appendEvent(std::string& out, const tellura_event& event, int version, int blockNumber, message_sink& errors) {
     if (version == 4) appendf(out, "%04d %03d", event.year, dayOfYear(event.month, event.day));
     else appendf(out, "%02d  %02d", event.year, event.month);
     if (event.type < 1 || event.type >= kEventExtr) return;  // kept out of runs by validation
@@ -167,14 +167,14 @@ void appendEvent(std::string& out, const tellura_event& event, int version, int 
     std::string item = oneLine(event.item);
     if (item.size() > tellura_event::kMaxItemLength) {
         item.resize(tellura_event::kMaxItemLength);
-        appendf(errors, "WARNING, item \"%s\" of a %s event in block %d cut to \"%s\".\n", event.item.c_str(), command,
-                blockNumber, item.c_str());
+        errors.warningf("WARNING, item \"%s\" of a %s event in block %d cut to \"%s\".\n", event.item.c_str(), command,
+                        blockNumber, item.c_str());
     }
     appendf(out, version == 2 ? " %s\n%s\n" : " %s %s\n", command, item.c_str());
 }
 
 void appendBlock(std::string& out, const tellura_event_block& block, int number, int version,
-                 output_interval_form interval, std::string& errors) {
+                 output_interval_form interval, message_sink& errors) {
     appendf(out, "%-2d            Block #    %s\n", number, oneLine(block.description).c_str());
     appendf(out, "%-5d         Last year\n", block.lastYear);
     appendf(out, "%-4d          Repeats # years\n", block.repeatingYears);
@@ -216,7 +216,7 @@ void monthAndDay(int dayOfYear, int& month, int& day) {
 }
 
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
-                             const tellura_input_list& trees, int version, std::string& errors) {
+                             const tellura_input_list& trees, int version, message_sink& errors) {
     release_profile profile;
     profile.version = version;
     profile.interval = version >= 3 && version <= 5 ? output_interval_form::months : output_interval_form::years;
@@ -224,7 +224,7 @@ std::string scheduleFileText(const tellura_control_record& record, const tellura
 }
 
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
-                             const tellura_input_list& trees, const release_profile& profile, std::string& errors) {
+                             const tellura_input_list& trees, const release_profile& profile, message_sink& errors) {
     const int version = profile.version;
     std::string out;
     appendYearsAndOptions(out, record, version);
@@ -240,13 +240,13 @@ std::string scheduleFileText(const tellura_control_record& record, const tellura
 
 std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::vector<tellura_event_block>& blocks,
                                                                    const tellura_weather_stations& stations,
-                                                                   std::string& errors) {
+                                                                   message_sink& errors) {
     std::vector<tellura_weather_recorded_for_block> gathered;
     for (const tellura_event_block& block : blocks) {
         if (block.weatherChoice != kWeatherFile && block.weatherChoice != kWeatherContinue) continue;
         const tellura_weather_station* station = stations.find(block.weatherId);
         if (!station) {
-            errors += "ERROR, weather station not found for event block.\n";
+            errors.error("ERROR, weather station not found for event block.\n");
             continue;
         }
         auto found = std::find_if(gathered.begin(), gathered.end(),
@@ -260,7 +260,8 @@ std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::ve
 
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
                        const tellura_input_list& trees, const release_profile& profile, const std::string& path,
-                       const std::string& runDirectory, const tellura_weather_stations& stations, std::string& errors) {
+                       const std::string& runDirectory, const tellura_weather_stations& stations,
+                       message_sink& errors) {
     bool written = writeTextFile(path, scheduleFileText(record, crops, trees, profile, errors));
     for (const tellura_weather_recorded_for_block& weather : gatherBlockWeather(record.blocks, stations, errors))
         weather.write(weather.filePath(runDirectory), profile.weatherColumns, errors);
@@ -290,7 +291,7 @@ labelled_line splitLabelled(const std::string& line) {
 class schedule_reader {
 public:
     schedule_reader(const std::string& text, const std::string& path, int version, output_interval_form interval,
-                    tellura_control_record& record, schedule_references& references, std::string& errors)
+                    tellura_control_record& record, schedule_references& references, message_sink& errors)
         : source_(text),
           path_(path),
           version_(version),
@@ -307,8 +308,8 @@ public:
         while (nextNonBlank(line)) {
             labelled_line block = splitLabelled(line);
             if (block.label.rfind("block #", 0) != 0) {
-                appendf(errors_, "ERROR, expected a block in schedule file \"%s\": \"%s\".\n", path_.c_str(),
-                        line.c_str());
+                errors_.errorf("ERROR, expected a block in schedule file \"%s\": \"%s\".\n", path_.c_str(),
+                               line.c_str());
                 return false;
             }
             if (!readBlock(line)) return false;
@@ -339,8 +340,8 @@ private:
     // value is refused here rather than wrapped into another year.
     bool fitsShort(long value, const char* what) {
         if (value >= std::numeric_limits<int16_t>::min() && value <= std::numeric_limits<int16_t>::max()) return true;
-        appendf(errors_, "ERROR, line %ld of schedule file \"%s\": %s %ld is out of range (-32768 to 32767).\n",
-                source_.lineNumber(), path_.c_str(), what, value);
+        errors_.errorf("ERROR, line %ld of schedule file \"%s\": %s %ld is out of range (-32768 to 32767).\n",
+                       source_.lineNumber(), path_.c_str(), what, value);
         return false;
     }
 
@@ -357,7 +358,7 @@ private:
             if (toLower(trim(line)) == "year month option") return true;
             if (!readHeaderEntry(entry, line)) return false;
         }
-        appendf(errors_, "ERROR, no \"Year Month Option\" line in schedule file \"%s\".\n", path_.c_str());
+        errors_.errorf("ERROR, no \"Year Month Option\" line in schedule file \"%s\".\n", path_.c_str());
         return false;
     }
 
@@ -465,7 +466,7 @@ private:
             std::string_view rest = line;
             std::vector<std::string> date = splitTokens(line.substr(0, line.find_first_not_of(" \t0123456789-")));
             if (date.size() < 2) {
-                appendf(errors_, "ERROR, unable to parse tellura event.\n");
+                errors_.errorf("ERROR, unable to parse tellura event.\n");
                 continue;
             }
             // Skip the two date numbers; the operation follows.
@@ -486,8 +487,8 @@ private:
             if (event.type == kEventErod) event.item.clear();  // its amounts are the parameters
             block.events.push_back(std::move(event));
         }
-        appendf(errors_, "ERROR, block %d of schedule file \"%s\" has no \"-999 -999 X\" end.\n",
-                static_cast<int>(block.blockNumber), path_.c_str());
+        errors_.errorf("ERROR, block %d of schedule file \"%s\" has no \"-999 -999 X\" end.\n",
+                       static_cast<int>(block.blockNumber), path_.c_str());
         return false;
     }
 
@@ -509,28 +510,28 @@ private:
     output_interval_form interval_;
     tellura_control_record& record_;
     schedule_references& references_;
-    std::string& errors_;
+    message_sink& errors_;
     int startingYear_ = 0;
 };
 
 }  // namespace
 
 bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,
-                      schedule_references& references, std::string& errors) {
+                      schedule_references& references, message_sink& errors) {
     output_interval_form interval =
         hasScalarOptions(version) ? output_interval_form::months : output_interval_form::years;
     return schedule_reader(text, path, version, interval, record, references, errors).read();
 }
 
 bool readScheduleFile(const std::string& path, const release_profile& profile, tellura_control_record& record,
-                      schedule_references& references, std::string& errors) {
+                      schedule_references& references, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
     return schedule_reader(text, path, profile.version, profile.interval, record, references, errors).read();
 }
 
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
-                      schedule_references& references, std::string& errors) {
+                      schedule_references& references, message_sink& errors) {
     release_profile profile;
     profile.version = version;
     profile.interval = hasScalarOptions(version) ? output_interval_form::months : output_interval_form::years;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "modelinput/weather_file.h"
 #include "paramfile/tellura_input_list.h"
@@ -23,23 +24,23 @@ void monthAndDay(int dayOfYear, int& month, int& day);
 // profile's form. Problems (an unknown initial crop or tree, an item cut to 20
 // characters) are appended to `errors`.
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
-                             const tellura_input_list& trees, const release_profile& profile, std::string& errors);
+                             const tellura_input_list& trees, const release_profile& profile, message_sink& errors);
 // The same with the version's own interval form (whole months for 3 to 5, years otherwise).
 std::string scheduleFileText(const tellura_control_record& record, const tellura_input_list& crops,
-                             const tellura_input_list& trees, int version, std::string& errors);
+                             const tellura_input_list& trees, int version, message_sink& errors);
 
 // One entry per station read by F/C blocks, spanning all their years. A block
 // whose station is missing gives "ERROR, weather station not found for event block.\n".
 std::vector<tellura_weather_recorded_for_block> gatherBlockWeather(const std::vector<tellura_event_block>& blocks,
                                                                    const tellura_weather_stations& stations,
-                                                                   std::string& errors);
+                                                                   message_sink& errors);
 
 // Writes the schedule and the weather files of its blocks into `runDirectory`
 // (which ends in a separator, or is empty for the current folder). False when
 // the schedule itself cannot be written.
 bool writeScheduleFile(const tellura_control_record& record, const tellura_input_list& crops,
                        const tellura_input_list& trees, const release_profile& profile, const std::string& path,
-                       const std::string& runDirectory, const tellura_weather_stations& stations, std::string& errors);
+                       const std::string& runDirectory, const tellura_weather_stations& stations, message_sink& errors);
 
 // What a schedule names besides the record's values.
 struct schedule_references {
@@ -53,10 +54,10 @@ struct schedule_references {
 // after the previous one ends, the first at the starting year. A block whose
 // weather file is "sb%06d.wth" gets that station ID.
 bool readScheduleFile(const std::string& path, const release_profile& profile, tellura_control_record& record,
-                      schedule_references& references, std::string& errors);
+                      schedule_references& references, message_sink& errors);
 bool readScheduleFile(const std::string& path, int version, tellura_control_record& record,
-                      schedule_references& references, std::string& errors);
+                      schedule_references& references, message_sink& errors);
 bool readScheduleText(const std::string& text, const std::string& path, int version, tellura_control_record& record,
-                      schedule_references& references, std::string& errors);
+                      schedule_references& references, message_sink& errors);
 
 }  // namespace sb

@@ -15,7 +15,7 @@
 
 namespace sb {
 
-std::string siteFileText(const record_sources& sources, std::string& errors) {
+std::string siteFileText(const record_sources& sources, message_sink& errors) {
     std::string out;
     out.reserve(16384);
     appendf(out, "X  Archived site file record. ID=%ld\n", static_cast<long>(sources.record.id()));
@@ -25,29 +25,28 @@ std::string siteFileText(const record_sources& sources, std::string& errors) {
 
 std::string siteFileText(const tellura_control_record& record, int version, const tellura_soil* soil,
                          const tellura_weather_station* station) {
-    std::string ignored;
+    message_sink ignored;
     return siteFileText({record, soil, station, shippedReleaseProfile(version)}, ignored);
 }
 
 bool writeSiteFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                   const tellura_soils& soils, const tellura_weather_stations& stations, std::string& errors) {
+                   const tellura_soils& soils, const tellura_weather_stations& stations, message_sink& errors) {
     const tellura_soil* soil = soils.find(record.soilId());
     const tellura_weather_station* station = stations.find(record.weatherId());
     if (!soil)
-        appendf(errors, "WARNING, soil %ld of record %ld not found, site file soil values written as zero.\n",
-                static_cast<long>(record.soilId()), static_cast<long>(record.id()));
+        errors.warningf("WARNING, soil %ld of record %ld not found, site file soil values written as zero.\n",
+                        static_cast<long>(record.soilId()), static_cast<long>(record.id()));
     if (!station)
-        appendf(errors,
-                "WARNING, weather station %ld of record %ld not found, site file climate values written as zero.\n",
-                static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
+        errors.warningf(
+            "WARNING, weather station %ld of record %ld not found, site file climate values written as zero.\n",
+            static_cast<long>(record.weatherId()), static_cast<long>(record.id()));
     else if (!station->hasMeans)
-        appendf(
-            errors,
+        errors.warningf(
             "WARNING, weather station %ld has no monthly climate means, site file climate values written as zero.\n",
             static_cast<long>(station->id));
-    std::string problems;
+    message_sink problems;
     std::string text = siteFileText({record, soil, station, profile}, problems);
-    errors += problems;
+    errors.add(problems);
     return problems.empty() && writeTextFile(path, text);
 }
 
@@ -61,7 +60,7 @@ constexpr size_t kPairWidth = 15;
 // The value of one name of a sitepar.in line, by the same rules as every
 // other profile line.
 bool siteparValue(const record_sources& sources, const profile_sitepar_line& entry, size_t index,
-                  const std::string& name, double& value, std::string& errors) {
+                  const std::string& name, double& value, message_sink& errors) {
     profile_line line;
     line.name = name;
     line.keep = entry.keep;
@@ -81,7 +80,7 @@ void appendValueLine(std::string& out, const std::string& value, size_t width, c
 }
 
 bool appendSiteparLine(std::string& out, const record_sources& sources, const profile_sitepar_line& entry,
-                       std::string& errors) {
+                       message_sink& errors) {
     if (entry.form == sitepar_form::months) {
         bool ok = true;
         for (int month = 1; month <= 12; ++month) {
@@ -123,19 +122,19 @@ bool appendSiteparLine(std::string& out, const record_sources& sources, const pr
 
 }  // namespace
 
-std::string siteparText(const record_sources& sources, std::string& errors) {
+std::string siteparText(const record_sources& sources, message_sink& errors) {
     std::string out;
     for (const profile_sitepar_line& entry : sources.profile.sitepar) appendSiteparLine(out, sources, entry, errors);
     return out;
 }
 
-bool writeSitepar(const record_sources& sources, const std::string& path, std::string& errors) {
-    std::string problems;
+bool writeSitepar(const record_sources& sources, const std::string& path, message_sink& errors) {
+    message_sink problems;
     std::string text = siteparText(sources, problems);
-    errors += problems;
+    errors.add(problems);
     if (!problems.empty()) return false;
     if (!writeTextFile(path, text)) {
-        appendf(errors, "ERROR, unable to open 'outfiles' file \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, unable to open 'outfiles' file \"%s\".\n", path.c_str());
         return false;
     }
     return true;
@@ -154,7 +153,7 @@ public:
                      const release_profile* profile, bool& climateRead)
         : record_(record), soil_(soil), station_(station), profile_(profile), climateRead_(climateRead) {}
 
-    bool setField(std::string_view fieldName, double value, std::string& errors) override {
+    bool setField(std::string_view fieldName, double value, message_sink& errors) override {
         const profile_line* line = profile_ ? findProfileLine(*profile_, kSiteFile, std::string(fieldName)) : nullptr;
         if (line && line->keep) return keepValue(fieldName, value);
         std::string name = canonicalParameterName(fieldName);
@@ -204,7 +203,7 @@ private:
 }  // namespace
 
 bool importSiteFile(const std::string& path, tellura_control_record& record, tellura_soil* soil,
-                    tellura_weather_station* station, std::string& messages, const release_profile* profile) {
+                    tellura_weather_station* station, message_sink& messages, const release_profile* profile) {
     std::string text;
     if (!readTextFile(path, text, messages, strprintf("ERROR, cannot open site file \"%s\"\n", path.c_str())))
         return false;
@@ -212,7 +211,7 @@ bool importSiteFile(const std::string& path, tellura_control_record& record, tel
     std::string status;
     import_counts counts = reader.importText(text, path, messages, status);
     if (reader.climateRead) station->hasMeans = true;
-    appendf(messages, "Imported site data from \"%s\"\n", path.c_str());
+    messages.notef("Imported site data from \"%s\"\n", path.c_str());
     return counts.badLines == 0 && counts.duplicates == 0;
 }
 
@@ -222,7 +221,7 @@ namespace {
 class sitepar_reader {
 public:
     sitepar_reader(const std::vector<std::string>& lines, tellura_control_record& record,
-                   const release_profile& profile, std::string& messages)
+                   const release_profile& profile, message_sink& messages)
         : lines_(lines), record_(record), profile_(profile), messages_(messages) {}
 
     void read() {
@@ -262,7 +261,7 @@ private:
             std::vector<std::string> tokens = take(2);
             if (!inOrder) continue;
             if (tokens.size() < 2 || toInteger(tokens[0]) != month) {
-                appendf(messages_, "ERROR, %s month out of order in site parameters file.\n", base.c_str());
+                messages_.errorf("ERROR, %s month out of order in site parameters file.\n", base.c_str());
                 inOrder = false;
                 continue;
             }
@@ -274,7 +273,7 @@ private:
     size_t next_ = 0;
     tellura_control_record& record_;
     const release_profile& profile_;
-    std::string& messages_;
+    message_sink& messages_;
 };
 
 }  // namespace
@@ -286,7 +285,7 @@ int siteparLineCount(const release_profile& profile) {
 }
 
 bool importSitepar(const std::string& path, tellura_control_record& record, const release_profile& profile,
-                   std::string& messages) {
+                   message_sink& messages) {
     std::string text;
     if (!readTextFile(path, text, messages,
                       strprintf("ERROR, cannot open site parameters file \"%s\"\n", path.c_str())))
@@ -294,10 +293,10 @@ bool importSitepar(const std::string& path, tellura_control_record& record, cons
     std::vector<std::string> lines = splitLines(text);
     while (!lines.empty() && trim(lines.back()).empty()) lines.pop_back();
     if (static_cast<int>(lines.size()) != siteparLineCount(profile))
-        appendf(messages, "WARNING, \"%s\" has %zu lines; %s reads %d.\n", path.c_str(), lines.size(),
-                profile.where(0).c_str(), siteparLineCount(profile));
+        messages.warningf("WARNING, \"%s\" has %zu lines; %s reads %d.\n", path.c_str(), lines.size(),
+                          profile.where(0).c_str(), siteparLineCount(profile));
     sitepar_reader(lines, record, profile, messages).read();
-    appendf(messages, "Imported site parameters from \"%s\"\n", path.c_str());
+    messages.notef("Imported site parameters from \"%s\"\n", path.c_str());
     return true;
 }
 

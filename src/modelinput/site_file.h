@@ -5,6 +5,7 @@
 // hold, in which order, is the release profile's.
 #include <string>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "records/tellura_control_record.h"
 #include "records/tellura_soil.h"
@@ -16,7 +17,7 @@ struct record_sources;
 
 // The text of "sbsite.100": its title line, then the profile's [site.100]
 // lines. Missing values are reported (naming the profile line).
-std::string siteFileText(const record_sources& sources, std::string& errors);
+std::string siteFileText(const record_sources& sources, message_sink& errors);
 // The same under the version's shipped profile. A missing soil or station
 // (nullptr) writes their values as zero.
 std::string siteFileText(const tellura_control_record& record, int version, const tellura_soil* soil,
@@ -28,12 +29,12 @@ std::string siteFileText(const tellura_control_record& record, int version, cons
 // written (not reported: the run directory preparation reports files it could
 // not write).
 bool writeSiteFile(const tellura_control_record& record, const release_profile& profile, const std::string& path,
-                   const tellura_soils& soils, const tellura_weather_stations& stations, std::string& errors);
+                   const tellura_soils& soils, const tellura_weather_stations& stations, message_sink& errors);
 
 // The text of "sitepar.in": the profile's [sitepar.in] lines.
-std::string siteparText(const record_sources& sources, std::string& errors);
+std::string siteparText(const record_sources& sources, message_sink& errors);
 // Writes "sitepar.in"; on failure "ERROR, unable to open 'outfiles' file \"%s\".\n".
-bool writeSitepar(const record_sources& sources, const std::string& path, std::string& errors);
+bool writeSitepar(const record_sources& sources, const std::string& path, message_sink& errors);
 // How many lines the profile's sitepar.in has.
 int siteparLineCount(const release_profile& profile);
 
@@ -44,11 +45,11 @@ int siteparLineCount(const release_profile& profile);
 // file cannot be read, a name is given twice (reported with its line) or any
 // line gave a message (each followed by the file and line).
 bool importSiteFile(const std::string& path, tellura_control_record& record, tellura_soil* soil,
-                    tellura_weather_station* station, std::string& messages, const release_profile* profile = nullptr);
+                    tellura_weather_station* station, message_sink& messages, const release_profile* profile = nullptr);
 
 // Reads "sitepar.in" by position, line for line as the profile lays it out; a
 // file with another line count than the profile's is warned about.
 bool importSitepar(const std::string& path, tellura_control_record& record, const release_profile& profile,
-                   std::string& messages);
+                   message_sink& messages);
 
 }  // namespace sb

@@ -75,7 +75,7 @@ double soilMineralValue(const tellura_soil& soil, int layer, int element) {
     return soil.layers[static_cast<size_t>(layer - 1)].number(kMineralColumns[static_cast<size_t>(element - 1)]);
 }
 
-bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, std::string& errors) {
+bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, message_sink& errors) {
     if (soil.setFieldBySiteName(name, value, errors)) return true;
     // ROCK and PH are site-file soil values too.
     const char* column = soilColumnOfSiteName(name);

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
 #include "records/tellura_soil.h"
 
 namespace sb {
@@ -24,6 +25,6 @@ double soilMineralValue(const tellura_soil& soil, int layer, int element);
 
 // Sets a soil field by its site-file name (the soil's own setter, plus ROCK
 // and PH, which the site file carries too). False when it is no soil name.
-bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, std::string& errors);
+bool setSoilBySiteName(tellura_soil& soil, std::string_view name, double value, message_sink& errors);
 
 }  // namespace sb

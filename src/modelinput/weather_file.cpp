@@ -100,9 +100,9 @@ std::string tellura_weather_recorded_for_block::filePath(const std::string& runD
 }
 
 bool tellura_weather_recorded_for_block::write(const std::string& path, const std::vector<std::string>& dailyColumns,
-                                               std::string& errors) const {
+                                               message_sink& errors) const {
     if (!writeTextFile(path, weatherFileText(*station_, dailyColumns))) {
-        appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, can't open file \"%s\".\n", path.c_str());
         return false;
     }
     return true;
@@ -124,35 +124,36 @@ std::string weatherFileText(const tellura_weather_station& station, int version)
 }
 
 bool checkWeatherCoverage(const tellura_weather_station& station, int firstYear, int lastYear, int version,
-                          int blockNumber, std::string& messages) {
+                          int blockNumber, message_sink& messages) {
     const bool daily = version == 4;
     int warnings = 0;
     for (int year = firstYear; year <= lastYear + 1 && warnings < kMaxCoverageWarnings; ++year) {
         if (daily ? hasDailyYear(station, year) : hasMonthlyYear(station, year)) continue;
         ++warnings;
         if (daily) {
-            appendf(messages, "WARNING, no daily historical weather data for year %d in block %d.", year, blockNumber);
-            messages +=
-                " Diurna will run with existing daily weather data. Check if these reflect your modeling situation.\n";
+            messages.warningf(
+                "WARNING, no daily historical weather data for year %d in block %d. Diurna will run with "
+                "existing daily weather data. Check if these reflect your modeling situation.\n",
+                year, blockNumber);
         } else {
-            appendf(messages, "WARNING, no monthly historical weather data for year %d in block %d.", year,
-                    blockNumber);
-            messages +=
-                " Tellura will run with existing daily weather data. Check if these reflect your modeling situation.\n";
+            messages.warningf(
+                "WARNING, no monthly historical weather data for year %d in block %d. Tellura will run "
+                "with existing daily weather data. Check if these reflect your modeling situation.\n",
+                year, blockNumber);
         }
         if (year == lastYear + 1) {
-            messages += "Data must exist through the year after event block.\n";
+            messages.warning("Data must exist through the year after event block.\n");
             if (!daily)
-                messages +=
+                messages.warning(
                     "Tellura will run with exisiting daily weather data. Check if these reflect your modeling "
-                    "situation.\n";
+                    "situation.\n");
         }
     }
     return true;
 }
 
 void checkBlockWeatherCoverage(const tellura_weather_station& station, const tellura_event_block& block, int version,
-                               std::string& messages) {
+                               message_sink& messages) {
     checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, messages);
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "records/tellura_event_block.h"
 #include "records/tellura_weather_station.h"
 
@@ -32,7 +33,7 @@ public:
     // Writes every year record the station holds, one line per day in these
     // columns (a release profile's weather columns), or the monthly lines when
     // there are none; false (with the message) when the file cannot be created.
-    bool write(const std::string& path, const std::vector<std::string>& dailyColumns, std::string& errors) const;
+    bool write(const std::string& path, const std::vector<std::string>& dailyColumns, message_sink& errors) const;
 
 private:
     const tellura_weather_station* station_;
@@ -57,9 +58,9 @@ std::string weatherFileText(const tellura_weather_station& station, int version)
 // Warns about every year from firstYear to lastYear + 1 that the station lacks
 // (monthly data, or daily data for version 4), at most 10 per block. Always true.
 bool checkWeatherCoverage(const tellura_weather_station& station, int firstYear, int lastYear, int version,
-                          int blockNumber, std::string& messages);
+                          int blockNumber, message_sink& messages);
 // The same for one block, in the form block validation takes (weather_coverage_check).
 void checkBlockWeatherCoverage(const tellura_weather_station& station, const tellura_event_block& block, int version,
-                               std::string& messages);
+                               message_sink& messages);
 
 }  // namespace sb

@@ -56,10 +56,10 @@ int binary_layout::floatPosition(int array, int index) const {
     return start + index;
 }
 
-bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::string& errors) {
+bool loadBinaryLayout(const std::string& path, binary_layout& layout, message_sink& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
-        appendf(errors, "ERROR, unable to open binary layout file \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, unable to open binary layout file \"%s\".\n", path.c_str());
         return false;
     }
     layout = binary_layout{};
@@ -78,33 +78,33 @@ bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::strin
         entrySeen = true;
         if (columnHeader) continue;
         if (!addEntry(fields, layout)) {
-            appendf(errors,
-                    "ERROR, binary layout file \"%s\" line %ld: expected \"block index name\" with "
-                    "block plot1, plot2 or plot3, an index from 1 and a place not used before.\n",
-                    path.c_str(), reader.lineNumber());
+            errors.errorf(
+                "ERROR, binary layout file \"%s\" line %ld: expected \"block index name\" with "
+                "block plot1, plot2 or plot3, an index from 1 and a place not used before.\n",
+                path.c_str(), reader.lineNumber());
             return false;
         }
     }
     if (!reader.withinLimit(errors)) return false;
     if (layout.count(0) + layout.count(1) + layout.count(2) == 0) {
-        appendf(errors, "ERROR, binary layout file \"%s\" names no variables.\n", path.c_str());
+        errors.errorf("ERROR, binary layout file \"%s\" names no variables.\n", path.c_str());
         return false;
     }
     return true;
 }
 
-bool binary_layout_catalogue::addFile(const std::string& path, std::string& errors) {
+bool binary_layout_catalogue::addFile(const std::string& path, message_sink& errors) {
     binary_layout layout;
     if (!loadBinaryLayout(path, layout, errors)) return false;
     layouts_.push_back(std::move(layout));
     return true;
 }
 
-bool binary_layout_catalogue::loadShipped(const std::string& directory, std::string& errors) {
+bool binary_layout_catalogue::loadShipped(const std::string& directory, message_sink& errors) {
     std::string indexPath = (std::filesystem::path(directory) / "layouts.tsv").string();
     output_line_reader index;
     if (!index.open(indexPath)) {
-        appendf(errors, "ERROR, unable to open binary layout index \"%s\".\n", indexPath.c_str());
+        errors.errorf("ERROR, unable to open binary layout index \"%s\".\n", indexPath.c_str());
         return false;
     }
     bool ok = true;
@@ -116,9 +116,9 @@ bool binary_layout_catalogue::loadShipped(const std::string& directory, std::str
         size_t tab2 = tab1 == std::string_view::npos ? tab1 : line.find('\t', tab1 + 1);
         int version = 0;
         if (tab2 == std::string_view::npos || !parseInt(trim(line.substr(tab1 + 1, tab2 - tab1 - 1)), version)) {
-            appendf(errors,
-                    "ERROR, binary layout index \"%s\" line %ld: expected \"file<TAB>version<TAB>description\".\n",
-                    indexPath.c_str(), index.lineNumber());
+            errors.errorf(
+                "ERROR, binary layout index \"%s\" line %ld: expected \"file<TAB>version<TAB>description\".\n",
+                indexPath.c_str(), index.lineNumber());
             ok = false;
             continue;
         }
@@ -182,7 +182,7 @@ std::string binary_layout_catalogue::noLayoutMessage(const std::string& path, in
     return message;
 }
 
-binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, std::string& errors) {
+binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, message_sink& errors) {
     binary_layout_catalogue layouts;
     for (const auto& file : userFiles) layouts.addFile(file, errors);
     layouts.loadShipped(binary_layout_catalogue::shippedDirectory(), errors);

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct binary_layout {
@@ -30,14 +32,14 @@ struct binary_layout {
     int floatPosition(int array, int index) const;
 };
 
-bool loadBinaryLayout(const std::string& path, binary_layout& layout, std::string& errors);
+bool loadBinaryLayout(const std::string& path, binary_layout& layout, message_sink& errors);
 
 class binary_layout_catalogue {
 public:
     // The layouts shipped with the program: the index file "layouts.tsv" in the
     // directory lists "file<TAB>version<TAB>description" per layout.
-    bool loadShipped(const std::string& directory, std::string& errors);
-    bool addFile(const std::string& path, std::string& errors);
+    bool loadShipped(const std::string& directory, message_sink& errors);
+    bool addFile(const std::string& path, message_sink& errors);
 
     // The first layout of this version (or of any version) with this record size.
     const binary_layout* find(int versionIndex, long recordBytes) const;
@@ -60,6 +62,6 @@ private:
 // "BinaryLayouts" setting) first, so that they win over a shipped layout of
 // the same record size, then the shipped ones. A file that cannot be read is
 // reported and left out; the others still serve.
-binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, std::string& errors);
+binary_layout_catalogue loadBinaryLayouts(const std::vector<std::string>& userFiles, message_sink& errors);
 
 }  // namespace sb

@@ -86,7 +86,7 @@ public:
         }
     }
 
-    bool readBlock(const tellura_event_block& block, std::string& errors) {
+    bool readBlock(const tellura_event_block& block, message_sink& errors) {
         bool monthly = block.outputInterval < 12.0f;
         output_year_span span;
         if (bytes_ < 4) {  // a file that holds no record at all
@@ -106,7 +106,7 @@ public:
             float time = floatAt(record_, 0);
             lastTime = time;
             if (!std::isfinite(time)) {
-                appendf(errors, "ERROR, binary output record %ld has no valid time.\n", reader_.recordsRead());
+                errors.errorf("ERROR, binary output record %ld has no valid time.\n", reader_.recordsRead());
                 ok = false;
                 break;
             }
@@ -131,10 +131,10 @@ public:
         return ok;
     }
 
-    void finish(std::string& errors) const { badValues_.finish(errors); }
+    void finish(message_sink& errors) const { badValues_.finish(errors); }
 
 private:
-    void fill(const std::vector<placement>& placements, table_record& target, int month, std::string& errors) {
+    void fill(const std::vector<placement>& placements, table_record& target, int month, message_sink& errors) {
         for (const auto& p : placements) {
             float value = floatAt(record_, p.position);
             if (!std::isfinite(value)) {
@@ -169,29 +169,29 @@ const char* framingText(binary_framing framing) {
 
 // The framing and layout the release profile gives its release, checked against the file.
 bool profileLayout(const std::string& path, const binary_record_reader& reader, const binary_layout_catalogue& layouts,
-                   const release_profile& profile, const binary_layout*& layout, std::string& errors) {
+                   const release_profile& profile, const binary_layout*& layout, message_sink& errors) {
     const binary_framing said = profile.framing == profile_framing::markers   ? binary_framing::byte_markers
                                 : profile.framing == profile_framing::lengths ? binary_framing::length_markers
                                                                               : reader.framing();
     if (said != reader.framing()) {
-        appendf(errors, "ERROR, binary output file \"%s\" has %s, but %s says its release writes %s.\n", path.c_str(),
-                framingText(reader.framing()), profile.where(0).c_str(), framingText(said));
+        errors.errorf("ERROR, binary output file \"%s\" has %s, but %s says its release writes %s.\n", path.c_str(),
+                      framingText(reader.framing()), profile.where(0).c_str(), framingText(said));
         return false;
     }
     if (profile.binaryLayout.empty()) return true;
     for (const binary_layout& known : layouts.layouts())
         if (std::filesystem::path(known.source).filename() == profile.binaryLayout) layout = &known;
     if (!layout) {
-        appendf(errors, "ERROR, the binary layout \"%s\" of %s is not among the binary layout files.\n",
-                profile.binaryLayout.c_str(), profile.where(0).c_str());
+        errors.errorf("ERROR, the binary layout \"%s\" of %s is not among the binary layout files.\n",
+                      profile.binaryLayout.c_str(), profile.where(0).c_str());
         return false;
     }
     if (layout->recordBytes() != reader.firstRecordBytes()) {
-        appendf(errors,
-                "ERROR, binary output file \"%s\" has records of %ld bytes, but the layout \"%s\" of %s has "
-                "%ld.\n",
-                path.c_str(), reader.firstRecordBytes(), profile.binaryLayout.c_str(), profile.where(0).c_str(),
-                layout->recordBytes());
+        errors.errorf(
+            "ERROR, binary output file \"%s\" has records of %ld bytes, but the layout \"%s\" of %s has "
+            "%ld.\n",
+            path.c_str(), reader.firstRecordBytes(), profile.binaryLayout.c_str(), profile.where(0).c_str(),
+            layout->recordBytes());
         layout = nullptr;
         return false;
     }
@@ -202,20 +202,20 @@ bool profileLayout(const std::string& path, const binary_record_reader& reader, 
 
 bool binaryOutputHoldsRecord(const std::string& path) {
     binary_record_reader reader;
-    std::string ignored;
+    message_sink ignored;
     int firstByte = 0;
     return reader.open(path, ignored) && reader.readFirstByte(firstByte) && reader.detectFraming(ignored) &&
            reader.firstRecordBytes() > 0;
 }
 
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors,
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, message_sink& errors,
                       const release_profile* profile) {
     binary_record_reader reader;
     if (!reader.open(path, errors)) return false;
     int firstByte = 0;
     if (!reader.readFirstByte(firstByte)) {
-        errors += "ERROR, binary output file is empty: " + path + "\n";
+        errors.error("ERROR, binary output file is empty: " + path + "\n");
         return false;
     }
     if (blocks.empty()) return true;
@@ -226,7 +226,7 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
     if (!layout && reader.firstRecordBytes() > 0) {
         layout = layouts.find(versionIndex, reader.firstRecordBytes());
         if (!layout) {
-            errors += layouts.noLayoutMessage(path, versionIndex, reader.firstRecordBytes());
+            errors.error(layouts.noLayoutMessage(path, versionIndex, reader.firstRecordBytes()));
             return false;
         }
     }
@@ -243,15 +243,16 @@ bool readBinaryOutput(const std::string& path, int versionIndex, const binary_la
 }
 
 bool readWholeBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                           bool monthly, tellura_outputs& outputs, std::string& errors) {
+                           bool monthly, tellura_outputs& outputs, message_sink& errors) {
     std::vector<tellura_event_block> blocks(1);
     blocks[0].lastYear = 32767;
     blocks[0].outputInterval = monthly ? 1.0f : 12.0f;
-    std::string messages;
+    message_sink messages;
     bool ok = readBinaryOutput(path, versionIndex, layouts, blocks, outputs, messages);
+    // Reading stops at the end of the data without an error: what was read is the file.
     const bool anyRead = !outputs.annual.empty() || outputs.monthlyCount() > 0;
-    if (!ok && anyRead && messages.find("ERROR") == std::string::npos) ok = true;
-    errors += messages;
+    if (!ok && anyRead && !messages.hasErrors()) ok = true;
+    errors.add(messages);
     return ok;
 }
 

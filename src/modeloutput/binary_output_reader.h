@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class binary_layout_catalogue;
@@ -23,7 +25,7 @@ struct tellura_outputs;
 // must have that framing and the layout's record size, or the read fails
 // saying which.
 bool readBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors,
+                      const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, message_sink& errors,
                       const release_profile* profile = nullptr);
 
 // Whether a binary output file holds a whole record (a release that refused a
@@ -34,6 +36,6 @@ bool binaryOutputHoldsRecord(const std::string& path);
 // every record of the file as one block, monthly or annual. A quiet end after
 // whole records is the file's normal end here, not a failure.
 bool readWholeBinaryOutput(const std::string& path, int versionIndex, const binary_layout_catalogue& layouts,
-                           bool monthly, tellura_outputs& outputs, std::string& errors);
+                           bool monthly, tellura_outputs& outputs, message_sink& errors);
 
 }  // namespace sb

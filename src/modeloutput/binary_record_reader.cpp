@@ -16,9 +16,9 @@ binary_record_reader::~binary_record_reader() {
     if (file_) std::fclose(file_);
 }
 
-bool binary_record_reader::open(const std::string& path, std::string& errors) {
+bool binary_record_reader::open(const std::string& path, message_sink& errors) {
     file_ = std::fopen(path.c_str(), "rb");
-    if (!file_) errors += "ERROR, unable to open binary output file: " + path + "\n";
+    if (!file_) errors.error("ERROR, unable to open binary output file: " + path + "\n");
     return file_ != nullptr;
 }
 
@@ -51,7 +51,7 @@ bool binary_record_reader::measureByteMarked() {
     return std::fseek(file_, start, SEEK_SET) == 0;
 }
 
-bool binary_record_reader::detectFraming(std::string& errors) {
+bool binary_record_reader::detectFraming(message_sink& errors) {
     // No 4-byte-framed file can begin with 75: its first byte is the low byte of
     // a record length, which is a multiple of 4 (floats only).
     if (firstByte_ == kFormatByte) {
@@ -69,7 +69,7 @@ bool binary_record_reader::detectFraming(std::string& errors) {
                  std::fseek(file_, static_cast<long>(lead), SEEK_CUR) == 0 && readU32(trail) && trail == lead;
     }
     if (!framed) {
-        appendf(errors, "ERROR, format of bin file invalid, reserved=%d.\n", firstByte_);
+        errors.errorf("ERROR, format of bin file invalid, reserved=%d.\n", firstByte_);
         return false;
     }
     framing_ = binary_framing::length_markers;
@@ -78,7 +78,7 @@ bool binary_record_reader::detectFraming(std::string& errors) {
 }
 
 bool binary_record_reader::readRecord(long bytes, std::vector<unsigned char>& record, bool& error,
-                                      std::string& errors) {
+                                      message_sink& errors) {
     if (error) return false;
     record.resize(static_cast<size_t>(bytes));
     bool ok = framing_ == binary_framing::length_markers ? readLengthMarked(bytes, record, error, errors)
@@ -88,14 +88,14 @@ bool binary_record_reader::readRecord(long bytes, std::vector<unsigned char>& re
 }
 
 bool binary_record_reader::readByteMarked(long bytes, std::vector<unsigned char>& record, bool& error,
-                                          std::string& errors) {
+                                          message_sink& errors) {
     long gathered = 0;
     unsigned char piece[kFullPiece];
     while (gathered < bytes) {
         int length = std::fgetc(file_);
         if (length == EOF || length == kEndOfFile) return false;
         if (length > kEndOfFile) {
-            appendf(errors, "ERROR in physical record (length byte = %d).\n", length);
+            errors.errorf("ERROR in physical record (length byte = %d).\n", length);
             error = true;
             return false;
         }
@@ -103,16 +103,16 @@ bool binary_record_reader::readByteMarked(long bytes, std::vector<unsigned char>
         int trailer = EOF;
         if (std::fread(piece, 1, static_cast<size_t>(data), file_) != static_cast<size_t>(data) ||
             (trailer = std::fgetc(file_)) == EOF) {
-            errors += "ERROR in physical record.\n";
+            errors.error("ERROR in physical record.\n");
             error = true;
             return false;
         }
         if (trailer != length) {
-            appendf(errors, "ERROR in physical record (length = %d, trailer length = %d).\n", data, trailer);
+            errors.errorf("ERROR in physical record (length = %d, trailer length = %d).\n", data, trailer);
             error = true;
         }
         if (gathered + data > bytes) {
-            appendf(errors, "ERROR, binary record longer than %ld bytes.\n", bytes);
+            errors.errorf("ERROR, binary record longer than %ld bytes.\n", bytes);
             error = true;
             return false;
         }
@@ -124,22 +124,22 @@ bool binary_record_reader::readByteMarked(long bytes, std::vector<unsigned char>
 }
 
 bool binary_record_reader::readLengthMarked(long bytes, std::vector<unsigned char>& record, bool& error,
-                                            std::string& errors) {
+                                            message_sink& errors) {
     uint32_t lead = 0, trail = 0;
     if (!readU32(lead)) return false;  // the end of the file
     if (lead != static_cast<uint32_t>(bytes)) {
-        appendf(errors, "ERROR in record marker (length = %u, expected %ld).\n", lead, bytes);
+        errors.errorf("ERROR in record marker (length = %u, expected %ld).\n", lead, bytes);
         error = true;
         return false;
     }
     if (std::fread(record.data(), 1, static_cast<size_t>(bytes), file_) != static_cast<size_t>(bytes) ||
         !readU32(trail)) {
-        errors += "ERROR in physical record.\n";
+        errors.error("ERROR in physical record.\n");
         error = true;
         return false;
     }
     if (trail != lead) {
-        appendf(errors, "ERROR in record marker (length = %u, trailer length = %u).\n", lead, trail);
+        errors.errorf("ERROR in record marker (length = %u, trailer length = %u).\n", lead, trail);
         error = true;
         return false;
     }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 enum class binary_framing { unknown, byte_markers, length_markers };
@@ -25,26 +27,26 @@ public:
     binary_record_reader& operator=(const binary_record_reader&) = delete;
 
     // "ERROR, unable to open binary output file: <path>\n" on failure.
-    bool open(const std::string& path, std::string& errors);
+    bool open(const std::string& path, message_sink& errors);
     // Reads the first byte. False (no message) when the file is empty.
     bool readFirstByte(int& byte);
     // Decides the framing from the first bytes and measures the first logical
     // record; false with "ERROR, format of bin file invalid, reserved=%d.\n".
     // A file with no record at all gives recordBytes 0.
-    bool detectFraming(std::string& errors);
+    bool detectFraming(message_sink& errors);
     binary_framing framing() const { return framing_; }
     long firstRecordBytes() const { return firstRecordBytes_; }
 
     // One logical record of exactly `bytes` bytes. False without a message at the
     // end of the data (L = 130 or end of file); false with a message and the error
     // flag set for a damaged record. With the flag already set it fails at once.
-    bool readRecord(long bytes, std::vector<unsigned char>& record, bool& error, std::string& errors);
+    bool readRecord(long bytes, std::vector<unsigned char>& record, bool& error, message_sink& errors);
 
     long recordsRead() const { return recordsRead_; }
 
 private:
-    bool readByteMarked(long bytes, std::vector<unsigned char>& record, bool& error, std::string& errors);
-    bool readLengthMarked(long bytes, std::vector<unsigned char>& record, bool& error, std::string& errors);
+    bool readByteMarked(long bytes, std::vector<unsigned char>& record, bool& error, message_sink& errors);
+    bool readLengthMarked(long bytes, std::vector<unsigned char>& record, bool& error, message_sink& errors);
     bool measureByteMarked();
     bool readU32(uint32_t& value);
 

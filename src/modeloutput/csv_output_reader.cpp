@@ -83,10 +83,10 @@ const std::vector<csv_output_file>& csvOutputFiles() {
 }
 
 bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_outputs& outputs,
-                       std::string& errors) {
+                       message_sink& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
-        errors += "ERROR, unable to open output file: " + path + "\n";
+        errors.error("ERROR, unable to open output file: " + path + "\n");
         return false;
     }
     for (int i = 0; i < file.headerLines; ++i)
@@ -99,8 +99,8 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
         std::vector<std::string_view> fields = splitFieldViews(reader.line(), ',');
         double time = 0;
         if (parseOutputDouble(fields[0], time) != parse_result::ok) {
-            appendf(errors, "ERROR, %s line %ld: time \"%s\" is not a number; line skipped.\n", file.fileName,
-                    reader.lineNumber(), std::string(trim(fields[0]).substr(0, 40)).c_str());
+            errors.errorf("ERROR, %s line %ld: time \"%s\" is not a number; line skipped.\n", file.fileName,
+                          reader.lineNumber(), std::string(trim(fields[0]).substr(0, 40)).c_str());
             continue;
         }
         int year = annualYear(time);
@@ -121,11 +121,11 @@ bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tel
         ++span.count;
     }
     badValues.finish(errors);
-    appendf(errors, "%ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
+    errors.notef("%ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
     return reader.withinLimit(errors);
 }
 
-bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, std::string& errors) {
+bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, message_sink& errors) {
     // A missing file only reports; the run has failed only when none could be read.
     bool any = false;
     for (const auto& file : csvOutputFiles()) {

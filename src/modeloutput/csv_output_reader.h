@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct tellura_outputs;
@@ -27,10 +29,10 @@ const std::vector<csv_output_file>& csvOutputFiles();
 // Reads one file: each row's year (floor of its first field) selects or makes
 // the annual record; ends with "%ld years read, from %ld to %ld.\n".
 bool readCsvOutputFile(const csv_output_file& file, const std::string& path, tellura_outputs& outputs,
-                       std::string& errors);
+                       message_sink& errors);
 
 // All six files of a run; a missing file is reported and the others still read.
 // False only when not one of them could be opened.
-bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, std::string& errors);
+bool readCsvOutputs(const std::string& runDirectory, tellura_outputs& outputs, message_sink& errors);
 
 }  // namespace sb

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 const char* const kKeptDailyFiles[4] = {"daily.out", "nflux.out", "summary.out", "mresp.out"};
 
 bool moveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
-                    int firstYear, int lastYear, std::string& errors) {
+                    int firstYear, int lastYear, message_sink& errors) {
     bool ok = true;
     for (int year = firstYear; year <= lastYear; ++year) {
         fs::path folder = fs::path(outputFolder) / strprintf("%04d", year);

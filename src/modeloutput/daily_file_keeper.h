@@ -7,12 +7,14 @@
 // fill them. A file the model was not asked to write is simply not there.
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 // The run's files that are kept: "daily.out", "nflux.out", "summary.out", "mresp.out".
 extern const char* const kKeptDailyFiles[4];
 
 bool moveDailyFiles(const std::string& runDirectory, const std::string& outputFolder, const std::string& outputPrefix,
-                    int firstYear, int lastYear, std::string& errors);
+                    int firstYear, int lastYear, message_sink& errors);
 
 }  // namespace sb

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <map>
 
+#include "app/message_sink.h"
 #include "app/text_format.h"
 
 #include "app/text_file.h"
@@ -53,10 +54,10 @@ bool isDailyOutputFile(const std::string& path, const std::map<std::string, std:
 }
 
 bool readDailyOutput(const std::string& path, const std::map<std::string, std::string>& aliases,
-                     tellura_outputs& outputs, std::string& errors) {
+                     tellura_outputs& outputs, message_sink& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
-        errors += "ERROR, can't open daily output file \"" + path + "\".\n";
+        errors.error("ERROR, can't open daily output file \"" + path + "\".\n");
         return false;
     }
     daily_header header = readHeader(reader.next() ? reader.line() : std::string_view(), aliases);
@@ -64,8 +65,8 @@ bool readDailyOutput(const std::string& path, const std::map<std::string, std::s
     // stand before either; any other columns follow.
     const size_t wrong = header.time != 0 ? 0 : header.day != 1 ? 1 : 2;
     if (wrong < 2) {
-        appendf(errors, "ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n", fileNameOf(path).c_str(),
-                wrong < header.names.size() ? header.names[wrong].c_str() : "", wrong == 0 ? kTime : kDay);
+        errors.errorf("ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n", fileNameOf(path).c_str(),
+                      wrong < header.names.size() ? header.names[wrong].c_str() : "", wrong == 0 ? kTime : kDay);
         reader.withinLimit(errors);
         return false;
     }
@@ -78,8 +79,8 @@ bool readDailyOutput(const std::string& path, const std::map<std::string, std::s
         unsigned day = 0;
         if (fields.size() < 2 || parseOutputDouble(fields[0], time) != parse_result::ok ||
             parseOutputUnsigned(fields[1], day) != parse_result::ok || day < 1 || day > 366) {
-            appendf(errors, "ERROR, daily output file line %ld has no valid time and day of year; line skipped.\n",
-                    reader.lineNumber());
+            errors.errorf("ERROR, daily output file line %ld has no valid time and day of year; line skipped.\n",
+                          reader.lineNumber());
             continue;
         }
         int year = annualYear(time);
@@ -97,12 +98,12 @@ bool readDailyOutput(const std::string& path, const std::map<std::string, std::s
         ++span.count;
     }
     badValues.finish(errors);
-    appendf(errors, "%s: %ld days read, from %ld to %ld.\n", toUpper(fileNameOf(path)).c_str(), span.count, span.low,
-            span.high);
+    errors.notef("%s: %ld days read, from %ld to %ld.\n", toUpper(fileNameOf(path)).c_str(), span.count, span.low,
+                 span.high);
     return reader.withinLimit(errors);
 }
 
-bool readDailyOutput(const std::string& path, tellura_outputs& outputs, std::string& errors) {
+bool readDailyOutput(const std::string& path, tellura_outputs& outputs, message_sink& errors) {
     return readDailyOutput(path, {}, outputs, errors);
 }
 

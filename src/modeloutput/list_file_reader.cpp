@@ -44,7 +44,7 @@ public:
     }
 
     // False when a name check failed (the message is written).
-    bool fill(std::string_view row, long lineNumber, table_record& record, int month, std::string& errors) {
+    bool fill(std::string_view row, long lineNumber, table_record& record, int month, message_sink& errors) {
         bool error = false;
         for (const auto& step : steps_) {
             if (!step.endOfRun && !step.target.takesMonth(month)) continue;
@@ -62,13 +62,13 @@ public:
         return true;
     }
 
-    void finish(std::string& errors) const { badValues_.finish(errors); }
+    void finish(message_sink& errors) const { badValues_.finish(errors); }
 
 private:
     table_record& endOfRunRecord() { return outputs_.endOfRunRecord(); }
 
     void noteUnreadable(std::string_view row, long lineNumber, const output_column_definition& definition,
-                        std::string& errors) {
+                        message_sink& errors) {
         std::string_view text = definition.valueText(row, version_);
         float ignored = 0;
         parse_result r = parseOutputFloat(text, ignored);
@@ -85,7 +85,7 @@ private:
 
 // Reads one event block's rows; false when a row could not be stored.
 bool readBlock(output_line_reader& reader, const tellura_event_block& block, int versionIndex, bool monthly,
-               list_file_filler& filler, tellura_outputs& outputs, std::string& errors) {
+               list_file_filler& filler, tellura_outputs& outputs, message_sink& errors) {
     output_year_span span;
     bool ok = true;
     bool last = false;
@@ -96,8 +96,8 @@ bool readBlock(output_line_reader& reader, const tellura_event_block& block, int
         double time = 0;
         std::string_view timeText = fieldRange(row, 1, timeLast);
         if (parseOutputDouble(timeText, time) != parse_result::ok) {
-            appendf(errors, "ERROR, LIS file line %ld: time \"%s\" is not a number.\n", reader.lineNumber(),
-                    std::string(trim(timeText)).c_str());
+            errors.errorf("ERROR, LIS file line %ld: time \"%s\" is not a number.\n", reader.lineNumber(),
+                          std::string(trim(timeText)).c_str());
             ok = false;
             break;
         }
@@ -128,22 +128,22 @@ bool readBlock(output_line_reader& reader, const tellura_event_block& block, int
 }  // namespace
 
 bool readListFile(output_variable_set& variables, const std::string& path, int versionIndex,
-                  const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors) {
+                  const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, message_sink& errors) {
     variables.setCurrentVersion(versionIndex);
     bool extraWanted = output_variable_set::extraListWanted(versionIndex, blocks);
     output_line_reader reader;
     if (!reader.open(path)) {
-        errors += "ERROR, unable to open LIS file: " + path + "\n";
+        errors.error("ERROR, unable to open LIS file: " + path + "\n");
         return false;
     }
     if (!reader.next()) {
-        if (reader.withinLimit(errors)) errors += "ERROR, LIS file is empty.\n";
+        if (reader.withinLimit(errors)) errors.error("ERROR, LIS file is empty.\n");
         return false;
     }
     variables.resetColumns();
     variables.matchHeader(reader.line(), reader.lengthAsRead(), extraWanted, errors);
     if (!reader.next()) {
-        if (reader.withinLimit(errors)) errors += "ERROR, LIS file missing data.\n";
+        if (reader.withinLimit(errors)) errors.error("ERROR, LIS file missing data.\n");
         return false;
     }
     if (blocks.empty()) return true;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class output_variable_set;
@@ -15,6 +17,6 @@ struct tellura_outputs;
 // versionIndex), then reads each event block's rows: annual rows, or monthly rows
 // when the extra list is wanted. Blocks already read stay filled on failure.
 bool readListFile(output_variable_set& variables, const std::string& path, int versionIndex,
-                  const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, std::string& errors);
+                  const std::vector<tellura_event_block>& blocks, tellura_outputs& outputs, message_sink& errors);
 
 }  // namespace sb

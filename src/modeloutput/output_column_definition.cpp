@@ -26,19 +26,19 @@ std::string_view output_column_definition::valueText(std::string_view row, int v
 }
 
 bool output_column_definition::nameMatches(bool checkName, std::string_view expectedName, bool& error,
-                                           std::string& errors) const {
+                                           message_sink& errors) const {
     if (!checkName || iequals(name, expectedName)) return true;
-    appendf(errors,
-            "ERROR, column output_column_definition.extract_tellura_lis requested column \"%s\" "
-            "doesn't match \"%s\".\n",
-            name.c_str(), std::string(expectedName).c_str());
+    errors.errorf(
+        "ERROR, column output_column_definition.extract_tellura_lis requested column \"%s\" "
+        "doesn't match \"%s\".\n",
+        name.c_str(), std::string(expectedName).c_str());
     error = true;
     return false;
 }
 
 int output_column_definition::extractUnsigned(std::string_view row, int versionIndex, bool checkName,
                                               std::string_view expectedName, bool& error, unsigned& value,
-                                              std::string& errors) const {
+                                              message_sink& errors) const {
     if (column < 0) return 0;
     if (!nameMatches(checkName, expectedName, error, errors)) return 0;
     return parseOutputUnsigned(valueText(row, versionIndex), value) == parse_result::ok ? 1 : 0;
@@ -46,7 +46,7 @@ int output_column_definition::extractUnsigned(std::string_view row, int versionI
 
 int output_column_definition::extractFloat(std::string_view row, int versionIndex, bool checkName,
                                            std::string_view expectedName, bool& error, float& value,
-                                           std::string& errors) const {
+                                           message_sink& errors) const {
     if (column < 0) return 0;
     if (!nameMatches(checkName, expectedName, error, errors)) return 0;
     return parseOutputFloat(valueText(row, versionIndex), value) == parse_result::ok ? 1 : 0;

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class output_column_definition {
@@ -23,16 +25,16 @@ public:
     // With checkName the definition must be the variable the caller expects; on
     // a mismatch the error message is written and the error flag set.
     int extractUnsigned(std::string_view row, int versionIndex, bool checkName, std::string_view expectedName,
-                        bool& error, unsigned& value, std::string& errors) const;
+                        bool& error, unsigned& value, message_sink& errors) const;
     int extractFloat(std::string_view row, int versionIndex, bool checkName, std::string_view expectedName, bool& error,
-                     float& value, std::string& errors) const;
+                     float& value, message_sink& errors) const;
 
     // The row text of this column (at most 24 characters; empty when unmatched
     // or out of the row).
     std::string_view valueText(std::string_view row, int versionIndex) const;
 
 private:
-    bool nameMatches(bool checkName, std::string_view expectedName, bool& error, std::string& errors) const;
+    bool nameMatches(bool checkName, std::string_view expectedName, bool& error, message_sink& errors) const;
 };
 
 }  // namespace sb

@@ -63,10 +63,10 @@ bool output_line_reader::next() {
     return true;
 }
 
-bool output_line_reader::withinLimit(std::string& errors) const {
+bool output_line_reader::withinLimit(message_sink& errors) const {
     if (!tooLong_) return true;
-    appendf(errors, "ERROR, line %ld of \"%s\" is longer than %zu characters.\n", lineNumber_, path_.c_str(),
-            kMaxLineLength);
+    errors.errorf("ERROR, line %ld of \"%s\" is longer than %zu characters.\n", lineNumber_, path_.c_str(),
+                  kMaxLineLength);
     return false;
 }
 

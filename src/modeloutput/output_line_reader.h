@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class output_line_reader {
@@ -34,7 +36,7 @@ public:
     bool tooLong() const { return tooLong_; }
     // True when the reading was not cut by a line past the limit; otherwise
     // appends "ERROR, line %ld of \"%s\" is longer than %zu characters.\n".
-    bool withinLimit(std::string& errors) const;
+    bool withinLimit(message_sink& errors) const;
 
 private:
     bool fill();

@@ -87,15 +87,14 @@ double outputTime(const table_record& row, table_id table) {
 }
 
 bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vector<std::string>& names,
-                  std::vector<output_series>& series, std::string& errors) {
+                  std::vector<output_series>& series, message_sink& errors) {
     const database_maker_table& def = tableDef(table);
     const std::vector<const table_record*> rows = outputRows(outputs, table);
     bool ok = true;
     for (const std::string& name : names) {
         const int column = def.fieldIndex(name);
         if (column <= outputKeyColumnCount(table)) {
-            appendf(errors, "ERROR, \"%s\" is not a variable of the %s output.\n", name.c_str(),
-                    outputTableWord(table));
+            errors.errorf("ERROR, \"%s\" is not a variable of the %s output.\n", name.c_str(), outputTableWord(table));
             ok = false;
             continue;
         }

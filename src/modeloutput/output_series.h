@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "modeloutput/tellura_output.h"
 
 namespace sb {
@@ -38,6 +39,6 @@ struct output_series {
 // that is no variable of the table is reported and skipped. A row missing the
 // value (the model gave none) gives no point.
 bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vector<std::string>& names,
-                  std::vector<output_series>& series, std::string& errors);
+                  std::vector<output_series>& series, message_sink& errors);
 
 }  // namespace sb

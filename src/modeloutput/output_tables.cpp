@@ -32,7 +32,7 @@ const output_table_kind kLayerKind{table_id::output_soil_layers, false, layerKey
 // The delete-then-insert of one table, kept only when committed.
 class table_store {
 public:
-    table_store(database& db, table_id table, int32_t id, std::string& errors)
+    table_store(database& db, table_id table, int32_t id, message_sink& errors)
         : db_(db), table_(table), id_(id), errors_(errors), session_(db, errors) {}
 
     // Session, delete of the record's old rows, and the table opened for inserting.
@@ -41,13 +41,13 @@ public:
         if (!session_.ok()) return false;
         db_status status = db_.execute(strprintf("DELETE * FROM `%s` WHERE ID = %ld", name, static_cast<long>(id_)));
         if (status.failed()) {
-            errors_ += std::string("ERROR, unable to delete from [") + name + "]\n";
+            errors_.error(std::string("ERROR, unable to delete from [") + name + "]\n");
             appendStatusText(status, errors_);
             return false;
         }
         rows_ = db_.openTable(table_, strprintf("[ID] = %ld", static_cast<long>(id_)), "", status);
         if (!rows_) {
-            errors_ += std::string("Unable to open table ") + name + "\n";
+            errors_.error(std::string("Unable to open table ") + name + "\n");
             appendStatusText(status, errors_);
             return false;
         }
@@ -86,13 +86,12 @@ private:
         const char* name = tableName(table_);
         std::string key = kind.keyText(record);
         if (kind.warnDuplicates && status.code == kStatusIntegrityViolation) {
-            appendf(errors_, "WARNING, duplicate year cannot be inserted into table [%s] ID=%ld%s\n", name,
-                    static_cast<long>(id_), key.c_str());
+            errors_.warningf("WARNING, duplicate year cannot be inserted into table [%s] ID=%ld%s\n", name,
+                             static_cast<long>(id_), key.c_str());
             appendStatusText(status, errors_);
             return true;
         }
-        appendf(errors_, "ERROR, unable to insert into table [%s] ID=%ld%s\n", name, static_cast<long>(id_),
-                key.c_str());
+        errors_.errorf("ERROR, unable to insert into table [%s] ID=%ld%s\n", name, static_cast<long>(id_), key.c_str());
         appendStatusText(status, errors_);
         return false;
     }
@@ -100,13 +99,13 @@ private:
     database& db_;
     table_id table_;
     int32_t id_;
-    std::string& errors_;
+    message_sink& errors_;
     store_session session_;
     std::unique_ptr<rowset> rows_;
 };
 
 bool saveKeyed(database& db, int32_t id, const std::vector<tellura_output*>& records, const output_table_kind& kind,
-               std::string& errors) {
+               message_sink& errors) {
     table_store store(db, kind.table, id, errors);
     return store.begin() && store.insertAllKeyed(records, kind) && store.commit();
 }
@@ -120,11 +119,11 @@ std::vector<tellura_output*> pointersTo(Container& records) {
 }
 
 std::unique_ptr<rowset> openForReading(database& db, table_id table, int32_t id, const char* order,
-                                       std::string& errors) {
+                                       message_sink& errors) {
     db_status status;
     auto rows = db.openTable(table, strprintf("[ID] = %ld", static_cast<long>(id)), order, status);
     if (!rows) {
-        errors += std::string("Unable to open table ") + tableName(table) + "\n";
+        errors.error(std::string("Unable to open table ") + tableName(table) + "\n");
         appendStatusText(status, errors);
     }
     return rows;
@@ -132,7 +131,7 @@ std::unique_ptr<rowset> openForReading(database& db, table_id table, int32_t id,
 
 // Calls take(row) for each row; false when the table could not be read.
 template <class Take>
-bool loadRows(database& db, table_id table, int32_t id, const char* order, std::string& errors, Take take) {
+bool loadRows(database& db, table_id table, int32_t id, const char* order, message_sink& errors, Take take) {
     auto rows = openForReading(db, table, id, order, errors);
     if (!rows) return false;
     db_status status = rows->moveFirst();
@@ -156,39 +155,39 @@ Record recordFrom(const table_record& row) {
 
 }  // namespace
 
-bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     table_store store(db, table_id::output, id, errors);
     if (!store.begin()) return false;
     if (!outputs.hasEndOfRun) return store.commit();
     db_status status = store.insert(outputs.endOfRun);
     if (!status.failed()) return store.commit();
-    errors += "ERROR, unable to insert Tellura Output.\n";
+    errors.error("ERROR, unable to insert Tellura Output.\n");
     appendStatusText(status, errors);
     return false;
 }
 
-bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     return saveKeyed(db, id, pointersTo(outputs.annual), kAnnualKind, errors);
 }
 
-bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     // In year and month order, so that a table browsed by its insertion order reads naturally.
     std::vector<tellura_output*> ordered;
     for (const auto* record : outputs.monthlyInOrder()) ordered.push_back(const_cast<monthly_output*>(record));
     return saveKeyed(db, id, ordered, kMonthlyKind, errors);
 }
 
-bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     return saveKeyed(db, id, pointersTo(outputs.daily), kDailyKind, errors);
 }
 
-bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     return saveKeyed(db, id, pointersTo(outputs.soilLayers), kLayerKind, errors);
 }
 
 namespace {
 
-bool saveOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveOutputTables(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     // One outer session: the five stores nest inside it and are kept together or not at all.
     store_session whole(db, errors);
     if (!whole.ok()) return false;
@@ -201,7 +200,7 @@ bool saveOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
     return whole.commitIf(ok);
 }
 
-bool loadOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool loadOutputTables(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     outputs.clear();
     bool ok = loadRows(db, table_id::output, id, "", errors, [&](const table_record& row) {
         static_cast<table_record&>(outputs.endOfRun) = row;
@@ -230,8 +229,8 @@ bool loadOutputTables(database& db, int32_t id, tellura_outputs& outputs, std::s
     ok = loadRows(db, table_id::output_soil_layers, id, "", errors,
                   [&](const table_record& row) {
                       if (outputs.soilLayers.size() >= static_cast<size_t>(kMaxOutputSoilLayers)) {
-                          errors += std::string("ERROR, too many soil layers in table [") +
-                                    tableName(table_id::output_soil_layers) + "]";
+                          errors.error(std::string("ERROR, too many soil layers in table [") +
+                                       tableName(table_id::output_soil_layers) + "]");
                           tooManyLayers = true;
                           return false;
                       }
@@ -256,11 +255,11 @@ void setOutputStore(output_store store) {
     currentStore() = std::move(store);
 }
 
-bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     return currentStore().save(db, id, outputs, errors);
 }
 
-bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors) {
+bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors) {
     return currentStore().load(db, id, outputs, errors);
 }
 

@@ -9,6 +9,8 @@
 #include <functional>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -18,26 +20,26 @@ struct tellura_outputs;
 // whose key is already stored (a year read twice) is warned about and skipped;
 // any other failure ends the store and keeps nothing of it: the outputs stored
 // earlier stay as they were.
-bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveOutputs(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
 
 // Replaces `outputs` with the rows stored under `id`: annual, monthly and daily
 // rows in year order, at most 14 soil layers.
-bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool loadOutputs(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
 
 // Where saveOutputs and loadOutputs put and find a record's outputs: the
 // output tables, unless a test puts another store in their place to inject
 // failures. An empty member stands for the output tables.
 struct output_store {
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> save;
-    std::function<bool(database&, int32_t id, tellura_outputs&, std::string&)> load;
+    std::function<bool(database&, int32_t id, tellura_outputs&, message_sink&)> save;
+    std::function<bool(database&, int32_t id, tellura_outputs&, message_sink&)> load;
 };
 void setOutputStore(output_store store);
 
 // The single tables, for callers that save one kind only.
-bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
-bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, std::string& errors);
+bool saveEndOfRunOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
+bool saveAnnualOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
+bool saveMonthlyOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
+bool saveDailyOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
+bool saveSoilLayerOutput(database& db, int32_t id, tellura_outputs& outputs, message_sink& errors);
 
 }  // namespace sb

@@ -40,8 +40,8 @@ void output_year_span::see(long year) {
     if (year > high) high = year;
 }
 
-void output_year_span::appendRecordsMessage(std::string& errors) const {
-    appendf(errors, "%ld records read, from years %ld to %ld.\n", count, low, high);
+void output_year_span::appendRecordsMessage(message_sink& errors) const {
+    errors.notef("%ld records read, from years %ld to %ld.\n", count, low, high);
 }
 
 }  // namespace sb

@@ -4,6 +4,8 @@
 // count the rows and years a reader has seen for its closing message.
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct output_year_month {
@@ -29,7 +31,7 @@ struct output_year_span {
     long high = -999999;
     void see(long year);
     // "%ld records read, from years %ld to %ld.\n"
-    void appendRecordsMessage(std::string& errors) const;
+    void appendRecordsMessage(message_sink& errors) const;
 };
 
 }  // namespace sb

@@ -36,9 +36,9 @@ void copyValues(const table_record& output, tellura_control_record& record) {
 
 }  // namespace
 
-bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors) {
+bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, message_sink& errors) {
     if (outputs.annual.empty()) {
-        errors += "No annual output exists for record.\n";
+        errors.error("No annual output exists for record.\n");
         return false;
     }
     const auto& last = outputs.annual.back();
@@ -47,20 +47,20 @@ bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_rec
     return true;
 }
 
-bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors) {
+bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, message_sink& errors) {
     auto ordered = outputs.monthlyInOrder();
     if (ordered.empty()) {
-        errors += "No monthly output exists for record.\n";
+        errors.error("No monthly output exists for record.\n");
         return false;
     }
     copyValues(*ordered.back(), record);
-    errors += "Monthly copied for record.\n";
+    errors.note("Monthly copied for record.\n");
     return true;
 }
 
-bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, std::string& errors) {
+bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, message_sink& errors) {
     if (!soil) {
-        errors += "ERROR, No soil record to fill.\n";
+        errors.error("ERROR, No soil record to fill.\n");
         return false;
     }
     bool filled = false;

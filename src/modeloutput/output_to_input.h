@@ -5,6 +5,8 @@
 // the stored soil-layer output.
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class tellura_control_record;
@@ -15,16 +17,16 @@ struct tellura_outputs;
 // annual record into the site's AGLCIS(1), AGLCIS(2), AGLIVE(1..3), AMINRL(1..3).
 // No annual record: "No annual output exists for record.\n". All eight zero:
 // nothing changes and nothing is reported. Returns true when values were copied.
-bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors);
+bool copyAnnualOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, message_sink& errors);
 
 // The same from the last monthly record (no all-zero test); reports
 // "Monthly copied for record.\n" or "No monthly output exists for record.\n".
-bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, std::string& errors);
+bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_record& record, message_sink& errors);
 
 // Each soil layer of the record's soil (`soil`) takes Mineral N, Mineral P, Mineral S and
 // Initial Relative Water Content from the output soil-layer row of the same
 // layer number. soil is null when the record has no soil:
 // "ERROR, No soil record to fill.\n".
-bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, std::string& errors);
+bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, message_sink& errors);
 
 }  // namespace sb

@@ -52,17 +52,17 @@ parse_result parseOutputUnsigned(std::string_view field, unsigned& value) {
     return parse_result::ok;
 }
 
-void bad_value_log::note(long where, std::string_view text, std::string_view name, std::string& errors) {
+void bad_value_log::note(long where, std::string_view text, std::string_view name, message_sink& errors) {
     if (count_++ >= kShown) return;
     std::string shown(trim(text).substr(0, 40));
-    appendf(errors, "WARNING, %s %s %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n", fileKind_,
-            unit_, where, shown.c_str(), std::string(name).c_str());
+    errors.warningf("WARNING, %s %s %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n", fileKind_,
+                    unit_, where, shown.c_str(), std::string(name).c_str());
 }
 
-void bad_value_log::finish(std::string& errors) const {
+void bad_value_log::finish(message_sink& errors) const {
     if (count_ > kShown)
-        appendf(errors, "WARNING, %s: %ld further values were not finite numbers and were left unset.\n", fileKind_,
-                count_ - kShown);
+        errors.warningf("WARNING, %s: %ld further values were not finite numbers and were left unset.\n", fileKind_,
+                        count_ - kShown);
 }
 
 std::string_view fieldRange(std::string_view line, size_t first, size_t last) {

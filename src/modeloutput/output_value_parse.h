@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 enum class parse_result { ok, empty, not_a_number, not_finite };
@@ -23,9 +25,9 @@ class bad_value_log {
 public:
     explicit bad_value_log(const char* fileKind, const char* unit = "line") : fileKind_(fileKind), unit_(unit) {}
     // "WARNING, <kind> <unit> %ld: value \"%s\" of \"%s\" is not a finite number; left unset.\n"
-    void note(long where, std::string_view text, std::string_view name, std::string& errors);
+    void note(long where, std::string_view text, std::string_view name, message_sink& errors);
     // "WARNING, <kind>: %ld further values were not finite numbers and were left unset.\n"
-    void finish(std::string& errors) const;
+    void finish(message_sink& errors) const;
     long count() const { return count_; }
 
     static constexpr long kShown = 5;

@@ -63,7 +63,7 @@ bool output_variable_set::extraListWanted(int versionIndex, const std::vector<te
 }
 
 bool output_variable_set::writeRequestFile(const std::string& runDirectory, const tellura_control_record& record,
-                                           std::string& errors) const {
+                                           message_sink& errors) const {
     std::string path = (std::filesystem::path(runDirectory) / "sb_outvars.txt").string();
     std::string text;
     auto writeList = [&](const std::vector<output_column_definition>& list) {
@@ -72,7 +72,7 @@ bool output_variable_set::writeRequestFile(const std::string& runDirectory, cons
     writeList(mainList(current_));
     if (extraListWanted(current_, record.blocks)) writeList(extraList(current_));
     if (writeTextFile(path, text)) return true;
-    appendf(errors, "ERROR, can't open outvars file \"%s\".\n", path.c_str());
+    errors.errorf("ERROR, can't open outvars file \"%s\".\n", path.c_str());
     return false;
 }
 
@@ -93,7 +93,7 @@ bool output_variable_set::matchName(definition_list& list, std::string_view name
 }
 
 void output_variable_set::matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted,
-                                      std::string& errors) {
+                                      message_sink& errors) {
     list_file_layout layout = list_file_layout::forVersion(current_);
     int columns = layout.columnCount(lengthAsRead);
     for (int i = 0; i < columns; ++i) {
@@ -102,8 +102,8 @@ void output_variable_set::matchHeader(std::string_view header, size_t lengthAsRe
         bool found = matchName(mainList(current_), name, i);
         if (extraWanted && matchName(extraList(current_), name, i)) found = true;
         if (!found)
-            appendf(errors, "WARNING, LIS file column %d name not requested: \"%s\".\n", i + 1,
-                    std::string(name).c_str());
+            errors.warningf("WARNING, LIS file column %d name not requested: \"%s\".\n", i + 1,
+                            std::string(name).c_str());
     }
 }
 

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "modeloutput/output_column_definition.h"
 
 namespace sb {
@@ -39,12 +40,12 @@ public:
     // "sb_outvars.txt" in the run directory: the current version's main list, then
     // the extra list when wanted, one name per line.
     bool writeRequestFile(const std::string& runDirectory, const tellura_control_record& record,
-                          std::string& errors) const;
+                          message_sink& errors) const;
 
     // Every definition back to column -1.
     void resetColumns();
     // Matches the header line of a list file (lengthAsRead counts its line end).
-    void matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted, std::string& errors);
+    void matchHeader(std::string_view header, size_t lengthAsRead, bool extraWanted, message_sink& errors);
 
 private:
     using definition_list = std::vector<output_column_definition>;

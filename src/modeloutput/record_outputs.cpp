@@ -9,7 +9,7 @@
 namespace sb {
 
 bool loadControlRecordWithOutputs(database& db, int32_t id, tellura_control_record& record, tellura_outputs& outputs,
-                                  std::string& errors) {
+                                  message_sink& errors) {
     outputs.clear();
     const bool ok = loadControlRecord(db, id, record, errors);
     // A record whose row was read carries its ID, even when another part failed.
@@ -18,7 +18,7 @@ bool loadControlRecordWithOutputs(database& db, int32_t id, tellura_control_reco
 }
 
 bool saveControlRecordWithOutputs(database& db, tellura_control_record& record, tellura_outputs& outputs,
-                                  std::string& errors, const tellura_soils* soils) {
+                                  message_sink& errors, const tellura_soils* soils) {
     // The outer session makes the record's own session and the output store one transaction.
     store_session s(db, errors);
     if (!s.ok()) return false;
@@ -27,7 +27,7 @@ bool saveControlRecordWithOutputs(database& db, tellura_control_record& record, 
     return s.commitIf(ok);
 }
 
-bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& errors) {
+bool copyRecord(database& db, int32_t sourceId, int32_t newId, message_sink& errors) {
     tellura_control_record record;
     tellura_outputs outputs;
     if (!loadControlRecordWithOutputs(db, sourceId, record, outputs, errors)) return false;
@@ -35,7 +35,7 @@ bool copyRecord(database& db, int32_t sourceId, int32_t newId, std::string& erro
     return saveControlRecordWithOutputs(db, record, outputs, errors);
 }
 
-bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, std::string& errors) {
+bool pasteRecord(database& db, const std::optional<std::string>& idItem, int32_t newId, message_sink& errors) {
     int32_t sourceId = 0;
     if (!record_clipboard::decodeId(idItem, sourceId, errors)) return false;
     return copyRecord(db, sourceId, newId, errors);

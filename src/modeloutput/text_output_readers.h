@@ -4,6 +4,8 @@
 #include <map>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct tellura_outputs;
@@ -12,7 +14,7 @@ struct tellura_outputs;
 // (14 characters each) and "ANNPPT" (13). The header must match exactly (case
 // counts); each row fills n2oflux, noflux, n2flux, ch4, nit and ppt of the
 // year's annual record. Ends with "Year Summary: %ld years read, from %ld to %ld.\n".
-bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::string& errors);
+bool readYearSummary(const std::string& path, tellura_outputs& outputs, message_sink& errors);
 
 // A daily text output (daily.out, summary.out of the daily-step releases):
 // blank-separated columns named by its header, "time" and "dayofyr" first
@@ -23,8 +25,8 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
 // are passed over. Ends with "<FILE>: %ld days read, from %ld to %ld.\n"
 // ("DAILY.OUT: ...").
 bool readDailyOutput(const std::string& path, const std::map<std::string, std::string>& aliases,
-                     tellura_outputs& outputs, std::string& errors);
-bool readDailyOutput(const std::string& path, tellura_outputs& outputs, std::string& errors);
+                     tellura_outputs& outputs, message_sink& errors);
+bool readDailyOutput(const std::string& path, tellura_outputs& outputs, message_sink& errors);
 // Whether the file's header has a day of the year column: summary.out is a
 // daily file in the releases, a year summary in some builds.
 bool isDailyOutputFile(const std::string& path, const std::map<std::string, std::string>& aliases);

@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "app/message_sink.h"
 #include "app/text_format.h"
 #include "modeloutput/output_line_reader.h"
 #include "modeloutput/output_time.h"
@@ -24,12 +25,12 @@ const summary_column kSummaryColumns[] = {
 
 std::string fileNameOf(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
-bool headerMatches(std::string_view header, const std::string& path, std::string& errors) {
+bool headerMatches(std::string_view header, const std::string& path, message_sink& errors) {
     for (const auto& column : kSummaryColumns) {
         std::string read(trim(fieldRange(header, column.first, column.last)));
         if (read != column.header) {
-            appendf(errors, "ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n", fileNameOf(path).c_str(),
-                    read.c_str(), column.header);
+            errors.errorf("ERROR in columns of \"%s\": read \"%s\", expected \"%s\".\n", fileNameOf(path).c_str(),
+                          read.c_str(), column.header);
             return false;
         }
     }
@@ -38,16 +39,16 @@ bool headerMatches(std::string_view header, const std::string& path, std::string
 
 }  // namespace
 
-bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::string& errors) {
+bool readYearSummary(const std::string& path, tellura_outputs& outputs, message_sink& errors) {
     output_line_reader reader;
     if (!reader.open(path)) {
-        errors += "ERROR, can't open annual summary file \"" + path + "\".\n";
+        errors.error("ERROR, can't open annual summary file \"" + path + "\".\n");
         return false;
     }
     if (!reader.next() || !headerMatches(reader.line(), path, errors)) {
         if (!reader.withinLimit(errors)) return false;
         if (reader.lineNumber() == 0)
-            appendf(errors, "ERROR in columns of \"%s\": read \"\", expected \"time\".\n", fileNameOf(path).c_str());
+            errors.errorf("ERROR in columns of \"%s\": read \"\", expected \"time\".\n", fileNameOf(path).c_str());
         return false;
     }
     const auto& table = tableDef(table_id::output_annual);
@@ -61,8 +62,8 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
         if (trim(line).empty()) continue;
         double time = 0;
         if (parseOutputDouble(fieldRange(line, 1, 8), time) != parse_result::ok) {
-            appendf(errors, "ERROR, annual summary file line %ld: time \"%s\" is not a number; line skipped.\n",
-                    reader.lineNumber(), std::string(trim(fieldRange(line, 1, 8))).c_str());
+            errors.errorf("ERROR, annual summary file line %ld: time \"%s\" is not a number; line skipped.\n",
+                          reader.lineNumber(), std::string(trim(fieldRange(line, 1, 8))).c_str());
             continue;
         }
         int year = annualYear(time);
@@ -80,7 +81,7 @@ bool readYearSummary(const std::string& path, tellura_outputs& outputs, std::str
         ++span.count;
     }
     badValues.finish(errors);
-    appendf(errors, "Year Summary: %ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
+    errors.notef("Year Summary: %ld years read, from %ld to %ld.\n", span.count, span.low, span.high);
     return reader.withinLimit(errors);
 }
 

@@ -106,14 +106,11 @@ int field_setter::locate1(std::string_view field, int size) {
     found_ = true;
     int i = readSubscript(lineName_, field.size() + 1);
     if (i < 1) {
-        appendf(errors_, "ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()),
-                lineName_.data());
+        errors_.errorf("ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()), lineName_.data());
         return -1;
     }
     if (i > size) {
-        errors_ += "ERROR, exceeds array size: ";
-        errors_ += field;
-        errors_ += '\n';
+        errors_.error("ERROR, exceeds array size: " + std::string(field) + "\n");
         return -1;
     }
     return i - 1;
@@ -130,13 +127,12 @@ int field_setter::locate2(std::string_view field, int rows, int cols) {
     size_t second = first + (i < 10 ? 2 : 3);
     int j = second < lineName_.size() ? readSubscript(lineName_, second) : 0;
     if (i < 1 || j < 1) {
-        appendf(errors_, "ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()),
-                lineName_.data());
+        errors_.errorf("ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()), lineName_.data());
         return -1;
     }
     if (i > rows || j > cols) {
-        appendf(errors_, "ERROR, exceeds array size: \"%.*s\" %d x %d (%d x %d)\n", static_cast<int>(field.size()),
-                field.data(), i, j, rows, cols);
+        errors_.errorf("ERROR, exceeds array size: \"%.*s\" %d x %d (%d x %d)\n", static_cast<int>(field.size()),
+                       field.data(), i, j, rows, cols);
         return -1;
     }
     return (i - 1) * cols + j - 1;
@@ -151,13 +147,12 @@ int field_setter::locate3(std::string_view field, int d1, int d2, int d3, bool r
     int bounds[3] = {d1, d2, d3};
     if (reversed) std::swap(bounds[0], bounds[2]);
     if (s[0] < 1 || s[1] < 1 || s[2] < 1) {
-        appendf(errors_, "ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()),
-                lineName_.data());
+        errors_.errorf("ERROR, array subscript below 1: %.*s\n", static_cast<int>(lineName_.size()), lineName_.data());
         return -1;
     }
     if (s[0] > bounds[0] || s[1] > bounds[1] || s[2] > bounds[2]) {
-        appendf(errors_, "ERROR, exceeds array size: %.*s %d x %d x %d (%d x %d x %d)\n",
-                static_cast<int>(field.size()), field.data(), s[0], s[1], s[2], bounds[0], bounds[1], bounds[2]);
+        errors_.errorf("ERROR, exceeds array size: %.*s %d x %d x %d (%d x %d x %d)\n", static_cast<int>(field.size()),
+                       field.data(), s[0], s[1], s[2], bounds[0], bounds[1], bounds[2]);
         return -1;
     }
     int i = reversed ? s[2] : s[0];

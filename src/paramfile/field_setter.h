@@ -2,7 +2,7 @@
 // Name-to-field setters: how a record kind's setField() maps one value line
 // of a ".100" file ("0.40000   PRDX(1)") onto its fields.
 //
-//   bool crop::setField(std::string_view name, double value, std::string& errors) {
+//   bool crop::setField(std::string_view name, double value, message_sink& errors) {
 //       field_setter set(name, value, errors);
 //       set.real("FULCAN", fulcan) || set.array1("PRDX", prdx, 3) || set.array2("X", x, 2, 3);
 //       return set.found();
@@ -26,11 +26,13 @@
 #include <string_view>
 #include <type_traits>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class field_setter {
 public:
-    field_setter(std::string_view lineName, double value, std::string& errors)
+    field_setter(std::string_view lineName, double value, message_sink& errors)
         : lineName_(lineName), value_(value), errors_(errors) {}
 
     bool found() const { return found_; }
@@ -108,7 +110,7 @@ private:
 
     std::string_view lineName_;
     double value_;
-    std::string& errors_;
+    message_sink& errors_;
     bool found_ = false;
 };
 

@@ -5,7 +5,7 @@
 
 namespace sb {
 
-bool generic_tellura_input::setField(std::string_view fieldName, double value, std::string&) {
+bool generic_tellura_input::setField(std::string_view fieldName, double value, message_sink&) {
     for (parameter_value& pair : values) {
         if (iequals(pair.name, fieldName)) {
             pair.value = value;

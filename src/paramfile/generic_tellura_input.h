@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "paramfile/tellura_input.h"
 #include "paramfile/tellura_input_list.h"
 
@@ -21,7 +22,7 @@ class generic_tellura_input : public tellura_input {
 public:
     std::vector<parameter_value> values;
 
-    bool setField(std::string_view fieldName, double value, std::string& errors) override;
+    bool setField(std::string_view fieldName, double value, message_sink& errors) override;
     // Every pair as a real value line ("%-10.5f     %s\n"); the version is not used.
     void writeValues(std::string& out, int version) const override;
 

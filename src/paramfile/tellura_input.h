@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class tellura_input {
@@ -23,7 +25,7 @@ public:
 
     // Sets the field named by one value line. Returns false when no field of
     // this kind has that name (the importer ignores such lines).
-    virtual bool setField(std::string_view fieldName, double value, std::string& errors) = 0;
+    virtual bool setField(std::string_view fieldName, double value, message_sink& errors) = 0;
 
     // A value line setField() did not take: a kind that keeps such values
     // (so that nothing read is lost) keeps it and returns true.

@@ -71,7 +71,7 @@ std::string_view trimBlanks(std::string_view text) {
 // One import in progress: the list, the record the value lines go to, the counts.
 class import_pass {
 public:
-    import_pass(tellura_input_list& list, const std::string& path, std::string& errors)
+    import_pass(tellura_input_list& list, const std::string& path, message_sink& errors)
         : list_(list), path_(path), errors_(errors) {}
 
     // One line of the file; its messages are followed by where it stands
@@ -80,13 +80,15 @@ public:
         ++lineNumber_;
         const bool isHeader = std::isalpha(static_cast<unsigned char>(text.front()));
         if (isHeader) closeRecord();
-        const size_t before = errors_.size();
+        const size_t before = errors_.count();
         located_ = false;
         if (isHeader) header(text);
         else value(text);
-        if (errors_.size() == before || located_) return;
+        if (errors_.count() == before || located_) return;
         ++counts_.badLines;
-        appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), lineNumber_);
+        // Where, as part of what the line was found to be.
+        errors_.add(errors_.messages().back().severity,
+                    strprintf("File: \"%s\", line %ld\n", path_.c_str(), lineNumber_));
     }
     // After the last line.
     import_counts finish() {
@@ -99,8 +101,8 @@ private:
     // whose lines begin with letters would otherwise pass for a list of them.
     void closeRecord() {
         if (!current_ || valuesSeen_) return;
-        appendf(errors_, "ERROR, option record \"%s\" has no values.\n", current_->name.c_str());
-        appendf(errors_, "File: \"%s\", line %ld\n", path_.c_str(), headerLine_);
+        errors_.errorf("ERROR, option record \"%s\" has no values.\n", current_->name.c_str());
+        errors_.errorf("File: \"%s\", line %ld\n", path_.c_str(), headerLine_);
         ++counts_.badLines;
         current_ = nullptr;
     }
@@ -109,7 +111,7 @@ private:
 
     tellura_input_list& list_;
     const std::string& path_;
-    std::string& errors_;
+    message_sink& errors_;
     tellura_input* current_ = nullptr;
     // The names the current record's lines gave so far (upper case), and where.
     std::map<std::string, long> seen_;
@@ -128,7 +130,7 @@ void import_pass::header(std::string_view line) {
     if (nameEnd == std::string_view::npos) nameEnd = line.size();
     std::string_view name = line.substr(0, nameEnd);
     if (name.empty()) {
-        appendf(errors_, "ERROR, unable to parse input from \"%s\"\n", path_.c_str());
+        errors_.errorf("ERROR, unable to parse input from \"%s\"\n", path_.c_str());
         return;
     }
     // Looked up by the name as it is kept (cut to 20 characters), so that a
@@ -141,10 +143,10 @@ void import_pass::header(std::string_view line) {
     // options up from the top and takes the first, so the first one stands.
     auto [first, added] = records_.emplace(toUpper(name), lineNumber_);
     if (!added) {
-        appendf(errors_,
-                "WARNING, \"%s\" line %ld: a second record \"%.*s\" (the first is on line %ld); the model "
-                "reads the first, so this one is not imported.\n",
-                path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), first->second);
+        errors_.warningf(
+            "WARNING, \"%s\" line %ld: a second record \"%.*s\" (the first is on line %ld); the model "
+            "reads the first, so this one is not imported.\n",
+            path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), first->second);
         ++counts_.duplicateRecords;
         located_ = true;
         current_ = nullptr;
@@ -163,9 +165,7 @@ void import_pass::header(std::string_view line) {
     }
     std::string_view description = trimBlanks(line.substr(nameEnd));
     if (description.size() > tellura_input::kMaxDescriptionLength) {
-        errors_ += "ERROR, description too long for input.\n";
-        errors_ += current_->name;
-        errors_ += '\n';
+        errors_.error("ERROR, description too long for input.\n" + current_->name + "\n");
     } else if (!description.empty()) {
         current_->description = std::string(description);
     }
@@ -174,7 +174,7 @@ void import_pass::header(std::string_view line) {
 void import_pass::value(std::string_view line) {
     if (skipping_) return;
     if (!current_) {
-        errors_ += "Syntax error in cultivation parameter file.\n";
+        errors_.error("Syntax error in cultivation parameter file.\n");
         return;
     }
     size_t pos = 0;
@@ -182,12 +182,12 @@ void import_pass::value(std::string_view line) {
     double value = 0;
     if (!token.empty() && token.front() == '*') return;  // "*** Climate parameters": a section heading
     if (!readFiniteNumber(token, value)) {
-        appendf(errors_, "ERROR, value \"%.*s\" is not a number.\n", static_cast<int>(token.size()), token.data());
+        errors_.errorf("ERROR, value \"%.*s\" is not a number.\n", static_cast<int>(token.size()), token.data());
         return;
     }
     std::string_view name = nextToken(line, pos, kNameDelimiters);
     if (name.empty()) {
-        errors_ += "Syntax error, no field name, in cultivation parameter file.\n";
+        errors_.error("Syntax error, no field name, in cultivation parameter file.\n");
         return;
     }
     valuesSeen_ = true;
@@ -195,11 +195,11 @@ void import_pass::value(std::string_view line) {
     // lines by position, so which value was meant cannot be told.
     auto [first, added] = seen_.emplace(toUpper(name), lineNumber_);
     if (!added) {
-        appendf(errors_,
-                "ERROR, \"%s\" line %ld: \"%.*s\" is given twice in \"%s\" (first on line %ld); the second "
-                "value is not used.\n",
-                path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), current_->name.c_str(),
-                first->second);
+        errors_.errorf(
+            "ERROR, \"%s\" line %ld: \"%.*s\" is given twice in \"%s\" (first on line %ld); the second "
+            "value is not used.\n",
+            path_.c_str(), lineNumber_, static_cast<int>(name.size()), name.data(), current_->name.c_str(),
+            first->second);
         ++counts_.duplicates;
         located_ = true;
         return;
@@ -224,7 +224,7 @@ const tellura_input* tellura_input_list::find(std::string_view name) const {
     return const_cast<tellura_input_list*>(this)->find(name);
 }
 
-import_counts tellura_input_list::importFile(const std::string& path, std::string& errors, std::string& status) {
+import_counts tellura_input_list::importFile(const std::string& path, message_sink& errors, std::string& status) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open file \"%s\"\n", path.c_str()))) {
         import_counts unread;
@@ -234,7 +234,7 @@ import_counts tellura_input_list::importFile(const std::string& path, std::strin
     return importText(text, path, errors, status);
 }
 
-import_counts tellura_input_list::importText(std::string_view text, const std::string& path, std::string& errors,
+import_counts tellura_input_list::importText(std::string_view text, const std::string& path, message_sink& errors,
                                              std::string& status) {
     import_pass pass(*this, path, errors);
     line_reader reader(text, kMaxLineLength);
@@ -253,18 +253,17 @@ void tellura_input_list::writeText(std::string& out, int version) const {
     for (const auto& record : records_) record->write(out, version);
 }
 
-bool tellura_input_list::write(const std::string& path, std::string& errors, int version) const {
+bool tellura_input_list::write(const std::string& path, message_sink& errors, int version) const {
     std::string text;
     writeText(text, version);
     bool created = false;
     if (writeTextFile(path, text, &created)) return true;
     if (created) {
-        appendf(errors, "ERROR, unable to write file \"%s\"\n", path.c_str());
+        errors.errorf("ERROR, unable to write file \"%s\"\n", path.c_str());
         return false;
     }
     // This message has never ended in a line end; callers show it as it is.
-    errors += "ERROR, unable to open file in tellura_input_list.write: ";
-    errors += path;
+    errors.error("ERROR, unable to open file in tellura_input_list.write: " + path);
     return false;
 }
 

@@ -31,6 +31,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "paramfile/tellura_input.h"
 
 namespace sb {
@@ -71,12 +72,12 @@ public:
     // Reads a ".100" file into the list. Problems go to `errors`; the
     // closing "Imported %d records and updated %d records from \"%s\".\n"
     // goes to `status`.
-    import_counts importFile(const std::string& path, std::string& errors, std::string& status);
+    import_counts importFile(const std::string& path, message_sink& errors, std::string& status);
     // The same on text already in memory; `path` only names it in messages.
-    import_counts importText(std::string_view text, const std::string& path, std::string& errors, std::string& status);
+    import_counts importText(std::string_view text, const std::string& path, message_sink& errors, std::string& status);
 
     // Creates (replaces) the file with every record in list order.
-    bool write(const std::string& path, std::string& errors, int version) const;
+    bool write(const std::string& path, message_sink& errors, int version) const;
     void writeText(std::string& out, int version) const;
 
 private:

@@ -45,17 +45,17 @@ std::string joinBalanced(const std::vector<std::string>& terms, size_t from, siz
 
 }  // namespace
 
-bool id_list_filter::selectionClause(std::string_view idList, std::string& clause, std::string& errors) {
-    std::string refusal;
+bool id_list_filter::selectionClause(std::string_view idList, std::string& clause, message_sink& errors) {
+    message_sink refusal;
     clause = std::string(trim(whereClause(idList, refusal)));
     if (clause.empty() && refusal.empty())
-        appendf(refusal, "ERROR, the ID list \"%.*s\" names no record.\n", static_cast<int>(idList.size()),
-                idList.data());
-    errors += refusal;
+        refusal.errorf("ERROR, the ID list \"%.*s\" names no record.\n", static_cast<int>(idList.size()),
+                       idList.data());
+    errors.add(refusal);
     return refusal.empty();
 }
 
-std::string id_list_filter::whereClause(std::string_view idList, std::string& errors) {
+std::string id_list_filter::whereClause(std::string_view idList, message_sink& errors) {
     std::vector<id_range> ranges;
     size_t pos = 0;
     while (true) {
@@ -66,7 +66,7 @@ std::string id_list_filter::whereClause(std::string_view idList, std::string& er
             size_t end = std::max(pos, start);
             while (end < idList.size() && !isSeparator(idList[end])) ++end;
             std::string_view part = trim(idList.substr(start, end - start));
-            appendf(errors, "ERROR, \"%.*s\" in the ID list %s.\n", static_cast<int>(part.size()), part.data(), why);
+            errors.errorf("ERROR, \"%.*s\" in the ID list %s.\n", static_cast<int>(part.size()), part.data(), why);
             return std::string();
         };
         long long first = 0, last = 0;

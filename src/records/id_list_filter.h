@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class id_list_filter {
@@ -18,12 +20,12 @@ public:
     // joined by '-'. Empty when the list names no ID. Anything that is not an ID
     // or a range ("1;", "abc", "5-", "-3", "9-5", an ID past kLargestId) makes
     // the clause empty, with a message naming it appended to `errors`.
-    static std::string whereClause(std::string_view idList, std::string& errors);
+    static std::string whereClause(std::string_view idList, message_sink& errors);
 
     // The clause of a list that picks the records a command works on: false,
     // with whereClause's message or "ERROR, the ID list \"...\" names no
     // record.\n", when it is refused or names no ID.
-    static bool selectionClause(std::string_view idList, std::string& clause, std::string& errors);
+    static bool selectionClause(std::string_view idList, std::string& clause, message_sink& errors);
 
     // The question asked when the dialog closes with an edited list and no clause built.
     static constexpr const char* kUnbuiltQuestion = "ID list edited but SQL filter not built.  Close anyway?";

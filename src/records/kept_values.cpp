@@ -21,18 +21,18 @@ std::string quoted(std::string_view text) {
 // Reads the rows under `filter`; a read-only project made before the table
 // existed has none, which reads as nothing kept.
 bool loadRowsWhere(database& db, table_id table, const std::string& filter,
-                   const std::function<void(const table_record&)>& take, std::string& errors) {
+                   const std::function<void(const table_record&)>& take, message_sink& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
     if (!rows) {
         if (db.readOnly()) return true;
-        appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table));
+        errors.errorf("ERROR, unable to open table [%s].\n", tableName(table));
         appendStatusText(status, errors);
         return false;
     }
     for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) take(rows->row());
     if (status.endOfRowset()) return true;
-    appendf(errors, "ERROR, unable to read table [%s].\n", tableName(table));
+    errors.errorf("ERROR, unable to read table [%s].\n", tableName(table));
     appendStatusText(status, errors);
     return false;
 }
@@ -47,7 +47,7 @@ const table_columns& keptColumns(table_id table) {
 
 // Each row's value set into the values `owner` names for the row.
 bool loadKeptRows(database& db, table_id table, const std::string& filter,
-                  const std::function<kept_values&(const table_record&)>& owner, std::string& errors) {
+                  const std::function<kept_values&(const table_record&)>& owner, message_sink& errors) {
     const table_columns& c = keptColumns(table);
     return loadRowsWhere(
         db, table, filter,
@@ -74,23 +74,23 @@ void appendKeptRows(table_id table, const kept_values& values,
 }
 
 bool replaceRows(database& db, table_id table, const std::string& filter, const std::vector<table_record>& rows,
-                 std::string& errors) {
+                 message_sink& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     if (db.execute(strprintf("DELETE * FROM `%s` WHERE %s", tableName(table), filter.c_str())).failed()) {
-        appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+        errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
         return false;
     }
     db_status status;
     std::unique_ptr<rowset> out = db.openTable(table, "", "", status);
     if (!out) {
-        appendf(errors, "Unable to open table %s\n", tableName(table));
+        errors.errorf("Unable to open table %s\n", tableName(table));
         return false;
     }
     for (const table_record& row : rows) {
         status = out->insert(row);
         if (status.failed()) {
-            appendf(errors, "ERROR, unable to insert into table [%s]\n", tableName(table));
+            errors.errorf("ERROR, unable to insert into table [%s]\n", tableName(table));
             appendStatusText(status, errors);
             return false;
         }
@@ -139,14 +139,14 @@ bool kept_values::operator==(const kept_values& other) const {
     return true;
 }
 
-bool loadKeptValues(database& db, int32_t id, kept_values& values, std::string& errors) {
+bool loadKeptValues(database& db, int32_t id, kept_values& values, message_sink& errors) {
     values.clear();
     return loadKeptRows(
         db, table_id::kept_values, strprintf("[ID] = %ld", static_cast<long>(id)),
         [&](const table_record&) -> kept_values& { return values; }, errors);
 }
 
-bool saveKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors) {
+bool saveKeptValues(database& db, int32_t id, const kept_values& values, message_sink& errors) {
     std::vector<table_record> rows;
     const table_columns& c = keptColumns(table_id::kept_values);
     appendKeptRows(
@@ -159,7 +159,7 @@ bool saveKeptValues(database& db, int32_t id, const kept_values& values, std::st
     return replaceRows(db, table_id::kept_values, strprintf("ID = %ld", static_cast<long>(id)), rows, errors);
 }
 
-bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors) {
+bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, message_sink& errors) {
     files.clear();
     return loadRowsWhere(
         db, table_id::record_files, strprintf("[ID] = %ld", static_cast<long>(id)),
@@ -171,7 +171,7 @@ bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, 
         errors);
 }
 
-bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors) {
+bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, message_sink& errors) {
     std::vector<table_record> rows;
     for (const record_file& file : files) {
         table_record row(table_id::record_files);
@@ -183,7 +183,7 @@ bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& f
 }
 
 bool loadOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
-                          std::string& errors) {
+                          message_sink& errors) {
     options.clear();
     const int optionColumn = keptColumns(table_id::kept_option_values)["Option"];
     return loadKeptRows(
@@ -199,7 +199,7 @@ bool loadOptionKeptValues(database& db, const std::string& file, std::vector<opt
 }
 
 bool saveOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
-                          std::string& errors) {
+                          message_sink& errors) {
     const table_columns& c = keptColumns(table_id::kept_option_values);
     std::vector<table_record> rows;
     for (const option_kept_values& option : options)

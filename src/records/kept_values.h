@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -43,10 +45,10 @@ struct record_file {
 // A record's kept values and files: read replaces `values` / `files` (a
 // project opened read-only that predates their tables reads none); write
 // replaces what is stored under the ID and belongs in the caller's session.
-bool loadKeptValues(database& db, int32_t id, kept_values& values, std::string& errors);
-bool saveKeptValues(database& db, int32_t id, const kept_values& values, std::string& errors);
-bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, std::string& errors);
-bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, std::string& errors);
+bool loadKeptValues(database& db, int32_t id, kept_values& values, message_sink& errors);
+bool saveKeptValues(database& db, int32_t id, const kept_values& values, message_sink& errors);
+bool loadRecordFiles(database& db, int32_t id, std::vector<record_file>& files, message_sink& errors);
+bool saveRecordFiles(database& db, int32_t id, const std::vector<record_file>& files, message_sink& errors);
 
 // The kept values of one option file: one entry per option with values.
 struct option_kept_values {
@@ -54,9 +56,9 @@ struct option_kept_values {
     kept_values values;
 };
 bool loadOptionKeptValues(database& db, const std::string& file, std::vector<option_kept_values>& options,
-                          std::string& errors);
+                          message_sink& errors);
 // Replaces every kept value of the file.
 bool saveOptionKeptValues(database& db, const std::string& file, const std::vector<option_kept_values>& options,
-                          std::string& errors);
+                          message_sink& errors);
 
 }  // namespace sb

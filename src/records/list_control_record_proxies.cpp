@@ -22,7 +22,7 @@ constexpr const char* kBeforeFailure =
 
 }  // namespace
 
-bool list_control_record_proxies::attach(database* db, bool loadAllRecords, std::string& errors,
+bool list_control_record_proxies::attach(database* db, bool loadAllRecords, message_sink& errors,
                                          const progress_callback& progress) {
     db_ = db;
     handles_.clear();
@@ -35,12 +35,12 @@ bool list_control_record_proxies::attach(database* db, bool loadAllRecords, std:
 }
 
 std::unique_ptr<rowset> list_control_record_proxies::open(const std::string& filter, const char* order,
-                                                          std::string& errors, const char* failure) {
+                                                          message_sink& errors, const char* failure) {
     if (!db_) return nullptr;
     ++queries_;
     db_status status;
     std::unique_ptr<rowset> rows = db_->openTable(table_id::control_records, filter, order, status);
-    if (!rows && failure) errors += failure;
+    if (!rows && failure) errors.error(failure);
     return rows;
 }
 
@@ -69,7 +69,7 @@ const control_record_proxy* list_control_record_proxies::findId(int32_t id) cons
 
 // Step by step the navigation order is ascending ID, so the first record is the
 // smallest ID; the store's own row order would not agree with "ID > %ld" steps.
-const control_record_proxy* list_control_record_proxies::first(std::string& errors) {
+const control_record_proxy* list_control_record_proxies::first(message_sink& errors) {
     if (complete_) return held(1);
     std::unique_ptr<rowset> rows = open("", "ID ASC", errors, kFirstFailure);
     if (!rows) return nullptr;
@@ -81,7 +81,7 @@ const control_record_proxy* list_control_record_proxies::first(std::string& erro
     return store(1, rows->row());
 }
 
-const control_record_proxy* list_control_record_proxies::next(const record_proxy& from, std::string& errors) {
+const control_record_proxy* list_control_record_proxies::next(const record_proxy& from, message_sink& errors) {
     if (const control_record_proxy* known = held(from.recordNumber + 1)) return known;
     if (complete_) return nullptr;
     std::unique_ptr<rowset> rows =
@@ -94,7 +94,7 @@ const control_record_proxy* list_control_record_proxies::next(const record_proxy
     return store(from.recordNumber + 1, rows->row());
 }
 
-const control_record_proxy* list_control_record_proxies::previous(const record_proxy& from, std::string& errors) {
+const control_record_proxy* list_control_record_proxies::previous(const record_proxy& from, message_sink& errors) {
     if (const control_record_proxy* known = held(from.recordNumber - 1)) return known;
     if (from.recordNumber <= 1) return nullptr;
     std::unique_ptr<rowset> rows =
@@ -103,7 +103,7 @@ const control_record_proxy* list_control_record_proxies::previous(const record_p
     return store(from.recordNumber - 1, rows->row());
 }
 
-bool list_control_record_proxies::loadAll(std::string& errors, const progress_callback& progress) {
+bool list_control_record_proxies::loadAll(message_sink& errors, const progress_callback& progress) {
     handles_.clear();
     complete_ = false;
     if (!db_) return false;
@@ -111,7 +111,7 @@ bool list_control_record_proxies::loadAll(std::string& errors, const progress_ca
     db_status status;
     std::unique_ptr<rowset> rows = db_->openTable(table_id::control_records, "", "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table_id::control_records));
+        errors.errorf("ERROR, unable to open table [%s].\n", tableName(table_id::control_records));
         appendStatusText(status, errors);
         return false;
     }
@@ -127,12 +127,12 @@ bool list_control_record_proxies::loadAll(std::string& errors, const progress_ca
 }
 
 const control_record_proxy* list_control_record_proxies::forward(const record_proxy* from, int32_t n,
-                                                                 std::string& errors) {
+                                                                 message_sink& errors) {
     if (!from) {
         std::unique_ptr<rowset> rows = open("", "ID ASC", errors, kFirstRowFailure);
         if (!rows) return nullptr;
         if (!rows->moveFirst().ok()) {
-            errors += kFirstRowFailure;
+            errors.error(kFirstRowFailure);
             return nullptr;
         }
         from = store(1, rows->row());
@@ -141,12 +141,12 @@ const control_record_proxy* list_control_record_proxies::forward(const record_pr
 }
 
 const control_record_proxy* list_control_record_proxies::back(const record_proxy* from, int32_t n,
-                                                              std::string& errors) {
+                                                              message_sink& errors) {
     if (!from) return first(errors);  // nothing lies before the first record
     return step(*from, n, false, errors, kBeforeFailure);
 }
 
-const control_record_proxy* list_control_record_proxies::last(std::string& errors) {
+const control_record_proxy* list_control_record_proxies::last(message_sink& errors) {
     const control_record_proxy* furthest = handles_.empty() ? nullptr : held(handles_.rbegin()->first);
     if (complete_) return furthest;
     return forward(furthest, INT32_MAX, errors);
@@ -154,7 +154,7 @@ const control_record_proxy* list_control_record_proxies::last(std::string& error
 
 // Walks the handles already held first and goes to the database only for the rest.
 const control_record_proxy* list_control_record_proxies::step(const record_proxy& from, int32_t n, bool ahead,
-                                                              std::string& errors, const char* failure) {
+                                                              message_sink& errors, const char* failure) {
     const int32_t direction = ahead ? 1 : -1;
     const record_proxy* reached = &from;
     int32_t steps = 0;

@@ -16,8 +16,8 @@ void list_edits::removeAt(int32_t storedId, int position) {
     changed_ = std::move(moved);
 }
 
-bool list_edits::save(database& db, const std::function<bool(int32_t, std::string&)>& deleteItem,
-                      const std::function<bool(int, int, std::string&)>& writePart, std::string& errors) const {
+bool list_edits::save(database& db, const std::function<bool(int32_t, message_sink&)>& deleteItem,
+                      const std::function<bool(int, int, message_sink&)>& writePart, message_sink& errors) const {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     bool ok = true;

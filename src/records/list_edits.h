@@ -10,6 +10,8 @@
 #include <string>
 #include <utility>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -26,8 +28,9 @@ public:
     // any history), each part in key order, as one unit:
     // each step runs, so that every failure is reported, and the work is kept
     // only when every step worked and the commit did.
-    bool save(database& db, const std::function<bool(int32_t storedId, std::string& errors)>& deleteItem,
-              const std::function<bool(int key, int part, std::string& errors)>& writePart, std::string& errors) const;
+    bool save(database& db, const std::function<bool(int32_t storedId, message_sink& errors)>& deleteItem,
+              const std::function<bool(int key, int part, message_sink& errors)>& writePart,
+              message_sink& errors) const;
 
 private:
     std::set<int32_t> deleted_;

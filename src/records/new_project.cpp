@@ -6,9 +6,9 @@
 
 namespace sb {
 
-std::unique_ptr<database> createNewProject(const std::string& path, std::string& errors) {
+std::unique_ptr<database> createNewProject(const std::string& path, message_sink& errors) {
     bool created = database::create(path, errors);
-    if (!created) errors += "Unable to create database\n";
+    if (!created) errors.error("Unable to create database\n");
     auto db = database::open(path, errors);
     if (!db) return nullptr;
     if (created) {

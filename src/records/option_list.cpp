@@ -34,7 +34,7 @@ option_record& option_list::addRecord(std::string name) {
     return static_cast<option_record&>(add(std::move(record)));
 }
 
-bool option_list::saveToDatabase(database& db, std::string& errors) const {
+bool option_list::saveToDatabase(database& db, message_sink& errors) const {
     const option_member& m = member();
     const char* table = tableName(m.table);
     store_session unit(db, errors, m.sessionErrorMessage());
@@ -42,19 +42,19 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
     bool ok = true;
     db_status status = db.execute(strprintf("DELETE * FROM `%s`", table));
     if (status.failed()) {
-        appendf(errors, "ERROR, unable to delete from [%s]\n", table);
+        errors.errorf("ERROR, unable to delete from [%s]\n", table);
         ok = false;
     }
     std::unique_ptr<rowset> rows = db.openTable(m.table, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", table);
+        errors.errorf("Unable to open table %s\n", table);
         return false;
     }
     std::vector<option_kept_values> kept;
     for (size_t i = 0; i < size(); ++i) {
         status = rows->insert(recordAt(i).toRow());
         if (status.failed()) {
-            appendf(errors, "ERROR, unable to insert into table %s\n", table);
+            errors.errorf("ERROR, unable to insert into table %s\n", table);
             appendStatusText(status, errors);
             return false;
         }
@@ -65,13 +65,13 @@ bool option_list::saveToDatabase(database& db, std::string& errors) const {
     return unit.commitIf(ok);
 }
 
-bool option_list::loadFromDatabase(database& db, std::string& errors) {
+bool option_list::loadFromDatabase(database& db, message_sink& errors) {
     const option_member& m = member();
     clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(m.table, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", tableName(m.table));
+        errors.errorf("Unable to open table %s\n", tableName(m.table));
         return false;
     }
     for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) {
@@ -80,7 +80,7 @@ bool option_list::loadFromDatabase(database& db, std::string& errors) {
         add(std::move(record));
     }
     if (!status.endOfRowset()) {
-        appendf(errors, "ERROR, unable to read table %s\n", tableName(m.table));
+        errors.errorf("ERROR, unable to read table %s\n", tableName(m.table));
         appendStatusText(status, errors);
         return false;
     }

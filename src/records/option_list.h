@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
 #include "db/table_record.h"
 #include "paramfile/tellura_input.h"
 #include "paramfile/tellura_input_list.h"
@@ -38,9 +39,9 @@ public:
     // Replaces the member's table with this list: one session, the table
     // emptied, then every record inserted in list order. The first insert
     // that fails stops the save, and the table stays as it was.
-    bool saveToDatabase(database& db, std::string& errors) const;
+    bool saveToDatabase(database& db, message_sink& errors) const;
     // Replaces this list with the rows of the member's table, in table order.
-    bool loadFromDatabase(database& db, std::string& errors);
+    bool loadFromDatabase(database& db, message_sink& errors);
 
 private:
     option_kind kind_;

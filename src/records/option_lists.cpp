@@ -20,14 +20,14 @@ option_lists::option_lists() {
         lists_[static_cast<size_t>(k)] = makeOptionList(static_cast<option_kind>(k));
 }
 
-bool option_lists::loadAll(database& db, std::string& errors) {
+bool option_lists::loadAll(database& db, message_sink& errors) {
     bool ok = true;
     for (auto& list : lists_) ok = list->loadFromDatabase(db, errors) && ok;
     return ok;
 }
 
 bool option_lists::writeRunFiles(const std::string& directory, const release_profile& profile,
-                                 std::string& errors) const {
+                                 message_sink& errors) const {
     bool ok = true;
     for (const auto& list : lists_) {
         std::string text;
@@ -38,14 +38,14 @@ bool option_lists::writeRunFiles(const std::string& directory, const release_pro
         const std::string path = inDirectory(directory, list->member().runFile);
         if (!writeTextFile(path, text)) {
             // The message option list exports have always given.
-            errors += "ERROR, unable to open file in tellura_input_list.write: " + path;
+            errors.error("ERROR, unable to open file in tellura_input_list.write: " + path);
             ok = false;
         }
     }
     return ok;
 }
 
-bool option_lists::readRunFiles(const std::string& directory, std::string& errors, std::string& status) {
+bool option_lists::readRunFiles(const std::string& directory, message_sink& errors, std::string& status) {
     int duplicates = 0;
     for (auto& list : lists_) {
         std::string path = inDirectory(directory, list->member().runFile);

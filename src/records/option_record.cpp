@@ -50,7 +50,7 @@ void writeFileValue(std::string& out, const profile_line& line, double value) {
 
 option_record::option_record(option_kind kind) : table_record(optionMember(kind).table), kind_(kind) {}
 
-bool option_record::setField(std::string_view fieldName, double value, std::string& errors) {
+bool option_record::setField(std::string_view fieldName, double value, message_sink& errors) {
     const option_layout& layout = option_layout::of(kind_);
     const std::vector<int>* columns = nullptr;
     size_t open = fieldName.find('(');
@@ -88,11 +88,11 @@ bool option_record::keepValue(std::string_view fieldName, double value) {
 
 void option_record::writeValues(std::string& out, int version) const {
     const release_profile* profile = release_profile_catalogue::shipped().find(defaultReleaseProfileName(version));
-    std::string ignored;
+    message_sink ignored;
     if (profile) writeProfileValues(out, *profile, ignored);
 }
 
-bool option_record::writeProfileValues(std::string& out, const release_profile& profile, std::string& errors) const {
+bool option_record::writeProfileValues(std::string& out, const release_profile& profile, message_sink& errors) const {
     const std::vector<profile_line>* lines = profile.lines(member().runFile);
     if (!lines) return true;
     const option_layout& layout = option_layout::of(kind_);
@@ -120,9 +120,8 @@ bool option_record::writeProfileValues(std::string& out, const release_profile& 
                 writeFileValue(out, line, *line.fallback);
                 break;
             case value_source::none:
-                appendf(errors, "ERROR, %s \"%s\" has no value for \"%s\", which %s writes into %s.\n",
-                        member().cliName, name.c_str(), line.name.c_str(), profile.where(line.line).c_str(),
-                        member().runFile);
+                errors.errorf("ERROR, %s \"%s\" has no value for \"%s\", which %s writes into %s.\n", member().cliName,
+                              name.c_str(), line.name.c_str(), profile.where(line.line).c_str(), member().runFile);
                 ok = false;
                 break;
         }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/message_sink.h"
 #include "app/release_profile.h"
 #include "db/table_record.h"
 #include "paramfile/tellura_input.h"
@@ -24,7 +25,7 @@ public:
     // table's own column names and the member's aliases, case ignored.
     // Subscripts beyond the array give "ERROR, exceeds array size: ..." in the
     // form of the name's subscript count; names of no parameter return false.
-    bool setField(std::string_view fieldName, double value, std::string& errors) override;
+    bool setField(std::string_view fieldName, double value, message_sink& errors) override;
     // A value line no column takes is kept with the option (under its file's name).
     bool keepValue(std::string_view fieldName, double value) override;
     // The value lines of the version's own release profile (the files as
@@ -35,7 +36,7 @@ public:
     // line names), else from the value the option keeps, else from the line's
     // fallback. False, with a message naming the option and the profile line,
     // when a name has none of these.
-    bool writeProfileValues(std::string& out, const release_profile& profile, std::string& errors) const;
+    bool writeProfileValues(std::string& out, const release_profile& profile, message_sink& errors) const;
 
     // Values of its file that no column holds.
     kept_values kept;
@@ -62,7 +63,6 @@ public:
     option_record_of() : option_record(Kind) {}
 };
 
-// One member of each option list (a row of its option table).
 using crop_option = option_record_of<option_kind::crop>;
 using cultivation_option = option_record_of<option_kind::cultivation>;
 using fertilizer_option = option_record_of<option_kind::fertilizer>;

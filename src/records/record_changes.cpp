@@ -11,10 +11,10 @@ constexpr table_id kTable = table_id::record_changes;
 
 std::string lockName(int32_t id) { return strprintf("control record %ld", static_cast<long>(id)); }
 
-bool deleteCount(database& db, int32_t id, std::string& errors) {
+bool deleteCount(database& db, int32_t id, message_sink& errors) {
     if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(kTable), static_cast<long>(id))).ok())
         return true;
-    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(kTable));
+    errors.errorf("ERROR, unable to delete from [%s]\n", tableName(kTable));
     return false;
 }
 
@@ -28,21 +28,21 @@ int64_t loadChangeCount(database& db, int32_t id) {
     return static_cast<int64_t>(rows->row().number("Change Count"));
 }
 
-int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string& errors) {
+int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, message_sink& errors) {
     // Holding the record's lock first, the count read next is the last one saved.
     db_status locked = db.holdSaveLock(lockName(id));
     if (!locked.ok()) {
-        appendf(errors, "ERROR, another save of control record ID=%ld did not end in time.\n", static_cast<long>(id));
+        errors.errorf("ERROR, another save of control record ID=%ld did not end in time.\n", static_cast<long>(id));
         appendStatusText(locked, errors);
         return kChangesUnknown;
     }
     const int64_t stored = loadChangeCount(db, id);
     if (stored == kChangesUnknown) return kChangesUnknown;
     if (readCount != kChangesUnknown && stored != readCount)
-        appendf(errors,
-                "WARNING, control record ID=%ld was saved by another user since it was read; this save replaces "
-                "that one.\n",
-                static_cast<long>(id));
+        errors.warningf(
+            "WARNING, control record ID=%ld was saved by another user since it was read; this save replaces "
+            "that one.\n",
+            static_cast<long>(id));
     // The count wraps within its 32-bit column; only a change of it matters.
     const int64_t next = stored >= 2147483647 ? 1 : stored + 1;
     table_record row(kTable);
@@ -51,13 +51,13 @@ int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string
     db_status status;
     auto rows = db.openTable(kTable, "", "", status);
     if (!deleteCount(db, id, errors) || !rows || !rows->insert(row).ok()) {
-        appendf(errors, "ERROR, unable to store the change count of control record ID=%ld.\n", static_cast<long>(id));
+        errors.errorf("ERROR, unable to store the change count of control record ID=%ld.\n", static_cast<long>(id));
         return kChangesUnknown;
     }
     return next;
 }
 
-bool deleteRecordChanges(database& db, int32_t id, std::string& errors) {
+bool deleteRecordChanges(database& db, int32_t id, message_sink& errors) {
     db_status locked = db.holdSaveLock(lockName(id));
     if (loadChangeCount(db, id) == kChangesUnknown) return locked.ok();
     return deleteCount(db, id, errors) && locked.ok();

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -21,9 +23,9 @@ int64_t loadChangeCount(database& db, int32_t id);
 // (on a shared server), warns when the record was saved by someone else since
 // `readCount` was read, and stores the next count. Returns the count stored, or
 // kChangesUnknown where none is kept (or `readCount` is and nothing is checked).
-int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, std::string& errors);
+int64_t claimRecordSave(database& db, int32_t id, int64_t readCount, message_sink& errors);
 
 // Inside the deleting session: the record's count goes with it.
-bool deleteRecordChanges(database& db, int32_t id, std::string& errors);
+bool deleteRecordChanges(database& db, int32_t id, message_sink& errors);
 
 }  // namespace sb

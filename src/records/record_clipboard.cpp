@@ -17,13 +17,13 @@ std::string record_clipboard::encodeId(int32_t id) {
     return bytes;
 }
 
-bool record_clipboard::decodeId(const std::optional<std::string>& idItem, int32_t& id, std::string& errors) {
+bool record_clipboard::decodeId(const std::optional<std::string>& idItem, int32_t& id, message_sink& errors) {
     if (!idItem) {
-        errors += "Binary format not available.\r\n";
+        errors.error("Binary format not available.\r\n");
         return false;
     }
     if (idItem->size() != kIdItemSize) {
-        errors += "Binary item size is invalid.\r\n";
+        errors.error("Binary item size is invalid.\r\n");
         return false;
     }
     uint32_t bits = 0;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "app/message_sink.h"
 #include "records/tellura_control_record.h"
 
 namespace sb {
@@ -38,7 +39,7 @@ public:
     static std::string encodeId(int32_t id);
     // The ID of the private-format item; `idItem` is empty when the clipboard has
     // no item in that format.
-    static bool decodeId(const std::optional<std::string>& idItem, int32_t& id, std::string& errors);
+    static bool decodeId(const std::optional<std::string>& idItem, int32_t& id, message_sink& errors);
 };
 
 }  // namespace sb

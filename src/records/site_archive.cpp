@@ -34,7 +34,7 @@ const std::vector<used_ids>& usedIdKinds() {
 // to (outputs of a deleted record too, which the record would otherwise
 // inherit) and those rows name (a new project's default record names soil 1
 // before it is stored).
-bool projectIds(database& db, const used_ids& kind, std::set<int32_t>& ids, std::string& errors) {
+bool projectIds(database& db, const used_ids& kind, std::set<int32_t>& ids, message_sink& errors) {
     std::vector<std::pair<table_id, std::string>> columns;
     for (int i = 0; i < kTableCount; ++i) {
         const table_id table = static_cast<table_id>(i);
@@ -56,8 +56,8 @@ using id_map = std::map<int32_t, int32_t>;
 
 // Gives every archive ID the project already uses a free one, past both the
 // project's and the archive's IDs, and reports each change.
-bool mapIds(database& db, const site_archive_content& content, const used_ids& kind, id_map& map, std::string& messages,
-            std::string& errors) {
+bool mapIds(database& db, const site_archive_content& content, const used_ids& kind, id_map& map,
+            message_sink& messages, message_sink& errors) {
     std::set<int32_t> taken;
     if (!projectIds(db, kind, taken, errors)) return false;
     const std::set<int32_t> held = content.ownerIds(kind.owner);
@@ -67,7 +67,7 @@ bool mapIds(database& db, const site_archive_content& content, const used_ids& k
     for (int32_t id : held) {
         const int32_t to = taken.count(id) ? next++ : id;
         map[id] = to;
-        if (to != id) appendf(messages, "%s %ld -> %ld\n", kind.word, asLong(id), asLong(to));
+        if (to != id) messages.notef("%s %ld -> %ld\n", kind.word, asLong(id), asLong(to));
     }
     return true;
 }
@@ -99,8 +99,8 @@ void applyIdMaps(site_archive_content& content, const std::map<row_owner, id_map
 // the project's is the same, refused when it differs and a record uses it, and
 // the project's kept otherwise (names are compared without case, as the model
 // looks them up).
-bool settleOptions(database& db, site_archive_content& content, std::string& messages, std::string& errors) {
-    const size_t before = errors.size();
+bool settleOptions(database& db, site_archive_content& content, message_sink& messages, message_sink& errors) {
+    const size_t before = errors.count();
     const archive_needs needs = recordNeeds(content);
     std::set<std::pair<option_kind, std::string>> heldAtHome;  // entries the project's own stand for
     for (archive_table& table : content.tables()) {
@@ -134,36 +134,36 @@ bool settleOptions(database& db, site_archive_content& content, std::string& mes
             table_record renamed = row;
             renamed.setText(name, same->text(name));
             if (renamed == *same)
-                appendf(messages, "The %s option \"%s\" is in the project already.\n", word, row.text(name).c_str());
+                messages.notef("The %s option \"%s\" is in the project already.\n", word, row.text(name).c_str());
             else if (used == needs.options.end() || !used->second.count(toLower(row.text(name))))
-                appendf(messages,
-                        "The %s option \"%s\" of the archive, which none of its records uses, differs from the "
-                        "project's: the project's is kept.\n",
-                        word, row.text(name).c_str());
+                messages.notef(
+                    "The %s option \"%s\" of the archive, which none of its records uses, differs from the "
+                    "project's: the project's is kept.\n",
+                    word, row.text(name).c_str());
             else
-                appendf(errors,
-                        "ERROR, the %s option \"%s\" of the archive differs from the project's option of that name: "
-                        "rename one of them, then import again.\n",
-                        word, row.text(name).c_str());
+                errors.errorf(
+                    "ERROR, the %s option \"%s\" of the archive differs from the project's option of that name: "
+                    "rename one of them, then import again.\n",
+                    word, row.text(name).c_str());
         }
         table.rows = std::move(added);
     }
-    return errors.size() == before;
+    return errors.count() == before;
 }
 
-bool insertAll(database& db, const site_archive_content& content, std::string& errors) {
+bool insertAll(database& db, const site_archive_content& content, message_sink& errors) {
     for (const archive_table& table : content.tables()) {
         db_status status;
         std::unique_ptr<rowset> rows = db.openTable(table.table, "1 = 0", "", status);
         if (!rows) {
-            appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table.table));
+            errors.errorf("ERROR, unable to open table [%s].\n", tableName(table.table));
             appendStatusText(status, errors);
             return false;
         }
         for (const table_record& row : table.rows) {
             status = rows->insert(row);
             if (status.failed()) {
-                appendf(errors, "ERROR, unable to insert into table [%s].\n", tableName(table.table));
+                errors.errorf("ERROR, unable to insert into table [%s].\n", tableName(table.table));
                 appendStatusText(status, errors);
                 return false;
             }
@@ -174,25 +174,25 @@ bool insertAll(database& db, const site_archive_content& content, std::string& e
 
 }  // namespace
 
-bool exportSiteArchive(database& db, const std::string& recordFilter, const std::string& path, std::string& messages,
-                       std::string& errors) {
+bool exportSiteArchive(database& db, const std::string& recordFilter, const std::string& path, message_sink& messages,
+                       message_sink& errors) {
     site_archive_content content;
     if (!loadSiteArchiveContent(db, recordFilter, true, content, errors)) return false;
     if (!writeTextFile(path, siteArchiveText(content))) {
-        appendf(errors, "ERROR, cannot write site archive \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, cannot write site archive \"%s\".\n", path.c_str());
         return false;
     }
-    appendf(messages, "Exported %zu record%s to \"%s\".\n", content.records.size(),
-            content.records.size() == 1 ? "" : "s", path.c_str());
+    messages.notef("Exported %zu record%s to \"%s\".\n", content.records.size(), content.records.size() == 1 ? "" : "s",
+                   path.c_str());
     return true;
 }
 
-bool importSiteArchive(database& db, const std::string& path, std::string& messages, std::string& errors) {
+bool importSiteArchive(database& db, const std::string& path, message_sink& messages, message_sink& errors) {
     site_archive_content content;
     if (!readSiteArchive(path, content, errors)) return false;
     const std::string holder = strprintf("the site archive \"%s\"", path.c_str());
     if (!checkNeedsMet(content, recordNeeds(content), holder.c_str(), errors)) return false;
-    std::string report;
+    message_sink report;
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     std::map<row_owner, id_map> maps;
@@ -202,13 +202,13 @@ bool importSiteArchive(database& db, const std::string& path, std::string& messa
     if (ok) applyIdMaps(content, maps);
     if (!ok || !insertAll(db, content, errors)) {
         unit.rollback();
-        errors += "Nothing of the archive was imported.\n";
+        errors.error("Nothing of the archive was imported.\n");
         return false;
     }
     if (!unit.commit()) return false;
-    messages += report;
-    appendf(messages, "Imported %zu record%s from \"%s\".\n", content.records.size(),
-            content.records.size() == 1 ? "" : "s", path.c_str());
+    messages.add(report);
+    messages.notef("Imported %zu record%s from \"%s\".\n", content.records.size(),
+                   content.records.size() == 1 ? "" : "s", path.c_str());
     return true;
 }
 

@@ -6,6 +6,8 @@
 // call these two.
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -14,8 +16,8 @@ class database;
 // "" for every record), what they reference and the whole option lists (their
 // run directories hold them all) into the file; "Exported N records to ..."
 // goes to `messages`.
-bool exportSiteArchive(database& db, const std::string& recordFilter, const std::string& path, std::string& messages,
-                       std::string& errors);
+bool exportSiteArchive(database& db, const std::string& recordFilter, const std::string& path, message_sink& messages,
+                       message_sink& errors);
 
 // Adds the archive's records to the project in one transaction. A record,
 // soil or station ID the project already uses is given the next free one, and
@@ -25,6 +27,6 @@ bool exportSiteArchive(database& db, const std::string& recordFilter, const std:
 // otherwise left out with a note. A damaged, cut-short, foreign or
 // newer file, or one whose records name pieces it does not hold, imports
 // nothing.
-bool importSiteArchive(database& db, const std::string& path, std::string& messages, std::string& errors);
+bool importSiteArchive(database& db, const std::string& path, message_sink& messages, message_sink& errors);
 
 }  // namespace sb

@@ -102,14 +102,14 @@ void addEventNeeds(const site_archive_content& content, archive_needs& needs) {
 }
 
 void reportUnmet(const std::vector<archive_needs::need>& list, const char* holder, std::set<std::string>& said,
-                 std::string& errors) {
+                 message_sink& errors) {
     for (const auto& need : list)
         if (need.required && said.insert(need.what).second)
-            appendf(errors, "ERROR, %s, which %s does not hold.\n", need.what.c_str(), holder);
+            errors.errorf("ERROR, %s, which %s does not hold.\n", need.what.c_str(), holder);
 }
 
 bool collectOwned(database& db, row_owner owner, const std::vector<int32_t>& ids, site_archive_content& content,
-                  std::string& errors) {
+                  message_sink& errors) {
     bool ok = true;
     for (int i = 0; i < kTableCount; ++i) {
         const table_id table = static_cast<table_id>(i);
@@ -130,7 +130,7 @@ std::vector<int32_t> keysOf(const Map& map) {
 }
 
 bool collectOptions(database& db, const archive_needs& needs, bool allOptions, site_archive_content& content,
-                    std::string& errors) {
+                    message_sink& errors) {
     bool ok = true;
     for (int i = 0; i < kTableCount; ++i) {
         const table_id table = static_cast<table_id>(i);
@@ -243,8 +243,8 @@ archive_needs recordNeeds(const site_archive_content& content) {
 }
 
 bool checkNeedsMet(const site_archive_content& content, const archive_needs& needs, const char* holder,
-                   std::string& errors) {
-    const size_t before = errors.size();
+                   message_sink& errors) {
+    const size_t before = errors.count();
     std::set<std::string> said;
     const std::set<int32_t> soils = content.ownerIds(row_owner::soil);
     const std::set<int32_t> stations = content.ownerIds(row_owner::station);
@@ -257,34 +257,34 @@ bool checkNeedsMet(const site_archive_content& content, const archive_needs& nee
         for (const auto& [name, list] : names)
             if (!held.count(name)) reportUnmet(list, holder, said, errors);
     }
-    return errors.size() == before;
+    return errors.count() == before;
 }
 
 bool loadRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
-              std::string& errors) {
+              message_sink& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, filter, "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s].\n", tableName(table));
+        errors.errorf("ERROR, unable to open table [%s].\n", tableName(table));
         appendStatusText(status, errors);
         return false;
     }
     db_status s = rows->moveFirst();
     for (; s.ok(); s = rows->moveNext()) out.push_back(rows->row());
     if (s.endOfRowset()) return true;
-    appendf(errors, "ERROR, unable to read table [%s].\n", tableName(table));
+    errors.errorf("ERROR, unable to read table [%s].\n", tableName(table));
     appendStatusText(s, errors);
     return false;
 }
 
 bool loadSiteArchiveContent(database& db, const std::string& recordFilter, bool allOptions,
-                            site_archive_content& content, std::string& errors) {
+                            site_archive_content& content, message_sink& errors) {
     auto& records = content.table(table_id::control_records).rows;
     if (!loadRows(db, table_id::control_records, recordFilter, records, errors)) return false;
     const int id = columnOf(table_id::control_records, "ID");
     for (const auto& row : records) content.records.push_back(row.integer(id));
     if (content.records.empty()) {
-        errors += "ERROR, the selection names no record of the project.\n";
+        errors.error("ERROR, the selection names no record of the project.\n");
         return false;
     }
     bool ok = collectOwned(db, row_owner::record, content.records, content, errors);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "db/table_record.h"
 #include "records/option_member.h"
 
@@ -71,7 +72,7 @@ archive_needs recordNeeds(const site_archive_content& content);
 // Appends one "ERROR, <need>, which <holder> does not hold.\n" per required
 // piece the content lacks; false when there was any.
 bool checkNeedsMet(const site_archive_content& content, const archive_needs& needs, const char* holder,
-                   std::string& errors);
+                   message_sink& errors);
 
 // Loads the records (a WHERE filter on Control Records; table order) and
 // everything they name from the project into the content: their soils,
@@ -79,11 +80,11 @@ bool checkNeedsMet(const site_archive_content& content, const archive_needs& nee
 // entry of the project's option lists, as their run directories' option files
 // hold them all.
 bool loadSiteArchiveContent(database& db, const std::string& recordFilter, bool allOptions,
-                            site_archive_content& content, std::string& errors);
+                            site_archive_content& content, message_sink& errors);
 
 // Every row of a table matching the filter ("" for all), in stored order.
 bool loadRows(database& db, table_id table, const std::string& filter, std::vector<table_record>& out,
-              std::string& errors);
+              message_sink& errors);
 
 // The option entry a row of an option-owned table belongs to: the entry of
 // an option list's own table, or the entry a kept option value is kept for

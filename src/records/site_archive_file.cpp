@@ -73,7 +73,7 @@ bool parseNumber(std::string_view text, double& value) {
 // Walks the lines of one file, telling the line number of each problem.
 class archive_parser {
 public:
-    archive_parser(const std::string& text, const std::string& path, std::string& errors)
+    archive_parser(const std::string& text, const std::string& path, message_sink& errors)
         : text_(text), path_(path), errors_(errors) {}
 
     bool parse(site_archive_content& content) {
@@ -100,9 +100,9 @@ public:
 private:
     template <class... Args>
     bool fail(const char* format, Args... args) {
-        appendf(errors_, "ERROR, site archive \"%s\" line %ld: ", path_.c_str(), lineNumber_);
-        appendf(errors_, format, args...);
-        errors_ += ".\n";
+        std::string text = strprintf("ERROR, site archive \"%s\" line %ld: ", path_.c_str(), lineNumber_);
+        appendf(text, format, args...);
+        errors_.error(text + ".\n");
         return false;
     }
 
@@ -153,7 +153,7 @@ private:
     }
 
     bool table(const std::vector<std::string_view>& line, site_archive_content& content) {
-        table_id id;
+        table_id id{};
         long rows = 0;
         if (line.size() != 3 || line[0] != "table" || !wholeNumber(line[2], rows) || rows < 0)
             return fail("a \"table<TAB>name<TAB>rows\" line was expected");
@@ -209,7 +209,7 @@ private:
 
     const std::string& text_;
     const std::string& path_;
-    std::string& errors_;
+    message_sink& errors_;
     size_t pos_ = 0;
     long lineNumber_ = 0;
     bool atEnd_ = false;
@@ -237,11 +237,11 @@ std::string siteArchiveText(const site_archive_content& content) {
 }
 
 bool parseSiteArchive(const std::string& text, const std::string& path, site_archive_content& content,
-                      std::string& errors) {
+                      message_sink& errors) {
     return archive_parser(text, path, errors).parse(content);
 }
 
-bool readSiteArchive(const std::string& path, site_archive_content& content, std::string& errors) {
+bool readSiteArchive(const std::string& path, site_archive_content& content, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, cannot open site archive \"%s\".\n", path.c_str())))
         return false;

@@ -6,6 +6,7 @@
 // the last line, "end<TAB><tables>", tells a whole file from a cut one.
 #include <string>
 
+#include "app/message_sink.h"
 #include "records/site_archive_content.h"
 
 namespace sb {
@@ -17,8 +18,8 @@ constexpr int kSiteArchiveVersion = 1;
 std::string siteArchiveText(const site_archive_content& content);
 // Reads an archive; false with "ERROR, site archive "<path>" line N: ..." when
 // the file is cut short, of another format or a newer version, or damaged.
-bool readSiteArchive(const std::string& path, site_archive_content& content, std::string& errors);
+bool readSiteArchive(const std::string& path, site_archive_content& content, message_sink& errors);
 bool parseSiteArchive(const std::string& text, const std::string& path, site_archive_content& content,
-                      std::string& errors);
+                      message_sink& errors);
 
 }  // namespace sb

@@ -24,28 +24,28 @@ constexpr int kMaxDepthCm = 32767;  // the Depth column is 16 bits
 // Reads one line's numbers into the layer; false with a message naming the line
 // when a token is not a number or the depths cannot be the next layer's.
 bool readLayerLine(soil_layer& layer, const std::vector<std::string>& tokens, int depthAbove, long lineNumber,
-                   const std::string& path, std::string& errors) {
+                   const std::string& path, message_sink& errors) {
     std::vector<double> values;
     for (const std::string& token : tokens) {
         double value = 0;
         if (!readFiniteNumber(token, value)) {
-            appendf(errors, "ERROR, line %ld of soil layer file \"%s\": \"%s\" is not a number.\n", lineNumber,
-                    path.c_str(), token.c_str());
+            errors.errorf("ERROR, line %ld of soil layer file \"%s\": \"%s\" is not a number.\n", lineNumber,
+                          path.c_str(), token.c_str());
             return false;
         }
         values.push_back(value);
     }
     if (values.size() < 2) {
-        appendf(errors, "ERROR, line %ld of soil layer file \"%s\" has no lower depth.\n", lineNumber, path.c_str());
+        errors.errorf("ERROR, line %ld of soil layer file \"%s\" has no lower depth.\n", lineNumber, path.c_str());
         return false;
     }
     // values[0], the upper depth, follows from the layer above and is not kept.
     const long depth = std::lround(values[1]);
     if (depth <= depthAbove || depth > kMaxDepthCm) {
-        appendf(errors,
-                "ERROR, line %ld of soil layer file \"%s\": the lower depth %s cm must be below the layer above "
-                "(%d cm) and at most %d cm.\n",
-                lineNumber, path.c_str(), tokens[1].c_str(), depthAbove, kMaxDepthCm);
+        errors.errorf(
+            "ERROR, line %ld of soil layer file \"%s\": the lower depth %s cm must be below the layer above "
+            "(%d cm) and at most %d cm.\n",
+            lineNumber, path.c_str(), tokens[1].c_str(), depthAbove, kMaxDepthCm);
         return false;
     }
     layer.setDepth(static_cast<int>(depth));
@@ -56,7 +56,7 @@ bool readLayerLine(soil_layer& layer, const std::vector<std::string>& tokens, in
 
 }  // namespace
 
-bool readSoilLayerText(const std::string& text, const std::string& path, tellura_soil& soil, std::string& errors) {
+bool readSoilLayerText(const std::string& text, const std::string& path, tellura_soil& soil, message_sink& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the soil's layers as they were.
     tellura_soil read = soil;
@@ -70,7 +70,7 @@ bool readSoilLayerText(const std::string& text, const std::string& path, tellura
         std::vector<std::string> tokens = splitTokens(line);
         if (tokens.empty()) return;
         if (read.layerCount >= kMaxSoilLayers) {
-            appendf(errors, "ERROR, too many soil layers in soil file \"%s\".\n", path.c_str());
+            errors.errorf("ERROR, too many soil layers in soil file \"%s\".\n", path.c_str());
             ok = false;
             return;
         }
@@ -85,7 +85,7 @@ bool readSoilLayerText(const std::string& text, const std::string& path, tellura
         layer.setNumber(kLayerNumber, read.layerCount);
     });
     if (ok && read.layerCount == 0) {
-        appendf(errors, "ERROR, no soil layers in soil file \"%s\".\n", path.c_str());
+        errors.errorf("ERROR, no soil layers in soil file \"%s\".\n", path.c_str());
         ok = false;
     }
     if (!ok) return false;
@@ -96,7 +96,7 @@ bool readSoilLayerText(const std::string& text, const std::string& path, tellura
     return true;
 }
 
-bool readSoilLayerFile(const std::string& path, tellura_soil& soil, std::string& errors) {
+bool readSoilLayerFile(const std::string& path, tellura_soil& soil, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, can't open file \"%s\".\n", path.c_str()))) return false;
     return readSoilLayerText(text, path, soil, errors);
@@ -121,13 +121,13 @@ std::string soilsInText(const tellura_soil& soil, const std::vector<int>& target
 }
 
 bool writeSoilsIn(const tellura_soil& soil, const std::vector<int>& targetBottoms, const std::string& path,
-                  std::string& errors) {
+                  message_sink& errors) {
     if (writeTextFile(path, soilsInText(soil, targetBottoms))) return true;
-    appendf(errors, "ERROR, can't open file \"%s\".\n", path.c_str());
+    errors.errorf("ERROR, can't open file \"%s\".\n", path.c_str());
     return false;
 }
 
-bool writeSoilsIn(const tellura_soil& soil, const std::string& path, std::string& errors) {
+bool writeSoilsIn(const tellura_soil& soil, const std::string& path, message_sink& errors) {
     return writeSoilsIn(soil, soil.layerDepths(), path, errors);
 }
 

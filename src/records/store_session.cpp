@@ -10,11 +10,12 @@ void appendStoreReason(const std::string& reason, std::string& errors) {
     if (reason.back() != '\n') errors += '\n';
 }
 
-store_session::store_session(database& db, std::string& errors, const char* failure)
+store_session::store_session(database& db, message_sink& errors, const char* failure)
     : db_(db), errors_(errors), session_(db) {
     if (session_.ok()) return;
-    errors_ += failure;
-    appendStoreReason(session_.storeError(), errors_);
+    std::string text = failure;
+    appendStoreReason(session_.storeError(), text);
+    errors_.error(std::move(text));
 }
 
 bool store_session::commit() {
@@ -23,8 +24,8 @@ bool store_session::commit() {
     if (session_.commit()) return true;
     // An inner part of a larger save only hands its work on; the outer save says why it failed.
     if (outermost) {
-        errors_ += "ERROR, unable to commit changes to the database";
-        errors_ += session_.storeError().empty() ? ".\n" : ": " + session_.storeError() + "\n";
+        errors_.error(std::string("ERROR, unable to commit changes to the database") +
+                      (session_.storeError().empty() ? ".\n" : ": " + session_.storeError() + "\n"));
     }
     return false;
 }

@@ -10,6 +10,7 @@
 //   return s.commit();
 #include <string>
 
+#include "app/message_sink.h"
 #include "db/database.h"
 
 namespace sb {
@@ -17,7 +18,7 @@ namespace sb {
 class store_session {
 public:
     // Appends `failure` and the store's reason when the session cannot be opened.
-    store_session(database& db, std::string& errors,
+    store_session(database& db, message_sink& errors,
                   const char* failure = "ERROR, unable to create session on database.\n");
     store_session(const store_session&) = delete;
     store_session& operator=(const store_session&) = delete;
@@ -36,7 +37,7 @@ public:
 
 private:
     database& db_;
-    std::string& errors_;
+    message_sink& errors_;
     session session_;
 };
 

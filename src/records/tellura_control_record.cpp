@@ -32,10 +32,10 @@ row_read loadOneRow(database& db, table_id table, int32_t id, table_record& targ
     return row_read::found;
 }
 
-bool deleteById(database& db, const char* form, table_id table, int32_t id, std::string& errors) {
+bool deleteById(database& db, const char* form, table_id table, int32_t id, message_sink& errors) {
     std::string sql = strprintf(form, tableName(table), asLong(id));
     if (db.execute(sql).ok()) return true;
-    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
     return false;
 }
 
@@ -44,25 +44,25 @@ constexpr const char* kDeleteDependentRows = "DELETE * FROM `%s` WHERE ID = %ld"
 
 // The row alone; false with `stop` set when the table cannot be opened, which
 // ends the whole write.
-bool saveControlRow(database& db, const control_record_row& row, int32_t id, std::string& errors, bool& stop) {
+bool saveControlRow(database& db, const control_record_row& row, int32_t id, message_sink& errors, bool& stop) {
     bool ok = deleteById(db, kDeleteRecordRows, table_id::control_records, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::control_records, "", "", status);
     if (!rows) {
-        appendf(errors, "ERROR, cannot open table [%s].\n", tableName(table_id::control_records));
+        errors.errorf("ERROR, cannot open table [%s].\n", tableName(table_id::control_records));
         stop = true;
         return false;
     }
     db_status inserted = rows->insert(row);
     if (!inserted.ok()) {
-        errors += "ERROR, unable to insert control record.\n";
+        errors.error("ERROR, unable to insert control record.\n");
         appendStatusText(inserted, errors);
         return false;
     }
     return ok;
 }
 
-bool saveRecordSoil(database& db, int32_t soilId, const tellura_soils* soils, std::string& errors) {
+bool saveRecordSoil(database& db, int32_t soilId, const tellura_soils* soils, message_sink& errors) {
     if (!soils) return true;
     const tellura_soil* soil = soils->find(soilId);
     return soil ? saveSoil(db, *soil, errors) : true;
@@ -86,29 +86,29 @@ std::string tellura_control_record::initialTree() const { return row.text(column
 
 // --- Site data -----------------------------------------------------------------
 
-bool loadSiteData(database& db, int32_t id, site_data_row& site, std::string& errors) {
+bool loadSiteData(database& db, int32_t id, site_data_row& site, message_sink& errors) {
     db_status status;
     switch (loadOneRow(db, table_id::site_data, id, site, status)) {
         case row_read::found:
             return true;
         case row_read::missing:
-            errors += "Error, no matching records in Site table\n";
+            errors.error("Error, no matching records in Site table\n");
             return false;
         case row_read::unopened:
-            errors += "ERROR, unable to open site table.\n";
+            errors.error("ERROR, unable to open site table.\n");
             return false;
     }
     return false;
 }
 
-bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors) {
+bool saveSiteData(database& db, int32_t id, const site_data_row& site, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteById(db, kDeleteDependentRows, table_id::site_data, id, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::site_data, "", "", status);
     if (!rows) {
-        errors += "ERROR, unable to write site table.\n";
+        errors.error("ERROR, unable to write site table.\n");
         appendStatusText(status, errors);
         return false;
     }
@@ -116,7 +116,7 @@ bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::stri
     keyed.setNumber(std::string_view("ID"), id);
     db_status inserted = rows->insert(keyed);
     if (!inserted.ok()) {
-        appendf(errors, "ERROR, cannot insert into table [%s]\n", tableName(table_id::site_data));
+        errors.errorf("ERROR, cannot insert into table [%s]\n", tableName(table_id::site_data));
         appendStatusText(inserted, errors);
         return false;
     }
@@ -125,16 +125,16 @@ bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::stri
 
 // --- Whole record --------------------------------------------------------------
 
-bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors) {
+bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, message_sink& errors) {
     db_status status;
     control_record_row row;
     switch (loadOneRow(db, table_id::control_records, id, row, status)) {
         case row_read::unopened:
-            errors += "ERROR, unable to open control record table.\n";
+            errors.error("ERROR, unable to open control record table.\n");
             appendStatusText(status, errors);
             return false;
         case row_read::missing:
-            appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
+            errors.errorf("ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
             return false;
         case row_read::found:
             break;
@@ -150,7 +150,7 @@ bool loadControlRecord(database& db, int32_t id, tellura_control_record& record,
     return ok;
 }
 
-bool saveControlRecord(database& db, tellura_control_record& record, std::string& errors, const tellura_soils* soils) {
+bool saveControlRecord(database& db, tellura_control_record& record, message_sink& errors, const tellura_soils* soils) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     const int32_t id = record.id();
@@ -170,12 +170,12 @@ bool saveControlRecord(database& db, tellura_control_record& record, std::string
     return true;
 }
 
-bool deleteControlRecord(database& db, int32_t id, std::string& errors) {
+bool deleteControlRecord(database& db, int32_t id, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     // Asked to delete what is not there is a mistake (a wrong ID), not a success.
     if (!controlRecordExists(db, id)) {
-        appendf(errors, "ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
+        errors.errorf("ERROR, can't find record, ID=%ld, in [Control Records].\n", asLong(id));
         return false;
     }
     bool ok = deleteRecordChanges(db, id, errors);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "db/table_record.h"
 #include "records/kept_values.h"
 #include "records/record_changes.h"
@@ -18,13 +19,13 @@ class database;
 class tellura_soils;
 class tellura_weather_stations;
 
-// One `Control Records` row: the record's run control and fixed parameters.
+// Accessor record of `Control Records`.
 class control_record_row : public table_record {
 public:
     control_record_row() : table_record(table_id::control_records) {}
 };
 
-// One `Site Data` row: initial values and the daily-step site parameters.
+// Accessor record of `Site Data`: initial values and the daily-step site parameters.
 class site_data_row : public table_record {
 public:
     site_data_row() : table_record(table_id::site_data) {}
@@ -66,7 +67,7 @@ public:
 // files). When the row is
 // missing or its table cannot be opened the record keeps its defaults; the
 // other parts are all read even when one of them fails.
-bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, std::string& errors);
+bool loadControlRecord(database& db, int32_t id, tellura_control_record& record, message_sink& errors);
 // Replaces the record and everything stored under its ID, in one session: the
 // row, the site data, the blocks and events, the kept values and files, and
 // the record's soil when `soils` holds it. A failing step does not stop the
@@ -75,15 +76,15 @@ bool loadControlRecord(database& db, int32_t id, tellura_control_record& record,
 // (which may store more under the ID) it all commits with that session.
 // Another save of the same record waits for this one; when someone else saved
 // the record since it was read, a warning says so and this save still wins whole.
-bool saveControlRecord(database& db, tellura_control_record& record, std::string& errors,
+bool saveControlRecord(database& db, tellura_control_record& record, message_sink& errors,
                        const tellura_soils* soils = nullptr);
 // Removes the record and every row stored under its ID (site data, blocks,
 // events, outputs), in one session. A record that is not there is an error.
-bool deleteControlRecord(database& db, int32_t id, std::string& errors);
+bool deleteControlRecord(database& db, int32_t id, message_sink& errors);
 
 // The site data row alone.
-bool loadSiteData(database& db, int32_t id, site_data_row& site, std::string& errors);
-bool saveSiteData(database& db, int32_t id, const site_data_row& site, std::string& errors);
+bool loadSiteData(database& db, int32_t id, site_data_row& site, message_sink& errors);
+bool saveSiteData(database& db, int32_t id, const site_data_row& site, message_sink& errors);
 
 // The text form of a record (the clipboard's plain text); the output code
 // appends the record's annual outputs to it. Empty when the record's weather

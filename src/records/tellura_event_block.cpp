@@ -93,10 +93,10 @@ void eventToRow(int32_t recordId, int16_t blockNumber, const tellura_event& e, t
     row.setText(c["Item"], e.item.substr(0, tellura_event::kMaxItemLength));
 }
 
-bool deleteRows(database& db, table_id table, const std::string& where, std::string& errors) {
+bool deleteRows(database& db, table_id table, const std::string& where, message_sink& errors) {
     std::string sql = strprintf("DELETE * FROM `%s` WHERE %s", tableName(table), where.c_str());
     if (db.execute(sql).ok()) return true;
-    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
     return false;
 }
 
@@ -104,16 +104,16 @@ bool deleteRows(database& db, table_id table, const std::string& where, std::str
 // deleted the old rows. Events are numbered in list order as they are stored,
 // so the stored order is always 1, 2, ... whatever the editor left behind.
 bool insertBlocks(database& db, int32_t recordId, const std::vector<const tellura_event_block*>& blocks,
-                  std::string& errors) {
+                  message_sink& errors) {
     db_status status;
     std::unique_ptr<rowset> blockRows = db.openTable(table_id::event_blocks, "", "", status);
     if (!blockRows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::event_blocks));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::event_blocks));
         return false;
     }
     std::unique_ptr<rowset> eventRows = db.openTable(table_id::events, "", "", status);
     if (!eventRows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::events));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::events));
         return false;
     }
     bool ok = true;
@@ -123,7 +123,7 @@ bool insertBlocks(database& db, int32_t recordId, const std::vector<const tellur
         blockToRow(recordId, *block, blockRow);
         db_status inserted = blockRows->insert(blockRow);
         if (!inserted.ok()) {
-            errors += "ERROR, unable to write Tellura event.\n";
+            errors.error("ERROR, unable to write Tellura event.\n");
             appendStatusText(inserted, errors);
             ok = false;
             continue;
@@ -135,7 +135,7 @@ bool insertBlocks(database& db, int32_t recordId, const std::vector<const tellur
             eventToRow(recordId, block->blockNumber, numbered, eventRow);
             inserted = eventRows->insert(eventRow);
             if (!inserted.ok()) {
-                errors += "ERROR, unable to write Tellura event.\n";
+                errors.error("ERROR, unable to write Tellura event.\n");
                 appendStatusText(inserted, errors);
                 ok = false;
             }
@@ -194,13 +194,13 @@ const char* weatherChoiceText(int choice) {
 
 // --- Storage -------------------------------------------------------------
 
-bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, std::string& errors) {
+bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, message_sink& errors) {
     blocks.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(
         table_id::event_blocks, strprintf("ID = %ld ORDER BY [Block Number]", static_cast<long>(recordId)), "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::event_blocks));
+        errors.errorf("ERROR, unable to open table [%s]\n", tableName(table_id::event_blocks));
         appendStatusText(status, errors);
         return false;
     }
@@ -215,7 +215,7 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         db.openTable(table_id::events,
                      strprintf("ID = %ld ORDER BY [Block Number], [Order]", static_cast<long>(recordId)), "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::events));
+        errors.errorf("ERROR, unable to open table [%s]\n", tableName(table_id::events));
         appendStatusText(status, errors);
         return false;
     }
@@ -226,8 +226,8 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
         int number = rows->row().integer(blockColumn);
         auto found = byNumber.find(number);
         if (found == byNumber.end()) {
-            appendf(errors, "WARNING, events of block %d have no event block, ID=%ld; they are left out.\n", number,
-                    static_cast<long>(recordId));
+            errors.warningf("WARNING, events of block %d have no event block, ID=%ld; they are left out.\n", number,
+                            static_cast<long>(recordId));
             byNumber[number] = nullptr;  // one warning per missing block
             continue;
         }
@@ -237,7 +237,7 @@ bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_b
 }
 
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
-                     std::string& errors, int64_t readCount) {
+                     message_sink& errors, int64_t readCount) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     if (db.sessionDepth() == 1) claimRecordSave(db, recordId, readCount, errors);
@@ -250,7 +250,7 @@ bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_e
     return s.commitIf(ok);
 }
 
-bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors) {
+bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     std::string where =
@@ -292,25 +292,25 @@ const item_rule* itemRule(int type) {
 }
 
 bool validateBlockFields(const tellura_event_block& block, int version, const tellura_weather_stations& stations,
-                         std::string& errors, const weather_coverage_check& coverage) {
+                         message_sink& errors, const weather_coverage_check& coverage) {
     bool ok = true;
     if (block.firstYear > block.lastYear) {
-        errors += "ERROR, first year after last year.\n";
+        errors.error("ERROR, first year after last year.\n");
         ok = false;
     }
     if (block.outputStartingYear > block.lastYear) {
-        errors += "ERROR, output starting year after last year.\n";
+        errors.error("ERROR, output starting year after last year.\n");
         ok = false;
     }
     if (block.weatherChoice == kWeatherFile) {
         if (block.weatherId == 0) {
-            errors += "ERROR, no weather data specified for event block weather choice.\n";
+            errors.error("ERROR, no weather data specified for event block weather choice.\n");
             ok = false;
         } else if (const tellura_weather_station* station = stations.find(block.weatherId)) {
             if (coverage) coverage(*station, block, version, errors);
         } else {
-            appendf(errors, "ERROR, weather data %ld not found for event block weather choice, block %d.\n",
-                    static_cast<long>(block.weatherId), static_cast<int>(block.blockNumber));
+            errors.errorf("ERROR, weather data %ld not found for event block weather choice, block %d.\n",
+                          static_cast<long>(block.weatherId), static_cast<int>(block.blockNumber));
             ok = false;
         }
     }
@@ -329,44 +329,44 @@ bool project_option_names::hasOption(option_kind kind, std::string_view name) co
     return lists_.contains(kind, name);
 }
 
-bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, std::string& errors) {
+bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, message_sink& errors) {
     const bool startsWithParenthesis = !event.item.empty() && event.item[0] == '(';
     if (event.type == kEventFert && startsWithParenthesis) {
         if (version == kTellura4Agricultural) return true;
-        appendf(errors,
-                "ERROR, FERT event with specified amounts \"%s\" is invalid for Tellura version, year %d, month %d.\n",
-                event.item.c_str(), event.year, event.month);
+        errors.errorf(
+            "ERROR, FERT event with specified amounts \"%s\" is invalid for Tellura version, year %d, month %d.\n",
+            event.item.c_str(), event.year, event.month);
         return false;
     }
     if (event.type == kEventDran) {
         if (version == kTellura4Agricultural) return true;
-        appendf(errors, "ERROR, DRAN event invalid for Tellura version, year %d, month %d.\n", event.year, event.month);
+        errors.errorf("ERROR, DRAN event invalid for Tellura version, year %d, month %d.\n", event.year, event.month);
         return false;
     }
     if (event.type < kEventCrop || event.type >= kEventExtr) {
         // The schedule has no command line for these, so a run must not see them.
-        appendf(errors, "ERROR, event type %s cannot be written to a schedule, year %d, month %d.\n",
-                eventTypeName(event.type), event.year, event.month);
+        errors.errorf("ERROR, event type %s cannot be written to a schedule, year %d, month %d.\n",
+                      eventTypeName(event.type), event.year, event.month);
         return false;
     }
     const item_rule* rule = itemRule(event.type);
     if (!rule) return true;  // PLTM, FRST, LAST, SENM, OMAD, EROD, TFST, TLST
     if (rule->parenthesisAccepted && startsWithParenthesis) return true;
     if (options.hasOption(rule->kind, event.item)) return true;
-    appendf(errors, "ERROR, unknown %s \"%s\" selected in event for year %d, month %d.\n", rule->word,
-            event.item.c_str(), event.year, event.month);
+    errors.errorf("ERROR, unknown %s \"%s\" selected in event for year %d, month %d.\n", rule->word, event.item.c_str(),
+                  event.year, event.month);
     return false;
 }
 
 bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
-                         const tellura_weather_stations& stations, std::string& errors,
+                         const tellura_weather_stations& stations, message_sink& errors,
                          const weather_coverage_check& coverage) {
     bool ok = true;
     for (const tellura_event_block& block : blocks) {
         ok = validateBlockFields(block, version, stations, errors, coverage) && ok;
         for (const tellura_event& event : block.events) {
             if (validateEvent(event, version, options, errors)) continue;
-            appendf(errors, "Error occured in block number %d\n", static_cast<int>(block.blockNumber));
+            errors.errorf("Error occured in block number %d\n", static_cast<int>(block.blockNumber));
             ok = false;
         }
     }
@@ -408,16 +408,16 @@ constexpr size_t kScheduleLineBuffer = 256;
 }  // namespace
 
 bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month, tellura_event& event,
-                std::string& errors) {
+                message_sink& errors) {
     std::string_view name = nextToken(rest);
     if (name.empty()) {
-        errors += "ERROR, unable to parse tellura event.\n";
+        errors.error("ERROR, unable to parse tellura event.\n");
         return false;
     }
     int type = eventTypeFromName(name);
     if (type == 0) {
-        appendf(errors, "ERROR, unknown operation name: \"%.*s\" Year=%d Month=%d.\n", static_cast<int>(name.size()),
-                name.data(), year, month);
+        errors.errorf("ERROR, unknown operation name: \"%.*s\" Year=%d Month=%d.\n", static_cast<int>(name.size()),
+                      name.data(), year, month);
         return false;
     }
     event = tellura_event{};

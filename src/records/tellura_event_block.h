@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "records/option_member.h"
 
 namespace sb {
@@ -83,15 +84,15 @@ struct tellura_event_block {
 
 // Blocks of a record in block order, each with its events in event order.
 // Missing tables or rows are reported; an event whose block is absent is left out.
-bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, std::string& errors);
+bool loadEventBlocks(database& db, int32_t recordId, std::vector<tellura_event_block>& blocks, message_sink& errors);
 // Replaces every block and event stored under the record's ID with the given
 // ones (blocks deleted in the editor disappear too), in one session. Saved on
 // their own (not as part of the whole record), they count as a save of the
 // record: `readCount` is the record's change count when they were read.
 bool saveEventBlocks(database& db, int32_t recordId, const std::vector<tellura_event_block>& blocks,
-                     std::string& errors, int64_t readCount = -1);
+                     message_sink& errors, int64_t readCount = -1);
 // Replaces one block and its events ("... WHERE ID = %ld AND [Block Number] = %d").
-bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, std::string& errors);
+bool saveEventBlock(database& db, int32_t recordId, const tellura_event_block& block, message_sink& errors);
 
 // --- Validation ------------------------------------------------------------
 
@@ -115,16 +116,16 @@ private:
 
 // Checks that a station's history covers a weather-file block (warnings only).
 using weather_coverage_check = std::function<void(const tellura_weather_station& station,
-                                                  const tellura_event_block& block, int version, std::string& errors)>;
+                                                  const tellura_event_block& block, int version, message_sink& errors)>;
 
 // The option list an operation's item must name; false when it names none.
 bool eventItemOptionKind(int type, option_kind& kind);
 
 // One event against the version and the option lists; every message is appended.
-bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, std::string& errors);
+bool validateEvent(const tellura_event& event, int version, const option_name_lookup& options, message_sink& errors);
 // Every block is checked and every message collected; false when any check failed.
 bool validateEventBlocks(const std::vector<tellura_event_block>& blocks, int version, const option_name_lookup& options,
-                         const tellura_weather_stations& stations, std::string& errors,
+                         const tellura_weather_stations& stations, message_sink& errors,
                          const weather_coverage_check& coverage = {});
 
 // --- Schedule text -----------------------------------------------------------
@@ -154,7 +155,7 @@ private:
 // Reads the operation (and its item) that follows the date of a schedule line.
 // `rest` is what is left of the line after year and month were read.
 bool parseEvent(std::string_view rest, schedule_line_source& more, int year, int month, tellura_event& event,
-                std::string& errors);
+                message_sink& errors);
 
 // --- Text form -----------------------------------------------------------------
 

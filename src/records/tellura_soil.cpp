@@ -77,17 +77,17 @@ int wholeCentimetres(double value) {
 }
 
 void checkDepths(const tellura_soil& soil, const double* bottoms, int tableSize, int layersChecked,
-                 std::string& errors) {
+                 message_sink& errors) {
     std::string name = soil.name();
     for (int i = 1; i <= layersChecked; ++i) {
         double depthM = soil.layers[static_cast<size_t>(i - 1)].depth() / 100.0;
         // Layers past the table compare with 0 and so always warn.
         double expected = i <= tableSize ? bottoms[i - 1] : 0.0;
         if (depthM - expected > kDepthTolerance)
-            appendf(errors,
-                    "WARNING, Soil %s layer %d depth (%.3fm) does not match TELLURA default layer %d "
-                    "thickness (%.2fm).\n",
-                    name.c_str(), i, depthM, i, expected);
+            errors.warningf(
+                "WARNING, Soil %s layer %d depth (%.3fm) does not match TELLURA default layer %d "
+                "thickness (%.2fm).\n",
+                name.c_str(), i, depthM, i, expected);
     }
 }
 
@@ -105,13 +105,13 @@ void tellura_soil::renumberLayers() {
     }
 }
 
-bool tellura_soil::insertLayer(int position, std::string& errors) {
+bool tellura_soil::insertLayer(int position, message_sink& errors) {
     if (layerCount >= kMaxSoilLayers) {
-        errors += "Number of layers is already at maximum";
+        errors.error("Number of layers is already at maximum");
         return false;
     }
     if (position < 0 || position > layerCount) {
-        errors += "Unable to insert layer.";
+        errors.error("Unable to insert layer.");
         return false;
     }
     for (int i = layerCount; i > position; --i) layers[static_cast<size_t>(i)] = layers[static_cast<size_t>(i - 1)];
@@ -121,9 +121,9 @@ bool tellura_soil::insertLayer(int position, std::string& errors) {
     return true;
 }
 
-bool tellura_soil::deleteLayer(int position, std::string& errors) {
+bool tellura_soil::deleteLayer(int position, message_sink& errors) {
     if (position < 0 || position >= layerCount) {
-        errors += "Unable to delete layer.";
+        errors.error("Unable to delete layer.");
         return false;
     }
     for (int i = position; i + 1 < layerCount; ++i) layers[static_cast<size_t>(i)] = layers[static_cast<size_t>(i + 1)];
@@ -146,20 +146,20 @@ std::vector<int> tellura_soil::layerDepths() const {
     return depths;
 }
 
-void tellura_soil::checkForRun(int version, std::string& errors) const {
+void tellura_soil::checkForRun(int version, message_sink& errors) const {
     if (version < 4 && layerCount > 0) {
         std::string soilName = name();
         for (int i = 0; i < std::min(layerCount, kTranspirationCheckedLayers); ++i)
             if (layers[static_cast<size_t>(i)].single(kLayerTranspirationLossFactor) == 0.0f)
-                appendf(errors, "WARNING, Soil %s transpiration loss factor is zero in layer %d.\n", soilName.c_str(),
-                        i + 1);
+                errors.warningf("WARNING, Soil %s transpiration loss factor is zero in layer %d.\n", soilName.c_str(),
+                                i + 1);
     }
     if (version == 4) return;  // the daily model takes its layers from soils.in
     if (version == 1) checkDepths(*this, kDefaultBottomsA, 10, layerCount, errors);
     else checkDepths(*this, kDefaultBottomsB, 9, std::min(layerCount, 9), errors);
 }
 
-bool tellura_soil::setFieldBySiteName(std::string_view name, double value, std::string& errors) {
+bool tellura_soil::setFieldBySiteName(std::string_view name, double value, message_sink& errors) {
     for (const site_soil_field& field : kSiteSoilFields) {
         if (field.target == site_target::soil) {
             if (!iequals(name, field.name)) continue;
@@ -199,12 +199,12 @@ const tellura_soil* tellura_soils::find(int32_t soilId) const {
     return nullptr;
 }
 
-bool tellura_soils::load(database& db, std::string& errors) {
+bool tellura_soils::load(database& db, message_sink& errors) {
     soils.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::soils, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::soils));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::soils));
         return false;
     }
     for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) {
@@ -219,7 +219,7 @@ bool tellura_soils::load(database& db, std::string& errors) {
     }
     rows = db.openTable(table_id::soil_layers, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::soil_layers));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::soil_layers));
         return false;
     }
     bool ok = true;
@@ -229,12 +229,12 @@ bool tellura_soils::load(database& db, std::string& errors) {
         int number = row.integer(kLayerNumber);
         tellura_soil* soil = find(static_cast<int32_t>(id));
         if (!soil) {
-            appendf(errors, "ERROR, layer found but no soil, ID = %ld.\n", id);
+            errors.errorf("ERROR, layer found but no soil, ID = %ld.\n", id);
             continue;
         }
         if (number < 1 || number > kMaxSoilLayers) {
-            appendf(errors, "ERROR, soil layer number %d out of range 1 to %d, soil ID = %ld.\n", number,
-                    kMaxSoilLayers, id);
+            errors.errorf("ERROR, soil layer number %d out of range 1 to %d, soil ID = %ld.\n", number, kMaxSoilLayers,
+                          id);
             ok = false;
             continue;
         }
@@ -252,13 +252,13 @@ namespace {
 
 // The soil's layer rows and its own row; each failure is reported and the
 // other table is still cleared.
-bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
+bool deleteSoilRows(int32_t soilId, database& db, message_sink& errors) {
     bool ok = true;
     for (table_id table : {table_id::soil_layers, table_id::soils}) {
         db_status status = db.execute(
             strprintf("DELETE * FROM `%s` WHERE [Soil ID] = %d", tableName(table), static_cast<int>(soilId)));
         if (status.failed()) {
-            appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+            errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
             ok = false;
         }
     }
@@ -267,31 +267,31 @@ bool deleteSoilRows(int32_t soilId, database& db, std::string& errors) {
 
 }  // namespace
 
-bool deleteSoil(database& db, int32_t soilId, std::string& errors) {
+bool deleteSoil(database& db, int32_t soilId, message_sink& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     return unit.commitIf(deleteSoilRows(soilId, db, errors));
 }
 
-bool saveSoil(database& db, const tellura_soil& soil, std::string& errors) {
+bool saveSoil(database& db, const tellura_soil& soil, message_sink& errors) {
     store_session unit(db, errors);
     if (!unit.ok()) return false;
     bool ok = deleteSoilRows(soil.soilId(), db, errors);
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::soils, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::soils));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::soils));
         return false;
     }
     status = rows->insert(soil);
     if (status.failed()) {
-        errors += "ERROR, unable to insert soil record.\n";
+        errors.error("ERROR, unable to insert soil record.\n");
         appendStatusText(status, errors);
         ok = false;
     }
     rows = db.openTable(table_id::soil_layers, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table %s\n", tableName(table_id::soil_layers));
+        errors.errorf("Unable to open table %s\n", tableName(table_id::soil_layers));
         return false;
     }
     for (int i = 0; i < soil.layerCount; ++i) {
@@ -300,7 +300,7 @@ bool saveSoil(database& db, const tellura_soil& soil, std::string& errors) {
         layer.setNumber(kLayerNumber, i + 1);
         status = rows->insert(layer);
         if (status.failed()) {  // every refused layer is reported; then nothing is kept
-            errors += "ERROR, unable to insert soil layer.\n";
+            errors.error("ERROR, unable to insert soil layer.\n");
             appendStatusText(status, errors);
             ok = false;
         }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "db/table_record.h"
 
 namespace sb {
@@ -65,7 +66,6 @@ enum soil_column : int {
     kSoilColumnCount
 };
 
-// One `Soil Layers` row: a layer of a soil.
 class soil_layer : public table_record {
 public:
     soil_layer() : table_record(table_id::soil_layers) {}
@@ -80,7 +80,6 @@ constexpr int kWaterHoldingOptionCount = 7;
 // nullptr outside 0..6.
 const char* waterHoldingOptionText(int swflag);
 
-// One soil: its `Soils` row, with its layers held beside it.
 class tellura_soil : public table_record {
 public:
     tellura_soil() : table_record(table_id::soils) {}
@@ -96,10 +95,10 @@ public:
     // Makes room at `position` (0..layerCount) for a new empty layer. Refused at
     // 14 layers with "Number of layers is already at maximum", and for a
     // position outside 0..layerCount with "Unable to insert layer.".
-    bool insertLayer(int position, std::string& errors);
+    bool insertLayer(int position, message_sink& errors);
     // Removes the layer at `position` (0..layerCount-1), the deeper ones move
     // up; anything else is refused with "Unable to delete layer.".
-    bool deleteLayer(int position, std::string& errors);
+    bool deleteLayer(int position, message_sink& errors);
     // "%d: %d cm - afiel=%lg awilt=%lg N=%lg P=%lg S=%lg" for the editor's layer list.
     std::string layerListText(int position) const;
     // The bottoms of the soil's own layers, in cm: the layer structure its
@@ -107,7 +106,7 @@ public:
     std::vector<int> layerDepths() const;
 
     // The pre-run warnings for a model version code; never fails the run.
-    void checkForRun(int version, std::string& errors) const;
+    void checkForRun(int version, message_sink& errors) const;
 
     // A soil value from an imported site parameter file: AWILT(i), AFIEL(i),
     // ADEP(i), AWTL(i), RWCF(i), MINERL(i,k) (k = 1 N, 2 P, 3 S), BULKD, BASEF,
@@ -115,13 +114,12 @@ public:
     // STORMF, SWFLAG; case ignored. Setting layer i's value makes the soil hold
     // at least i layers. False for other names; a layer subscript beyond 14
     // gives the "exceeds array size" message.
-    bool setFieldBySiteName(std::string_view name, double value, std::string& errors);
+    bool setFieldBySiteName(std::string_view name, double value, message_sink& errors);
 
 private:
     void renumberLayers();
 };
 
-// Soils of a project, each with its layers.
 class tellura_soils {
 public:
     std::vector<tellura_soil> soils;
@@ -130,13 +128,13 @@ public:
     const tellura_soil* find(int32_t soilId) const;
 
     // Replaces the list with every soil of the project and its layers.
-    bool load(database& db, std::string& errors);
+    bool load(database& db, message_sink& errors);
 };
 
 // Replaces the soil's `Soils` row and its `Soil Layers` rows in one session;
 // after any failure nothing of it is kept.
-bool saveSoil(database& db, const tellura_soil& soil, std::string& errors);
+bool saveSoil(database& db, const tellura_soil& soil, message_sink& errors);
 // Removes the soil's `Soils` row and its `Soil Layers` rows in one session.
-bool deleteSoil(database& db, int32_t soilId, std::string& errors);
+bool deleteSoil(database& db, int32_t soilId, message_sink& errors);
 
 }  // namespace sb

@@ -93,9 +93,9 @@ void dayMembers(Day& d, Visit&& visit) {
 
 long asLong(int32_t id) { return static_cast<long>(id); }
 
-bool deleteStationRows(database& db, table_id table, int32_t stationId, std::string& errors) {
+bool deleteStationRows(database& db, table_id table, int32_t stationId, message_sink& errors) {
     if (db.execute(strprintf("DELETE FROM `%s` WHERE ID = %ld", tableName(table), asLong(stationId))).ok()) return true;
-    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
     return false;
 }
 
@@ -109,11 +109,11 @@ bool stationExists(database& db, int32_t stationId) {
 // Opens a table for inserting and inserts each row that `fill` produces, stopping at
 // the first failure: one refused row usually means every later one is refused too.
 template <class Fill>
-bool insertRows(database& db, table_id table, size_t count, Fill fill, std::string& errors) {
+bool insertRows(database& db, table_id table, size_t count, Fill fill, message_sink& errors) {
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table, "", "", status);
     if (!rows) {
-        appendf(errors, "Unable to open table [%s]\n", tableName(table));
+        errors.errorf("Unable to open table [%s]\n", tableName(table));
         appendStatusText(status, errors);
         return false;
     }
@@ -122,7 +122,7 @@ bool insertRows(database& db, table_id table, size_t count, Fill fill, std::stri
         fill(i, row);
         db_status inserted = rows->insert(row);
         if (!inserted.ok()) {
-            appendf(errors, "ERROR, unable to insert into table [%s]\n", tableName(table));
+            errors.errorf("ERROR, unable to insert into table [%s]\n", tableName(table));
             appendStatusText(inserted, errors);
             return false;
         }
@@ -132,11 +132,11 @@ bool insertRows(database& db, table_id table, size_t count, Fill fill, std::stri
 
 // Replaces one station's rows in a history table, in one session.
 template <class Fill>
-bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill, std::string& errors) {
+bool replaceHistory(database& db, table_id table, int32_t stationId, size_t count, Fill fill, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     if (!stationExists(db, stationId)) {
-        appendf(errors, "ERROR, weather station %ld not found.\n", asLong(stationId));
+        errors.errorf("ERROR, weather station %ld not found.\n", asLong(stationId));
         return false;
     }
     bool ok = deleteStationRows(db, table, stationId, errors);
@@ -145,12 +145,12 @@ bool replaceHistory(database& db, table_id table, int32_t stationId, size_t coun
 }
 
 std::unique_ptr<rowset> openStationRows(database& db, table_id table, int32_t stationId, const char* order,
-                                        std::string& errors) {
+                                        message_sink& errors) {
     db_status status;
     std::unique_ptr<rowset> rows =
         db.openTable(table, strprintf("[ID] = %ld ORDER BY %s", asLong(stationId), order), "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table));
+        errors.errorf("ERROR, unable to open table [%s]\n", tableName(table));
         appendStatusText(status, errors);
     }
     return rows;
@@ -221,7 +221,7 @@ weather_daily_year& tellura_weather_station::dailyYear(int year) {
     return daily.back();
 }
 
-bool tellura_weather_station::setClimateMean(std::string_view name, double value, std::string& errors) {
+bool tellura_weather_station::setClimateMean(std::string_view name, double value, message_sink& errors) {
     for (const climate_series& series : kClimateSeries) {
         field_setter setter(name, value, errors);
         int index = setter.locate1(series.name, 12);
@@ -249,12 +249,12 @@ const tellura_weather_station* tellura_weather_stations::find(int32_t id) const 
 
 // --- Storage ---------------------------------------------------------------
 
-bool loadWeatherStations(database& db, tellura_weather_stations& list, std::string& errors) {
+bool loadWeatherStations(database& db, tellura_weather_stations& list, message_sink& errors) {
     list.stations.clear();
     db_status status;
     std::unique_ptr<rowset> rows = db.openTable(table_id::weather_stations, "", "ID ASC", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::weather_stations));
+        errors.errorf("ERROR, unable to open table [%s]\n", tableName(table_id::weather_stations));
         appendStatusText(status, errors);
         return false;
     }
@@ -269,7 +269,7 @@ bool loadWeatherStations(database& db, tellura_weather_stations& list, std::stri
 
     rows = db.openTable(table_id::weather_averages, "", "", status);
     if (!rows) {
-        appendf(errors, "ERROR, unable to open table [%s]\n", tableName(table_id::weather_averages));
+        errors.errorf("ERROR, unable to open table [%s]\n", tableName(table_id::weather_averages));
         appendStatusText(status, errors);
         return false;
     }
@@ -281,7 +281,7 @@ bool loadWeatherStations(database& db, tellura_weather_stations& list, std::stri
         if (!station) continue;  // means of a deleted station
         int month = row.integer(c["Month"]);
         if (month < 1 || month > 12) {
-            appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table_id::weather_averages));
+            errors.errorf("ERROR, month out of bounds in table [%s]\n", tableName(table_id::weather_averages));
             ok = false;
             continue;
         }
@@ -293,15 +293,15 @@ bool loadWeatherStations(database& db, tellura_weather_stations& list, std::stri
 
 namespace {
 
-bool emptyTable(database& db, table_id table, std::string& errors) {
+bool emptyTable(database& db, table_id table, message_sink& errors) {
     if (db.execute(strprintf("DELETE FROM `%s`", tableName(table))).ok()) return true;
-    appendf(errors, "ERROR, unable to delete from [%s]\n", tableName(table));
+    errors.errorf("ERROR, unable to delete from [%s]\n", tableName(table));
     return false;
 }
 
 // Inserts the station rows and the means of the stations that have them; the
 // caller has deleted what they replace.
-bool insertStations(database& db, const std::vector<const tellura_weather_station*>& stations, std::string& errors) {
+bool insertStations(database& db, const std::vector<const tellura_weather_station*>& stations, message_sink& errors) {
     bool ok = insertRows(
         db, table_id::weather_stations, stations.size(),
         [&](size_t i, table_record& row) {
@@ -327,7 +327,7 @@ bool insertStations(database& db, const std::vector<const tellura_weather_statio
 
 }  // namespace
 
-bool saveWeatherStation(database& db, const tellura_weather_station& station, std::string& errors) {
+bool saveWeatherStation(database& db, const tellura_weather_station& station, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = deleteStationRows(db, table_id::weather_stations, station.id, errors);
@@ -336,7 +336,7 @@ bool saveWeatherStation(database& db, const tellura_weather_station& station, st
     return s.commitIf(ok);
 }
 
-bool saveWeatherStations(database& db, const tellura_weather_stations& list, std::string& errors) {
+bool saveWeatherStations(database& db, const tellura_weather_stations& list, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = emptyTable(db, table_id::weather_stations, errors);
@@ -347,7 +347,7 @@ bool saveWeatherStations(database& db, const tellura_weather_stations& list, std
     return s.commitIf(ok);
 }
 
-bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) {
+bool deleteWeatherStation(database& db, int32_t stationId, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     bool ok = true;
@@ -357,7 +357,7 @@ bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors) 
     return s.commitIf(ok);
 }
 
-bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::string& errors) {
+bool loadMonthlyHistory(database& db, tellura_weather_station& station, message_sink& errors) {
     station.monthly.clear();
     const table_id table = table_id::weather_historical_monthly;
     std::unique_ptr<rowset> rows = openStationRows(db, table, station.id, "[Year], [Month]", errors);
@@ -369,7 +369,7 @@ bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::str
         const table_record& row = rows->row();
         int month = row.integer(c["Month"]);
         if (month < 1 || month > 12) {
-            appendf(errors, "ERROR, month out of bounds in table [%s]\n", tableName(table));
+            errors.errorf("ERROR, month out of bounds in table [%s]\n", tableName(table));
             ok = false;
             continue;
         }
@@ -384,7 +384,7 @@ bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::str
     return readToTheEnd(s, tableName(table), errors) && ok;
 }
 
-bool loadDailyHistory(database& db, tellura_weather_station& station, std::string& errors) {
+bool loadDailyHistory(database& db, tellura_weather_station& station, message_sink& errors) {
     station.daily.clear();
     std::unique_ptr<rowset> rows =
         openStationRows(db, table_id::weather_historical_daily, station.id, "[Year], [Month], [Day]", errors);
@@ -401,7 +401,7 @@ bool loadDailyHistory(database& db, tellura_weather_station& station, std::strin
     return readToTheEnd(s, tableName(table_id::weather_historical_daily), errors);
 }
 
-bool saveMonthlyHistory(database& db, const tellura_weather_station& station, std::string& errors) {
+bool saveMonthlyHistory(database& db, const tellura_weather_station& station, message_sink& errors) {
     std::vector<std::pair<int16_t, const weather_month_record*>> flat;
     for (const weather_monthly_year& y : station.monthly)
         for (const weather_month_record& m : y.months) flat.emplace_back(y.year, &m);
@@ -418,7 +418,7 @@ bool saveMonthlyHistory(database& db, const tellura_weather_station& station, st
         errors);
 }
 
-bool saveDailyHistory(database& db, const tellura_weather_station& station, std::string& errors) {
+bool saveDailyHistory(database& db, const tellura_weather_station& station, message_sink& errors) {
     std::vector<const weather_day_record*> flat;
     for (const weather_daily_year& y : station.daily)
         for (const weather_day_record& d : y.days) flat.push_back(&d);
@@ -453,7 +453,7 @@ float weather_month_record::*monthlySeries(std::string_view keyword) {
 
 }  // namespace
 
-bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
+bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
@@ -473,19 +473,19 @@ bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& st
             line.substr(start, end == std::string_view::npos ? line.size() - start : end - start);
         float weather_month_record::*series = monthlySeries(keyword);
         if (!series) {
-            appendf(errors, "ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\", line %ld\n",
-                    static_cast<int>(line.size()), line.data(), path.c_str(), lineNumber);
+            errors.errorf("ERROR, unknown text in weather file: \"%.*s\"\nFile: \"%s\", line %ld\n",
+                          static_cast<int>(line.size()), line.data(), path.c_str(), lineNumber);
             ok = false;
             return;
         }
         std::string_view numbers = end == std::string_view::npos ? std::string_view() : line.substr(end);
         if ((!(readNumbers(numbers, values) && values.size() == 13) && !readMonthlyColumns(line, values)) ||
             !validYear(values[0])) {
-            appendf(errors,
-                    "ERROR, a year (%d to %d) and twelve monthly values expected in weather file: \"%.*s\"\nFile: "
-                    "\"%s\", line %ld\n",
-                    kFirstWeatherYear, kLastWeatherYear, static_cast<int>(line.size()), line.data(), path.c_str(),
-                    lineNumber);
+            errors.errorf(
+                "ERROR, a year (%d to %d) and twelve monthly values expected in weather file: \"%.*s\"\nFile: "
+                "\"%s\", line %ld\n",
+                kFirstWeatherYear, kLastWeatherYear, static_cast<int>(line.size()), line.data(), path.c_str(),
+                lineNumber);
             ok = false;
             return;
         }
@@ -498,16 +498,16 @@ bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& st
         ++rows;
     });
     if (!ok) {
-        appendf(errors, "Nothing imported from \"%s\".\n", path.c_str());
+        errors.errorf("Nothing imported from \"%s\".\n", path.c_str());
         return false;
     }
     station = std::move(read);
-    appendf(errors, "%d rows imported.\n", rows);
-    appendf(errors, "Imported %d records from \"%s\".\n", static_cast<int>(records.size()), path.c_str());
+    errors.notef("%d rows imported.\n", rows);
+    errors.notef("Imported %d records from \"%s\".\n", static_cast<int>(records.size()), path.c_str());
     return true;
 }
 
-bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors) {
+bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, message_sink& errors) {
     std::string text;
     if (!readTextFile(path, text, errors, strprintf("ERROR, unable to open weather file: \"%s\"\n", path.c_str())))
         return false;
@@ -534,7 +534,7 @@ bool validDate(double day, double month) { return month >= 1 && month < 13 && da
 }  // namespace
 
 bool readDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& target,
-                          std::string& errors) {
+                          message_sink& errors) {
     if (!checkTextLimits(text, path, errors)) return false;
     // Read into a copy: a file with any bad line leaves the station's history as it was.
     tellura_weather_station station = target;
@@ -548,10 +548,10 @@ bool readDailyWeatherText(std::string_view text, const std::string& path, tellur
         if (isBlank(line)) return;
         bool readable = readNumbers(line, v) && v.size() >= 7 && v.size() <= 10 && validYear(v[2]);
         if (!readable || !validDate(v[0], v[1])) {
-            appendf(errors,
-                    "ERROR, line %ld of daily weather file \"%s\" is not \"day month year day-of-year tmax tmin "
-                    "precipitation [solrad rhumid windsp]\": \"%.*s\"\n",
-                    lineNumber, path.c_str(), static_cast<int>(line.size()), line.data());
+            errors.errorf(
+                "ERROR, line %ld of daily weather file \"%s\" is not \"day month year day-of-year tmax tmin "
+                "precipitation [solrad rhumid windsp]\": \"%.*s\"\n",
+                lineNumber, path.c_str(), static_cast<int>(line.size()), line.data());
             ok = false;
             return;
         }
@@ -573,11 +573,11 @@ bool readDailyWeatherText(std::string_view text, const std::string& path, tellur
         lastYear = std::max<long>(lastYear, d.year);
     });
     if (!ok) {
-        appendf(errors, "Nothing imported from \"%s\".\n", path.c_str());
+        errors.errorf("Nothing imported from \"%s\".\n", path.c_str());
         return false;
     }
     target = std::move(station);
-    appendf(errors, "%ld days read, from years %ld to %ld.\n", days, firstYear, lastYear);
+    errors.notef("%ld days read, from years %ld to %ld.\n", days, firstYear, lastYear);
     return true;
 }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -41,8 +43,6 @@ struct weather_daily_year {
     bool operator==(const weather_daily_year&) const = default;
 };
 
-// One weather station: its `Weather Stations` row, its climate means and,
-// when loaded, its historical weather.
 class tellura_weather_station {
 public:
     int32_t id = 0;
@@ -57,10 +57,9 @@ public:
     // Sets a climate mean by its site-file name: PRECIP(m), PRCSTD(m), PRCSKW(m),
     // TMN2M(m), TMX2M(m), case ignored. False when the name is none of them; a
     // month outside 1..12 is reported and nothing is stored.
-    bool setClimateMean(std::string_view name, double value, std::string& errors);
+    bool setClimateMean(std::string_view name, double value, message_sink& errors);
 };
 
-// Weather stations of a project.
 class tellura_weather_stations {
 public:
     std::vector<tellura_weather_station> stations;
@@ -71,32 +70,32 @@ public:
 // --- Storage ---------------------------------------------------------------
 
 // Every station with its climate means (no history).
-bool loadWeatherStations(database& db, tellura_weather_stations& list, std::string& errors);
+bool loadWeatherStations(database& db, tellura_weather_stations& list, message_sink& errors);
 // The station row and its twelve `Weather Averages` rows, replacing the stored ones.
-bool saveWeatherStation(database& db, const tellura_weather_station& station, std::string& errors);
+bool saveWeatherStation(database& db, const tellura_weather_station& station, message_sink& errors);
 // Replaces every station and all climate means with the list (the station editor's
 // save); history rows are kept, also of stations no longer in the list.
-bool saveWeatherStations(database& db, const tellura_weather_stations& list, std::string& errors);
+bool saveWeatherStations(database& db, const tellura_weather_stations& list, message_sink& errors);
 // The station and everything stored under its ID.
-bool deleteWeatherStation(database& db, int32_t stationId, std::string& errors);
+bool deleteWeatherStation(database& db, int32_t stationId, message_sink& errors);
 
 // History of one station, replacing what the station holds in memory.
-bool loadMonthlyHistory(database& db, tellura_weather_station& station, std::string& errors);
-bool loadDailyHistory(database& db, tellura_weather_station& station, std::string& errors);
+bool loadMonthlyHistory(database& db, tellura_weather_station& station, message_sink& errors);
+bool loadDailyHistory(database& db, tellura_weather_station& station, message_sink& errors);
 // Replace the station's stored history with the one it holds in memory; after
 // any failure the stored history stays as it was.
-bool saveMonthlyHistory(database& db, const tellura_weather_station& station, std::string& errors);
-bool saveDailyHistory(database& db, const tellura_weather_station& station, std::string& errors);
+bool saveMonthlyHistory(database& db, const tellura_weather_station& station, message_sink& errors);
+bool saveDailyHistory(database& db, const tellura_weather_station& station, message_sink& errors);
 
 // --- Weather files -----------------------------------------------------------
 
 // The model's monthly weather file: "prec 1990 v1 .. v12", "tmin ...", "tmax ...".
-bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
+bool readMonthlyWeatherFile(const std::string& path, tellura_weather_station& station, message_sink& errors);
 // The model's daily weather file: day, month, year, day of year, tmax, tmin,
 // precipitation, then optionally solar radiation, relative humidity, wind speed.
-bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, std::string& errors);
+bool readDailyWeatherFile(const std::string& path, tellura_weather_station& station, message_sink& errors);
 bool readDailyWeatherText(std::string_view text, const std::string& path, tellura_weather_station& station,
-                          std::string& errors);
+                          message_sink& errors);
 
 // --- Text form -----------------------------------------------------------------
 

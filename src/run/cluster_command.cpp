@@ -32,18 +32,18 @@ std::string trimmedEnd(std::string text) {
 }  // namespace
 
 bool runClusterCommand(const std::string& program, const std::vector<std::string>& arguments,
-                       cluster_command_result& result, std::string& errors, uint32_t timeoutMs) {
+                       cluster_command_result& result, message_sink& errors, uint32_t timeoutMs) {
     result = cluster_command_result();
     const std::string path = findOnPath(program);
     if (path.empty()) {
-        appendf(errors, "ERROR, \"%s\" was not found on the PATH: Slurm's commands must be installed on this host.\n",
-                program.c_str());
+        errors.errorf("ERROR, \"%s\" was not found on the PATH: Slurm's commands must be installed on this host.\n",
+                      program.c_str());
         return false;
     }
     std::FILE* output = std::tmpfile();
     if (!output) {
-        appendf(errors, "ERROR, unable to run \"%s\": no temporary file for its output (%s).\n", program.c_str(),
-                std::strerror(errno));
+        errors.errorf("ERROR, unable to run \"%s\": no temporary file for its output (%s).\n", program.c_str(),
+                      std::strerror(errno));
         return false;
     }
     std::vector<std::string> command = {path};
@@ -52,19 +52,19 @@ bool runClusterCommand(const std::string& program, const std::vector<std::string
     int code = 0;
     bool ok = child.start(command, "", fileno(output), code);
     if (!ok) {
-        appendf(errors, "ERROR, unable to start \"%s\": %s.\n", path.c_str(), std::strerror(code));
+        errors.errorf("ERROR, unable to start \"%s\": %s.\n", path.c_str(), std::strerror(code));
     } else {
         const wait_result waited = child.wait(timeoutMs, {});
         result.output = readAll(output);
         result.exitCode = child.exitCode();
         result.ran = waited == wait_result::finished && result.exitCode >= 0;
         if (waited == wait_result::timedOut) {
-            appendf(errors, "ERROR, \"%s\" did not answer within %lu seconds and was ended.\n", program.c_str(),
-                    static_cast<unsigned long>(timeoutMs / 1000));
+            errors.errorf("ERROR, \"%s\" did not answer within %lu seconds and was ended.\n", program.c_str(),
+                          static_cast<unsigned long>(timeoutMs / 1000));
             ok = false;
         } else if (!result.ran || result.exitCode != 0) {
-            appendf(errors, "ERROR, \"%s\" failed (exit status %d): %s\n", program.c_str(), result.exitCode,
-                    trimmedEnd(result.output).c_str());
+            errors.errorf("ERROR, \"%s\" failed (exit status %d): %s\n", program.c_str(), result.exitCode,
+                          trimmedEnd(result.output).c_str());
             ok = false;
         }
     }

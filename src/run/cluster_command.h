@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct cluster_command_result {
@@ -19,6 +21,6 @@ struct cluster_command_result {
 // PATH, cannot start, does not end in time or exits with a status other than 0
 // (its output is in the message).
 bool runClusterCommand(const std::string& program, const std::vector<std::string>& arguments,
-                       cluster_command_result& result, std::string& errors, uint32_t timeoutMs = 60000);
+                       cluster_command_result& result, message_sink& errors, uint32_t timeoutMs = 60000);
 
 }  // namespace sb

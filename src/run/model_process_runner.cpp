@@ -12,18 +12,18 @@ namespace {
 
 // A stale output must not be read as this run's: a file that exists but
 // cannot be deleted is reported.
-void deleteStale(const std::string& folder, const char* name, std::string& errors) {
+void deleteStale(const std::string& folder, const char* name, message_sink& errors) {
     if (!*name) return;
     std::error_code ec;
     std::filesystem::path path = std::filesystem::path(folder.empty() ? "." : folder) / name;
     if (!std::filesystem::remove(path, ec) && ec)
-        appendf(errors, "WARNING, unable to delete old output file \"%s\": %s.\n", path.c_str(), ec.message().c_str());
+        errors.warningf("WARNING, unable to delete old output file \"%s\": %s.\n", path.c_str(), ec.message().c_str());
 }
 
 }  // namespace
 
 bool model_process_runner::runModel(int version, const std::string& modelExecutable, bool visible, std::string& runLog,
-                                    std::string& errors) {
+                                    message_sink& errors) {
     std::string runDirectory = workingDirectory_.empty() ? directoryOf(modelExecutable) : workingDirectory_;
     std::string commandLine = modelCommandLine(version, modelExecutable, visible);
     deleteStale(runDirectory, staleBinaryFile(version), errors);
@@ -34,7 +34,7 @@ bool model_process_runner::runModel(int version, const std::string& modelExecuta
 }
 
 bool model_process_runner::runList100(int version, const std::string& list100Executable, bool inConsole,
-                                      std::string& runLog, std::string& errors) {
+                                      std::string& runLog, message_sink& errors) {
     std::string listDirectory = workingDirectory_.empty() ? directoryOf(list100Executable) : workingDirectory_;
     std::string commandLine = list100CommandLine(version, list100Executable);
     deleteStale(listDirectory, "sb.lis", errors);

@@ -19,22 +19,20 @@ const char* const kTimeLimitMessage =
     "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "
     "milliseconds\".\n";
 
-void appendStartFailure(std::string& errors, int code, const std::string& commandLine) {
-    appendf(errors, "Unable to create process, code=%d.\n", code);
-    errors += commandLine;
-    errors += "\n";
+void appendStartFailure(message_sink& errors, int code, const std::string& commandLine) {
+    errors.errorf("Unable to create process, code=%d.\n%s\n", code, commandLine.c_str());
 }
 
 // Splits the command line and starts it (a Windows program through Wine);
 // reports a failure as the model's process-start message with the errno of
 // the failed step.
 bool startProcess(child_process& child, const std::string& commandLine, const std::string& workingDirectory,
-                  int outputFd, const wine_setup& wine, std::string& errors) {
+                  int outputFd, const wine_setup& wine, message_sink& errors) {
     std::vector<std::string> arguments, environment;
     int code = commandLine.empty() ? ENOENT : EINVAL;
     bool split = splitCommandLine(commandLine, arguments);
     if (split && isWindowsProgramName(arguments[0]) && !prepareWineLaunch(wine, arguments, environment, errors)) {
-        errors += commandLine + "\n";
+        errors.error(commandLine + "\n");
         return false;
     }
     if (split && child.start(arguments, workingDirectory, outputFd, code, environment)) return true;
@@ -43,35 +41,35 @@ bool startProcess(child_process& child, const std::string& commandLine, const st
 }
 
 // A Windows program that did not end in time may be Wine itself hanging.
-void explainWineTimeLimit(const std::string& commandLine, const wine_setup& wine, std::string& errors) {
+void explainWineTimeLimit(const std::string& commandLine, const wine_setup& wine, message_sink& errors) {
     std::vector<std::string> arguments;
     if (!splitCommandLine(commandLine, arguments) || !isWindowsProgramName(arguments[0])) return;
-    appendf(errors,
-            "The Windows program ran through Wine (\"%s\", prefix \"%s\"); Wine and the program were ended. "
-            "Wine's first start in a new prefix can take a minute.\n",
-            wine.command.c_str(), (wine.prefix.empty() ? defaultWinePrefix() : wine.prefix).c_str());
+    errors.errorf(
+        "The Windows program ran through Wine (\"%s\", prefix \"%s\"); Wine and the program were ended. "
+        "Wine's first start in a new prefix can take a minute.\n",
+        wine.command.c_str(), (wine.prefix.empty() ? defaultWinePrefix() : wine.prefix).c_str());
 }
 
 // The time limit, a cancel, and a crash each leave their own message and end.
-bool reportWait(wait_result result, const child_process& child, run_state& end, std::string& errors) {
+bool reportWait(wait_result result, const child_process& child, run_state& end, message_sink& errors) {
     switch (result) {
         case wait_result::timedOut:
-            errors += kTimeLimitMessage;
+            errors.error(kTimeLimitMessage);
             end = run_state::timedOut;
             return false;
         case wait_result::cancelled:
-            errors += "Process Cancelled/Error\n";
+            errors.error("Process Cancelled/Error\n");
             end = run_state::cancelled;
             return false;
         case wait_result::failed:
-            errors += "Process Cancelled/Error\n";
+            errors.error("Process Cancelled/Error\n");
             end = run_state::failed;
             return false;
         case wait_result::finished:
             break;
     }
     if (int signal = child.endingSignal()) {
-        appendf(errors, "ERROR, process ended by signal %d (%s).\n", signal, strsignal(signal));
+        errors.errorf("ERROR, process ended by signal %d (%s).\n", signal, strsignal(signal));
         end = run_state::crashed;
         return false;
     }
@@ -130,10 +128,10 @@ std::vector<std::string> terminalArguments(const std::string& terminal, const st
 
 }  // namespace
 
-bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors,
+bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog, message_sink& errors,
                                  const console_limits& limits) {
     if (fd < 0) {
-        errors += "ERROR in read_console - output file handle is invalid.\n";
+        errors.error("ERROR in read_console - output file handle is invalid.\n");
         return false;
     }
     // Read as a stream: the whole console is searched for "error", but only its
@@ -156,16 +154,16 @@ bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog
         } else if (got == 0) {
             break;
         } else if (errno != EINTR && ++failures > 3) {  // retried, but not for ever
-            errors += "ERROR in read_console - console file cannot be read.\n";
+            errors.error("ERROR in read_console - console file cannot be read.\n");
             return false;
         }
     }
     if (text.empty()) {
         if (!requireOutput) return true;
-        errors += "ERROR in read_console - console file is empty.\n";
+        errors.error("ERROR in read_console - console file is empty.\n");
         return false;
     }
-    if (errorSeen) errors += "ERROR, Tellura error detected.\n";
+    if (errorSeen) errors.error("ERROR, Tellura error detected.\n");
     std::string kept = text.text("the model's console output");
     std::string unixText;
     unixText.reserve(kept.size());
@@ -177,12 +175,11 @@ bool process_runner::readConsole(int fd, bool requireOutput, std::string& runLog
 
 bool process_runner::runCaptured(const std::string& commandLine, const std::string& consoleFile,
                                  const std::string& workingDirectory, bool requireOutput, std::string& runLog,
-                                 std::string& errors) {
+                                 message_sink& errors) {
     console_file console(consolePath(consoleFile, workingDirectory));
     lastEnd_ = run_state::good;
     if (console.fd() < 0) {
-        errors += "Unable to create file handle.\n";
-        errors += commandLine + "\n";
+        errors.error("Unable to create file handle.\n" + commandLine + "\n");
         return noteFailure();
     }
     child_process child;
@@ -198,7 +195,7 @@ bool process_runner::runCaptured(const std::string& commandLine, const std::stri
 }
 
 bool process_runner::runInConsole(const std::string& commandLine, const std::string& workingDirectory,
-                                  std::string& errors) {
+                                  message_sink& errors) {
     lastEnd_ = run_state::good;
     std::vector<std::string> command;
     std::string terminal = findTerminal();

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "app/message_sink.h"
 #include "run/run_state.h"
 #include "run/wine_launch.h"
 
@@ -35,14 +36,15 @@ public:
     // file (relative to the working directory unless absolute), waits, reads the
     // console back into the run log, deletes it.
     bool runCaptured(const std::string& commandLine, const std::string& consoleFile,
-                     const std::string& workingDirectory, bool requireOutput, std::string& runLog, std::string& errors);
+                     const std::string& workingDirectory, bool requireOutput, std::string& runLog,
+                     message_sink& errors);
     // Starts the command line in a terminal window of its own when a display and
     // a terminal program are found, otherwise attached to our own terminal; waits.
-    bool runInConsole(const std::string& commandLine, const std::string& workingDirectory, std::string& errors);
+    bool runInConsole(const std::string& commandLine, const std::string& workingDirectory, message_sink& errors);
     // Reads the console file from its start. Lower-case "error" anywhere in it
     // fails the run; CR LF become LF in the run log, which keeps its head and
     // tail within the limits.
-    static bool readConsole(int fd, bool requireOutput, std::string& runLog, std::string& errors,
+    static bool readConsole(int fd, bool requireOutput, std::string& runLog, message_sink& errors,
                             const console_limits& limits = {});
 
     // How the last runCaptured or runInConsole ended: good, failed (it could not

@@ -49,7 +49,7 @@ bool askedFor(const release_profile& profile, const outfile_flags& selected, con
 // files of one run go to the first year's folder and each further year gets a
 // folder of its own, so a range wider than the run would only make empty
 // folders (without end for an absurd range). A wider range is cut, with a warning.
-void keepToSimulatedYears(const tellura_control_record& record, int first, int& last, std::string& errors) {
+void keepToSimulatedYears(const tellura_control_record& record, int first, int& last, message_sink& errors) {
     if (record.blocks.empty()) return;
     int simulatedFirst = record.blocks.front().firstYear, simulatedLast = record.blocks.front().lastYear;
     for (const auto& block : record.blocks) {
@@ -58,10 +58,10 @@ void keepToSimulatedYears(const tellura_control_record& record, int first, int& 
     }
     const long long years = std::max(1, simulatedLast - simulatedFirst + 1);
     if (static_cast<long long>(last) - first + 1 <= years) return;
-    appendf(errors,
-            "WARNING, daily output years %d to %d are more than the %lld years record %ld simulates: years %d to %lld "
-            "are kept.\n",
-            first, last, years, static_cast<long>(record.id()), first, first + years - 1);
+    errors.warningf(
+        "WARNING, daily output years %d to %d are more than the %lld years record %ld simulates: years %d to %lld "
+        "are kept.\n",
+        first, last, years, static_cast<long>(record.id()), first, first + years - 1);
     last = static_cast<int>(first + years - 1);
 }
 
@@ -75,7 +75,7 @@ std::vector<std::string_view> consoleLines(std::string_view console) {
 // A release tells success by a line of its console, not by its exit status:
 // a run whose console lacks that line failed, whatever else it printed. The
 // release's own words for a refusal are quoted.
-bool consoleTellsSuccess(std::string_view console, const release_profile& profile, std::string& errors) {
+bool consoleTellsSuccess(std::string_view console, const release_profile& profile, message_sink& errors) {
     bool success = false;
     std::string refusals;
     for (std::string_view line : consoleLines(console)) {
@@ -85,14 +85,14 @@ bool consoleTellsSuccess(std::string_view console, const release_profile& profil
                 appendf(refusals, "  %.*s\n", static_cast<int>(line.size()), line.data());
     }
     if (success) return true;
-    appendf(errors, "ERROR, the model's console lacks its success line \"%s\" (%s): the run failed.\n",
-            profile.successLine.c_str(), profile.where(0).c_str());
-    if (!refusals.empty()) errors += "The model said:\n" + refusals;
+    errors.errorf("ERROR, the model's console lacks its success line \"%s\" (%s): the run failed.\n",
+                  profile.successLine.c_str(), profile.where(0).c_str());
+    if (!refusals.empty()) errors.error("The model said:\n" + refusals);
     return false;
 }
 
 // The names the list utility said it does not know: their values stay missing.
-void reportSkippedNames(std::string_view console, const release_profile& profile, std::string& errors) {
+void reportSkippedNames(std::string_view console, const release_profile& profile, message_sink& errors) {
     if (profile.listSkipText.empty()) return;
     std::string names;
     for (std::string_view line : consoleLines(console)) {
@@ -102,7 +102,7 @@ void reportSkippedNames(std::string_view console, const release_profile& profile
         appendf(names, "%s%.*s", names.empty() ? "" : ", ", static_cast<int>(name.size()), name.data());
     }
     if (!names.empty())
-        appendf(errors, "WARNING, the list utility does not know %s: stored as missing, not as 0.\n", names.c_str());
+        errors.warningf("WARNING, the list utility does not know %s: stored as missing, not as 0.\n", names.c_str());
 }
 
 std::string withSlash(std::string dir) {
@@ -126,7 +126,7 @@ bool isRunResult(const std::string& name) {
 // The data files the model reads beside its inputs (any file of the model's
 // folder that is not a program, not one of the inputs just written and not a
 // result) are copied into the run folder; the programs stay where they are.
-void bringDataFiles(const std::string& modelFolder, const std::string& runFolder, std::string& errors) {
+void bringDataFiles(const std::string& modelFolder, const std::string& runFolder, message_sink& errors) {
     std::error_code ec;
     if (modelFolder.empty() || !fs::is_directory(modelFolder, ec)) return;
     for (const auto& entry : fs::directory_iterator(modelFolder, ec)) {
@@ -134,8 +134,8 @@ void bringDataFiles(const std::string& modelFolder, const std::string& runFolder
         if (!entry.is_regular_file(ec) || isRunResult(name) || fs::exists(runFolder + name, ec)) continue;
         if ((entry.status(ec).permissions() & fs::perms::owner_exec) != fs::perms::none) continue;
         if (!fs::copy_file(entry.path(), runFolder + name, ec))
-            appendf(errors, "WARNING, unable to copy the data file \"%s\" into the run folder: %s.\n",
-                    entry.path().c_str(), ec.message().c_str());
+            errors.warningf("WARNING, unable to copy the data file \"%s\" into the run folder: %s.\n",
+                            entry.path().c_str(), ec.message().c_str());
     }
 }
 
@@ -161,14 +161,14 @@ std::string digestOfInputs(const std::string& runFolder) {
 // The list utility must have written the list file during this run: one
 // older than the request file ("sb_outvars.txt") written just before it was
 // left from before.
-bool listFileIsNew(const std::string& runFolder, std::string& errors) {
+bool listFileIsNew(const std::string& runFolder, message_sink& errors) {
     std::error_code ec, requestEc;
     const std::string list = runFolder + "sb.lis";
     auto written = fs::last_write_time(list, ec);
     auto requested = fs::last_write_time(runFolder + "sb_outvars.txt", requestEc);
     if (ec || requestEc || written >= requested) return true;  // a missing file is the reader's to report
-    appendf(errors, "ERROR, the list file \"%s\" is older than this run: the list utility did not write it.\n",
-            list.c_str());
+    errors.errorf("ERROR, the list file \"%s\" is older than this run: the list utility did not write it.\n",
+                  list.c_str());
     return false;
 }
 
@@ -191,7 +191,7 @@ void record_runner::applyBlockChoice(tellura_control_record& record, const run_c
 }
 
 bool record_runner::writeInputs(const tellura_control_record& record, const std::string& runFolder,
-                                std::string& inputsDigest, std::string& errors) const {
+                                std::string& inputsDigest, message_sink& errors) const {
     const int version = settings_.version;
     const release_profile* profile =
         chooseReleaseProfile(inputs_.profiles, settings_.releaseProfile(version), version, errors);
@@ -202,17 +202,17 @@ bool record_runner::writeInputs(const tellura_control_record& record, const std:
     // A run directory the release would read wrongly is not run at all.
     if (!prepareRunDirectory(record, *profile, folder + "model", settings_.outfileSelected, inputs_.options,
                              inputs_.soils, inputs_.stations, errors)) {
-        appendf(errors,
-                "ERROR, the run directory of record %ld could not be written as %s reads it; the model was "
-                "not started.\n",
-                static_cast<long>(record.id()), profile->where(0).c_str());
+        errors.errorf(
+            "ERROR, the run directory of record %ld could not be written as %s reads it; the model was "
+            "not started.\n",
+            static_cast<long>(record.id()), profile->where(0).c_str());
         return false;
     }
     inputsDigest = digestOfInputs(folder);
     return true;
 }
 
-bool record_runner::prepare(const tellura_control_record& record, const std::string& runFolder, std::string& errors,
+bool record_runner::prepare(const tellura_control_record& record, const std::string& runFolder, message_sink& errors,
                             std::string* inputsDigest) const {
     const int version = settings_.version;
     const std::string folder = withSlash(runFolder);
@@ -228,7 +228,7 @@ bool record_runner::prepare(const tellura_control_record& record, const std::str
 }
 
 run_state record_runner::runPrograms(const app_soilbench& settings, const std::string& runFolder, std::string& runLog,
-                                     std::string& errors, const std::function<bool()>& cancelNow, bool* modelGood) {
+                                     message_sink& errors, const std::function<bool()>& cancelNow, bool* modelGood) {
     const int version = settings.version;
     const std::string folder = withSlash(runFolder);
     if (modelGood) *modelGood = false;
@@ -248,7 +248,7 @@ run_state record_runner::runPrograms(const app_soilbench& settings, const std::s
 }
 
 bool record_runner::collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                            bool programsGood, std::string_view console, std::string& errors) const {
+                            bool programsGood, std::string_view console, message_sink& errors) const {
     const std::string folder = withSlash(runFolder);
     outputs.clear();
     record.runDone = false;
@@ -260,8 +260,8 @@ bool record_runner::collect(tellura_control_record& record, tellura_outputs& out
     // A visible run's console is the user's terminal: there is nothing to check.
     if (ok && !settings_.runVisible && !consoleTellsSuccess(console, *profile, errors)) return false;
     if (ok && version != kTellura5 && !binaryOutputHoldsRecord(folder + "sb.bin")) {
-        appendf(errors, "ERROR, the model's binary output file \"%ssb.bin\" holds no record: the run failed.\n",
-                folder.c_str());
+        errors.errorf("ERROR, the model's binary output file \"%ssb.bin\" holds no record: the run failed.\n",
+                      folder.c_str());
         return false;
     }
     if (!settings_.readBinaryOutput) {
@@ -270,7 +270,7 @@ bool record_runner::collect(tellura_control_record& record, tellura_outputs& out
     }
     if (!loadOutputs(record, outputs, folder, *profile, errors)) ok = false;
     if (outputs.empty()) {
-        errors += "ERROR, no output was read from the model's output files: the run failed.\n";
+        errors.error("ERROR, no output was read from the model's output files: the run failed.\n");
         ok = false;
     }
     // Daily files replace the kept ones of an earlier run only for a good run.
@@ -280,7 +280,7 @@ bool record_runner::collect(tellura_control_record& record, tellura_outputs& out
 }
 
 run_state record_runner::run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                             std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow,
+                             std::string& runLog, message_sink& errors, const std::function<bool()>& cancelNow,
                              std::string* inputsDigest) const {
     outputs.clear();
     record.runDone = false;
@@ -297,7 +297,7 @@ run_state record_runner::run(tellura_control_record& record, tellura_outputs& ou
 
 bool record_runner::loadOutputs(const tellura_control_record& record, tellura_outputs& outputs,
                                 const std::string& runDirectory, const release_profile& profile,
-                                std::string& errors) const {
+                                message_sink& errors) const {
     const int version = settings_.version;
     bool ok = true;
     if (version == kTellura5) return readCsvOutputs(runDirectory, outputs, errors);
@@ -329,7 +329,7 @@ bool record_runner::loadOutputs(const tellura_control_record& record, tellura_ou
 }
 
 bool record_runner::keepDailyFiles(const tellura_control_record& record, const std::string& runFolder,
-                                   std::string& errors) const {
+                                   message_sink& errors) const {
     int first = settings_.saveDailyFirstYear, last = settings_.saveDailyLastYear;
     if (settings_.version != kDiurna45 || first > last || settings_.outputPath.empty()) return true;
     keepToSimulatedYears(record, first, last, errors);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "app/app_soilbench.h"
+#include "app/message_sink.h"
 #include "run/run_choices.h"
 #include "run/run_state.h"
 
@@ -43,14 +44,14 @@ public:
     //    model's data files along and writes the list utility's request file.
     //    False when the model must not run. `inputsDigest` receives the SHA-256
     //    of the input files written.
-    bool prepare(const tellura_control_record& record, const std::string& runFolder, std::string& errors,
+    bool prepare(const tellura_control_record& record, const std::string& runFolder, message_sink& errors,
                  std::string* inputsDigest = nullptr) const;
     // 2. Runs the model (and the list utility) in the prepared folder with the
     //    executables where they are installed; needs nothing of the project. The
     //    model is ended early when `cancelNow` returns true. `modelGood` tells
     //    whether the model itself ended well (the list utility may still fail).
     static run_state runPrograms(const app_soilbench& settings, const std::string& runFolder, std::string& runLog,
-                                 std::string& errors, const std::function<bool()>& cancelNow = {},
+                                 message_sink& errors, const std::function<bool()>& cancelNow = {},
                                  bool* modelGood = nullptr);
     // 3. Reads the outputs the programs left in `runFolder` into `outputs` and
     //    keeps the daily files; `programsGood` is step 2's verdict and `console`
@@ -58,27 +59,27 @@ public:
     //    Good only when those and every read succeeded; outputs read before a
     //    failure stay.
     bool collect(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                 bool programsGood, std::string_view console, std::string& errors) const;
+                 bool programsGood, std::string_view console, message_sink& errors) const;
 
     // All three steps here, one after the other.
     run_state run(tellura_control_record& record, tellura_outputs& outputs, const std::string& runFolder,
-                  std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
+                  std::string& runLog, message_sink& errors, const std::function<bool()>& cancelNow = {},
                   std::string* inputsDigest = nullptr) const;
 
     // Writes the record's input files into `runFolder` (its own, holding nothing
     // else yet) exactly as run() does, and gives their digest: what a run now
     // would record as its inputs. False when any file could not be written.
     bool writeInputs(const tellura_control_record& record, const std::string& runFolder, std::string& inputsDigest,
-                     std::string& errors) const;
+                     message_sink& errors) const;
 
     // The record's blocks reduced to and ordered as the choice says.
     static void applyBlockChoice(tellura_control_record& record, const run_choices& choices);
 
 private:
     bool loadOutputs(const tellura_control_record& record, tellura_outputs& outputs, const std::string& runDirectory,
-                     const release_profile& profile, std::string& errors) const;
+                     const release_profile& profile, message_sink& errors) const;
     // The daily-step release's daily files of the chosen years, into the output folder.
-    bool keepDailyFiles(const tellura_control_record& record, const std::string& runFolder, std::string& errors) const;
+    bool keepDailyFiles(const tellura_control_record& record, const std::string& runFolder, message_sink& errors) const;
     std::string dailyOutputFolder() const;
 
     app_soilbench settings_;

@@ -31,7 +31,7 @@ const char* recordStateText(record_state state) {
     return state == record_state::never ? "never run" : recordStateWord(state);
 }
 
-bool parseRecordStates(const std::string& text, std::vector<record_state>& states, std::string& errors) {
+bool parseRecordStates(const std::string& text, std::vector<record_state>& states, message_sink& errors) {
     bool ok = true;
     size_t from = 0;
     while (from <= text.size()) {
@@ -45,8 +45,7 @@ bool parseRecordStates(const std::string& text, std::vector<record_state>& state
             states.push_back(state);
         }
         if (!known) {
-            appendf(
-                errors,
+            errors.errorf(
                 "ERROR, \"%s\" is not a record state: give never, failed, stale, good or running, comma-separated.\n",
                 word.c_str());
             ok = false;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "run/run_history.h"
 
 namespace sb {
@@ -19,7 +20,7 @@ const char* recordStateWord(record_state state);
 // "never run", "failed", "good", "stale": as counts and the desktop name them.
 const char* recordStateText(record_state state);
 // "failed,stale" -> {failed, stale}; false with a message naming the unknown word.
-bool parseRecordStates(const std::string& text, std::vector<record_state>& states, std::string& errors);
+bool parseRecordStates(const std::string& text, std::vector<record_state>& states, message_sink& errors);
 
 // The state the latest run gives without looking at the inputs: never (no
 // run), good, running, or failed. Only a good run can later turn stale.

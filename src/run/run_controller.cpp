@@ -42,7 +42,7 @@ private:
 };
 
 void coverageCheck(const tellura_weather_station& station, const tellura_event_block& block, int version,
-                   std::string& errors) {
+                   message_sink& errors) {
     checkWeatherCoverage(station, block.firstYear, block.lastYear, version, block.blockNumber, errors);
 }
 
@@ -50,11 +50,11 @@ void coverageCheck(const tellura_weather_station& station, const tellura_event_b
 constexpr size_t kLookaheadPerJob = 4;
 
 // IDs of the control records in table order, one query's worth.
-bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>& ids, std::string& errors) {
+bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>& ids, message_sink& errors) {
     db_status status;
     auto table = db.openTable(table_id::control_records, filter, "", status);
     if (!table) {
-        errors += "ERROR, cannot open control record table.\n";
+        errors.error("ERROR, cannot open control record table.\n");
         appendStatusText(status, errors);
         return false;
     }
@@ -70,7 +70,7 @@ bool readRecordIds(database& db, const std::string& filter, std::vector<int32_t>
 // text names the row the user sees in the record list, not the row's place
 // in the run set.
 bool readRunSet(database& db, const std::string& filter, std::vector<std::pair<long, int32_t>>& rows,
-                std::string& errors) {
+                message_sink& errors) {
     std::vector<int32_t> all;
     if (!readRecordIds(db, "", all, errors)) return false;
     std::vector<int32_t> chosen;
@@ -115,32 +115,32 @@ constexpr size_t kRunLogTailBytes = 8 * 1024 * 1024;
 }  // namespace
 
 bool precheck(const tellura_control_record& record, int version, const tellura_soils& soils,
-              const tellura_weather_stations& stations, const option_lists& options, std::string& errors) {
+              const tellura_weather_stations& stations, const option_lists& options, message_sink& errors) {
     bool ok = true;
     if (version == kTellura4Original &&
         record.row.number("Organic Matter Decomposition Model") != kExponentialDecomposition) {
-        appendf(errors, "ERROR, Organic Matter Decomposition Model must be exponential for \"%s\" version.\n",
-                versionDisplayName(kTellura4Original));
+        errors.errorf("ERROR, Organic Matter Decomposition Model must be exponential for \"%s\" version.\n",
+                      versionDisplayName(kTellura4Original));
         ok = false;
     }
     if (const tellura_soil* soil = soils.find(record.soilId())) {
         soil->checkForRun(version, errors);
     } else {
-        errors += "ERROR, No soil record to run.\n";
+        errors.error("ERROR, No soil record to run.\n");
         ok = false;
     }
     if (!stations.find(record.weatherId())) {
-        errors += "ERROR, No weather record to run.\n";
+        errors.error("ERROR, No weather record to run.\n");
         ok = false;
     }
     const std::string crop = std::string(trim(record.initialCrop()));
     if (!crop.empty() && !options.contains(option_kind::crop, crop)) {
-        errors += "ERROR, Initial Crop is not in crop list.\n";
+        errors.error("ERROR, Initial Crop is not in crop list.\n");
         ok = false;
     }
     const std::string tree = std::string(trim(record.initialTree()));
     if (!tree.empty() && !options.contains(option_kind::tree, tree)) {
-        errors += "ERROR, Initial Tree is not in tree list.\n";
+        errors.error("ERROR, Initial Tree is not in tree list.\n");
         ok = false;
     }
     option_lists_lookup lookup(options);
@@ -148,9 +148,9 @@ bool precheck(const tellura_control_record& record, int version, const tellura_s
     return ok;
 }
 
-std::string runReport(const std::string& errors, const std::string& runLog) {
+std::string runReport(const message_sink& errors, const std::string& runLog) {
     if (errors.empty()) return runLog;
-    return errors + "\n" + runLog;
+    return errors.text() + "\n" + runLog;
 }
 
 // One record's run from its folder to its stored outputs (or its kept folder).
@@ -160,7 +160,8 @@ struct run_controller::record_run {
     std::string started, ended;
     std::string inputsDigest;
     std::string host = hostName();  // where the programs ran
-    std::string runLog, errors;
+    std::string runLog;
+    message_sink errors;
 };
 
 run_controller::run_controller(database& db, const app_soilbench& settings)
@@ -170,7 +171,7 @@ run_controller::run_controller(database& db, const app_soilbench& settings)
       projectName_(projectNameOf(db.location())) {}
 run_controller::~run_controller() = default;
 
-bool run_controller::loadProjectData(std::string& errors) {
+bool run_controller::loadProjectData(message_sink& errors) {
     bool ok = options_.loadAll(db_, errors);
     ok = soils_.load(db_, errors) && ok;
     ok = loadWeatherStations(db_, stations_, errors) && ok;
@@ -180,47 +181,47 @@ bool run_controller::loadProjectData(std::string& errors) {
     }
     layouts_ = loadBinaryLayouts(settings_.binaryLayoutFiles(), errors);
     // A profile that cannot be read is reported when a run needs it.
-    std::string profileProblems;
+    message_sink profileProblems;
     profiles_.load(release_profile_catalogue::shippedFolder(), settings_.userProfileFolder(), profileProblems);
     loaded_ = true;
     return ok;
 }
 
-bool run_controller::checkRecord(const tellura_control_record& record, std::string& errors) const {
+bool run_controller::checkRecord(const tellura_control_record& record, message_sink& errors) const {
     return precheck(record, settings_.version, soils_, stations_, options_, errors);
 }
 
 // Nothing is written anywhere for a run that has no program to run.
-bool run_controller::checkPrograms(std::string& errors) const {
+bool run_controller::checkPrograms(message_sink& errors) const {
     const int version = settings_.version;
     bool ok = true;
     if (trim(settings_.modelExecutable(version)).empty()) {
-        appendf(errors,
-                "ERROR, no model executable is configured for \"%s\": nothing was run. See \"File\" | "
-                "\"Configure\".\n",
-                versionDisplayName(version));
+        errors.errorf(
+            "ERROR, no model executable is configured for \"%s\": nothing was run. See \"File\" | "
+            "\"Configure\".\n",
+            versionDisplayName(version));
         ok = false;
     }
     // Releases 2 to 5 read the list utility's list file unless binary output is read.
     const bool listNeeded = version > kTellura4Agricultural && version < kTellura5 && !settings_.readBinaryOutput;
     if (listNeeded && trim(settings_.list100Executable(version)).empty()) {
-        appendf(errors,
-                "ERROR, no list utility is configured for \"%s\": nothing was run. See \"File\" | \"Configure\", "
-                "or read binary output.\n",
-                versionDisplayName(version));
+        errors.errorf(
+            "ERROR, no list utility is configured for \"%s\": nothing was run. See \"File\" | \"Configure\", "
+            "or read binary output.\n",
+            versionDisplayName(version));
         ok = false;
     }
     return ok;
 }
 
-bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors) {
+bool run_controller::loadAndCheck(int32_t id, tellura_control_record& record, message_sink& errors) {
     if (!checkPrograms(errors)) return false;
     if (!loaded_) loadProjectData(errors);
     if (!loadControlRecord(db_, id, record, errors)) return false;
     return checkRecord(record, errors);
 }
 
-void run_controller::prepareRuns(std::string& errors) {
+void run_controller::prepareRuns(message_sink& errors) {
     if (runsPrepared_) return;
     runsPrepared_ = true;
     run_folder::removeStale(runsRoot_, errors);
@@ -254,7 +255,7 @@ run_history_entry run_controller::historyEntry(int32_t id, const record_run& run
     entry.started = run.started;
     entry.ended = run.ended;
     entry.state = run.state;
-    entry.message = run.errors;
+    entry.message = run.errors.text();
     entry.runFolder = run.folder.path();
     entry.model = localPath(settings_.modelExecutable(settings_.version));
     entry.modelSha256 = modelDigest();
@@ -277,23 +278,23 @@ void run_controller::beginRun(const tellura_control_record& record, record_run& 
     appendRunHistory(db_, entry, run.errors);
 }
 
-void run_controller::noteRefusedRun(int32_t id, const std::string& messages) {
+void run_controller::noteRefusedRun(int32_t id, const message_sink& messages) {
     record_run run;
     run.started = run.ended = historyTimeNow();
     run.errors = messages;
-    std::string ignored;  // the run set's messages say already why the record did not run
+    message_sink ignored;  // the run set's messages say already why the record did not run
     appendRunHistory(db_, historyEntry(id, run), ignored);
 }
 
 bool run_controller::finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
-                               std::string& errors, const std::function<bool(std::string&)>& alsoInStore) {
+                               message_sink& errors, const std::function<bool(message_sink&)>& alsoInStore) {
     const long id = static_cast<long>(record.id());
     const run_history_entry startedEntry = historyEntry(record.id(), run);
     run_history_entry entry = startedEntry;
 
     if (run.state == run_state::good) {
         // The outputs and their history row are kept together or not at all.
-        std::string storeErrors;
+        message_sink storeErrors;
         bool stored = false;
         {
             store_session s(db_, storeErrors);
@@ -301,37 +302,37 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
                                           replaceRunHistory(db_, startedEntry, entry, storeErrors) &&
                                           (!alsoInStore || alsoInStore(storeErrors)));
         }
-        errors += storeErrors;
+        errors.add(storeErrors);
         if (stored) {
             if (settings_.keepRunFolders) run.folder.keep();
             else run.folder.remove(errors);
             return true;
         }
         run.folder.keep();
-        appendf(errors,
-                "ERROR, the outputs of record %ld were not stored: its earlier outputs are kept, and the run's files "
-                "are in \"%s\".\n",
-                id, run.folder.path().c_str());
+        errors.errorf(
+            "ERROR, the outputs of record %ld were not stored: its earlier outputs are kept, and the run's files "
+            "are in \"%s\".\n",
+            id, run.folder.path().c_str());
         entry.state = run_state::failed;
-        entry.message = storeErrors;
-        std::string ignored;  // the store that just failed most likely refuses this too
+        entry.message = storeErrors.text();
+        message_sink ignored;  // the store that just failed most likely refuses this too
         replaceRunHistory(db_, startedEntry, entry, ignored);
         if (alsoInStore) alsoInStore(ignored);
         return false;
     }
     run.folder.keep();
     if (run.folder.path().empty())
-        appendf(errors, "ERROR, the run of record %ld %s: its earlier outputs are kept.\n", id, endPhrase(run.state));
+        errors.errorf("ERROR, the run of record %ld %s: its earlier outputs are kept.\n", id, endPhrase(run.state));
     else
-        appendf(errors,
-                "ERROR, the run of record %ld %s: its earlier outputs are kept, and what it wrote is in \"%s\".\n", id,
-                endPhrase(run.state), run.folder.path().c_str());
+        errors.errorf(
+            "ERROR, the run of record %ld %s: its earlier outputs are kept, and what it wrote is in \"%s\".\n", id,
+            endPhrase(run.state), run.folder.path().c_str());
     replaceRunHistory(db_, startedEntry, entry, errors);
     if (alsoInStore) alsoInStore(errors);
     return false;
 }
 
-bool run_controller::readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, std::string& errors) {
+bool run_controller::readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, message_sink& errors) {
     std::vector<std::pair<long, int32_t>> rows;
     if (!readRunSet(db_, options.filter, rows, errors)) return false;
     if (!rows.empty() && !options.only.empty() && !keepRowsInStates(options, rows, errors)) return false;
@@ -340,7 +341,7 @@ bool run_controller::readRunSetIds(const run_set_options& options, std::vector<i
 }
 
 bool run_controller::prepareDetached(const tellura_control_record& record, const std::string& root, task_order& order,
-                                     std::string& folder, std::string& errors) {
+                                     std::string& folder, message_sink& errors) {
     prepareRuns(errors);
     run_folder made;
     if (!made.create(root, projectName_, record.id(), errors)) return false;
@@ -366,8 +367,8 @@ bool run_controller::prepareDetached(const tellura_control_record& record, const
 
 bool run_controller::collectDetached(tellura_control_record& record, const std::string& folder, const task_order& order,
                                      const std::string& failure, run_state endWithoutResult,
-                                     const std::function<bool(std::string&)>& alsoInStore, std::string& runLog,
-                                     std::string& errors) {
+                                     const std::function<bool(message_sink&)>& alsoInStore, std::string& runLog,
+                                     message_sink& errors) {
     prepareRuns(errors);
     record_run run;
     run.folder.adopt(folder);
@@ -380,7 +381,9 @@ bool run_controller::collectDetached(tellura_control_record& record, const std::
         run.ended = result.ended;
         run.host = result.host;
         run.runLog = result.runLog;
-        run.errors += result.messages;
+        // A node's messages come back as the text it wrote: a run that ended
+        // well said nothing worse than warnings.
+        run.errors.addOutcome(result.state == run_state::good, result.messages);
         record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
         const bool programsGood = run.state == run_state::good;
         if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.runLog, run.errors))
@@ -388,15 +391,15 @@ bool run_controller::collectDetached(tellura_control_record& record, const std::
     } else {
         run.state = endWithoutResult;
         run.started = run.ended = historyTimeNow();
-        run.errors += failure;
+        run.errors.error(failure);
     }
     runLog += run.runLog;
-    errors += run.errors;
+    errors.add(run.errors);
     return finishRun(record, outputs, run, errors, alsoInStore);
 }
 
 bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs,
-                                     const run_choices& choices, std::string& runLog, std::string& errors,
+                                     const run_choices& choices, std::string& runLog, message_sink& errors,
                                      const std::function<bool()>& cancelNow, const model_run_host& host) {
     settings_.saveDailyFirstYear = choices.saveDailyFirstYear;
     settings_.saveDailyLastYear = choices.saveDailyLastYear;
@@ -410,11 +413,11 @@ bool run_controller::runLoadedRecord(tellura_control_record& record, tellura_out
     if (host) host(modelRun);
     else modelRun();
     runLog += run.runLog;
-    errors += run.errors;
+    errors.add(run.errors);
     return finishRun(record, outputs, run, errors);
 }
 
-bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors) {
+bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, message_sink& errors) {
     elapsed_timer timer;
     tellura_control_record record;
     tellura_outputs outputs;
@@ -426,7 +429,7 @@ bool run_controller::runOneRecord(int32_t id, const run_choices& choices, std::s
 // --- Record states ------------------------------------------------------------
 
 std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blockOrder,
-                                         const run_history_entry& lastRun, std::string& errors) {
+                                         const run_history_entry& lastRun, message_sink& errors) {
     if (storedReleaseProfileName(lastRun.releaseProfile) != releaseProfile())
         return strprintf("it ran as \"%s\", the release is now \"%s\"", lastRun.releaseProfile.c_str(),
                          releaseProfile().c_str());
@@ -435,9 +438,9 @@ std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blo
     if (modelDigest() != lastRun.modelSha256) return strprintf("the model executable \"%s\" changed", model.c_str());
 
     tellura_control_record record;
-    std::string recordErrors;
+    message_sink recordErrors;
     if (!loadControlRecord(db_, id, record, recordErrors)) {
-        errors += recordErrors;
+        errors.add(recordErrors);
         return "its record cannot be read";
     }
     if (!blockOrder.empty()) {
@@ -448,20 +451,22 @@ std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blo
     // The inputs are written by the run's own writer into a folder of their
     // own, which goes again at once (or at the next start, if we die here).
     run_folder folder;
-    std::string digest, writeErrors, ignored;
+    std::string digest;
+    message_sink writeErrors, ignored;
     record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
     const bool written = folder.create(runsRoot_, projectName_, id, writeErrors) &&
                          runner.writeInputs(record, folder.path(), digest, writeErrors);
     folder.remove(ignored);
     if (!written) {
-        std::string reason = writeErrors.substr(0, writeErrors.find('\n'));
+        const std::string first = writeErrors.empty() ? std::string() : writeErrors.messages().front().text;
+        std::string reason = first.substr(0, first.find('\n'));
         return "its input files cannot be written now: " + reason;
     }
     return digest == lastRun.inputsSha256 ? "" : "its inputs changed";
 }
 
 bool run_controller::recordStatuses(const std::string& filter, const std::vector<int>& blockOrder,
-                                    std::vector<record_status>& statuses, std::string& errors) {
+                                    std::vector<record_status>& statuses, message_sink& errors) {
     std::vector<std::pair<long, int32_t>> rows;
     std::map<int32_t, run_history_entry> lastRuns;
     if (!readRunSet(db_, filter, rows, errors) || !readLastRuns(db_, lastRuns, errors)) return false;
@@ -482,7 +487,7 @@ bool run_controller::recordStatuses(const std::string& filter, const std::vector
 }
 
 bool run_controller::keepRowsInStates(const run_set_options& options, std::vector<std::pair<long, int32_t>>& rows,
-                                      std::string& errors) {
+                                      message_sink& errors) {
     std::vector<record_status> statuses;
     if (!recordStatuses(options.filter, options.blockOrder, statuses, errors)) return false;
     std::set<int32_t> chosen;
@@ -505,7 +510,7 @@ struct run_controller::pending_record {
     tellura_control_record record;
     tellura_outputs outputs;
     bool prechecked = false;
-    std::string precheckMessages;
+    message_sink precheckMessages;
     record_run run;
     bool running = false;  // its run was given to the job pool
     job_pool::ticket job = 0;
@@ -514,9 +519,8 @@ struct run_controller::pending_record {
 // What a run set carries from record to record.
 struct run_controller::run_set_progress {
     const run_set_options& options;
-    run_observer& observer;
+    run_observer& observer;  // where the messages go too
     run_set_result& result;
-    std::string& errors;
     capped_text log{kRunLogHeadBytes, kRunLogTailBytes};
     long total = 0;
     long reported = 0;
@@ -543,41 +547,41 @@ std::unique_ptr<run_controller::pending_record> run_controller::checkNextRecord(
 
 // A record's messages, run log and outputs reported and stored, in table order.
 void run_controller::reportRecord(pending_record& p, run_set_progress& set) {
-    std::string& errors = set.errors;
     run_set_result& result = set.result;
-    const size_t messagesBefore = errors.size();
-    errors += p.precheckMessages;
+    message_sink messages = p.precheckMessages;  // this record's, in the order they are shown
     if (!p.prechecked) {
         ++result.failed;
         noteRefusedRun(p.id, p.precheckMessages);
         if (!set.options.stopOnPrecheckErrors) {
-            appendf(errors, "Precheck warning, %d\n", static_cast<int>(p.runNumber));
+            messages.warningf("Precheck warning, %d\n", static_cast<int>(p.runNumber));
         } else {
-            set.observer.precheckStopped(p.precheckMessages);
-            appendf(errors, "Stop due to precheck error at %d\n", static_cast<int>(p.runNumber));
+            set.observer.precheckStopped(p.precheckMessages.text());
+            messages.errorf("Stop due to precheck error at %d\n", static_cast<int>(p.runNumber));
             result.stoppedOnPrecheck = true;
         }
     } else {
         set.log.append(strprintf("%ld:", static_cast<long>(p.id)));
         set.log.append(p.run.runLog);
-        errors += p.run.errors;
+        messages.add(p.run.errors);
         // Good only when its outputs and its history are stored and committed in the project.
-        if (finishRun(p.record, p.outputs, p.run, errors)) ++result.good;
+        if (finishRun(p.record, p.outputs, p.run, messages)) ++result.good;
         else ++result.failed;
     }
     ++set.reported;
-    set.observer.recordFinished(p.id, errors.substr(messagesBefore));
+    set.observer.add(messages);
+    set.observer.recordFinished(p.id, messages.text());
     set.observer.statusText(
         strprintf("Run %6d, Good=%6d ", static_cast<int>(p.runNumber), static_cast<int>(result.good)));
     set.observer.recordsDone(set.reported, result.good, result.failed, set.total);
     p.record = tellura_control_record();  // outputs stored: free them and the record
     p.outputs = tellura_outputs();
     p.run.runLog = std::string();
-    p.run.errors = std::string();
+    p.run.errors.clear();
 }
 
 run_set_result run_controller::runMultipleRecords(const run_set_options& options, run_observer& observer,
-                                                  std::string& runLog, std::string& errors) {
+                                                  std::string& runLog) {
+    message_sink& errors = observer;
     elapsed_timer timer;
     run_set_result result;
 
@@ -599,7 +603,7 @@ run_set_result run_controller::runMultipleRecords(const run_set_options& options
     // More jobs than records would only wait.
     const int jobs = static_cast<int>(std::min<size_t>(static_cast<size_t>(std::max(1, options.jobs)), rows.size()));
     job_pool pool(jobs);
-    run_set_progress set{options, observer, result, errors};
+    run_set_progress set{options, observer, result};
     set.total = static_cast<long>(rows.size());
     std::vector<std::unique_ptr<pending_record>> pending;
     size_t nextRow = 0, nextReport = 0;

@@ -18,6 +18,7 @@
 #include <string>
 
 #include "app/app_soilbench.h"
+#include "app/message_sink.h"
 #include "app/release_profile_catalogue.h"
 #include "modeloutput/binary_layout.h"
 #include "modeloutput/tellura_output.h"
@@ -37,7 +38,7 @@ struct task_order;
 
 // Checks a record before it may run; every failing check appends its message.
 bool precheck(const tellura_control_record& record, int version, const tellura_soils& soils,
-              const tellura_weather_stations& stations, const option_lists& options, std::string& errors);
+              const tellura_weather_stations& stations, const option_lists& options, message_sink& errors);
 
 struct run_set_options {
     std::string filter;  // WHERE text for [Control Records]; empty = every record
@@ -65,12 +66,12 @@ public:
 
     // Soils, weather stations with their history, option lists, binary
     // layouts and release profiles: read once, shared by every record of a command.
-    bool loadProjectData(std::string& errors);
+    bool loadProjectData(message_sink& errors);
 
     // Run one record, first half: check that there is a model to run, load the
     // record with its blocks and events and check it. False when it cannot run
     // (the messages say why).
-    bool loadAndCheck(int32_t id, tellura_control_record& record, std::string& errors);
+    bool loadAndCheck(int32_t id, tellura_control_record& record, message_sink& errors);
     // Second half, after the Run dialog: write the record's run folder, run the
     // model, read its outputs into `outputs` and, when the run is good, store
     // them under the record's ID. `cancelNow`, asked while the model runs, ends
@@ -83,31 +84,30 @@ public:
     // touched only before and after, on the controller's thread.
     using model_run_host = std::function<void(const std::function<void()>& modelRun)>;
     bool runLoadedRecord(tellura_control_record& record, tellura_outputs& outputs, const run_choices& choices,
-                         std::string& runLog, std::string& errors, const std::function<bool()>& cancelNow = {},
+                         std::string& runLog, message_sink& errors, const std::function<bool()>& cancelNow = {},
                          const model_run_host& host = {});
     // Both halves with the given choices, then "Total Elapsed: %.3f seconds\n"
     // in the run log.
-    bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, std::string& errors);
+    bool runOneRecord(int32_t id, const run_choices& choices, std::string& runLog, message_sink& errors);
 
-    // Every record of the run set, in table order.
-    run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer, std::string& runLog,
-                                      std::string& errors);
+    // Every record of the run set, in table order; its messages go to the observer.
+    run_set_result runMultipleRecords(const run_set_options& options, run_observer& observer, std::string& runLog);
 
     // The state of every record the filter chooses (every record for ""), in
     // table order. Stale is told by writing each good record's inputs into a
     // folder of its own, as its run would with `blockOrder`, and comparing their
     // digest, the model's SHA-256 and the release with those of its last run.
     bool recordStatuses(const std::string& filter, const std::vector<int>& blockOrder,
-                        std::vector<record_status>& statuses, std::string& errors);
+                        std::vector<record_status>& statuses, message_sink& errors);
 
     // --- Runs whose programs run elsewhere (the nodes of a cluster) ---
     // The run set's records (chosen by its filter and states), in table order.
-    bool readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, std::string& errors);
+    bool readRunSetIds(const run_set_options& options, std::vector<int32_t>& ids, message_sink& errors);
     // Writes the loaded and checked record's run folder under `root` with the
     // task order a node runs it by (see run_task.h); the folder is then the
     // task's and stays. False with the messages when it cannot be written.
     bool prepareDetached(const tellura_control_record& record, const std::string& root, task_order& order,
-                         std::string& folder, std::string& errors);
+                         std::string& folder, message_sink& errors);
     // Reads back what the task left in `folder`, checked and stored exactly as
     // a local run's outputs (the same reading, rules and store), or notes the
     // run as failed with `failure` when there is no result to read (a missing
@@ -115,8 +115,8 @@ public:
     // commit; after a failure it runs alone. True when the record is good.
     bool collectDetached(tellura_control_record& record, const std::string& folder, const task_order& order,
                          const std::string& failure, run_state endWithoutResult,
-                         const std::function<bool(std::string&)>& alsoInStore, std::string& runLog,
-                         std::string& errors);
+                         const std::function<bool(message_sink&)>& alsoInStore, std::string& runLog,
+                         message_sink& errors);
 
     // The settings a run uses (version, executables, time limit, flags).
     const app_soilbench& settings() const { return settings_; }
@@ -131,35 +131,35 @@ private:
     struct run_set_progress;
     std::unique_ptr<pending_record> checkNextRecord(const std::pair<long, int32_t>& row, run_set_progress& set);
     void reportRecord(pending_record& p, run_set_progress& set);
-    bool checkRecord(const tellura_control_record& record, std::string& errors) const;
-    bool checkPrograms(std::string& errors) const;
+    bool checkRecord(const tellura_control_record& record, message_sink& errors) const;
+    bool checkPrograms(message_sink& errors) const;
     // Before the first run: folders of Soilbench processes that died are
     // removed, and the run history table made in a project that lacks it.
-    void prepareRuns(std::string& errors);
+    void prepareRuns(message_sink& errors);
     // The run itself, in a folder of its own; safe to call from several threads at once.
     void runRecord(tellura_control_record& record, tellura_outputs& outputs, record_run& run,
                    const std::function<bool()>& cancelNow) const;
     // Stores a good run's outputs with its history row, or keeps a failed run's
     // folder and notes it in the history; true when the record is good.
-    bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run, std::string& errors,
-                   const std::function<bool(std::string&)>& alsoInStore = {});
+    bool finishRun(const tellura_control_record& record, tellura_outputs& outputs, record_run& run,
+                   message_sink& errors, const std::function<bool(message_sink&)>& alsoInStore = {});
     const std::string& modelDigest();
     // The name of the release profile the records run with (what the history keeps).
     std::string releaseProfile() const;
     // The record's history row as the run stands (started, or ended).
     run_history_entry historyEntry(int32_t id, const record_run& run);
     // A record that failed its precheck did not run: its history says so, with why.
-    void noteRefusedRun(int32_t id, const std::string& messages);
+    void noteRefusedRun(int32_t id, const message_sink& messages);
     // Makes the run's folder and marks the run as started in the history, so
     // that one that never ends shows as failed (as running while its folder's
     // owner lives).
     void beginRun(const tellura_control_record& record, record_run& run);
     // Leaves the run set's rows of records in the states `options.only` names.
     bool keepRowsInStates(const run_set_options& options, std::vector<std::pair<long, int32_t>>& rows,
-                          std::string& errors);
+                          message_sink& errors);
     // Why a record whose last run was good would run differently now ("" when it would not).
     std::string staleBecause(int32_t id, const std::vector<int>& blockOrder, const run_history_entry& lastRun,
-                             std::string& errors);
+                             message_sink& errors);
 
     database& db_;
     app_soilbench settings_;
@@ -177,6 +177,6 @@ private:
 };
 
 // The text shown after a command: the messages, a blank line and the run log.
-std::string runReport(const std::string& errors, const std::string& runLog);
+std::string runReport(const message_sink& errors, const std::string& runLog);
 
 }  // namespace sb

@@ -91,11 +91,11 @@ std::string localTimeStamp() {
 
 run_folder::~run_folder() {
     if (!owned_) return;
-    std::string ignored;
+    message_sink ignored;
     remove(ignored);
 }
 
-bool run_folder::create(const std::string& root, const std::string& project, int32_t id, std::string& errors) {
+bool run_folder::create(const std::string& root, const std::string& project, int32_t id, message_sink& errors) {
     std::error_code ec;
     fs::create_directories(root, ec);
     const std::string base =
@@ -109,15 +109,15 @@ bool run_folder::create(const std::string& root, const std::string& project, int
             owned_ = true;
             owner me{static_cast<long>(getpid()), hostName(), processStartTime(getpid())};
             if (writeTextFile(path_ + kOwnerFile, ownerText(me))) return true;
-            appendf(errors, "ERROR, unable to write in the run folder \"%s\".\n", path_.c_str());
-            std::string ignored;
+            errors.errorf("ERROR, unable to write in the run folder \"%s\".\n", path_.c_str());
+            message_sink ignored;
             remove(ignored);
             return false;
         }
         if (ec) break;
     }
-    appendf(errors, "ERROR, unable to make a run folder for record %ld in \"%s\"%s%s.\n", static_cast<long>(id),
-            root.c_str(), ec ? ": " : "", ec ? ec.message().c_str() : "");
+    errors.errorf("ERROR, unable to make a run folder for record %ld in \"%s\"%s%s.\n", static_cast<long>(id),
+                  root.c_str(), ec ? ": " : "", ec ? ec.message().c_str() : "");
     return false;
 }
 
@@ -134,13 +134,13 @@ void run_folder::keep() {
     fs::remove(path_ + kOwnerFile, ec);
 }
 
-bool run_folder::remove(std::string& errors) {
+bool run_folder::remove(message_sink& errors) {
     if (path_.empty()) return true;
     owned_ = false;
     std::error_code ec;
     fs::remove_all(path_, ec);
     if (!ec) return true;
-    appendf(errors, "WARNING, unable to remove the run folder \"%s\": %s.\n", path_.c_str(), ec.message().c_str());
+    errors.warningf("WARNING, unable to remove the run folder \"%s\": %s.\n", path_.c_str(), ec.message().c_str());
     return false;
 }
 
@@ -162,7 +162,7 @@ bool run_folder::inUse(const std::string& folder) {
     return parseOwner(text, who) && !ownerIsGone(who);
 }
 
-int run_folder::removeStale(const std::string& root, std::string& errors) {
+int run_folder::removeStale(const std::string& root, message_sink& errors) {
     std::error_code ec;
     std::vector<fs::path> stale;
     for (const auto& entry : fs::directory_iterator(root, ec)) {
@@ -177,8 +177,8 @@ int run_folder::removeStale(const std::string& root, std::string& errors) {
         if (!ec) ++removed;
         // Another Soilbench may be clearing the same folder at the same moment.
         else if (fs::exists(folder))
-            appendf(errors, "WARNING, unable to remove the run folder \"%s\" of a Soilbench that ended: %s.\n",
-                    folder.c_str(), ec.message().c_str());
+            errors.warningf("WARNING, unable to remove the run folder \"%s\" of a Soilbench that ended: %s.\n",
+                            folder.c_str(), ec.message().c_str());
     }
     return removed;
 }

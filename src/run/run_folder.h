@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class run_folder {
@@ -25,7 +27,7 @@ public:
 
     // Makes the record's folder under `root` (made too when missing) and marks it
     // as ours. `project` is the project file's name, reduced to safe characters.
-    bool create(const std::string& root, const std::string& project, int32_t id, std::string& errors);
+    bool create(const std::string& root, const std::string& project, int32_t id, message_sink& errors);
     // Takes up a folder made earlier and kept (one a cluster task ran in): not
     // owned, but remove() removes it.
     void adopt(const std::string& path);
@@ -35,7 +37,7 @@ public:
     // The folder stays for inspection and is no longer ours to remove.
     void keep();
     // Removes the folder with everything in it; false with a message when it cannot.
-    bool remove(std::string& errors);
+    bool remove(message_sink& errors);
 
     // "$XDG_DATA_HOME/soilbench/runs", else "~/.local/share/soilbench/runs".
     static std::string defaultRoot();
@@ -44,7 +46,7 @@ public:
     // Removes every folder under `root` whose owner was a process on this host
     // that is gone. Folders of live processes, of other hosts and kept folders
     // stay. Returns how many were removed.
-    static int removeStale(const std::string& root, std::string& errors);
+    static int removeStale(const std::string& root, message_sink& errors);
     // True while the folder is owned by a live process (on this host; a folder
     // of another host's process counts as in use, as removeStale leaves it).
     static bool inUse(const std::string& folder);

@@ -85,14 +85,14 @@ run_history_entry entryOf(const table_record& row) {
 
 }  // namespace
 
-bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors) {
+bool appendRunHistory(database& db, const run_history_entry& entry, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     db_status status;
     auto rows = db.openTable(kTable, "ID = -1", "", status);
     if (rows) status = rows->insert(rowOf(entry));
     if (!rows || status.failed()) {
-        appendf(errors, "ERROR, unable to add to the run history of record %ld.\n", static_cast<long>(entry.id));
+        errors.errorf("ERROR, unable to add to the run history of record %ld.\n", static_cast<long>(entry.id));
         appendStatusText(status, errors);
         return false;
     }
@@ -101,7 +101,7 @@ bool appendRunHistory(database& db, const run_history_entry& entry, std::string&
 }
 
 bool replaceRunHistory(database& db, const run_history_entry& started, const run_history_entry& entry,
-                       std::string& errors) {
+                       message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     std::string host = started.host;
@@ -111,19 +111,19 @@ bool replaceRunHistory(database& db, const run_history_entry& started, const run
                   tableName(kTable), static_cast<long>(started.id), started.started.c_str(), host.c_str(),
                   static_cast<long>(started.processId)));
     if (status.failed()) {
-        appendf(errors, "ERROR, unable to update the run history of record %ld.\n", static_cast<long>(started.id));
+        errors.errorf("ERROR, unable to update the run history of record %ld.\n", static_cast<long>(started.id));
         appendStatusText(status, errors);
         return false;
     }
     return s.commitIf(appendRunHistory(db, entry, errors));
 }
 
-bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, std::string& errors) {
+bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, message_sink& errors) {
     db_status status;
     auto rows = db.openTable(kTable, "", "", status);
     if (!rows && status.code == kStatusNoTable) return true;  // a project from before the history: nothing run
     if (!rows) {
-        errors += "ERROR, unable to open the run history.\n";
+        errors.error("ERROR, unable to open the run history.\n");
         appendStatusText(status, errors);
         return false;
     }
@@ -140,11 +140,11 @@ bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, 
     return readToTheEnd(s, tableName(kTable), errors);
 }
 
-bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, std::string& errors) {
+bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, message_sink& errors) {
     db_status status;
     auto rows = db.openTable(kTable, strprintf("[ID] = %ld", static_cast<long>(id)), "", status);
     if (!rows) {
-        errors += "ERROR, unable to open the run history.\n";
+        errors.error("ERROR, unable to open the run history.\n");
         appendStatusText(status, errors);
         return false;
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "run/run_state.h"
 
 namespace sb {
@@ -35,17 +36,17 @@ struct run_history_entry {
 };
 
 // Adds one row, within the caller's session when there is one.
-bool appendRunHistory(database& db, const run_history_entry& entry, std::string& errors);
+bool appendRunHistory(database& db, const run_history_entry& entry, message_sink& errors);
 // Replaces the row of the run `started` (the row written when it started: the
 // same record, start, host and process) by `entry`, within the caller's session
 // when there is one.
 bool replaceRunHistory(database& db, const run_history_entry& started, const run_history_entry& entry,
-                       std::string& errors);
+                       message_sink& errors);
 // The record's runs, oldest first.
-bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, std::string& errors);
+bool readRunHistory(database& db, int32_t id, std::vector<run_history_entry>& entries, message_sink& errors);
 
 // Every record's latest run, by record ID; records never run have none.
-bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, std::string& errors);
+bool readLastRuns(database& db, std::map<int32_t, run_history_entry>& lastRuns, message_sink& errors);
 
 // The time now as the history writes it.
 std::string historyTimeNow();

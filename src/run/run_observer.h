@@ -1,22 +1,20 @@
 #pragma once
 // How a run of many records talks to whoever shows it (a progress dialog, a
-// terminal progress bar, a test): progress texts going out, cancel coming in.
+// terminal progress bar, a test): the run set's messages, its progress texts
+// going out and a cancel coming in, all through one sink, and what only a run
+// set tells besides.
 #include <cstdint>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
-enum class cancel_request {
-    none,
-    finish_running,  // start no further record; let the running ones end and be stored
-    end_running,     // start no further record and end the running models now
-};
-
-class run_observer {
+// Its progressText is "Running TELLURA #%ld Record=%ld ID=%ld"; a cancel asked
+// of a run set with finish_running starts no further record and lets the
+// running ones end and be stored, end_running also ends the running models.
+class run_observer : public message_sink {
 public:
-    virtual ~run_observer() = default;
-    // "Running TELLURA #%ld Record=%ld ID=%ld"
-    virtual void progressText(const std::string&) {}
     // "Run %6d, Good=%6d "
     virtual void statusText(const std::string&) {}
     // A record's run is over and stored: its ID and the messages it added (its
@@ -24,8 +22,6 @@ public:
     virtual void recordFinished(int32_t /*id*/, const std::string& /*messages*/) {}
     // Records finished so far out of the records in the run set.
     virtual void recordsDone(long /*done*/, long /*good*/, long /*failed*/, long /*total*/) {}
-    // Asked between records and while models run.
-    virtual cancel_request cancelRequested() { return cancel_request::none; }
     // A precheck failed with "Stop if any precheck errors" on: the messages to show
     // under "Don't run TELLURA til this is fixed".
     virtual void precheckStopped(const std::string& /*messages*/) {}

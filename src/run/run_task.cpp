@@ -19,10 +19,9 @@ std::string withSlash(std::string dir) {
 }
 
 // A value may not break its line: paths with a line end are refused, not mangled.
-bool addLine(std::string& text, const char* key, const std::string& value, std::string& errors) {
+bool addLine(std::string& text, const char* key, const std::string& value, message_sink& errors) {
     if (value.find_first_of("\r\n") != std::string::npos) {
-        appendf(errors, "ERROR, the %s \"%s\" holds a line end: a task cannot be written for it.\n", key,
-                value.c_str());
+        errors.errorf("ERROR, the %s \"%s\" holds a line end: a task cannot be written for it.\n", key, value.c_str());
         return false;
     }
     appendf(text, "%s=%s\n", key, value.c_str());
@@ -33,7 +32,7 @@ using key_values = std::map<std::string, std::string, std::less<>>;
 
 // "key=value" lines up to the first empty line; `rest` receives what follows it.
 bool parseKeyValues(const std::string& text, const std::string& path, key_values& values, std::string* rest,
-                    std::string& errors) {
+                    message_sink& errors) {
     size_t at = 0;
     long line = 0;
     while (at < text.size()) {
@@ -48,23 +47,23 @@ bool parseKeyValues(const std::string& text, const std::string& path, key_values
         }
         const size_t equals = entry.find('=');
         if (equals == std::string::npos) {
-            appendf(errors, "ERROR, line %ld of \"%s\" is not \"key=value\".\n", line, path.c_str());
+            errors.errorf("ERROR, line %ld of \"%s\" is not \"key=value\".\n", line, path.c_str());
             return false;
         }
         values[entry.substr(0, equals)] = entry.substr(equals + 1);
     }
     if (rest) {
-        appendf(errors, "ERROR, \"%s\" is cut short.\n", path.c_str());
+        errors.errorf("ERROR, \"%s\" is cut short.\n", path.c_str());
         return false;
     }
     return true;
 }
 
 bool readWhole(const key_values& values, const char* key, long long low, long long high, long long& number,
-               const std::string& path, std::string& errors) {
+               const std::string& path, message_sink& errors) {
     auto found = values.find(key);
     if (found != values.end() && readWholeNumber(found->second, low, high, number)) return true;
-    appendf(errors, "ERROR, \"%s\" has no whole number from %lld to %lld for \"%s\".\n", path.c_str(), low, high, key);
+    errors.errorf("ERROR, \"%s\" has no whole number from %lld to %lld for \"%s\".\n", path.c_str(), low, high, key);
     return false;
 }
 
@@ -93,7 +92,7 @@ app_soilbench task_order::runSettings(const app_soilbench& base) const {
     return settings;
 }
 
-bool writeTaskOrder(const std::string& folder, const task_order& order, std::string& errors) {
+bool writeTaskOrder(const std::string& folder, const task_order& order, message_sink& errors) {
     std::string text, blocks;
     for (int block : order.blockOrder) appendf(blocks, "%s%d", blocks.empty() ? "" : ",", block);
     appendf(text, "id=%ld\nversion=%d\ntimeout-ms=%lu\nbinary=%d\ndaily-years=%ld-%ld\n", static_cast<long>(order.id),
@@ -108,11 +107,11 @@ bool writeTaskOrder(const std::string& folder, const task_order& order, std::str
     if (!ok) return false;
     const std::string path = withSlash(folder) + kTaskOrderFile;
     if (text_file::writeTextFile(path, text)) return true;
-    appendf(errors, "ERROR, unable to write the task file \"%s\".\n", path.c_str());
+    errors.errorf("ERROR, unable to write the task file \"%s\".\n", path.c_str());
     return false;
 }
 
-bool readTaskOrder(const std::string& folder, task_order& order, std::string& errors) {
+bool readTaskOrder(const std::string& folder, task_order& order, message_sink& errors) {
     const std::string path = withSlash(folder) + kTaskOrderFile;
     std::string text;
     key_values values;
@@ -130,7 +129,7 @@ bool readTaskOrder(const std::string& folder, task_order& order, std::string& er
     long long firstYear = 0, lastYear = 0;
     if (ok && (dash == std::string::npos || !readWholeNumber(years.substr(0, dash), -9999, 9999, firstYear) ||
                !readWholeNumber(years.substr(dash + 1), -9999, 9999, lastYear))) {
-        appendf(errors, "ERROR, \"%s\" has no daily years \"A-B\".\n", path.c_str());
+        errors.errorf("ERROR, \"%s\" has no daily years \"A-B\".\n", path.c_str());
         ok = false;
     }
     first = static_cast<int>(firstYear);
@@ -140,8 +139,8 @@ bool readTaskOrder(const std::string& folder, task_order& order, std::string& er
     for (std::string_view block : blocks.empty() ? std::vector<std::string_view>() : splitFieldViews(blocks, ',')) {
         long long number = 0;
         if (!readWholeNumber(block, 1, 32767, number)) {
-            appendf(errors, "ERROR, \"%s\" has a block \"%s\" that is not a block number.\n", path.c_str(),
-                    std::string(block).c_str());
+            errors.errorf("ERROR, \"%s\" has a block \"%s\" that is not a block number.\n", path.c_str(),
+                          std::string(block).c_str());
             ok = false;
         }
         order.blockOrder.push_back(static_cast<int>(number));
@@ -163,7 +162,7 @@ bool readTaskOrder(const std::string& folder, task_order& order, std::string& er
     return true;
 }
 
-bool writeTaskResult(const std::string& folder, const task_result& result, std::string& errors) {
+bool writeTaskResult(const std::string& folder, const task_result& result, message_sink& errors) {
     std::string text;
     appendf(text, "state=%s\nstarted=%s\nended=%s\nhost=%s\nlog-bytes=%zu\nmessage-bytes=%zu\n\n",
             runStateText(result.state), result.started.c_str(), result.ended.c_str(), result.host.c_str(),
@@ -172,7 +171,7 @@ bool writeTaskResult(const std::string& folder, const task_result& result, std::
     text += result.messages;
     const std::string path = withSlash(folder) + kTaskResultFile;
     if (text_file::writeTextFile(path, text)) return true;
-    appendf(errors, "ERROR, unable to write the task result \"%s\".\n", path.c_str());
+    errors.errorf("ERROR, unable to write the task result \"%s\".\n", path.c_str());
     return false;
 }
 
@@ -181,7 +180,7 @@ bool hasTaskResult(const std::string& folder) {
     return fs::is_regular_file(withSlash(folder) + kTaskResultFile, ec);
 }
 
-bool readTaskResult(const std::string& folder, task_result& result, std::string& errors) {
+bool readTaskResult(const std::string& folder, task_result& result, message_sink& errors) {
     if (!hasTaskResult(folder)) return false;
     const std::string path = withSlash(folder) + kTaskResultFile;
     std::string text, rest;
@@ -194,8 +193,8 @@ bool readTaskResult(const std::string& folder, task_result& result, std::string&
         !readWhole(values, "message-bytes", 0, text_file::kMaxTextFileBytes, messageBytes, path, errors))
         return false;
     if (static_cast<unsigned long long>(logBytes + messageBytes) != rest.size()) {
-        appendf(errors, "ERROR, the task result \"%s\" holds %zu bytes of run log and messages, not %lld.\n",
-                path.c_str(), rest.size(), logBytes + messageBytes);
+        errors.errorf("ERROR, the task result \"%s\" holds %zu bytes of run log and messages, not %lld.\n",
+                      path.c_str(), rest.size(), logBytes + messageBytes);
         return false;
     }
     const std::string state = valueOf(values, "state");
@@ -207,7 +206,7 @@ bool readTaskResult(const std::string& folder, task_result& result, std::string&
             known = true;
         }
     if (!known) {
-        appendf(errors, "ERROR, the task result \"%s\" names no known end: \"%s\".\n", path.c_str(), state.c_str());
+        errors.errorf("ERROR, the task result \"%s\" names no known end: \"%s\".\n", path.c_str(), state.c_str());
         return false;
     }
     result.started = valueOf(values, "started");
@@ -218,23 +217,25 @@ bool readTaskResult(const std::string& folder, task_result& result, std::string&
     return true;
 }
 
-int runTask(const std::string& folder, std::string& errors) {
+int runTask(const std::string& folder, message_sink& errors) {
     task_order order;
-    std::string markerText, ignored;
+    std::string markerText;
+    message_sink ignored;
     // Unreadable: the task is not on a machine that shares the folder.
     if (!readTaskOrder(folder, order, errors) || !text_file::readTextFile(order.marker, markerText, ignored, "") ||
         markerText != order.markerText) {
-        appendf(errors,
-                "ERROR, the run folder \"%s\" is not shared with this host (%s): the marker its submitter wrote is "
-                "not there.\n",
-                folder.c_str(), hostName().c_str());
+        errors.errorf(
+            "ERROR, the run folder \"%s\" is not shared with this host (%s): the marker its submitter wrote is "
+            "not there.\n",
+            folder.c_str(), hostName().c_str());
         return kTaskNotSharedStatus;
     }
     task_result result;
     result.host = hostName();
     result.started = historyTimeNow();
-    result.state =
-        record_runner::runPrograms(order.runSettings(app_soilbench()), folder, result.runLog, result.messages);
+    message_sink messages;
+    result.state = record_runner::runPrograms(order.runSettings(app_soilbench()), folder, result.runLog, messages);
+    result.messages = messages.text();
     result.ended = historyTimeNow();
     return writeTaskResult(folder, result, errors) ? 0 : 1;
 }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/app_soilbench.h"
+#include "app/message_sink.h"
 #include "run/run_state.h"
 
 namespace sb {
@@ -48,17 +49,17 @@ inline constexpr const char* kTaskResultFile = "soilbench-result.txt";
 // A task that cannot see the shared folder's marker ends with this status.
 inline constexpr int kTaskNotSharedStatus = 3;
 
-bool writeTaskOrder(const std::string& folder, const task_order& order, std::string& errors);
-bool readTaskOrder(const std::string& folder, task_order& order, std::string& errors);
-bool writeTaskResult(const std::string& folder, const task_result& result, std::string& errors);
+bool writeTaskOrder(const std::string& folder, const task_order& order, message_sink& errors);
+bool readTaskOrder(const std::string& folder, task_order& order, message_sink& errors);
+bool writeTaskResult(const std::string& folder, const task_result& result, message_sink& errors);
 // False when there is no result yet (nothing appended) or it cannot be read (a message).
-bool readTaskResult(const std::string& folder, task_result& result, std::string& errors);
+bool readTaskResult(const std::string& folder, task_result& result, message_sink& errors);
 bool hasTaskResult(const std::string& folder);
 
 // The node's side: checks the marker, runs the programs and writes the
 // result. Returns the process's exit status: 0 when a result was written
 // (whatever the run's end), kTaskNotSharedStatus when the marker is not
 // there, 1 when no result could be written.
-int runTask(const std::string& folder, std::string& errors);
+int runTask(const std::string& folder, message_sink& errors);
 
 }  // namespace sb

@@ -32,7 +32,7 @@ struct out_task {
     slurm_task_entry entry;
     task_order order;
     bool orderRead = false;
-    std::string orderErrors;     // why it could not be read
+    message_sink orderErrors;    // why it could not be read
     bool noted = false;          // the project notes it as out
     int endedWithoutResult = 0;  // looks at the queue that found it ended and no result yet
     bool done = false;
@@ -75,11 +75,11 @@ std::vector<int> taskIndexes(const std::string& text) {
 
 // The array's tasks by index. `gone`: Slurm no longer knows the job (it ended
 // long ago), so every task without a result has ended without one.
-bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, std::string& errors) {
+bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, message_sink& errors) {
     tasks.clear();
     gone = false;
     cluster_command_result result;
-    std::string failure;
+    message_sink failure;
     if (!runClusterCommand("squeue",
                            {"--noheader", "--array", "--states=all", "--jobs", std::to_string(job), "--Format",
                             "ArrayTaskID:20,State:24,exit_code:12"},
@@ -88,7 +88,7 @@ bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, std::str
             gone = true;
             return true;
         }
-        errors += failure;
+        errors.add(failure);
         return false;
     }
     for (const std::string& line : splitLines(result.output)) {
@@ -108,7 +108,7 @@ bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, std::str
     return true;
 }
 
-bool cancelJob(long job, std::string& errors) {
+bool cancelJob(long job, message_sink& errors) {
     cluster_command_result result;
     return runClusterCommand("scancel", {std::to_string(job)}, result, errors);
 }
@@ -123,12 +123,12 @@ std::string timeStamp() {
 }
 
 // "<shared>/<project>-slurm-<time>[-N]/", made here; "" with a message when it cannot be.
-std::string makeSubmissionFolder(const std::string& shared, const std::string& project, std::string& errors) {
+std::string makeSubmissionFolder(const std::string& shared, const std::string& project, message_sink& errors) {
     std::error_code ec;
     fs::create_directories(shared, ec);
     if (ec || !fs::is_directory(shared, ec)) {
-        appendf(errors, "ERROR, unable to make the shared folder \"%s\" for Slurm runs: %s.\n", shared.c_str(),
-                ec ? ec.message().c_str() : "not a folder");
+        errors.errorf("ERROR, unable to make the shared folder \"%s\" for Slurm runs: %s.\n", shared.c_str(),
+                      ec ? ec.message().c_str() : "not a folder");
         return "";
     }
     const std::string base = (fs::path(shared) / (project + "-slurm-" + timeStamp())).string();
@@ -137,8 +137,8 @@ std::string makeSubmissionFolder(const std::string& shared, const std::string& p
         if (fs::create_directory(folder, ec)) return folder + "/";
         if (ec) break;
     }
-    appendf(errors, "ERROR, unable to make a folder for the Slurm job in \"%s\": %s.\n", shared.c_str(),
-            ec ? ec.message().c_str() : "every name is taken");
+    errors.errorf("ERROR, unable to make a folder for the Slurm job in \"%s\": %s.\n", shared.c_str(),
+                  ec ? ec.message().c_str() : "every name is taken");
     return "";
 }
 
@@ -173,7 +173,7 @@ std::string projectNameOf(const database& db) {
 class task_collector {
 public:
     task_collector(database& db, run_controller& controller, run_observer& observer, std::string& runLog,
-                   std::string& errors)
+                   message_sink& errors)
         : db_(db), controller_(controller), observer_(observer), runLog_(runLog), errors_(errors) {}
 
     long good = 0, failed = 0;
@@ -214,27 +214,28 @@ public:
         task.done = true;
         const long id = static_cast<long>(task.entry.id);
         const long job = task.entry.job;
-        const size_t before = errors_.size();
-        auto forget = [this, &task](std::string& errors) {
+        message_sink messages;  // this record's
+        auto forget = [this, &task](message_sink& errors) {
             return !task.noted || forgetSlurmTask(db_, task.entry.job, task.entry.id, errors);
         };
         bool ok = false;
         tellura_control_record record;
-        if (loadControlRecord(db_, task.entry.id, record, errors_)) {
+        if (loadControlRecord(db_, task.entry.id, record, messages)) {
             run_choices choices;
             choices.blockOrder = task.order.blockOrder;
             record_runner::applyBlockChoice(record, choices);
             runLog_ += strprintf("%ld:", id);
             // A task whose order cannot be read is not read back either.
             ok = controller_.collectDetached(record, task.orderRead ? task.entry.folder : std::string(), task.order,
-                                             task.orderRead ? failure : task.orderErrors, endWithoutResult, forget,
-                                             runLog_, errors_);
+                                             task.orderRead ? failure : task.orderErrors.text(), endWithoutResult,
+                                             forget, runLog_, messages);
         } else {
-            appendf(errors_, "ERROR, record %ld ran in Slurm job %ld but is no longer in the project.\n", id, job);
-            forget(errors_);
+            messages.errorf("ERROR, record %ld ran in Slurm job %ld but is no longer in the project.\n", id, job);
+            forget(messages);
         }
         ok ? ++good : ++failed;
-        observer_.recordFinished(task.entry.id, errors_.substr(before));
+        errors_.add(messages);
+        observer_.recordFinished(task.entry.id, messages.text());
     }
 
 private:
@@ -253,7 +254,7 @@ private:
     run_controller& controller_;
     run_observer& observer_;
     std::string& runLog_;
-    std::string& errors_;
+    message_sink& errors_;
 };
 
 long openCount(const std::vector<out_task>& tasks) {
@@ -281,17 +282,17 @@ std::string submissionFolderOf(const std::string& runFolder) {
 slurm_batch::slurm_batch(database& db, run_controller& controller, slurm_options options)
     : db_(db), controller_(controller), options_(std::move(options)) {}
 
-run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& observer, std::string& runLog,
-                                std::string& errors) {
+run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& observer, std::string& runLog) {
+    message_sink& errors = observer;
     elapsed_timer timer;
     run_set_result result;
     std::vector<int32_t> ids;
     result.unreadable = !controller_.readRunSetIds(runSet, ids, errors);
     if (ids.empty()) return result;
     if (options_.sharedFolder.empty()) {
-        errors +=
+        errors.error(
             "ERROR, no shared folder for Slurm runs: give --shared-dir, or set Files/SlurmFolder to a folder "
-            "every node sees. Nothing was run.\n";
+            "every node sees. Nothing was run.\n");
         result.refused = true;
         return result;
     }
@@ -305,7 +306,7 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
     const std::string markerText =
         strprintf("%s %ld %s", hostName().c_str(), static_cast<long>(getpid()), historyTimeNow().c_str());
     if (!text_file::writeTextFile(marker, markerText)) {
-        appendf(errors, "ERROR, unable to write the marker \"%s\" into the shared folder.\n", marker.c_str());
+        errors.errorf("ERROR, unable to write the marker \"%s\" into the shared folder.\n", marker.c_str());
         removeSubmissionFolder(submission);
         result.refused = true;
         return result;
@@ -319,12 +320,12 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
         observer.progressText(
             strprintf("Preparing TELLURA #%ld ID=%ld for Slurm", result.runNumber, static_cast<long>(id)));
         tellura_control_record record;
-        std::string messages;
+        message_sink messages;
         if (!controller_.loadAndCheck(id, record, messages)) {
-            errors += messages;
-            appendf(errors, "Precheck warning, %d\n", static_cast<int>(result.runNumber));
+            errors.add(messages);
+            errors.warningf("Precheck warning, %d\n", static_cast<int>(result.runNumber));
             ++result.failed;
-            observer.recordFinished(id, messages);
+            observer.recordFinished(id, messages.text());
             if (runSet.stopOnPrecheckErrors) {
                 result.stoppedOnPrecheck = true;
                 break;
@@ -341,10 +342,10 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
         task.order.marker = marker;
         task.order.markerText = markerText;
         task.orderRead = true;
-        std::string folderErrors;
+        message_sink folderErrors;
         if (!controller_.prepareDetached(record, submission, task.order, task.entry.folder, folderErrors)) {
             std::string ignoredLog;
-            controller_.collectDetached(record, "", task.order, folderErrors, run_state::failed, {}, ignoredLog,
+            controller_.collectDetached(record, "", task.order, folderErrors.text(), run_state::failed, {}, ignoredLog,
                                         errors);
             ++result.failed;
             continue;
@@ -367,15 +368,15 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
     if (!options_.timeLimit.empty()) arguments.push_back("--time=" + options_.timeLimit);
     arguments.push_back(script);
     cluster_command_result submitted;
-    std::string submitErrors;
+    message_sink submitErrors;
     long long job = 0;
     bool ok = text_file::writeTextFile(script, jobScript(options_.taskProgram, tasks));
-    if (!ok) appendf(submitErrors, "ERROR, unable to write the job script \"%s\".\n", script.c_str());
+    if (!ok) submitErrors.errorf("ERROR, unable to write the job script \"%s\".\n", script.c_str());
     ok = ok && runClusterCommand("sbatch", arguments, submitted, submitErrors);
     if (ok) {
         const std::string text = submitted.output.substr(0, submitted.output.find_first_of(";\n"));
         ok = readWholeNumber(text, 1, 1LL << 40, job);
-        if (!ok) appendf(submitErrors, "ERROR, sbatch answered \"%s\", not a job number.\n", text.c_str());
+        if (!ok) submitErrors.errorf("ERROR, sbatch answered \"%s\", not a job number.\n", text.c_str());
     }
     if (ok) {
         std::vector<slurm_task_entry> entries;
@@ -398,7 +399,7 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
             std::error_code ec;
             fs::remove_all(task.entry.folder, ec);
             task.entry.folder.clear();
-            collector.collect(task, submitErrors, run_state::failed);
+            collector.collect(task, submitErrors.text(), run_state::failed);
         }
         removeSubmissionFolder(submission);
         result.failed += collector.failed;
@@ -417,10 +418,10 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
             cancelJob(static_cast<long>(job), errors);
         }
         if (!follower.collectEnded(static_cast<long>(job), tasks)) {
-            appendf(errors,
-                    "ERROR, Slurm job %lld can no longer be followed: its records stay out, and \"soilbench collect\" "
-                    "brings them in when it has ended.\n",
-                    job);
+            errors.errorf(
+                "ERROR, Slurm job %lld can no longer be followed: its records stay out, and \"soilbench collect\" "
+                "brings them in when it has ended.\n",
+                job);
             following = false;
             break;
         }
@@ -439,7 +440,8 @@ run_set_result slurm_batch::run(const run_set_options& runSet, run_observer& obs
 }
 
 collect_result collectSlurmTasks(database& db, const app_soilbench& settings, run_observer& observer,
-                                 std::string& runLog, std::string& errors) {
+                                 std::string& runLog) {
+    message_sink& errors = observer;
     collect_result result;
     std::vector<slurm_task_entry> entries;
     if (!readSlurmTasks(db, entries, errors)) {

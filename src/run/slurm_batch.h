@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <string>
 
+#include "app/message_sink.h"
 #include "run/run_controller.h"
 
 namespace sb {
@@ -31,8 +32,9 @@ class slurm_batch {
 public:
     slurm_batch(database& db, run_controller& controller, slurm_options options);
 
-    // Submits the run set and follows it until every record is stored or failed.
-    run_set_result run(const run_set_options& runSet, run_observer& observer, std::string& runLog, std::string& errors);
+    // Submits the run set and follows it until every record is stored or failed;
+    // its messages go to the observer.
+    run_set_result run(const run_set_options& runSet, run_observer& observer, std::string& runLog);
 
 private:
     database& db_;
@@ -48,7 +50,8 @@ struct collect_result {
 
 // Brings in every record whose task has ended, with the settings its task was
 // written with (`settings` gives the rest); tasks still queued or running stay.
+// The messages go to the observer.
 collect_result collectSlurmTasks(database& db, const app_soilbench& settings, run_observer& observer,
-                                 std::string& runLog, std::string& errors);
+                                 std::string& runLog);
 
 }  // namespace sb

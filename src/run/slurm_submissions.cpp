@@ -12,8 +12,8 @@ namespace {
 
 constexpr table_id kTable = table_id::slurm_submissions;
 
-void appendCannotOpen(const db_status& status, std::string& errors) {
-    errors += "ERROR, unable to open the Slurm submissions of the project.\n";
+void appendCannotOpen(const db_status& status, message_sink& errors) {
+    errors.error("ERROR, unable to open the Slurm submissions of the project.\n");
     appendStatusText(status, errors);
 }
 
@@ -36,7 +36,7 @@ void entryMembers(Entry& e, Visit&& visit) {
 
 }  // namespace
 
-bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors) {
+bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, message_sink& errors) {
     store_session s(db, errors);
     if (!s.ok()) return false;
     const table_columns& c = submissionColumns();
@@ -56,7 +56,7 @@ bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries
     return s.commit();
 }
 
-bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::string& errors) {
+bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, message_sink& errors) {
     db_status status;
     auto rows = db.openTable(kTable, "", "", status);
     if (!rows) {
@@ -86,12 +86,12 @@ bool slurmTaskNoted(database& db, long job, int32_t id) {
     return rows && rows->moveFirst().ok();
 }
 
-bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors) {
+bool forgetSlurmTask(database& db, long job, int32_t id, message_sink& errors) {
     db_status status = db.execute(
         strprintf("DELETE FROM `%s` WHERE [Job] = %ld AND ID = %ld", tableName(kTable), job, static_cast<long>(id)));
     if (status.ok()) return true;
-    appendf(errors, "ERROR, unable to remove record %ld of Slurm job %ld from the project's submissions.\n",
-            static_cast<long>(id), job);
+    errors.errorf("ERROR, unable to remove record %ld of Slurm job %ld from the project's submissions.\n",
+                  static_cast<long>(id), job);
     appendStatusText(status, errors);
     return false;
 }

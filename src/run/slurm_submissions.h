@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -20,13 +22,13 @@ struct slurm_task_entry {
 };
 
 // Adds every entry in one commit, or none.
-bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, std::string& errors);
+bool recordSlurmTasks(database& db, const std::vector<slurm_task_entry>& entries, message_sink& errors);
 // Every entry, by job and task.
-bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, std::string& errors);
+bool readSlurmTasks(database& db, std::vector<slurm_task_entry>& entries, message_sink& errors);
 // Whether the record's entry of that job is still there (another Soilbench
 // following or collecting the job may have taken the record in meanwhile).
 bool slurmTaskNoted(database& db, long job, int32_t id);
 // Removes the record's entry of that job, within the caller's session when there is one.
-bool forgetSlurmTask(database& db, long job, int32_t id, std::string& errors);
+bool forgetSlurmTask(database& db, long job, int32_t id, message_sink& errors);
 
 }  // namespace sb

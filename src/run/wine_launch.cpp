@@ -62,31 +62,30 @@ std::string resolveWineProgram(const std::string& command) {
 }
 
 bool prepareWineLaunch(const wine_setup& setup, std::vector<std::string>& arguments,
-                       std::vector<std::string>& environment, std::string& errors) {
+                       std::vector<std::string>& environment, message_sink& errors) {
     const std::string& program = arguments.at(0);
     if (!std::filesystem::exists(program)) return true;  // reported as the usual start failure
     if (!hasWindowsHeader(program)) {
-        appendf(errors,
-                "ERROR, \"%s\" ends in \".exe\" but is not a Windows program (it does not start with \"MZ\").\n",
-                program.c_str());
+        errors.errorf("ERROR, \"%s\" ends in \".exe\" but is not a Windows program (it does not start with \"MZ\").\n",
+                      program.c_str());
         return false;
     }
     std::string wine = resolveWineProgram(setup.command);
     if (wine.empty()) {
-        appendf(errors,
-                "ERROR, \"%s\" is a Windows program: it runs through Wine, and Wine (\"%s\") was not found. "
-                "To install it on Debian: for a 64-bit build, apt install wine64; for a 32-bit build, "
-                "dpkg --add-architecture i386 && apt update && apt install wine32. The Wine command is the "
-                "setting Files/WineCommand.\n",
-                program.c_str(), setup.command.c_str());
+        errors.errorf(
+            "ERROR, \"%s\" is a Windows program: it runs through Wine, and Wine (\"%s\") was not found. "
+            "To install it on Debian: for a 64-bit build, apt install wine64; for a 32-bit build, "
+            "dpkg --add-architecture i386 && apt update && apt install wine32. The Wine command is the "
+            "setting Files/WineCommand.\n",
+            program.c_str(), setup.command.c_str());
         return false;
     }
     std::string prefix = setup.prefix.empty() ? defaultWinePrefix() : setup.prefix;
     std::error_code ec;
     std::filesystem::create_directories(prefix, ec);
     if (ec) {
-        appendf(errors, "ERROR, cannot create the Wine prefix directory \"%s\": %s.\n", prefix.c_str(),
-                ec.message().c_str());
+        errors.errorf("ERROR, cannot create the Wine prefix directory \"%s\": %s.\n", prefix.c_str(),
+                      ec.message().c_str());
         return false;
     }
     // Wine takes the program's Unix path; the child starts in the run directory.

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 struct wine_setup {
@@ -29,6 +31,6 @@ std::string resolveWineProgram(const std::string& command);
 // command line with `environment` holding the variables to set. False with a
 // message (naming the program) when it cannot run.
 bool prepareWineLaunch(const wine_setup& setup, std::vector<std::string>& arguments,
-                       std::vector<std::string>& environment, std::string& errors);
+                       std::vector<std::string>& environment, message_sink& errors);
 
 }  // namespace sb

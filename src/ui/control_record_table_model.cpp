@@ -91,11 +91,11 @@ bool control_record_table_model::canFetchMore(const QModelIndex& parent) const {
 
 void control_record_table_model::fetchMore(const QModelIndex& parent) {
     if (parent.isValid()) return;
-    std::string errors;
+    message_sink errors;
     if (!fetchPage(errors)) exhausted_ = true;  // a broken table shows as far as it could be read
 }
 
-bool control_record_table_model::fetchPage(std::string& errors) {
+bool control_record_table_model::fetchPage(message_sink& errors) {
     if (complete()) return true;
     const int before = rows_;
     const control_record_proxy* from = list_.at(rows_);
@@ -104,9 +104,9 @@ bool control_record_table_model::fetchPage(std::string& errors) {
         from = list_.at(1);
     }
     const size_t held = list_.size();
-    const size_t before_errors = errors.size();
+    const size_t before_errors = errors.count();
     list_.forward(from, kPageSize, errors);
-    if (errors.size() != before_errors) return false;
+    if (errors.count() != before_errors) return false;
     syncRows();
     if (rows_ == before && list_.size() == held) exhausted_ = true;
     return true;
@@ -126,7 +126,7 @@ void control_record_table_model::syncRows() {
 
 void control_record_table_model::readLastRuns(database& db) {
     std::map<int32_t, run_history_entry> lastRuns;
-    std::string ignored;  // no history read: every record shows as never run
+    message_sink ignored;  // no history read: every record shows as never run
     sb::readLastRuns(db, lastRuns, ignored);
     lastRuns_ = std::move(lastRuns);
     if (rows_ > 0) emit dataChanged(index(0, kLastRunColumn), index(rows_ - 1, kLastRunColumn));

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 
+#include "app/message_sink.h"
 #include "run/run_history.h"
 
 namespace sb {
@@ -31,7 +32,7 @@ public:
     void fetchMore(const QModelIndex& parent) override;
 
     // Reads the next page of handles; false on a read failure (messages in `errors`).
-    bool fetchPage(std::string& errors);
+    bool fetchPage(message_sink& errors);
     // Takes in rows for handles the list gained through navigation.
     void syncRows();
     // Starts again from an emptied list (after a delete, paste or import).

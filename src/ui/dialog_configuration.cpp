@@ -29,7 +29,7 @@ namespace {
 const release_profile_catalogue& offeredProfiles(const app_soilbench& settings) {
     static release_profile_catalogue catalogue;
     catalogue = release_profile_catalogue();
-    std::string problems;  // a profile that cannot be read is simply not offered
+    message_sink problems;  // a profile that cannot be read is simply not offered
     catalogue.load(release_profile_catalogue::shippedFolder(), settings.userProfileFolder(), problems);
     return catalogue;
 }
@@ -205,9 +205,9 @@ void dialog_configuration::accept() {
     f.runsFolder = runsFolder_->text().toStdString();
     f.keepRunFolders = keepRunFolders_->isChecked();
     f.selectVersion(version_->currentIndex());
-    std::string errors;
+    message_sink errors;
     if (!f.accept(errors)) {
-        QMessageBox::warning(this, windowTitle(), QString::fromStdString(errors).trimmed());
+        QMessageBox::warning(this, windowTitle(), QString::fromStdString(errors.text()).trimmed());
         runTimeout_->setFocus();
         runTimeout_->selectAll();
         return;

@@ -54,4 +54,8 @@ void showErrorsIfAny(QWidget* parent, const std::string& text, const QString& ti
     dialog.exec();
 }
 
+void showErrorsIfAny(QWidget* parent, const message_sink& messages, const QString& title) {
+    showErrorsIfAny(parent, messages.text(), title);
+}
+
 }  // namespace sb

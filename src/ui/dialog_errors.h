@@ -4,6 +4,8 @@
 #include <QDialog>
 #include <string>
 
+#include "app/message_sink.h"
+
 class QPlainTextEdit;
 
 namespace sb {
@@ -24,6 +26,8 @@ private:
 // Shows the dialog when `text` is not empty; does nothing otherwise. The
 // message text may carry "\r\n" line ends (clipboard messages); shown as lines.
 void showErrorsIfAny(QWidget* parent, const std::string& text, const QString& title = QStringLiteral("Errors"));
+// A command's messages, as the user reads them.
+void showErrorsIfAny(QWidget* parent, const message_sink& messages, const QString& title = QStringLiteral("Errors"));
 
 // For runs without a user (--screenshot): messages go to standard error
 // instead of a dialog nobody can close.

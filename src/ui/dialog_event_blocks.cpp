@@ -64,7 +64,7 @@ QPushButton* addButton(QHBoxLayout* row, const char* text, Target* target, Slot 
 dialog_event_blocks::dialog_event_blocks(database& db, int32_t recordId, int version, QWidget* parent)
     : QDialog(parent), db_(db), recordId_(recordId), version_(version) {
     setWindowTitle(QStringLiteral("Event Blocks of Record %1").arg(recordId));
-    std::string errors;
+    message_sink errors;
     changeCount_ = loadChangeCount(db, recordId);
     loadEventBlocks(db, recordId, blocks_, errors);
     options_.loadAll(db, errors);
@@ -345,7 +345,7 @@ std::vector<tellura_event_block> dialog_event_blocks::blocks() {
     return numbered;
 }
 
-void dialog_event_blocks::loadStationHistories(const std::vector<tellura_event_block>& blocks, std::string& errors) {
+void dialog_event_blocks::loadStationHistories(const std::vector<tellura_event_block>& blocks, message_sink& errors) {
     for (const tellura_event_block& b : blocks) {
         tellura_weather_station* station = b.weatherChoice == kWeatherFile ? stations_.find(b.weatherId) : nullptr;
         if (!station || !historyLoaded_.insert(b.weatherId).second) continue;
@@ -362,9 +362,8 @@ void dialog_event_blocks::accept() {
                         checkBlockWeatherCoverage);
     showErrorsIfAny(this, messages_);
     // Warnings are shown and the blocks saved; any error keeps the editor open.
-    for (const QString& line : QString::fromStdString(messages_).split('\n'))
-        if (line.startsWith(QStringLiteral("ERROR"))) return;
-    std::string errors;
+    if (messages_.hasErrors()) return;
+    message_sink errors;
     if (!saveEventBlocks(db_, recordId_, edited, errors, changeCount_)) {
         showErrorsIfAny(this, errors);
         return;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "records/option_lists.h"
 #include "records/tellura_event_block.h"
 #include "records/tellura_weather_station.h"
@@ -49,7 +50,7 @@ public:
     // The blocks as edited, numbered in list order and their events in event order.
     std::vector<tellura_event_block> blocks();
     // The messages of the last OK (empty before).
-    const std::string& messages() const { return messages_; }
+    const message_sink& messages() const { return messages_; }
 
 public slots:
     void addBlock();
@@ -74,7 +75,7 @@ private:
     void fillItemChoices(int type);
     void refillBlockList();
     // History of the stations that weather-file blocks name, read once for the coverage warnings.
-    void loadStationHistories(const std::vector<tellura_event_block>& blocks, std::string& errors);
+    void loadStationHistories(const std::vector<tellura_event_block>& blocks, message_sink& errors);
     void refillEventList();
     tellura_event_block* shownBlock();
     static QString blockLabel(const tellura_event_block& block);
@@ -87,7 +88,7 @@ private:
     option_lists options_;
     tellura_weather_stations stations_;
     std::vector<tellura_event_block> blocks_;
-    std::string messages_;
+    message_sink messages_;
     std::set<int32_t> historyLoaded_;
     int shownBlock_ = -1;
     int shownEvent_ = -1;

@@ -88,7 +88,7 @@ void dialog_option_list::fillNames(int select) {
     showOption(select);
 }
 
-bool dialog_option_list::applyCurrent(std::string& errors) {
+bool dialog_option_list::applyCurrent(message_sink& errors) {
     if (!page_ || shown_ < 0 || shown_ >= static_cast<int>(list_.size())) return true;
     option_record& record = list_.recordAt(static_cast<size_t>(shown_));
     table_record row = record.toRow();
@@ -100,7 +100,7 @@ bool dialog_option_list::applyCurrent(std::string& errors) {
 }
 
 void dialog_option_list::showOption(int index) {
-    std::string errors;
+    message_sink errors;
     if (!applyCurrent(errors)) {
         // Stay on the option with the bad field.
         QSignalBlocker block(names_);
@@ -118,29 +118,29 @@ void dialog_option_list::showOption(int index) {
     pageHolder_->addWidget(page_);
 }
 
-bool dialog_option_list::importFrom(const QString& path, std::string& errors) {
+bool dialog_option_list::importFrom(const QString& path, message_sink& errors) {
     if (!applyCurrent(errors)) return false;
     std::string status;
     list_.importFile(path.toStdString(), errors, status);
-    errors += status;
+    errors.note(status);
     fillNames(0);
     return true;
 }
 
-bool dialog_option_list::exportTo(const QString& path, std::string& errors) {
+bool dialog_option_list::exportTo(const QString& path, message_sink& errors) {
     if (!applyCurrent(errors)) return false;
     return list_.write(path.toStdString(), errors, version_);
 }
 
 void dialog_option_list::addOption(const QString& name) {
-    std::string errors;
+    message_sink errors;
     applyCurrent(errors);
     list_.addRecord(name.toStdString());
     fillNames(static_cast<int>(list_.size()) - 1);
 }
 
 void dialog_option_list::copyOption(int index, const QString& name) {
-    std::string errors;
+    message_sink errors;
     if (index < 0 || index >= static_cast<int>(list_.size()) || !applyCurrent(errors)) return;
     auto copy = copyOf(list_, list_.recordAt(static_cast<size_t>(index)));
     copy->name = name.toStdString();
@@ -166,7 +166,7 @@ void dialog_option_list::askImport() {
         QFileDialog::getOpenFileName(this, QStringLiteral("Import"), QString::fromLatin1(list_.member().exportFile),
                                      qtFilter(list_.member().fileFilter));
     if (path.isEmpty()) return;
-    std::string errors;
+    message_sink errors;
     importFrom(path, errors);
     showErrorsIfAny(this, errors);
 }
@@ -176,7 +176,7 @@ void dialog_option_list::askExport() {
         QFileDialog::getSaveFileName(this, QStringLiteral("Export"), QString::fromLatin1(list_.member().exportFile),
                                      qtFilter(list_.member().fileFilter));
     if (path.isEmpty()) return;
-    std::string errors;
+    message_sink errors;
     exportTo(path, errors);
     showErrorsIfAny(this, errors);
 }
@@ -195,7 +195,7 @@ void dialog_option_list::askCopy() {
 }
 
 void dialog_option_list::accept() {
-    std::string errors;
+    message_sink errors;
     if (!applyCurrent(errors)) {
         showErrorsIfAny(this, errors);
         return;

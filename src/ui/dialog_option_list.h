@@ -5,6 +5,7 @@
 // selected option with the parameter's help.
 #include <QDialog>
 
+#include "app/message_sink.h"
 #include "ui/property_page_columns.h"
 
 class QListWidget;
@@ -25,13 +26,13 @@ public:
     static QString titleFor(const option_list& list);
 
     // What the buttons do once the user has answered their file or name question.
-    bool importFrom(const QString& path, std::string& errors);
-    bool exportTo(const QString& path, std::string& errors);
+    bool importFrom(const QString& path, message_sink& errors);
+    bool exportTo(const QString& path, message_sink& errors);
     void addOption(const QString& name);
     void copyOption(int index, const QString& name);
     void deleteOption(int index);
     // Takes the fields into the selected option; false with messages on a bad field.
-    bool applyCurrent(std::string& errors);
+    bool applyCurrent(message_sink& errors);
 
 public slots:
     void accept() override;

@@ -59,7 +59,7 @@ QString dialog_run_set::whereClause() const { return where_->text(); }
 bool dialog_run_set::stopOnPrecheckError() const { return stopOnError_->isChecked(); }
 
 void dialog_run_set::makeWhere() {
-    std::string errors;
+    message_sink errors;
     const std::string clause = id_list_filter::whereClause(ids_->text().toStdString(), errors);
     if (!errors.empty()) {
         // The list stays as typed, marked unbuilt, for the user to correct.

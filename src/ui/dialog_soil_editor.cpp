@@ -75,12 +75,12 @@ dialog_soil_editor::dialog_soil_editor(tellura_soils& soils, field_help_lookup h
     connect(soilList_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showSoil);
     connect(layers_, &QListWidget::currentRowChanged, this, &dialog_soil_editor::showLayer);
     connect(insert, &QPushButton::clicked, this, [this] {
-        std::string errors;
+        message_sink errors;
         insertLayer(std::max(0, layers_->currentRow()), errors);
         showErrorsIfAny(this, errors);
     });
     connect(remove, &QPushButton::clicked, this, [this] {
-        std::string errors;
+        message_sink errors;
         deleteLayer(layers_->currentRow(), errors);
         showErrorsIfAny(this, errors);
     });
@@ -100,9 +100,9 @@ int32_t dialog_soil_editor::unusedSoilId() const {
     return highest + 1;
 }
 
-bool dialog_soil_editor::addSoil(int32_t id, const QString& name, std::string& errors) {
+bool dialog_soil_editor::addSoil(int32_t id, const QString& name, message_sink& errors) {
     if (soils_.find(id)) {
-        appendf(errors, "Soil ID %ld is already in the project.\n", static_cast<long>(id));
+        errors.errorf("Soil ID %ld is already in the project.\n", static_cast<long>(id));
         return false;
     }
     tellura_soil soil;
@@ -116,9 +116,9 @@ bool dialog_soil_editor::addSoil(int32_t id, const QString& name, std::string& e
     return true;
 }
 
-bool dialog_soil_editor::deleteSoil(int index, std::string& errors) {
+bool dialog_soil_editor::deleteSoil(int index, message_sink& errors) {
     if (index < 0 || index >= static_cast<int>(soils_.soils.size())) {
-        errors += "Unable to delete soil.\n";
+        errors.error("Unable to delete soil.\n");
         return false;
     }
     // The shown fields belong to the soil going away (or are taken in first).
@@ -137,7 +137,7 @@ bool dialog_soil_editor::deleteSoil(int index, std::string& errors) {
     return true;
 }
 
-bool dialog_soil_editor::importLayerFile(const QString& path, std::string& errors) {
+bool dialog_soil_editor::importLayerFile(const QString& path, message_sink& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
     layer_ = -1;  // the layers shown are replaced
     const bool ok = readSoilLayerFile(path.toStdString(), soils_.soils[static_cast<size_t>(soil_)], errors);
@@ -147,7 +147,7 @@ bool dialog_soil_editor::importLayerFile(const QString& path, std::string& error
 }
 
 void dialog_soil_editor::addSoilButton() {
-    std::string errors;
+    message_sink errors;
     addSoil(unusedSoilId(), QStringLiteral("New soil"), errors);
     showErrorsIfAny(this, errors);
 }
@@ -157,7 +157,7 @@ void dialog_soil_editor::deleteSoilButton() {
     if (index < 0) return;
     const QString question = QStringLiteral("Delete soil %1 ?").arg(soilList_->item(index)->text());
     if (QMessageBox::question(this, windowTitle(), question) != QMessageBox::Yes) return;
-    std::string errors;
+    message_sink errors;
     deleteSoil(index, errors);
     showErrorsIfAny(this, errors);
 }
@@ -167,12 +167,12 @@ void dialog_soil_editor::importLayerFileButton() {
     const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Import Layer File"), QString(),
                                                       QStringLiteral("Soil layer files (*.in);;All files (*)"));
     if (path.isEmpty()) return;
-    std::string errors;
+    message_sink errors;
     importLayerFile(path, errors);
     showErrorsIfAny(this, errors);
 }
 
-bool dialog_soil_editor::applyShown(std::string& errors) {
+bool dialog_soil_editor::applyShown(message_sink& errors) {
     if (soil_ < 0) return true;
     tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     bool ok = true;
@@ -192,7 +192,7 @@ bool dialog_soil_editor::applyShown(std::string& errors) {
 }
 
 void dialog_soil_editor::showSoil(int index) {
-    std::string errors;
+    message_sink errors;
     applyShown(errors);
     showErrorsIfAny(this, errors);
     delete soilPage_;
@@ -226,7 +226,7 @@ void dialog_soil_editor::fillLayers(int select) {
 }
 
 void dialog_soil_editor::showLayer(int position) {
-    std::string errors;
+    message_sink errors;
     if (layerPage_ && soil_ >= 0 && layer_ >= 0) {
         tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
         soil_layer row = soil.layers[static_cast<size_t>(layer_)];
@@ -247,7 +247,7 @@ void dialog_soil_editor::showLayer(int position) {
     layerHolder_->addWidget(layerPage_);
 }
 
-bool dialog_soil_editor::insertLayer(int position, std::string& errors) {
+bool dialog_soil_editor::insertLayer(int position, message_sink& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
     tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     layer_ = -1;  // the fields shown were taken in above
@@ -256,7 +256,7 @@ bool dialog_soil_editor::insertLayer(int position, std::string& errors) {
     return true;
 }
 
-bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
+bool dialog_soil_editor::deleteLayer(int position, message_sink& errors) {
     if (soil_ < 0 || !applyShown(errors)) return false;
     tellura_soil& soil = soils_.soils[static_cast<size_t>(soil_)];
     layer_ = -1;
@@ -265,15 +265,15 @@ bool dialog_soil_editor::deleteLayer(int position, std::string& errors) {
     return true;
 }
 
-bool dialog_soil_editor::save(database& db, std::string& errors) {
+bool dialog_soil_editor::save(database& db, message_sink& errors) {
     return edits_.save(
-        db, [&](int32_t id, std::string& e) { return sb::deleteSoil(db, id, e); },
-        [&](int index, int, std::string& e) { return saveSoil(db, soils_.soils[static_cast<size_t>(index)], e); },
+        db, [&](int32_t id, message_sink& e) { return sb::deleteSoil(db, id, e); },
+        [&](int index, int, message_sink& e) { return saveSoil(db, soils_.soils[static_cast<size_t>(index)], e); },
         errors);
 }
 
 void dialog_soil_editor::accept() {
-    std::string errors;
+    message_sink errors;
     if (!applyShown(errors)) {
         showErrorsIfAny(this, errors);
         return;

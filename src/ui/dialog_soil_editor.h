@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "app/message_sink.h"
 #include "ui/property_page_columns.h"
 
 class QComboBox;
@@ -31,20 +32,20 @@ public:
     QComboBox* waterHolding() const { return swflag_; }
 
     // The layer buttons; messages (e.g. "Number of layers is already at maximum") to `errors`.
-    bool insertLayer(int position, std::string& errors);
-    bool deleteLayer(int position, std::string& errors);
+    bool insertLayer(int position, message_sink& errors);
+    bool deleteLayer(int position, message_sink& errors);
     // The soil buttons. A new soil takes an ID no other soil has ("Soil ID %ld
     // is already in the project." otherwise) and is selected; a deleted soil
     // leaves the project when the dialog is saved.
-    bool addSoil(int32_t id, const QString& name, std::string& errors);
-    bool deleteSoil(int index, std::string& errors);
+    bool addSoil(int32_t id, const QString& name, message_sink& errors);
+    bool deleteSoil(int index, message_sink& errors);
     int32_t unusedSoilId() const;
     // Reads a layer file into the shown soil (the core's messages on a bad file).
-    bool importLayerFile(const QString& path, std::string& errors);
+    bool importLayerFile(const QString& path, message_sink& errors);
     // Takes the shown fields into the soil; false with messages on a bad field.
-    bool applyShown(std::string& errors);
+    bool applyShown(message_sink& errors);
     // Deletes the deleted soils and writes every soil the dialog changed, in one session.
-    bool save(database& db, std::string& errors);
+    bool save(database& db, message_sink& errors);
 
 public slots:
     void accept() override;

@@ -147,12 +147,12 @@ dialog_weather_stations::dialog_weather_stations(tellura_weather_stations& stati
     connect(remove, &QPushButton::clicked, this, [this] {
         if (shown_ < 0) return;
         if (!askYesNo(QStringLiteral("Delete weather station %1 ?").arg(list_->item(shown_)->text()))) return;
-        std::string errors;
+        message_sink errors;
         deleteStation(shown_, errors);
         showErrorsIfAny(this, errors);
     });
     connect(deleteDay, &QPushButton::clicked, this, [this] {
-        std::string errors;
+        message_sink errors;
         deleteDailyRecord(
             daily_->currentRow(), [this](const QString& q) { return askYesNo(q); }, errors);
         showErrorsIfAny(this, errors);
@@ -167,14 +167,14 @@ void dialog_weather_stations::importWeatherFileAsk(bool daily) {
         this, daily ? QStringLiteral("Weather Daily Records") : QStringLiteral("Weather Monthly Records"),
         QStringLiteral("weather.wth"), QStringLiteral("Weather File (*.wth);;All Files (*)"));
     if (path.isEmpty()) return;
-    std::string errors;
+    message_sink errors;
     importWeatherFile(path, daily, errors);
     showErrorsIfAny(this, errors);
 }
 
-bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily, std::string& errors) {
+bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily, message_sink& errors) {
     if (shown_ < 0) {
-        errors += "Select a weather station to import into.\n";
+        errors.error("Select a weather station to import into.\n");
         return false;
     }
     tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
@@ -189,7 +189,7 @@ bool dialog_weather_stations::importWeatherFile(const QString& path, bool daily,
     return true;
 }
 
-bool dialog_weather_stations::applyShown(std::string& errors) {
+bool dialog_weather_stations::applyShown(message_sink& errors) {
     if (shown_ < 0) return true;
     tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
     bool ok = true;
@@ -198,7 +198,7 @@ bool dialog_weather_stations::applyShown(std::string& errors) {
             bool number = false;
             const float v = means_->item(r, m)->text().trimmed().toFloat(&number);
             if (!number) {
-                appendf(errors, "ERROR, %s of month %d is not a number.\n", kSeries[r], m + 1);
+                errors.errorf("ERROR, %s of month %d is not a number.\n", kSeries[r], m + 1);
                 ok = false;
                 continue;
             }
@@ -212,7 +212,7 @@ bool dialog_weather_stations::applyShown(std::string& errors) {
 }
 
 void dialog_weather_stations::showStation(int index) {
-    std::string errors;
+    message_sink errors;
     applyShown(errors);
     showErrorsIfAny(this, errors);
     shown_ = index;
@@ -232,7 +232,7 @@ void dialog_weather_stations::showStation(int index) {
 void dialog_weather_stations::loadHistory(int index) {
     tellura_weather_station& s = stations_.stations[static_cast<size_t>(index)];
     if (!historyLoaded_.insert(s.id).second) return;
-    std::string errors;
+    message_sink errors;
     loadMonthlyHistory(history_, s, errors);
     loadDailyHistory(history_, s, errors);
     showErrorsIfAny(this, errors);
@@ -258,9 +258,9 @@ void dialog_weather_stations::fillHistory() {
 }
 
 bool dialog_weather_stations::deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm,
-                                                std::string& errors) {
+                                                message_sink& errors) {
     if (shown_ < 0 || row < 0) {
-        errors += "Select a daily record to delete.\n";
+        errors.error("Select a daily record to delete.\n");
         return false;
     }
     tellura_weather_station& s = stations_.stations[static_cast<size_t>(shown_)];
@@ -276,13 +276,13 @@ bool dialog_weather_stations::deleteDailyRecord(int row, const std::function<boo
         fillHistory();
         return true;
     }
-    errors += "Select a daily record to delete.\n";
+    errors.error("Select a daily record to delete.\n");
     return false;
 }
 
-bool dialog_weather_stations::deleteStation(int index, std::string& errors) {
+bool dialog_weather_stations::deleteStation(int index, message_sink& errors) {
     if (index < 0 || index >= static_cast<int>(stations_.stations.size())) {
-        errors += "Select a weather station to delete.\n";
+        errors.error("Select a weather station to delete.\n");
         return false;
     }
     const int32_t id = stations_.stations[static_cast<size_t>(index)].id;
@@ -304,7 +304,7 @@ bool dialog_weather_stations::askYesNo(const QString& question) {
 }
 
 void dialog_weather_stations::addStation(int32_t id, const QString& description) {
-    std::string errors;
+    message_sink errors;
     applyShown(errors);
     tellura_weather_station s;
     s.id = id;
@@ -315,8 +315,8 @@ void dialog_weather_stations::addStation(int32_t id, const QString& description)
     list_->setCurrentRow(list_->count() - 1);
 }
 
-bool dialog_weather_stations::save(database& db, std::string& errors) {
-    const auto writePart = [&](int id, int part, std::string& e) {
+bool dialog_weather_stations::save(database& db, message_sink& errors) {
+    const auto writePart = [&](int id, int part, message_sink& e) {
         const tellura_weather_station* s = stations_.find(id);
         if (!s) return true;
         if (part == kMonthlyHistory) return saveMonthlyHistory(db, *s, e);
@@ -324,11 +324,11 @@ bool dialog_weather_stations::save(database& db, std::string& errors) {
         return saveWeatherStation(db, *s, e);
     };
     return edits_.save(
-        db, [&](int32_t id, std::string& e) { return deleteWeatherStation(db, id, e); }, writePart, errors);
+        db, [&](int32_t id, message_sink& e) { return deleteWeatherStation(db, id, e); }, writePart, errors);
 }
 
 void dialog_weather_stations::accept() {
-    std::string errors;
+    message_sink errors;
     if (!applyShown(errors)) {
         showErrorsIfAny(this, errors);
         return;

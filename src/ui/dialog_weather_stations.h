@@ -15,6 +15,7 @@ class QLineEdit;
 class QListWidget;
 class QTableWidget;
 
+#include "app/message_sink.h"
 #include "records/list_edits.h"
 
 namespace sb {
@@ -32,17 +33,17 @@ public:
     QTableWidget* means() const { return means_; }
     QTableWidget* monthlyHistory() const { return monthly_; }
     QTableWidget* dailyHistory() const { return daily_; }
-    bool applyShown(std::string& errors);
+    bool applyShown(message_sink& errors);
     void addStation(int32_t id, const QString& description);
     // The shown station leaves the project when the dialog is saved.
-    bool deleteStation(int index, std::string& errors);
+    bool deleteStation(int index, message_sink& errors);
     // The daily record in row `row` of the daily list, after the question
     // ("Delete %ld %04d-%02d-%02d ?") is answered Yes by `confirm`.
-    bool deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm, std::string& errors);
+    bool deleteDailyRecord(int row, const std::function<bool(const QString&)>& confirm, message_sink& errors);
     // Adds a monthly ("prec/tmin/tmax YEAR v1..v12") or daily weather file to
     // the shown station's history; stored when the dialog is saved.
-    bool importWeatherFile(const QString& path, bool daily, std::string& errors);
-    bool save(database& db, std::string& errors);
+    bool importWeatherFile(const QString& path, bool daily, message_sink& errors);
+    bool save(database& db, message_sink& errors);
 
 public slots:
     void accept() override;

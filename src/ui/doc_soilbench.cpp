@@ -29,7 +29,7 @@ doc_soilbench::~doc_soilbench() = default;
 // window is idle (the status bar counts "Scanning Records %ld"), instead of
 // holding the window until every record has been read. Records are therefore
 // numbered in ascending ID order either way.
-bool doc_soilbench::attach(std::string& errors) {
+bool doc_soilbench::attach(message_sink& errors) {
     const bool ok = list_->attach(db_.get(), false, errors);
     // Fills the placeholder handle of record 1, or empties the list of an empty table.
     if (ok) list_->first(errors);
@@ -47,7 +47,7 @@ bool doc_soilbench::attach(std::string& errors) {
 void doc_soilbench::prebuildSlice() {
     constexpr int kPagesPerSlice = 5;  // about a thousand records between window events
     constexpr long kStep = list_control_record_proxies::kProgressStep;
-    std::string errors;
+    message_sink errors;
     for (int i = 0; i < kPagesPerSlice && !records_->complete(); ++i) {
         if (!records_->fetchPage(errors)) {
             prebuilding_ = false;  // the table shows as far as it could be read
@@ -66,7 +66,7 @@ void doc_soilbench::prebuildSlice() {
     QTimer::singleShot(0, this, &doc_soilbench::prebuildSlice);
 }
 
-std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, std::string& errors) {
+std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool prebuildList, message_sink& errors) {
     const std::string file = path.toStdString();
     auto db = createNewProject(file, errors);
     if (!db) return nullptr;
@@ -76,7 +76,7 @@ std::unique_ptr<doc_soilbench> doc_soilbench::create(const QString& path, bool p
     return doc;
 }
 
-std::unique_ptr<doc_soilbench> doc_soilbench::open(const QString& path, bool prebuildList, std::string& errors) {
+std::unique_ptr<doc_soilbench> doc_soilbench::open(const QString& path, bool prebuildList, message_sink& errors) {
     auto db = database::open(path.toStdString(), errors);
     if (!db) return nullptr;
     std::unique_ptr<doc_soilbench> doc(new doc_soilbench(std::move(db), path, prebuildList));
@@ -102,29 +102,29 @@ bool doc_soilbench::setCurrent(int row) {
     return true;
 }
 
-bool doc_soilbench::moveFirst(std::string& errors) {
+bool doc_soilbench::moveFirst(message_sink& errors) {
     const control_record_proxy* h = list_->first(errors);
     return h && setCurrent(h->recordNumber - 1);
 }
 
-bool doc_soilbench::moveNext(std::string& errors) {
+bool doc_soilbench::moveNext(message_sink& errors) {
     const control_record_proxy* from = list_->at(current_ + 1);
     const control_record_proxy* h = from ? list_->next(*from, errors) : nullptr;
     return h && setCurrent(h->recordNumber - 1);
 }
 
-bool doc_soilbench::movePrevious(std::string& errors) {
+bool doc_soilbench::movePrevious(message_sink& errors) {
     const control_record_proxy* from = list_->at(current_ + 1);
     const control_record_proxy* h = from ? list_->previous(*from, errors) : nullptr;
     return h && setCurrent(h->recordNumber - 1);
 }
 
-bool doc_soilbench::moveLast(std::string& errors) {
+bool doc_soilbench::moveLast(message_sink& errors) {
     const control_record_proxy* h = list_->last(errors);
     return h && setCurrent(h->recordNumber - 1);
 }
 
-bool doc_soilbench::moveToNumber(int recordNumber, std::string& errors) {
+bool doc_soilbench::moveToNumber(int recordNumber, message_sink& errors) {
     if (recordNumber < 1) return false;
     const control_record_proxy* h = list_->at(recordNumber);
     if (!h) {
@@ -136,7 +136,7 @@ bool doc_soilbench::moveToNumber(int recordNumber, std::string& errors) {
     return setCurrent(h->recordNumber - 1);
 }
 
-bool doc_soilbench::moveToId(int32_t id, std::string& errors) {
+bool doc_soilbench::moveToId(int32_t id, message_sink& errors) {
     const control_record_proxy* h = list_->findId(id);
     // Not held yet: page on until it turns up or the list ends.
     while (!h && !records_->complete()) {
@@ -148,7 +148,7 @@ bool doc_soilbench::moveToId(int32_t id, std::string& errors) {
 
 void doc_soilbench::refreshAll() {
     const int32_t keep = currentId();
-    std::string ignored;  // a failing re-read shows as an empty list, and the next command reports it
+    message_sink ignored;  // a failing re-read shows as an empty list, and the next command reports it
     attach(ignored);
     current_ = -1;
     if (!moveToId(keep, ignored) && !moveFirst(ignored)) emit currentChanged(-1);

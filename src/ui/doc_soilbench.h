@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "app/message_sink.h"
+
 namespace sb {
 
 class database;
@@ -29,8 +31,8 @@ public:
     // Makes a new project with every table and the default control record.
     // `prebuildList` is the "Prebuild Control Record List" setting: the whole
     // record list is read at once instead of step by step.
-    static std::unique_ptr<doc_soilbench> create(const QString& path, bool prebuildList, std::string& errors);
-    static std::unique_ptr<doc_soilbench> open(const QString& path, bool prebuildList, std::string& errors);
+    static std::unique_ptr<doc_soilbench> create(const QString& path, bool prebuildList, message_sink& errors);
+    static std::unique_ptr<doc_soilbench> open(const QString& path, bool prebuildList, message_sink& errors);
 
     database& db() { return *db_; }
     // The project as given when opened (a file, or a server URL that may hold a
@@ -49,13 +51,13 @@ public:
     int recordNumber() const { return current_ + 1; }
 
     // Navigation keeps the current record when a move fails; messages go to `errors`.
-    bool moveFirst(std::string& errors);
-    bool moveNext(std::string& errors);
-    bool movePrevious(std::string& errors);
-    bool moveLast(std::string& errors);
-    bool moveToNumber(int recordNumber, std::string& errors);  // 1-based position
+    bool moveFirst(message_sink& errors);
+    bool moveNext(message_sink& errors);
+    bool movePrevious(message_sink& errors);
+    bool moveLast(message_sink& errors);
+    bool moveToNumber(int recordNumber, message_sink& errors);  // 1-based position
     // False (and nothing appended) when no record has the ID.
-    bool moveToId(int32_t id, std::string& errors);
+    bool moveToId(int32_t id, message_sink& errors);
 
     // Re-reads the record list after records were added or removed and keeps the
     // current record where it still exists; tells every view to redraw.
@@ -69,7 +71,7 @@ signals:
 
 private:
     doc_soilbench(std::unique_ptr<database> db, QString path, bool prebuildList);
-    bool attach(std::string& errors);
+    bool attach(message_sink& errors);
     // One slice of building the whole list in advance; re-armed until the list is complete.
     void prebuildSlice();
     bool setCurrent(int row);

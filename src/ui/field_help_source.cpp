@@ -13,7 +13,7 @@ struct loaded_help {
     std::string path;
     std::filesystem::file_time_type stamp;
     list_field_help_tellura index;
-    std::string messages;
+    message_sink messages;
 };
 
 std::filesystem::file_time_type stampOf(const std::string& path) {
@@ -55,6 +55,6 @@ field_help_lookup makeFieldHelpLookup(const app_soilbench& settings, int table) 
     return lookup;
 }
 
-std::string fieldHelpLoadMessages(const app_soilbench& settings) { return helpIndex(settings)->messages; }
+std::string fieldHelpLoadMessages(const app_soilbench& settings) { return helpIndex(settings)->messages.text(); }
 
 }  // namespace sb

@@ -44,7 +44,7 @@ int main(int argc, char* argv[]) {
     // Settings are read once the window is up, and written back at exit.
     window.loadProfile();
     // Run folders that a Soilbench killed mid-run left behind go now.
-    std::string staleErrors;
+    sb::message_sink staleErrors;
     sb::run_folder::removeStale(sb::run_folder::rootFor(settings.runsFolder), staleErrors);
 
     const QStringList projects = parser.positionalArguments();
@@ -66,7 +66,7 @@ int main(int argc, char* argv[]) {
     }
 
     const int status = app.exec();
-    std::string errors;
-    if (!window.saveProfile(errors)) fprintf(stderr, "%s", errors.c_str());
+    sb::message_sink errors;
+    if (!window.saveProfile(errors)) fprintf(stderr, "%s", errors.text().c_str());
     return status;
 }

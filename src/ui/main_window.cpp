@@ -174,7 +174,7 @@ void main_window::loadProfile() {
     updateRecentFiles();
 }
 
-bool main_window::saveProfile(std::string& errors) {
+bool main_window::saveProfile(message_sink& errors) {
     const bool saved = settings_.saveSettings(errors);
     return settings_.saveRecentFiles(errors) && saved;
 }
@@ -192,7 +192,7 @@ void main_window::openRecent(int index) {
 }
 
 bool main_window::openProject(const QString& path) {
-    std::string errors;
+    message_sink errors;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     auto doc = doc_soilbench::open(path, settings_.recordList, errors);
     QApplication::restoreOverrideCursor();
@@ -222,7 +222,7 @@ bool main_window::openProject(const QString& path) {
 }
 
 bool main_window::newProject(const QString& path) {
-    std::string errors;
+    message_sink errors;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     auto doc = doc_soilbench::create(path, settings_.recordList, errors);
     QApplication::restoreOverrideCursor();
@@ -276,7 +276,7 @@ view_output* main_window::showOutputView(int tableId) {
 view_output* main_window::showOutputViewWithData() {
     if (!doc_ || doc_->currentRow() < 0) return nullptr;
     tellura_outputs outputs;
-    std::string errors;
+    message_sink errors;
     if (!loadOutputs(doc_->db(), doc_->currentId(), outputs, errors)) return nullptr;
     if (!outputs.annual.empty()) return showOutputView(static_cast<int>(table_id::output_annual));
     if (outputs.monthlyCount() > 0) return showOutputView(static_cast<int>(table_id::output_monthly));
@@ -284,8 +284,8 @@ view_output* main_window::showOutputViewWithData() {
     return nullptr;
 }
 
-void main_window::recordCommand(const QString& title, const std::function<void(std::string&)>& work) {
-    std::string errors;
+void main_window::recordCommand(const QString& title, const std::function<void(message_sink&)>& work) {
+    message_sink errors;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     work(errors);
     QApplication::restoreOverrideCursor();
@@ -293,9 +293,9 @@ void main_window::recordCommand(const QString& title, const std::function<void(s
     if (doc_) doc_->refreshAll();
 }
 
-void main_window::navigate(const std::function<bool(std::string&)>& move) {
+void main_window::navigate(const std::function<bool(message_sink&)>& move) {
     if (!doc_) return;
-    std::string errors;
+    message_sink errors;
     move(errors);  // a failed move keeps the current record
     showErrorsIfAny(this, errors, QString::fromLatin1(kNavigationTitle));
     updateStatus();
@@ -351,13 +351,13 @@ std::span<const main_window::command_handler> main_window::commandHandlers() {
         {command_id::windowTile, [](main_window& w) { w.mdi_->tileSubWindows(); }},
         {command_id::windowArrange, [](main_window& w) { w.arrangeIcons(); }},
         {command_id::recordFirst,
-         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveFirst(e); }); }},
+         [](main_window& w) { w.navigate([&w](message_sink& e) { return w.doc_->moveFirst(e); }); }},
         {command_id::recordPrevious,
-         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->movePrevious(e); }); }},
+         [](main_window& w) { w.navigate([&w](message_sink& e) { return w.doc_->movePrevious(e); }); }},
         {command_id::recordNext,
-         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveNext(e); }); }},
+         [](main_window& w) { w.navigate([&w](message_sink& e) { return w.doc_->moveNext(e); }); }},
         {command_id::recordLast,
-         [](main_window& w) { w.navigate([&w](std::string& e) { return w.doc_->moveLast(e); }); }},
+         [](main_window& w) { w.navigate([&w](message_sink& e) { return w.doc_->moveLast(e); }); }},
         {command_id::recordGoto, [](main_window& w) { w.gotoRecord(); }},
         {command_id::recordGotoId, [](main_window& w) { w.gotoId(); }},
         {command_id::recordDelete, [](main_window& w) { w.deleteRecord(); }},
@@ -412,11 +412,11 @@ void main_window::importRunFiles() {
         nextFreeRecordId(doc_->db()), std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok || !confirmReplaceRecord(newId, QStringLiteral("Run Files"), QStringLiteral("imported record"))) return;
     const QFileInfo info(schedule);
-    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& errors) {
         sb::importRunFiles(doc_->db(), info.absolutePath().toStdString() + "/", info.fileName().toStdString(),
                            settings_.version, newId, errors);
     });
-    std::string ignored;
+    message_sink ignored;
     doc_->moveToId(newId, ignored);
 }
 
@@ -466,7 +466,7 @@ void main_window::printSetup() {
 
 void main_window::copyRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    recordCommand(QStringLiteral("Errors"), [this](std::string& errors) {
+    recordCommand(QStringLiteral("Errors"), [this](message_sink& errors) {
         tellura_control_record record;
         tellura_outputs outputs;
         if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
@@ -480,7 +480,7 @@ void main_window::copyRecord() {
 
 void main_window::pasteRecord() {
     if (!doc_) return;
-    std::string errors;
+    message_sink errors;
     const auto idItem = takeRecordIdItem(*QApplication::clipboard());
     int32_t sourceId = 0;
     if (!record_clipboard::decodeId(idItem, sourceId, errors)) {
@@ -492,8 +492,8 @@ void main_window::pasteRecord() {
         this, QStringLiteral("Paste"), QString::fromLatin1(record_clipboard::kNewIdPrompt), sourceId,
         std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok || !confirmReplaceRecord(newId, QStringLiteral("Paste"), QStringLiteral("pasted record"))) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { sb::pasteRecord(doc_->db(), idItem, newId, e); });
-    std::string ignored;
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& e) { sb::pasteRecord(doc_->db(), idItem, newId, e); });
+    message_sink ignored;
     doc_->moveToId(newId, ignored);
     updateStatus();
 }
@@ -511,7 +511,7 @@ void main_window::gotoRecord() {
     bool ok = false;
     const int n = QInputDialog::getInt(this, QStringLiteral("Goto"), QStringLiteral("Which record number?"), 1, 1,
                                        std::numeric_limits<int>::max(), 1, &ok);
-    if (ok) navigate([this, n](std::string& e) { return doc_->moveToNumber(n, e); });
+    if (ok) navigate([this, n](message_sink& e) { return doc_->moveToNumber(n, e); });
 }
 
 void main_window::gotoId() {
@@ -521,7 +521,7 @@ void main_window::gotoId() {
         QInputDialog::getInt(this, QStringLiteral("Goto ID"), QStringLiteral("Which ID?"), 1,
                              std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), 1, &ok);
     if (!ok) return;
-    std::string errors;
+    message_sink errors;
     const bool found = doc_->moveToId(id, errors);
     showErrorsIfAny(this, errors, QString::fromLatin1(kNavigationTitle));
     if (!found && errors.empty())
@@ -531,7 +531,7 @@ void main_window::gotoId() {
 
 void main_window::deleteRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    std::string errors;
+    message_sink errors;
     tellura_control_record record;
     loadControlRecord(doc_->db(), doc_->currentId(), record, errors);
     const QString question =
@@ -540,8 +540,8 @@ void main_window::deleteRecord() {
                               QMessageBox::No) != QMessageBox::Yes)
         return;
     const int32_t id = doc_->currentId();
-    recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
-        e += errors;
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& e) {
+        e.add(errors);
         deleteControlRecord(doc_->db(), id, e);
     });
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "app/message_sink.h"
 #include "ui/command_table.h"
 
 class QAction;
@@ -67,7 +68,7 @@ public:
     void loadProfile();
     // Exit: every setting and the recent-file list back into the profile;
     // false with a message when the profile cannot be written.
-    bool saveProfile(std::string& errors);
+    bool saveProfile(message_sink& errors);
 
     // Title of the messages shown by the navigation commands.
     static constexpr const char* kNavigationTitle = "Cropbench Database";
@@ -85,8 +86,8 @@ private:
     void addSubWindow(QWidget* view);
 
     // The pattern every record-changing command follows.
-    void recordCommand(const QString& title, const std::function<void(std::string&)>& work);
-    void navigate(const std::function<bool(std::string&)>& move);
+    void recordCommand(const QString& title, const std::function<void(message_sink&)>& work);
+    void navigate(const std::function<bool(message_sink&)>& move);
 
     void fileNew();
     void fileOpen();

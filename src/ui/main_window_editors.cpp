@@ -31,7 +31,7 @@ void main_window::noteHelpProblems() {
 
 void main_window::editRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    std::string errors;
+    message_sink errors;
     tellura_control_record record;
     tellura_outputs outputs;
     if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) {
@@ -45,18 +45,18 @@ void main_window::editRecord() {
         showErrorsIfAny(this, errors);
         return;
     }
-    recordCommand(QStringLiteral("Errors"), [&](std::string& e) {
-        e += errors;
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& e) {
+        e.add(errors);
         saveControlRecordWithOutputs(doc_->db(), record, outputs, e);
     });
-    std::string ignored;
+    message_sink ignored;
     doc_->moveToId(record.id(), ignored);
 }
 
 void main_window::editOptionList(int kind) {
     if (!doc_) return;
     auto list = makeOptionList(static_cast<option_kind>(kind));
-    std::string errors;
+    message_sink errors;
     list->loadFromDatabase(doc_->db(), errors);
     showErrorsIfAny(this, errors);
     noteHelpProblems();
@@ -64,29 +64,29 @@ void main_window::editOptionList(int kind) {
     dialog_option_list dialog(*list, settings_.version, makeFieldHelpLookup(settings_, kHelpCrop + kind), this);
     if (dialog.exec() != QDialog::Accepted) return;
     recordCommand(QString::fromLatin1(list->member().saveErrorTitle),
-                  [&](std::string& e) { list->saveToDatabase(doc_->db(), e); });
+                  [&](message_sink& e) { list->saveToDatabase(doc_->db(), e); });
 }
 
 void main_window::editSoils() {
     if (!doc_) return;
     tellura_soils soils;
-    std::string errors;
+    message_sink errors;
     soils.load(doc_->db(), errors);
     showErrorsIfAny(this, errors);
     dialog_soil_editor dialog(soils, makeFieldHelpLookup(settings_, kHelpSite), this);
     if (dialog.exec() != QDialog::Accepted) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { dialog.save(doc_->db(), e); });
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& e) { dialog.save(doc_->db(), e); });
 }
 
 void main_window::editWeatherStations() {
     if (!doc_) return;
     tellura_weather_stations stations;
-    std::string errors;
+    message_sink errors;
     loadWeatherStations(doc_->db(), stations, errors);
     showErrorsIfAny(this, errors);
     dialog_weather_stations dialog(stations, doc_->db(), this);
     if (dialog.exec() != QDialog::Accepted) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& e) { dialog.save(doc_->db(), e); });
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& e) { dialog.save(doc_->db(), e); });
 }
 
 }  // namespace sb

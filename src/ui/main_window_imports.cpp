@@ -32,12 +32,12 @@ namespace {
 
 // The station of the current record, loaded with its climate means; null with
 // "ERROR, weather station %ld not found.\n" when the project has none of that ID.
-tellura_weather_station* currentStation(doc_soilbench& doc, tellura_weather_stations& stations, std::string& errors) {
+tellura_weather_station* currentStation(doc_soilbench& doc, tellura_weather_stations& stations, message_sink& errors) {
     tellura_control_record record;
     if (!loadControlRecord(doc.db(), doc.currentId(), record, errors)) return nullptr;
     loadWeatherStations(doc.db(), stations, errors);
     tellura_weather_station* station = stations.find(record.weatherId());
-    if (!station) appendf(errors, "ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
+    if (!station) errors.errorf("ERROR, weather station %ld not found.\n", static_cast<long>(record.weatherId()));
     return station;
 }
 
@@ -53,10 +53,11 @@ void main_window::importSiteArchive() {
     if (!doc_) return;
     const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Import ES&A"), QString(), kArchiveFilter);
     if (path.isEmpty()) return;
-    recordCommand(QStringLiteral("Import ES&A"), [&](std::string& report) {
-        std::string messages, errors;
+    recordCommand(QStringLiteral("Import ES&A"), [&](message_sink& report) {
+        message_sink messages, errors;
         sb::importSiteArchive(doc_->db(), path.toStdString(), messages, errors);
-        report = messages + errors;
+        report.add(messages);
+        report.add(errors);
     });
 }
 
@@ -70,12 +71,13 @@ void main_window::exportSiteArchive() {
     const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Export ES&A"),
                                                       QStringLiteral("records.esa"), kArchiveFilter);
     if (path.isEmpty()) return;
-    recordCommand(QStringLiteral("Export ES&A"), [&](std::string& report) {
-        std::string messages, errors;
+    recordCommand(QStringLiteral("Export ES&A"), [&](message_sink& report) {
+        message_sink messages, errors;
         std::string filter;
         if (id_list_filter::selectionClause(ids.toStdString(), filter, errors))
             sb::exportSiteArchive(doc_->db(), filter, path.toStdString(), messages, errors);
-        report = messages + errors;
+        report.add(messages);
+        report.add(errors);
     });
 }
 
@@ -89,7 +91,7 @@ void main_window::importWeatherHistory(const QString& title, bool daily) {
     const QString path = QFileDialog::getOpenFileName(this, title, QStringLiteral("weather.wth"),
                                                       QStringLiteral("Weather File (*.wth);;All Files (*)"));
     if (path.isEmpty()) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& errors) {
         tellura_weather_stations stations;
         tellura_weather_station* station = currentStation(*doc_, stations, errors);
         if (!station) return;
@@ -112,7 +114,7 @@ void main_window::importMonthlyAverages() {
         QFileDialog::getOpenFileName(this, QStringLiteral("Monthly Weather Averages"), QStringLiteral("sbsite.100"),
                                      QStringLiteral("Site File (*.100);;All Files (*)"));
     if (path.isEmpty()) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& errors) {
         tellura_weather_stations stations;
         tellura_weather_station* station = currentStation(*doc_, stations, errors);
         if (!station) return;
@@ -125,15 +127,15 @@ void main_window::importMonthlyAverages() {
 
 void main_window::copyOutputToInput() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    recordCommand(QStringLiteral("Errors"), [&](std::string& errors) {
+    recordCommand(QStringLiteral("Errors"), [&](message_sink& errors) {
         tellura_control_record record;
         tellura_outputs outputs;
         if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
         // Annual values when the run stored them, else the last month's.
-        std::string annualMessages;
+        message_sink annualMessages;
         const bool siteCopied = copyAnnualOutputToInput(outputs, record, annualMessages) ||
                                 copyMonthlyOutputToInput(outputs, record, errors);
-        if (!siteCopied) errors += annualMessages;
+        if (!siteCopied) errors.add(annualMessages);
         // The soil's layers take the run's end state where the outputs hold it.
         if (!outputs.soilLayers.empty()) {
             tellura_soils soils;
@@ -159,18 +161,19 @@ void main_window::readBinFile() {
     QAbstractButton* monthly = ask.addButton(QStringLiteral("Monthly"), QMessageBox::AcceptRole);
     ask.exec();
     if (ask.clickedButton() != annual && ask.clickedButton() != monthly) return;
-    std::string errors;
+    message_sink errors;
     tellura_outputs outputs;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const binary_layout_catalogue layouts = loadBinaryLayouts(settings_.binaryLayoutFiles(), errors);
     readWholeBinaryOutput(path.toStdString(), settings_.version, layouts, ask.clickedButton() == monthly, outputs,
                           errors);
     QApplication::restoreOverrideCursor();
-    appendf(errors, "%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
-            outputs.monthlyCount(), path.toStdString().c_str());
-    errors += outputCsv(outputs, table_id::output_annual);
-    errors += outputCsv(outputs, table_id::output_monthly);
-    if (!outputs.soilLayers.empty()) errors += outputCsv(outputs, table_id::output_soil_layers);
+    errors.notef("%zu annual and %zu monthly records read from \"%s\".\n", outputs.annual.size(),
+                 outputs.monthlyCount(), path.toStdString().c_str());
+    // The records read are shown as CSV text under the count.
+    errors.note(outputCsv(outputs, table_id::output_annual));
+    errors.note(outputCsv(outputs, table_id::output_monthly));
+    if (!outputs.soilLayers.empty()) errors.note(outputCsv(outputs, table_id::output_soil_layers));
     showErrorsIfAny(this, errors, QStringLiteral("Read .BIN file"));
 }
 

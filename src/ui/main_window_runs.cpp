@@ -56,7 +56,8 @@ void main_window::runOneRecord() {
     if (!doc_ || doc_->currentRow() < 0) return;
     QElapsedTimer clock;
     clock.start();
-    std::string errors, runLog;
+    std::string runLog;
+    message_sink errors;
     tellura_control_record record;
     run_controller controller(doc_->db(), settings_);
     QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -96,13 +97,15 @@ void main_window::runMultipleRecords() {
     options.jobs = std::max(1, settings_.jobs);
     const std::string path = doc_->path().toStdString();
     const app_soilbench settings = settings_;
-    std::string errors, runLog, precheckMessages;
+    std::string runLog, precheckMessages;
+    message_sink errors;
     runInBackground([&, path, settings, options](run_feedback& feedback) {
         auto db = database::open(path, errors);
         if (!db) return;
         run_controller controller(*db, settings);
         progress_observer observer(feedback);
-        if (controller.loadProjectData(errors)) controller.runMultipleRecords(options, observer, runLog, errors);
+        if (controller.loadProjectData(errors)) controller.runMultipleRecords(options, observer, runLog);
+        errors.add(observer);
         precheckMessages = observer.precheckMessages();
     });
     if (!precheckMessages.empty()) {

@@ -3,6 +3,7 @@
 // progress dialog, and the dialog's Cancel back in.
 #include <string>
 
+#include "app/message_sink.h"
 #include "run/run_observer.h"
 #include "ui/background_run.h"
 

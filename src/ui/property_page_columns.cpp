@@ -100,7 +100,7 @@ std::vector<property_page_columns::group> property_page_columns::plain(int first
     return {g};
 }
 
-bool property_page_columns::apply(table_record& row, std::string& errors) const {
+bool property_page_columns::apply(table_record& row, message_sink& errors) const {
     bool ok = true;
     for (const field& f : fields_) {
         if (f.check) {
@@ -111,9 +111,9 @@ bool property_page_columns::apply(table_record& row, std::string& errors) const 
             bool number = false;
             const double v = f.edit->text().trimmed().toDouble(&number);
             if (!number) {
-                appendf(errors, "ERROR, %s is not a number: \"%s\".\n",
-                        def_.fields()[static_cast<size_t>(f.column)].name.c_str(),
-                        f.edit->text().toStdString().c_str());
+                errors.errorf("ERROR, %s is not a number: \"%s\".\n",
+                              def_.fields()[static_cast<size_t>(f.column)].name.c_str(),
+                              f.edit->text().toStdString().c_str());
                 ok = false;
                 continue;
             }

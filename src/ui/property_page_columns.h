@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "db/table_record.h"
 
 class QLabel;
@@ -41,7 +42,7 @@ public:
     static std::vector<group> plain(int first, int last);
 
     // Copies the fields into the row; false with messages for fields that are not numbers.
-    bool apply(table_record& row, std::string& errors) const;
+    bool apply(table_record& row, message_sink& errors) const;
     // The edit widget of a column (a QLineEdit or a QCheckBox); nullptr when not on this page.
     QWidget* editorFor(const std::string& column) const;
     QString helpText() const;

@@ -56,7 +56,7 @@ propsheet_control_record::propsheet_control_record(tellura_control_record& recor
     resize(860, 640);
 }
 
-bool propsheet_control_record::applyTo(tellura_control_record& record, std::string& errors) const {
+bool propsheet_control_record::applyTo(tellura_control_record& record, message_sink& errors) const {
     control_record_row row = record.row;
     site_data_row site = record.site;
     bool ok = true;
@@ -72,9 +72,9 @@ bool propsheet_control_record::applyTo(tellura_control_record& record, std::stri
 }
 
 void propsheet_control_record::accept() {
-    std::string errors;
+    message_sink errors;
     if (!applyTo(record_, errors)) {
-        QMessageBox::warning(this, windowTitle(), QString::fromStdString(errors).trimmed());
+        QMessageBox::warning(this, windowTitle(), QString::fromStdString(errors.text()).trimmed());
         return;
     }
     QDialog::accept();

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <vector>
 
+#include "app/message_sink.h"
 #include "ui/property_page_columns.h"
 
 class QTabWidget;
@@ -24,7 +25,7 @@ public:
     QTabWidget* tabs() const { return tabs_; }
     property_page_columns* page(int index) const { return pages_[static_cast<size_t>(index)]; }
     // Copies every page into the record; false (and the record unchanged) on a bad field.
-    bool applyTo(tellura_control_record& record, std::string& errors) const;
+    bool applyTo(tellura_control_record& record, message_sink& errors) const;
 
     static QStringList pageTitles();
 

@@ -29,7 +29,7 @@ view_control_records::view_control_records(doc_soilbench& doc, QWidget* parent) 
     connect(&doc_, &doc_soilbench::currentChanged, this, &view_control_records::showCurrent);
     connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& index) {
         if (!index.isValid() || index.row() == doc_.currentRow()) return;
-        std::string ignored;  // a row on screen has been read already
+        message_sink ignored;  // a row on screen has been read already
         doc_.moveToNumber(index.row() + 1, ignored);
     });
     connect(table_, &QTableView::doubleClicked, this, &view_control_records::editRequested);

@@ -36,7 +36,7 @@ void view_events::reload() {
     setWindowTitle(QStringLiteral("Events - ID %1").arg(doc_.currentId()));
     if (doc_.currentRow() < 0) return;
     tellura_control_record record;
-    std::string errors;
+    message_sink errors;
     if (!loadControlRecord(doc_.db(), doc_.currentId(), record, errors)) return;
     for (const tellura_event_block& block : record.blocks) {
         auto* b = new QTreeWidgetItem(tree_);

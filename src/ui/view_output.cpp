@@ -152,7 +152,7 @@ int view_output::seriesCount() const { return static_cast<int>(chartView_->chart
 
 void view_output::reload() {
     outputs_.clear();
-    std::string errors;
+    message_sink errors;
     if (doc_.currentRow() >= 0) {
         tellura_control_record record;
         // Outputs that could not all be read are not shown in part.
@@ -194,7 +194,7 @@ void view_output::rebuildChart() {
     std::vector<std::string> names;
     for (const QString& name : chosenVariables()) names.push_back(name.toStdString());
     std::vector<output_series> series;
-    std::string unknown;  // the names offered are the table's own variables
+    message_sink unknown;  // the names offered are the table's own variables
     outputSeries(outputs_, table_, names, series, unknown);
     for (const output_series& s : series) {
         auto* line = new QLineSeries;

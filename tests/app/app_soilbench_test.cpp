@@ -32,7 +32,7 @@ TEST(AppSoilbench, HandWrittenValuesTheFieldsCannotHoldKeepTheDefaults) {
     EXPECT_EQ(app.modelExecutables[3], "/opt/diurna/dd");
     // Saved again under the keys earlier versions wrote (QSettings percent-encodes
     // blanks in keys and doubles backslashes in values).
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(app.saveSettings(errors)) << errors;
     const std::string text = sbtest::readFile(dir.file("p.ini"));
     for (const char* line : {"TELLURAVersion=6", "RunTimeout=250000", "Diurna%204.5=/opt/diurna/dd",
@@ -43,7 +43,7 @@ TEST(AppSoilbench, HandWrittenValuesTheFieldsCannotHoldKeepTheDefaults) {
     std::filesystem::create_directory(dir.file("taken.ini"));
     app_soilbench nowhere(dir.file("taken.ini"));
     EXPECT_FALSE(nowhere.saveSettings(errors));
-    EXPECT_EQ(errors, "ERROR, unable to save the settings to \"" + dir.file("taken.ini") + "\"\n");
+    EXPECT_EQ(errors.text(), "ERROR, unable to save the settings to \"" + dir.file("taken.ini") + "\"\n");
 }
 
 TEST(AppSoilbench, VersionLookupsAndLinuxPaths) {

@@ -27,9 +27,9 @@ TEST(ConfigurationForm, OkRefusesABadTimeoutOrNoWineCommandAndCopiesNothing) {
         form.runTimeoutText = input.first;
         form.wineCommand = input.second;
         form.winePrefix = "/data/wine-prefix";
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(form.accept(errors)) << input.first;
-        EXPECT_EQ(errors, message);
+        EXPECT_EQ(errors.text(), message);
         EXPECT_TRUE(app.recordList);  // nothing was copied
         EXPECT_EQ(app.winePrefix, "");
     }

@@ -58,7 +58,7 @@ TEST(ReleaseProfile, FaultyFilesAreRefusedNamingProfileAndLine) {
         {0, "[fix.100]", "ERROR, release profile \"small\" (/p/small.profile line 21): a second [fix.100] section.\n"},
     };
     release_profile good;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(parseReleaseProfile(textOf(smallProfile()), path, good, errors)) << errors;
     ASSERT_EQ(good.lines("fix.100")->size(), 3u);
     EXPECT_EQ(*good.lines("fix.100")->at(2).fallback, 30.0);
@@ -69,7 +69,7 @@ TEST(ReleaseProfile, FaultyFilesAreRefusedNamingProfileAndLine) {
         release_profile profile;
         errors.clear();
         EXPECT_FALSE(parseReleaseProfile(textOf(lines), path, profile, errors)) << f.text;
-        EXPECT_EQ(errors, f.message);
+        EXPECT_EQ(errors.text(), f.message);
     }
 }
 
@@ -80,10 +80,10 @@ TEST(ReleaseProfile, UserProfilesTakeTheShippedOnesPlaceAndRunsNeedTheirVersion)
     sbtest::writeFile(user.file("tellura4-agricultural.profile"), textOf(lines));
     sbtest::writeFile(user.file("broken.profile"), "[release]\ntitle = Broken\n");
     release_profile_catalogue catalogue;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(catalogue.load(std::string(SB_SHARE_DIR) + "/profiles", user.path(), errors));
-    EXPECT_NE(errors.find("ERROR, release profile \"broken\" (" + user.file("broken.profile") +
-                          "): no \"version\" key in [release].\n"),
+    EXPECT_NE(errors.text().find("ERROR, release profile \"broken\" (" + user.file("broken.profile") +
+                                 "): no \"version\" key in [release].\n"),
               std::string::npos)
         << errors;
     EXPECT_EQ(catalogue.find("broken"), nullptr);
@@ -93,7 +93,7 @@ TEST(ReleaseProfile, UserProfilesTakeTheShippedOnesPlaceAndRunsNeedTheirVersion)
     errors.clear();
     EXPECT_EQ(chooseReleaseProfile(catalogue, "diurna-2012", 2, errors), nullptr);
     EXPECT_EQ(chooseReleaseProfile(catalogue, "gone", 4, errors), nullptr);
-    EXPECT_EQ(errors.substr(0, errors.find('\n', errors.find('\n') + 1) + 1),
+    EXPECT_EQ(errors.text().substr(0, errors.text().find('\n', errors.text().find('\n') + 1) + 1),
               "ERROR, release profile \"diurna-2012\" is for Diurna 4.5, not for Tellura 4 Original.\n"
               "ERROR, no release profile \"gone\" for Diurna 4.5.\n");
 }

@@ -7,7 +7,7 @@
 #include "records/tellura_control_record.h"
 
 void addDemoCopies(const std::string& path, int count, int lengths, const std::vector<std::string>& fertilizers) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     ASSERT_TRUE(db) << errors;
     sb::tellura_control_record base;
@@ -26,7 +26,7 @@ void addDemoCopies(const std::string& path, int count, int lengths, const std::v
 }
 
 std::vector<std::string> storedOutputs(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     EXPECT_TRUE(db) << errors;
     std::vector<std::string> rows;

@@ -120,7 +120,7 @@ std::string thisHost() {
 
 history_counts countHistory(const std::string& path) {
     history_counts counts;
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     sb::db_status status;
     auto rows = db ? db->openTable(sb::table_id::run_history, "", "", status) : nullptr;
@@ -138,7 +138,7 @@ TEST_F(ReliabilityRuns, KilledBatchResumesWithTheRecordsNotDone) {
     const std::string alone = dir.file("alone.sbproj");
     fs::copy_file(project, alone);
     {  // a project made before runs were kept in it: opening it adds the tables
-        std::string errors;
+        sb::message_sink errors;
         auto db = sb::database::open(alone, errors);
         ASSERT_TRUE(db) << errors;
         ASSERT_TRUE(db->execute("DROP TABLE [Run History]").ok() && db->execute("DROP TABLE [Slurm Submissions]").ok());

@@ -35,14 +35,14 @@ struct project_state {
 // The soil and weather station of the demo record (ID 2), as the import numbered them.
 sb::tellura_control_record demoRecord(sb::database& db) {
     sb::tellura_control_record record;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(sb::loadControlRecord(db, 2, record, errors)) << errors;
     return record;
 }
 
 project_state stateOf(const std::string& path) {
     project_state state;
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     EXPECT_TRUE(db) << errors;
     if (!db) return state;
@@ -78,7 +78,7 @@ public:
         before = stateOf(project);
         ASSERT_EQ(before.days, 7670);
         ASSERT_EQ(before.layers, 6);
-        std::string errors;
+        sb::message_sink errors;
         auto db = sb::database::open(project, errors);
         ASSERT_TRUE(db) << errors;
         const sb::tellura_control_record record = demoRecord(*db);
@@ -94,7 +94,7 @@ public:
 // Another program holds the project's write lock for the whole command: the
 // command waits its time, then fails the save with the store's words.
 TEST_F(Reliability, LockedProjectFailsTheSaveAndTheRecordAndChangesNothing) {
-    std::string errors;
+    sb::message_sink errors;
     auto other = sb::database::open(project, errors);
     ASSERT_TRUE(other) << errors;
     sb::session holder(*other);
@@ -263,7 +263,7 @@ TEST_F(Reliability, EveryFailureEndsWithAMessageAndANonZeroStatus) {
     sbtest::writeFile(dir.file("not-a-project.sbproj"), "just text\n");
     fs::copy_file(project, dir.file("no-table.sbproj"));
     {
-        std::string errors;
+        sb::message_sink errors;
         auto db = sb::database::open(dir.file("no-table.sbproj"), errors);
         ASSERT_TRUE(db->execute("DROP TABLE `Output Annual`").ok());
     }

@@ -35,7 +35,7 @@ std::string infoValue(const std::string& info, const std::string& key) {
 
 // The states of the record's runs, oldest first.
 std::vector<std::string> runStates(const std::string& path, int id) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     std::vector<std::pair<std::string, std::string>> runs;
     sb::db_status status;
@@ -49,7 +49,7 @@ std::vector<std::string> runStates(const std::string& path, int id) {
 }
 
 long countRows(const std::string& path, sb::table_id table) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     long long count = 0;
     if (!db || !db->countRows(table, count).ok()) return -1;
@@ -58,7 +58,7 @@ long countRows(const std::string& path, sb::table_id table) {
 
 // The Slurm job the project notes as out.
 std::string submittedJob(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::database::open(path, errors);
     sb::db_status status;
     auto set = db ? db->openTable(sb::table_id::slurm_submissions, "", "", status) : nullptr;

@@ -14,7 +14,7 @@ namespace sbtest {
 // Creates and opens a new project with all tables (at the path, or on the test
 // server in its place); fails the test on any message.
 inline std::unique_ptr<sb::database> makeProject(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     const std::string location = projectLocation(path);
     EXPECT_TRUE(sb::database::create(location, errors)) << errors;
     auto db = sb::database::open(location, errors);
@@ -22,7 +22,7 @@ inline std::unique_ptr<sb::database> makeProject(const std::string& path) {
     if (!db) return nullptr;
     sb::database_maker maker(*db);
     EXPECT_TRUE(maker.createAllTables(errors)) << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     return db;
 }
 

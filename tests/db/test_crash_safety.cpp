@@ -54,7 +54,7 @@ bool saveRecord(database& db, int id, int generation) {
 // Saves until killed, writing one byte to `progress` after each committed save.
 [[noreturn]] void saveForever(const std::string& path, int firstGeneration, int progress) {
     signal(SIGPIPE, SIG_IGN);  // the parent stops listening before it kills
-    std::string errors;
+    sb::message_sink errors;
     auto db = database::open(path, errors);
     if (!db) _exit(2);
     for (int generation = firstGeneration;; ++generation) {
@@ -78,7 +78,7 @@ bool awaitSaves(int progress, int saves, std::chrono::microseconds& lastSave) {
 
 // Every record's rows belong to one save; returns the highest generation seen.
 int checkWhole(const std::string& path) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = database::open(path, errors);
     EXPECT_TRUE(db) << errors;
     if (!db) return -1;

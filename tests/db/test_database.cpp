@@ -81,7 +81,7 @@ TEST(Database, CreateReplacesAnOldFileOrSaysWhyNot) {
         auto db = sbtest::makeProject(path);
         addStations(*db, 3);
     }
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(database::create(path, errors)) << errors;
     auto fresh = database::open(path, errors);
     ASSERT_TRUE(fresh);
@@ -94,28 +94,28 @@ TEST(Database, CreateReplacesAnOldFileOrSaysWhyNot) {
     chmod(path.c_str(), 0444);
     errors.clear();
     EXPECT_FALSE(database::create(path, errors));
-    EXPECT_EQ(errors, "ERROR, access error removing database file \"" + path +
-                          "\"\nERROR, CreateDataSource failed.\nOther error: 8004F0FF\n"
-                          "The old file is still there and was not replaced: " +
-                          path + "\n");
+    EXPECT_EQ(errors.text(), "ERROR, access error removing database file \"" + path +
+                                 "\"\nERROR, CreateDataSource failed.\nOther error: 8004F0FF\n"
+                                 "The old file is still there and was not replaced: " +
+                                 path + "\n");
 
     // Something that cannot be removed at all: a folder with content.
     const std::string folder = dir.file("folder.sbproj");
     std::filesystem::create_directories(folder + "/inside");
     errors.clear();
     EXPECT_FALSE(database::create(folder, errors));
-    EXPECT_TRUE(errors.starts_with("ERROR, unable to remove database file \"" + folder + "\"\n")) << errors;
+    EXPECT_TRUE(errors.text().starts_with("ERROR, unable to remove database file \"" + folder + "\"\n")) << errors;
 
     // A folder that does not exist: the store cannot make the file.
     errors.clear();
     EXPECT_FALSE(database::create(dir.file("no/such/dir/p.sbproj"), errors));
-    EXPECT_TRUE(errors.starts_with("ERROR, CreateDataSource failed.\nOther error: 8004F0FF\n")) << errors;
+    EXPECT_TRUE(errors.text().starts_with("ERROR, CreateDataSource failed.\nOther error: 8004F0FF\n")) << errors;
 }
 
 TEST(Database, OpenRefusesWhatIsNotAProject) {
     SB_FILE_STORE_ONLY();
     temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
     sbtest::writeFile(dir.file("text.sbproj"), std::string(4096, 'x'));
     ASSERT_TRUE(database::create(dir.file("other.db"), errors));
     {
@@ -131,7 +131,7 @@ TEST(Database, OpenRefusesWhatIsNotAProject) {
     for (auto [name, why] : cases) {
         errors.clear();
         EXPECT_FALSE(database::open(dir.file(name), errors));
-        EXPECT_EQ(errors, "ERROR, unable to open database: " + dir.file(name) + "\nOther error: " + why + "\n");
+        EXPECT_EQ(errors.text(), "ERROR, unable to open database: " + dir.file(name) + "\nOther error: " + why + "\n");
     }
     EXPECT_FALSE(std::filesystem::exists(dir.file("missing.sbproj")));  // not made by the attempt
 }
@@ -164,7 +164,7 @@ TEST(Database, MissingTableOrColumnIsReportedWhenTheTableIsOpened) {
 
 TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
     temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
     const std::string location = sbtest::projectLocation(dir.file("p.sbproj"));
     ASSERT_TRUE(database::create(location, errors));
     auto db = database::open(location, errors);
@@ -190,9 +190,9 @@ TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
     errors.clear();
     EXPECT_FALSE(maker.createTable(odd, errors));
     EXPECT_TRUE(
-        errors.starts_with("ERROR, unable to create table.\n"
-                           "Create Table [Odd]([a] ERROR, Unknown field type)\n"
-                           "One or more errors occurred during processing of command.\n"))
+        errors.text().starts_with("ERROR, unable to create table.\n"
+                                  "Create Table [Odd]([a] ERROR, Unknown field type)\n"
+                                  "One or more errors occurred during processing of command.\n"))
         << errors;
 
     // An index on a column that does not exist stops that table's indexes.
@@ -202,7 +202,7 @@ TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {
     errors.clear();
     ASSERT_TRUE(maker.createTable(keyed, errors)) << errors;
     EXPECT_FALSE(maker.createIndexes(keyed, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, unable to create index.\nCreate Index [Primary] on [Keyed]([zz]) with primary\n"
               "The specified column did not exist.\n" +
                   sbtest::byStore("no such column: zz", "column \"zz\" does not exist") + "\n");
@@ -337,7 +337,7 @@ TEST(Database, ReadOnlyProjectOpensAndRefusesSavesLosingNothing) {
         addStations(*db, 2);
     }
     chmod(path.c_str(), 0444);
-    std::string errors;
+    sb::message_sink errors;
     auto db = database::open(path, errors);
     ASSERT_TRUE(db) << errors;
     EXPECT_TRUE(db->readOnly());
@@ -360,7 +360,7 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
     { auto db = sbtest::makeProject(dir.file("p.sbproj")); }
     std::atomic<int> failures{0};
     auto writer = [&](int base) {
-        std::string errors;
+        sb::message_sink errors;
         auto db = database::open(path, errors);
         if (!db) {
             ++failures;
@@ -386,7 +386,7 @@ TEST(Database, TwoConnectionsOnOneFileFromTwoThreads) {
     a.join();
     b.join();
     EXPECT_EQ(failures.load(), 0);
-    std::string errors;
+    sb::message_sink errors;
     auto db = database::open(path, errors);
     EXPECT_EQ(idsOf(*db, table_id::weather_stations).size(), 100u);
 }
@@ -461,7 +461,8 @@ TEST(Database, ReadOnlyProjectInAFolderNobodyMayWrite) {
     chmod(dir.path().c_str(), 0755);
     chmod(folder.c_str(), 0555);
     int result = runUnprivileged([&] {
-        std::string errors, storeError;
+        sb::message_sink errors;
+        std::string storeError;
         auto db = database::open(path, errors);
         if (!db || !db->readOnly() || db->beginSession(storeError)) return false;
         db_status status;
@@ -476,12 +477,12 @@ TEST(Session, ASecondProgramSavingWaitsForTheFirst) {
     temp_dir dir;
     const std::string path = sbtest::projectLocation(dir.file("p.sbproj"));
     { auto db = sbtest::makeProject(dir.file("p.sbproj")); }
-    std::string errors;
+    sb::message_sink errors;
     auto second = database::open(path, errors);
     ASSERT_TRUE(second) << errors;
     std::atomic<bool> holding{false};
     std::thread saver([&] {
-        std::string e;
+        sb::message_sink e;
         auto first = database::open(path, e);  // a database object stays on its own thread
         if (!first) {
             holding = true;

@@ -67,7 +67,7 @@ void expectSameRows(const project_rows& got, const project_rows& want, const std
     }
 }
 
-bool copy(const std::string& from, const std::string& to, bool replace, std::string& errors) {
+bool copy(const std::string& from, const std::string& to, bool replace, sb::message_sink& errors) {
     copy_options options;
     options.replace = replace;
     long long rows = 0;
@@ -75,7 +75,7 @@ bool copy(const std::string& from, const std::string& to, bool replace, std::str
 }
 
 std::unique_ptr<database> makeProjectAt(const std::string& location) {
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(database::create(location, errors)) << errors;
     auto db = database::open(location, errors);
     EXPECT_TRUE(db && database_maker(*db).createAllTables(errors)) << errors;
@@ -103,17 +103,17 @@ TEST(ProjectCopy, ATargetHoldingDataIsReplacedOnlyWhenAsked) {
         }
         const std::string from = sbtest::projectLocation(sourceFile);
         const std::string to = fileOrServer(dir, name, server);
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(copy(from, to, false, errors));
-        EXPECT_EQ(errors, "ERROR, the target project " + to +
-                              " already holds data; copy-project replaces it only when told to (--force).\n");
+        EXPECT_EQ(errors.text(), "ERROR, the target project " + to +
+                                     " already holds data; copy-project replaces it only when told to (--force).\n");
         errors.clear();
         ASSERT_TRUE(copy(from, to, true, errors)) << errors;
         auto a = database::open(from, errors), b = database::open(to, errors);
         ASSERT_TRUE(a && b) << errors;
         expectSameRows(readAll(*b), readAll(*a), name);
         EXPECT_FALSE(copy(from, from, true, errors));
-        EXPECT_NE(errors.find("ERROR, the source and the target are the same project.\n"), std::string::npos);
+        EXPECT_NE(errors.text().find("ERROR, the source and the target are the same project.\n"), std::string::npos);
     }
 }
 
@@ -148,11 +148,12 @@ TEST(ProjectCopy, AFailedCopyLeavesTheTargetAsItWas) {
             ASSERT_TRUE(target);
             before = fillEveryTable(*target, 5);
         }
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(copy(from, to, true, errors)) << name;
-        EXPECT_NE(errors.find("ERROR, unable to copy row 1 of table [Tree Removal].\n"), std::string::npos) << errors;
+        EXPECT_NE(errors.text().find("ERROR, unable to copy row 1 of table [Tree Removal].\n"), std::string::npos)
+            << errors;
         if (!c.existing) {
-            std::string e;
+            sb::message_sink e;
             EXPECT_EQ(database::probe(to, e), database::presence::absent) << name << ": the copy's target stayed";
             continue;
         }

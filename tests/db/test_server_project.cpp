@@ -42,7 +42,7 @@ TEST(ServerProject, NewMakesTheDatabaseAndNeverReplacesAProject) {
     SB_REQUIRE_SERVER();
     temp_dir dir;
     const std::string url = sbtest::projectLocation(dir.file("shared.sbproj"));
-    std::string errors;
+    sb::message_sink errors;
     {
         auto db = sbtest::makeProject(dir.file("shared.sbproj"));
         ASSERT_TRUE(db);
@@ -54,9 +54,10 @@ TEST(ServerProject, NewMakesTheDatabaseAndNeverReplacesAProject) {
         ASSERT_TRUE(s.commit()) << s.storeError();
     }
     EXPECT_FALSE(database::create(url, errors));
-    EXPECT_EQ(errors, "ERROR, CreateDataSource failed.\nOther error: 8004F0FF\nThe database \"" + databaseOf(url) +
-                          "\" already holds tables; a new project is made only in a new or empty database, and a "
-                          "shared project is never replaced.\n");
+    EXPECT_EQ(errors.text(),
+              "ERROR, CreateDataSource failed.\nOther error: 8004F0FF\nThe database \"" + databaseOf(url) +
+                  "\" already holds tables; a new project is made only in a new or empty database, and a "
+                  "shared project is never replaced.\n");
     auto db = database::open(url, errors);
     ASSERT_TRUE(db) << errors;
     db_status status;
@@ -71,7 +72,7 @@ TEST(ServerProject, OpenTellsProjectsFromOtherDatabases) {
     temp_dir dir;
     const std::string ours = sbtest::projectLocation(dir.file("ours.sbproj"));
     const std::string other = sbtest::projectLocation(dir.file("other.sbproj"));
-    std::string errors;
+    sb::message_sink errors;
     {
         // Our tables without our mark (made by another tool): still a project.
         auto db = sbtest::makeProject(dir.file("ours.sbproj"));
@@ -85,9 +86,10 @@ TEST(ServerProject, OpenTellsProjectsFromOtherDatabases) {
     }
     EXPECT_TRUE(database::open(ours, errors)) << errors;
     EXPECT_FALSE(database::open(other, errors));
-    EXPECT_EQ(errors, "ERROR, unable to open database: " + other +
-                          "\nOther error: 8004F002\nThe database is not a Soilbench project: it holds none of the "
-                          "project's tables.\n");
+    EXPECT_EQ(errors.text(),
+              "ERROR, unable to open database: " + other +
+                  "\nOther error: 8004F002\nThe database is not a Soilbench project: it holds none of the "
+                  "project's tables.\n");
 }
 
 TEST(ServerProject, EveryFailureToReachAProjectIsToldWithoutThePassword) {
@@ -114,11 +116,11 @@ TEST(ServerProject, EveryFailureToReachAProjectIsToldWithoutThePassword) {
          "database \"sbtest_no_such_project\" does not exist"},
     };
     for (const auto& c : cases) {
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(database::open(c.location, errors)) << c.location;
         const std::string head = "ERROR, unable to open database: " + project_location::shown(c.location) + "\n";
-        EXPECT_EQ(errors.substr(0, head.size() + c.told.size()), head + c.told) << errors;
-        EXPECT_NE(errors.find(c.described), std::string::npos) << errors;
-        EXPECT_EQ(errors.find("wrong"), std::string::npos) << "a password was shown: " << errors;
+        EXPECT_EQ(errors.text().substr(0, head.size() + c.told.size()), head + c.told) << errors;
+        EXPECT_NE(errors.text().find(c.described), std::string::npos) << errors;
+        EXPECT_EQ(errors.text().find("wrong"), std::string::npos) << "a password was shown: " << errors;
     }
 }

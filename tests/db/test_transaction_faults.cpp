@@ -78,10 +78,11 @@ const fault kFaults[] = {
     {"project busy",
      [](database& db, const std::string& path) -> std::shared_ptr<void> {
          EXPECT_TRUE(db.execute("PRAGMA busy_timeout = 20").ok());
-         std::string errors;
+         sb::message_sink errors;
          std::shared_ptr<database> other = database::open(path, errors);
          EXPECT_TRUE(other) << errors;
-         other->beginSession(errors);
+         std::string refused;
+         other->beginSession(refused);
          return std::shared_ptr<void>(other.get(), [other](void*) mutable {
              other->rollbackSession();
              other.reset();

@@ -17,7 +17,7 @@ const std::string kHeaderLine = "Variable,Table,VersionFirst,VersionLast\n";
 
 struct loaded {
     list_field_help_tellura help;
-    std::string messages;
+    sb::message_sink messages;
     bool ok = false;
     explicit loaded(const std::string& text) { ok = help.loadText(text, "help.csv", messages); }
 };
@@ -113,9 +113,9 @@ TEST(FieldHelp, UnreadableFilesAndTheLetterIndex) {
     };
     for (const auto& [path, message] : files) {
         list_field_help_tellura help;
-        std::string messages;
+        sb::message_sink messages;
         EXPECT_FALSE(help.load(path, messages));
-        EXPECT_EQ(messages, message);
+        EXPECT_EQ(messages.text(), message);
     }
     const std::pair<const char*, int> letters[] = {{"abc", 0}, {"Zed", 25}, {"9", -1}, {"", -1}, {"\xE9t\xE9", -1}};
     for (auto [name, index] : letters) EXPECT_EQ(list_field_help::letterIndex(name), index) << name;
@@ -137,9 +137,9 @@ TEST(FieldHelp, HelpFileLocation) {
     }
     // The help file shipped beside the program loads whole.
     list_field_help_tellura help;
-    std::string messages;
+    sb::message_sink messages;
     EXPECT_TRUE(help.load(findHelpFile(app_soilbench()), messages));
-    EXPECT_EQ(messages, "");
+    EXPECT_EQ(messages.text(), "");
 }
 
 }  // namespace

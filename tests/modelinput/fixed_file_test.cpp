@@ -47,7 +47,7 @@ TEST_F(FixedFileTest, TemperatureAndYesNoForms) {
 }
 
 TEST_F(FixedFileTest, DispatcherTriesStationThenSoilThenFixed) {
-    std::string messages;
+    sb::message_sink messages;
     tellura_soil soil;
     tellura_weather_station station;
     EXPECT_TRUE(setParameterByName("PRECIP(3)", 4.5, row(), &soil, &station, 1, messages));
@@ -73,14 +73,14 @@ TEST_F(FixedFileTest, ImportFileFormat) {
                       "1.00000           'ANIMPT'\r\n");
     tellura_control_record back;
     back.row.setNumber("ANIMPT", 9);
-    std::string messages;
+    sb::message_sink messages;
     ASSERT_TRUE(importFixedFile(back, dir.file("fix.100"), nullptr, 2, messages));
     EXPECT_FLOAT_EQ(back.row.number("AGPPA"), -40.0f);
     EXPECT_FLOAT_EQ(back.row.number("AGPPB"), 7.7f);
     EXPECT_FLOAT_EQ(back.row.number("BGPPA"), 123456789012.0f);  // the value is the first 12 characters
     EXPECT_EQ(back.row.number("ANIMPT"), 9);                     // after the empty line: not read
 
-    std::string missing;
+    sb::message_sink missing;
     EXPECT_FALSE(importFixedFile(back, dir.file("none.100"), nullptr, 2, missing));
     EXPECT_EQ(missing, "ERROR, can't open file " + dir.file("none.100") + ".\n");
 }

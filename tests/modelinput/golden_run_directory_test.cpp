@@ -30,9 +30,9 @@ TEST_P(GoldenRunDirectory, EveryFileOfOursMatchesByteForByte) {
     golden_setup setup;
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(sbtest::prepare(setup, version, dir.path() + "/model", errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 
     const std::string expectedDir = sbtest::goldenDir() + "/v" + std::to_string(version);
     for (const std::string& name : sbtest::filesIn(expectedDir)) {

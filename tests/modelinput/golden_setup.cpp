@@ -101,7 +101,7 @@ void loadLine(golden_setup& setup, const std::vector<std::string>& f) {
 
 }  // namespace
 
-bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, std::string& errors) {
+bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, sb::message_sink& errors) {
     if (!loadControlRecord(db, id, setup.record, errors)) return false;
     setup.soils.load(db, errors);
     loadWeatherStations(db, setup.stations, errors);
@@ -110,7 +110,7 @@ bool loadProjectSetup(database& db, int32_t id, golden_setup& setup, std::string
     return true;
 }
 
-bool prepare(const golden_setup& setup, int version, const std::string& executable, std::string& errors) {
+bool prepare(const golden_setup& setup, int version, const std::string& executable, sb::message_sink& errors) {
     return prepareRunDirectory(setup.record, version, executable, setup.outfiles, setup.options, setup.soils,
                                setup.stations, errors);
 }
@@ -133,7 +133,8 @@ std::vector<std::string> withOptionFiles(std::vector<std::string> names) {
 std::string goldenDir() { return testDataDir() + "/golden"; }
 
 bool loadGoldenSetup(golden_setup& setup) {
-    std::string text, errors;
+    std::string text;
+    sb::message_sink errors;
     if (!readTextFile(goldenDir() + "/record.txt", text, errors, "cannot read " + goldenDir() + "/record.txt")) {
         ADD_FAILURE() << errors;
         return false;

@@ -27,9 +27,9 @@ bool loadGoldenSetup(golden_setup& setup);
 
 // The record `id` of a project, with its soils, stations (daily weather too)
 // and option lists; false when the record cannot be read.
-bool loadProjectSetup(sb::database& db, int32_t id, golden_setup& setup, std::string& errors);
+bool loadProjectSetup(sb::database& db, int32_t id, golden_setup& setup, sb::message_sink& errors);
 // prepareRunDirectory for a set-up.
-bool prepare(const golden_setup& setup, int version, const std::string& executable, std::string& errors);
+bool prepare(const golden_setup& setup, int version, const std::string& executable, sb::message_sink& errors);
 
 // The names of the files in a folder, sorted.
 std::vector<std::string> filesIn(const std::string& folder);

@@ -118,16 +118,16 @@ struct release_case {
 class imported_sample {
 public:
     explicit imported_sample(const release_case& c) : inputs(sbtest::samplesDir() + "/" + c.folder) {
-        std::string errors;
+        sb::message_sink errors;
         db = createNewProject(dir.file("import.sbproj"), errors);
         profile = release_profile_catalogue::shipped().find(c.profile);
     }
-    void importAndLoad(std::string& errors) {
+    void importAndLoad(sb::message_sink& errors) {
         importRunFiles(*db, inputs, schedule, *profile, 500, errors);
         sbtest::loadProjectSetup(*db, 500, loaded, errors);
     }
     // Writes the record's run directory under a profile into a folder of its own.
-    std::string prepare(const release_profile& under, std::string& errors) {
+    std::string prepare(const release_profile& under, sb::message_sink& errors) {
         const std::string run = dir.file(under.name) + "/";
         std::filesystem::create_directory(run);
         EXPECT_TRUE(prepareRunDirectory(loaded.record, under, run + "model", loaded.outfiles, loaded.options,
@@ -155,17 +155,17 @@ TEST_P(RealRunFiles, ReadThenWrittenUnderItsOwnProfileEveryFileHoldsTheSampleVal
     // The set-up is recognised as its own release's.
     std::vector<const release_profile*> all;
     for (const release_profile& p : release_profile_catalogue::shipped().profiles()) all.push_back(&p);
-    std::string verdict;
+    sb::message_sink verdict;
     EXPECT_EQ(recogniseReleaseProfile(sample.inputs, c.siteFile, all, "", verdict), sample.profile) << verdict;
     EXPECT_EQ(verdict, "The set-up in " + sample.inputs + " matches release profile \"" + c.profile + "\" (" +
                            sample.profile->title + ").\n");
 
-    std::string errors;
+    sb::message_sink errors;
     sample.importAndLoad(errors);
-    EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
-    std::string runErrors;
+    EXPECT_EQ(errors.text().find("ERROR"), std::string::npos) << errors;
+    sb::message_sink runErrors;
     const std::string run = sample.prepare(*sample.profile, runErrors);
-    EXPECT_EQ(runErrors.find("ERROR"), std::string::npos) << runErrors;
+    EXPECT_EQ(runErrors.text().find("ERROR"), std::string::npos) << runErrors;
 
     std::vector<std::string> spelled;
     EXPECT_EQ(

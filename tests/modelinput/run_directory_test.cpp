@@ -13,7 +13,7 @@ namespace {
 class RunDirectoryTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(sbtest::loadGoldenSetup(setup)); }
-    bool prepare(int version, const std::string& executable, std::string& errors) {
+    bool prepare(int version, const std::string& executable, sb::message_sink& errors) {
         return sbtest::prepare(setup, version, executable, errors);
     }
     sbtest::golden_setup setup;
@@ -30,7 +30,7 @@ TEST_F(RunDirectoryTest, EachReleaseGetsItsOwnSetOfFiles) {
     };
     for (const auto& [version, files] : cases) {
         sbtest::temp_dir run;
-        std::string errors;
+        sb::message_sink errors;
         prepare(version, run.file("tellura.exe"), errors);
         EXPECT_EQ(sbtest::filesIn(run.path()), sbtest::withOptionFiles(files)) << "version " << version;
     }
@@ -39,10 +39,10 @@ TEST_F(RunDirectoryTest, EachReleaseGetsItsOwnSetOfFiles) {
 TEST_F(RunDirectoryTest, MissingSoilStillWritesEveryOtherFileAndAnEmptyListAnEmptyFile) {
     setup.record.row.setNumber("Soil ID", 99);
     setup.options.list(option_kind::fire).clear();
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(prepare(4, dir.file("model"), errors));
-    EXPECT_NE(errors.find("ERROR, can't find soil, ID=42 SoilID=99.\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("WARNING, soil 99 of record 42 not found, site file soil values written as zero.\n"),
+    EXPECT_NE(errors.text().find("ERROR, can't find soil, ID=42 SoilID=99.\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.text().find("WARNING, soil 99 of record 42 not found, site file soil values written as zero.\n"),
               std::string::npos)
         << errors;
     EXPECT_EQ(sbtest::filesIn(dir.path()), sbtest::withOptionFiles({"fix.100", "outfiles.in", "sb.sch", "sb000007.wth",
@@ -54,26 +54,28 @@ TEST_F(RunDirectoryTest, MissingSoilStillWritesEveryOtherFileAndAnEmptyListAnEmp
 
 TEST_F(RunDirectoryTest, MissingRunDirectoryIsReportedWithoutStopping) {
     std::string missing = dir.file("no such folder") + "/";
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(prepare(6, missing + "tellura.exe", errors));
-    EXPECT_EQ(errors.rfind("ERROR, run directory \"" + missing + "\" does not exist.\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, run directory \"" + missing + "\" does not exist.\n", 0), 0u) << errors;
     // Every file was attempted and reported, to the last option file and the weather files.
     for (const char* file : {"sb.ini", "sbfix.100", "sbsite.100", "sb.sch"})
-        EXPECT_NE(errors.find("ERROR, unable to write file \"" + missing + file + "\".\n"), std::string::npos) << file;
-    EXPECT_NE(errors.find("fire.100"), std::string::npos);
-    EXPECT_NE(errors.find("ERROR, can't open file \"" + missing + "sb000007.wth\".\n"), std::string::npos);
+        EXPECT_NE(errors.text().find("ERROR, unable to write file \"" + missing + file + "\".\n"), std::string::npos)
+            << file;
+    EXPECT_NE(errors.text().find("fire.100"), std::string::npos);
+    EXPECT_NE(errors.text().find("ERROR, can't open file \"" + missing + "sb000007.wth\".\n"), std::string::npos);
 }
 
 TEST_F(RunDirectoryTest, UnwritableRunDirectoryIsReported) {
     // A file standing where the folder should be cannot be written into, even by root.
     sbtest::writeFile(dir.file("blocked"), "");
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(prepare(4, dir.file("blocked") + "/model", errors));
-    EXPECT_NE(errors.find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/sitepar.in\".\n"),
+    EXPECT_NE(errors.text().find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/sitepar.in\".\n"),
               std::string::npos)
         << errors;
-    EXPECT_NE(errors.find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/outfiles.in\".\n"),
-              std::string::npos);
+    EXPECT_NE(
+        errors.text().find("ERROR, unable to open 'outfiles' file \"" + dir.file("blocked") + "/outfiles.in\".\n"),
+        std::string::npos);
 }
 
 }  // namespace

@@ -21,21 +21,21 @@ TEST(RunFilesImport, DailyRunDirectoryRoundTripsThroughAProject) {
     sbtest::golden_setup setup;
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir first, second, project;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sbtest::prepare(setup, 4, first.file("model"), errors)) << errors;
 
     std::unique_ptr<database> db = createNewProject(project.file("p.sbproj"), errors);
     ASSERT_TRUE(db) << errors;
     errors.clear();
     ASSERT_TRUE(importRunFiles(*db, first.path(), "sb.sch", 4, 77, errors));
-    EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("Imported fixed data from \""), std::string::npos);
-    EXPECT_NE(errors.find("Imported site data from \""), std::string::npos);
-    EXPECT_NE(errors.find("Imported site parameters from \""), std::string::npos);
+    EXPECT_EQ(errors.text().find("ERROR"), std::string::npos) << errors;
+    EXPECT_NE(errors.text().find("Imported fixed data from \""), std::string::npos);
+    EXPECT_NE(errors.text().find("Imported site data from \""), std::string::npos);
+    EXPECT_NE(errors.text().find("Imported site parameters from \""), std::string::npos);
 
     sbtest::golden_setup loaded;
     loaded.outfiles = setup.outfiles;
-    std::string readErrors;
+    sb::message_sink readErrors;
     ASSERT_TRUE(sbtest::loadProjectSetup(*db, 77, loaded, readErrors)) << readErrors;
     EXPECT_EQ(readErrors, "");
     const tellura_control_record& record = loaded.record;
@@ -74,12 +74,12 @@ TEST_P(RunFilesReadBack, WritesTheSameRunDirectoryAgain) {
     sbtest::golden_setup setup;
     ASSERT_TRUE(sbtest::loadGoldenSetup(setup));
     sbtest::temp_dir first, second;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sbtest::prepare(setup, version, first.file("model"), errors)) << errors;
     imported_run run;
     const std::string schedule = scheduleFileName(version);
     ASSERT_TRUE(readRunFiles(first.path(), schedule, version, 42, 3, 7, run, errors)) << errors;
-    EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
+    EXPECT_EQ(errors.text().find("ERROR"), std::string::npos) << errors;
     tellura_soils soils;
     soils.soils.push_back(run.soil);
     tellura_weather_stations stations;

@@ -48,7 +48,7 @@ protected:
     }
     sbtest::golden_setup setup;
     sbtest::temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
 };
 
 // The golden files pin the header of the golden record; here the forms other values choose.
@@ -71,12 +71,12 @@ TEST_F(ScheduleTest, InitialCropAndTree) {
     setup.record.row.setText("Initial Crop", "");
     setup.record.row.setText("Initial Tree", "");
     EXPECT_TRUE(hasLine(text(2), "C6            Initial Crop\n              Initial Tree"));  // the first crop
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     setup.record.row.setText("Initial Crop", "NOPE");
     setup.record.row.setText("Initial Tree", "GONE");
     std::string sch = text(2);
     EXPECT_TRUE(hasLine(sch, "C6            Initial Crop"));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "WARNING, initial crop \"NOPE\" not found in the crop list, \"C6\" written instead.\n"
               "WARNING, initial tree \"GONE\" not found in the tree list, no initial tree written.\n");
     setup.options.list(option_kind::crop).clear();
@@ -103,7 +103,7 @@ TEST_F(ScheduleTest, LongItemsAreCutAndReported) {
     b.events = {event(1, 1, 1, kEventOmad, "ABCDEFGHIJKLMNOPQRSTUVWXY")};
     setup.record.blocks = {b};
     EXPECT_NE(text(3).find("01  01 OMAD ABCDEFGHIJKLMNOPQRST\n"), std::string::npos);
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "WARNING, item \"ABCDEFGHIJKLMNOPQRSTUVWXY\" of a OMAD event in block 1 cut to "
               "\"ABCDEFGHIJKLMNOPQRST\".\n");
 }
@@ -117,7 +117,7 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
     EXPECT_EQ(gathered[0].stationId(), 7);
     EXPECT_EQ(gathered[0].firstYear(), 1961);
     EXPECT_EQ(gathered[0].lastYear(), 1970);
-    EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
+    EXPECT_EQ(errors.text(), "ERROR, weather station not found for event block.\n");
 
     errors.clear();
     std::string runDir = dir.path() + "/";
@@ -126,7 +126,7 @@ TEST_F(ScheduleTest, WeatherGatheringMakesOneFilePerStation) {
                                   runDir, setup.stations, errors));
     EXPECT_TRUE(std::filesystem::is_regular_file(runDir + "sb000007.wth"));
     EXPECT_FALSE(std::filesystem::exists(runDir + "sb000099.wth"));
-    EXPECT_EQ(errors, "ERROR, weather station not found for event block.\n");
+    EXPECT_EQ(errors.text(), "ERROR, weather station not found for event block.\n");
 }
 
 TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
@@ -153,23 +153,23 @@ TEST_F(ScheduleTest, ReadingReportsBrokenSchedules) {
     errors.clear();
     EXPECT_TRUE(
         readScheduleText(block + "01 01 PLOW\n01 02 PLTM\n-999 -999 X\n", "c.sch", 3, record, references, errors));
-    EXPECT_EQ(errors, "ERROR, unknown operation name: \"PLOW\" Year=1 Month=1.\n");
+    EXPECT_EQ(errors.text(), "ERROR, unknown operation name: \"PLOW\" Year=1 Month=1.\n");
     ASSERT_EQ(record.blocks.size(), 1u);
     ASSERT_EQ(record.blocks[0].events.size(), 1u);
     EXPECT_EQ(record.blocks[0].events[0].type, kEventPltm);
     EXPECT_FALSE(readScheduleFile(dir.file("none.sch"), 2, record, references, errors));
-    EXPECT_NE(errors.find("ERROR, can't open file \"" + dir.file("none.sch") + "\".\n"), std::string::npos);
+    EXPECT_NE(errors.text().find("ERROR, can't open file \"" + dir.file("none.sch") + "\".\n"), std::string::npos);
 }
 
 TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     SB_REQUIRE_SAMPLES();
     tellura_control_record record;
     schedule_references references;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(
         readScheduleFile(sbtest::samplesDir() + "/diurna-2012/inputs/example.sch", 4, record, references, errors))
         << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(references.siteFile, "site2012.100");
     ASSERT_EQ(record.blocks.size(), 4u);
     EXPECT_EQ(record.blocks[0].description, "Initial grass");
@@ -191,7 +191,7 @@ TEST(ScheduleSamples, ReadsTheModelsOwnSchedules) {
     ASSERT_TRUE(readScheduleFile(sbtest::samplesDir() + "/diurna45-2008-inputs/sch_TESTgrass.sch", 4, grass, references,
                                  errors))
         << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(grass.row.number("Ninput"), 2);
     EXPECT_EQ(grass.row.number("Nstart"), 1900);
     EXPECT_EQ(grass.initialCrop(), "TMC3");

@@ -23,9 +23,9 @@ protected:
     std::string text(int version) const { return siteFileText(setup.record, version, soil(), station()); }
     record_sources sources() const { return {setup.record, soil(), station(), shippedReleaseProfile(4)}; }
     std::string sitepar() const {
-        std::string errors;
+        sb::message_sink errors;
         std::string out = siteparText(sources(), errors);
-        EXPECT_EQ(errors, "");
+        EXPECT_EQ(errors.text(), "");
         return out;
     }
     sbtest::golden_setup setup;
@@ -35,10 +35,10 @@ protected:
 TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
     setup.record.row.setNumber("Soil ID", 77);
     setup.record.row.setNumber("Weather ID", 78);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(writeSiteFile(setup.record, shippedReleaseProfile(3), dir.file("sbsite.100"), setup.soils,
                               setup.stations, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "WARNING, soil 77 of record 42 not found, site file soil values written as zero.\n"
               "WARNING, weather station 78 of record 42 not found, site file climate values written as zero.\n");
     std::string site = sbtest::readFile(dir.file("sbsite.100"));
@@ -48,8 +48,8 @@ TEST_F(SiteFileTest, MissingSoilAndStationAreWarnedAndWrittenAsZero) {
     setup.record.row.setNumber("Weather ID", 12);  // a station without monthly means
     errors.clear();
     writeSiteFile(setup.record, shippedReleaseProfile(3), dir.file("sbsite.100"), setup.soils, setup.stations, errors);
-    EXPECT_NE(errors.find("WARNING, weather station 12 has no monthly climate means, site file climate values "
-                          "written as zero.\n"),
+    EXPECT_NE(errors.text().find("WARNING, weather station 12 has no monthly climate means, site file climate values "
+                                 "written as zero.\n"),
               std::string::npos)
         << errors;
 }
@@ -69,13 +69,14 @@ TEST_F(SiteFileTest, SiteparMonthsOutOfOrder) {
     sbtest::writeFile(dir.file("sitepar.in"), text);
     tellura_control_record back;
     back.site.setFlag(back.site.column("WATERTABLE(7)"), false);
-    std::string messages;
+    sb::message_sink messages;
     importSitepar(dir.file("sitepar.in"), back, shippedReleaseProfile(4), messages);
-    EXPECT_NE(messages.find("ERROR, WATERTABLE month out of order in site parameters file.\n"), std::string::npos);
+    EXPECT_NE(messages.text().find("ERROR, WATERTABLE month out of order in site parameters file.\n"),
+              std::string::npos);
     EXPECT_FALSE(back.site.flag(back.site.column("WATERTABLE(7)")));  // nothing stored after the bad month
     EXPECT_EQ(back.site.number("CLDCOV(12)"), 52);                    // later lines still in place
 
-    std::string missing;
+    sb::message_sink missing;
     EXPECT_FALSE(importSitepar(dir.file("none.in"), back, shippedReleaseProfile(4), missing));
     EXPECT_EQ(missing, "ERROR, cannot open site parameters file \"" + dir.file("none.in") + "\"\n");
 }
@@ -88,9 +89,9 @@ TEST_F(SiteFileTest, SiteFileRoundTripsThroughImportForEveryVersion) {
         tellura_control_record back;
         tellura_soil soilBack;
         tellura_weather_station stationBack;
-        std::string messages;
+        sb::message_sink messages;
         ASSERT_TRUE(importSiteFile(dir.file("site.100"), back, &soilBack, &stationBack, messages));
-        EXPECT_EQ(messages, "Imported site data from \"" + dir.file("site.100") + "\"\n");
+        EXPECT_EQ(messages.text(), "Imported site data from \"" + dir.file("site.100") + "\"\n");
         EXPECT_EQ(back.site.number("ID"), tellura_control_record().site.number("ID"));  // the header is no ID line
         back.setId(42);
         EXPECT_EQ(siteFileText(back, version, &soilBack, &stationBack), text(version)) << "version " << version;
@@ -100,13 +101,13 @@ TEST_F(SiteFileTest, SiteFileRoundTripsThroughImportForEveryVersion) {
     sbtest::writeFile(dir.file("noclimate.100"), "X  no climate\n1.0    SAND\n");
     tellura_control_record back;
     tellura_weather_station none;
-    std::string messages;
+    sb::message_sink messages;
     ASSERT_TRUE(importSiteFile(dir.file("site.100"), back, nullptr, nullptr, messages));
     EXPECT_FLOAT_EQ(back.row.number("Latitude"), 40.5f);
     importSiteFile(dir.file("noclimate.100"), back, nullptr, &none, messages);
     EXPECT_FALSE(none.hasMeans);
 
-    std::string missing;
+    sb::message_sink missing;
     EXPECT_FALSE(importSiteFile(dir.file("none.100"), back, nullptr, nullptr, missing));
     EXPECT_EQ(missing, "ERROR, cannot open site file \"" + dir.file("none.100") + "\"\n");
 }

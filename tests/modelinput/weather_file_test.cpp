@@ -79,20 +79,20 @@ TEST(WeatherCoverage, EachMissingYearIsWarnedOfAtMostTenTimesPerBlock) {
         {2000, 6, 3, ""},
     };
     for (const auto& c : cases) {
-        std::string messages;
+        sb::message_sink messages;
         EXPECT_TRUE(checkWeatherCoverage(station, 2000, c.lastYear, c.version, c.block, messages));
-        EXPECT_EQ(messages, c.messages) << "release " << c.version;
+        EXPECT_EQ(messages.text(), c.messages) << "release " << c.version;
     }
     tellura_weather_station empty;
     empty.monthlyYear(1995);  // a year record without months counts as missing
-    std::string messages;
+    sb::message_sink messages;
     checkWeatherCoverage(empty, 1990, 2010, 2, 1, messages);
     size_t count = 0;
-    for (size_t at = 0; (at = messages.find("WARNING, ", at)) != std::string::npos; ++at) ++count;
+    for (size_t at = 0; (at = messages.text().find("WARNING, ", at)) != std::string::npos; ++at) ++count;
     EXPECT_EQ(count, 10u);
-    EXPECT_NE(messages.find("for year 1999 in block 1."), std::string::npos);
-    EXPECT_EQ(messages.find("for year 2000 in block 1."), std::string::npos);
-    EXPECT_EQ(messages.find("Data must exist"), std::string::npos);
+    EXPECT_NE(messages.text().find("for year 1999 in block 1."), std::string::npos);
+    EXPECT_EQ(messages.text().find("for year 2000 in block 1."), std::string::npos);
+    EXPECT_EQ(messages.text().find("Data must exist"), std::string::npos);
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ const std::vector<std::vector<std::string>> kSmallLayout = {
 binary_layout_catalogue smallCatalogue(const sbtest::temp_dir& dir, int version = 4) {
     sbtest::writeFile(dir.file("small.tsv"), sbtest::layoutText(kSmallLayout, version));
     binary_layout_catalogue catalogue;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(catalogue.addFile(dir.file("small.tsv"), errors)) << errors;
     return catalogue;
 }
@@ -41,8 +41,9 @@ binary_run readBinary(const std::string& bytes, const std::vector<sbtest::block_
     binary_layout_catalogue catalogue = smallCatalogue(dir);
     sbtest::writeFile(dir.file("sb.bin"), bytes);
     binary_run run{false, "", {}};
-    run.ok =
-        readBinaryOutput(dir.file("sb.bin"), version, catalogue, sbtest::blocksOf(blocks), run.outputs, run.errors);
+    sb::message_sink errors;
+    run.ok = readBinaryOutput(dir.file("sb.bin"), version, catalogue, sbtest::blocksOf(blocks), run.outputs, errors);
+    run.errors = errors.text();
     // Paths differ per run; messages name them, so make them comparable.
     for (size_t at; (at = run.errors.find(dir.path())) != std::string::npos;)
         run.errors.replace(at, dir.path().size(), "DIR");
@@ -70,7 +71,7 @@ TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
 
     // Without "# version" a layout serves every version.
     sbtest::writeFile(dir.file("any.tsv"), "plot1 1 agcacc\nplot3 4 frstc\n");
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(catalogue.addFile(dir.file("any.tsv"), errors)) << errors;
     EXPECT_EQ(catalogue.layouts()[1].recordBytes(), 4 * (1 + 1 + 0 + 4));
     EXPECT_NE(catalogue.find(2, 24), nullptr);
@@ -81,15 +82,15 @@ TEST(BinaryLayout, FilesGiveArraysVersionsAndRecordSizes) {
     sbtest::writeFile(dir.file("twice.tsv"), "plot2\t1\ta\nplot2\t1\tb\n");
     EXPECT_FALSE(catalogue.addFile(dir.file("twice.tsv"), errors));
     EXPECT_FALSE(catalogue.addFile(dir.file("none.tsv"), errors));
-    EXPECT_EQ(errors, "ERROR, binary layout file \"" + dir.file("bad.tsv") +
-                          "\" line 3: expected \"block index name\" with block plot1, plot2 or plot3, an index "
-                          "from 1 and a place not used before.\n"
-                          "ERROR, binary layout file \"" +
-                          dir.file("twice.tsv") +
-                          "\" line 2: expected \"block index name\" with block plot1, plot2 or plot3, an index "
-                          "from 1 and a place not used before.\n"
-                          "ERROR, unable to open binary layout file \"" +
-                          dir.file("none.tsv") + "\".\n");
+    EXPECT_EQ(errors.text(), "ERROR, binary layout file \"" + dir.file("bad.tsv") +
+                                 "\" line 3: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                                 "from 1 and a place not used before.\n"
+                                 "ERROR, binary layout file \"" +
+                                 dir.file("twice.tsv") +
+                                 "\" line 2: expected \"block index name\" with block plot1, plot2 or plot3, an index "
+                                 "from 1 and a place not used before.\n"
+                                 "ERROR, unable to open binary layout file \"" +
+                                 dir.file("none.tsv") + "\".\n");
     EXPECT_EQ(catalogue.layouts().size(), 2u);
 }
 
@@ -101,7 +102,7 @@ struct framed_read {
     long firstBytes = 0;
     std::vector<std::string> records;
     bool error = false;
-    std::string errors;
+    sb::message_sink errors;
 };
 
 framed_read readFramed(const std::string& bytes, const std::vector<long>& sizes) {
@@ -259,13 +260,13 @@ TEST(BinaryOutput, NoLayoutOfTheRecordSizeSaysHowToAddOne) {
              " Release 1 is read from its binary file only: its runs fail until the layout is added.\n"},
     };
     for (const auto& c : cases) {
-        std::string errors;
+        sb::message_sink errors;
         const binary_layout_catalogue layouts = loadBinaryLayouts(c.userFiles, errors);
-        ASSERT_EQ(errors, "");
+        ASSERT_EQ(errors.text(), "");
         tellura_outputs outputs;
         EXPECT_FALSE(readBinaryOutput(dir.file("sb.bin"), c.version, layouts, sbtest::blocksOf({{1991, 12.0f}}),
                                       outputs, errors));
-        EXPECT_EQ(errors, c.expected) << "version " << c.version;
+        EXPECT_EQ(errors.text(), c.expected) << "version " << c.version;
         EXPECT_TRUE(outputs.annual.empty());
     }
 }

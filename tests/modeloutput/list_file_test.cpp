@@ -43,7 +43,7 @@ TEST(OutputVariables, RequestFileNamesTheVersionsVariables) {
                  {3, annual, 102, "strcis(1,1)\n", "\nmetabe(2,3)\nagcacc\n", "\nfcprd\n"},
                  {2, monthly, 60, "agcacc\n", "", "\ncprodf\n"}};
     for (const auto& c : cases) {
-        std::string errors;
+        sb::message_sink errors;
         set.setCurrentVersion(c.version);
         ASSERT_TRUE(set.writeRequestFile(dir.path(), c.record, errors)) << errors;
         const std::string text = sbtest::readFile(dir.file("sb_outvars.txt"));
@@ -51,12 +51,12 @@ TEST(OutputVariables, RequestFileNamesTheVersionsVariables) {
         EXPECT_EQ(text.rfind(c.start, 0), 0u) << c.version;
         EXPECT_NE(text.find(c.middle), std::string::npos) << c.version;
         EXPECT_EQ(text.substr(text.size() - std::strlen(c.end)), c.end) << c.version;
-        EXPECT_EQ(errors, "");
+        EXPECT_EQ(errors.text(), "");
     }
-    std::string errors;
+    sb::message_sink errors;
     std::string missing = dir.file("no/such/folder");
     EXPECT_FALSE(set.writeRequestFile(missing, annual, errors));
-    EXPECT_EQ(errors, "ERROR, can't open outvars file \"" + missing + "/sb_outvars.txt\".\n");
+    EXPECT_EQ(errors.text(), "ERROR, can't open outvars file \"" + missing + "/sb_outvars.txt\".\n");
 }
 
 TEST(ListHeader, NarrowLayoutAndACutLastName) {
@@ -66,9 +66,9 @@ TEST(ListHeader, NarrowLayoutAndACutLastName) {
     content.narrow = true;
     content.names = {"agcacc", "somsc"};
     std::string header = sbtest::listHeader(content);
-    std::string errors;
+    sb::message_sink errors;
     set.matchHeader(header, header.size() + 1, false, errors);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(definition(set, 2, "agcacc").column, 0);
     EXPECT_EQ(definition(set, 2, "somsc").column, 1);
 
@@ -77,14 +77,14 @@ TEST(ListHeader, NarrowLayoutAndACutLastName) {
     std::string cut = sb::strprintf("%11s          %-11s     som", "time", "agcacc");
     errors.clear();
     wide.matchHeader(cut, cut.size() + 1, false, errors);
-    EXPECT_EQ(errors, "WARNING, LIS file column 2 name not requested: \"som\".\n");
+    EXPECT_EQ(errors.text(), "WARNING, LIS file column 2 name not requested: \"som\".\n");
 }
 
 TEST(ListValues, ExtractionChecksTheNameAndLeavesUnmatchedValuesAlone) {
     output_column_definition d("somsc");
     d.column = 1;
     std::string row = sb::strprintf("%11.2f     %11.4f     %11.4f", 1990.0, 1.5, 1851.537);
-    std::string errors;
+    sb::message_sink errors;
     bool error = false;
     float value = -1;
     EXPECT_EQ(d.extractFloat(row, 4, true, "somsc", error, value, errors), 1);
@@ -93,7 +93,7 @@ TEST(ListValues, ExtractionChecksTheNameAndLeavesUnmatchedValuesAlone) {
 
     EXPECT_EQ(d.extractFloat(row, 4, true, "somtc", error, value, errors), 0);
     EXPECT_TRUE(error);
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, column output_column_definition.extract_tellura_lis requested column \"somsc\" "
               "doesn't match \"somtc\".\n");
 
@@ -119,7 +119,7 @@ TEST(ListValues, ExtractionChecksTheNameAndLeavesUnmatchedValuesAlone) {
 namespace {
 
 struct list_run {
-    std::string errors;
+    sb::message_sink errors;
     bool ok = false;
     tellura_outputs outputs;
 };
@@ -180,9 +180,9 @@ TEST(ListFile, Versions3And5SendTheLitterStateToTheEndOfRunRecord) {
 TEST(ListFile, OpenEmptyAndHeaderOnlyFilesFail) {
     tellura_outputs outputs;
     output_variable_set set;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(readListFile(set, "/no/such/sb.lis", 4, sbtest::blocksOf({{1990, 12.0f}}), outputs, errors));
-    EXPECT_EQ(errors, "ERROR, unable to open LIS file: /no/such/sb.lis\n");
+    EXPECT_EQ(errors.text(), "ERROR, unable to open LIS file: /no/such/sb.lis\n");
 
     list_run empty = readList("", 4, {{1990, 12.0f}});
     EXPECT_FALSE(empty.ok);

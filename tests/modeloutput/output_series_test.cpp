@@ -38,10 +38,10 @@ TEST(OutputSeries, PointsSitInTheirPeriodAndOnlyVariablesAreSeries) {
     };
     for (const auto& c : cases) {
         std::vector<output_series> series;
-        std::string errors;
+        sb::message_sink errors;
         SCOPED_TRACE(c.asked.back());
         EXPECT_EQ(outputSeries(outputs, c.table, c.asked, series, errors), c.errors.empty());
-        EXPECT_EQ(errors, c.errors);
+        EXPECT_EQ(errors.text(), c.errors);
         std::vector<std::string> names;
         for (const auto& s : series) names.push_back(s.name);
         EXPECT_EQ(names, c.names);

@@ -45,10 +45,10 @@ TEST_F(OutputTables, MissingValuesStayMissingAndAStoreReplacesOnlyThatRecordsRow
         out.annualFor(year).setNumber("somsc", year + 0.5);
         out.annualFor(year).setNumber("agcacc", 0);
     }
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(saveOutputs(*db, 7, out, errors) && saveOutputs(*db, 9, out, errors)) << errors;
     ASSERT_TRUE(saveOutputs(*db, 7, none, errors)) << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     tellura_outputs back;
     ASSERT_TRUE(loadOutputs(*db, 7, back, errors));
     EXPECT_TRUE(back.empty());
@@ -73,7 +73,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     out.daily.resize(2);
     out.daily[0].setYearDay(1990, 5);
     out.daily[1].setYearDay(1990, 5);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(saveOutputs(*db, 3, out, errors));
     const std::string annualWarning =
         "WARNING, duplicate year cannot be inserted into table [Output Annual] ID=3 Year=1990\n";
@@ -81,9 +81,10 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
         "WARNING, duplicate year cannot be inserted into table [Output Daily] ID=3 Year=1990 Julian Day=5\n";
     // Each warning is followed by the store's own words, whichever way the row was sent.
     const std::string violated = "A specified value violated the integrity constraints for a column or table.\n";
-    EXPECT_EQ(errors, annualWarning + violated + "UNIQUE constraint failed: Output Annual.ID, Output Annual.Year\n" +
-                          dailyWarning + violated +
-                          "UNIQUE constraint failed: Output Daily.ID, Output Daily.Year, Output Daily.Julian Day\n");
+    EXPECT_EQ(errors.text(),
+              annualWarning + violated + "UNIQUE constraint failed: Output Annual.ID, Output Annual.Year\n" +
+                  dailyWarning + violated +
+                  "UNIQUE constraint failed: Output Daily.ID, Output Daily.Year, Output Daily.Julian Day\n");
     tellura_outputs back;
     ASSERT_TRUE(loadOutputs(*db, 3, back, errors));
     ASSERT_EQ(back.annual.size(), 2u);
@@ -97,7 +98,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
     months.monthly[190][1].setYearMonth(1990, 4);
     errors.clear();
     ASSERT_TRUE(saveOutputs(*db, 3, months, errors));
-    EXPECT_EQ(errors.rfind(
+    EXPECT_EQ(errors.text().rfind(
                   "WARNING, duplicate year cannot be inserted into table [Output Monthly] ID=3 Year=1990 Month=4\n", 0),
               0u)
         << errors;
@@ -106,7 +107,7 @@ TEST_F(OutputTables, DuplicateKeysWarnAndTheFirstRowWins) {
 TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs) {
     tellura_outputs earlier;
     earlier.annualFor(1980);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(saveOutputs(*db, 4, earlier, errors)) << errors;
     tellura_outputs out;
     out.annualFor(1990);
@@ -116,9 +117,11 @@ TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs)
     out.soilLayers[0].setNumber(1, 1);
     out.soilLayers[1].setNumber(1, 1);  // layers have no duplicate warning
     EXPECT_FALSE(saveOutputs(*db, 4, out, errors));
-    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"), std::string::npos)
+    EXPECT_NE(errors.text().find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"),
+              std::string::npos)
         << errors;
-    EXPECT_NE(errors.find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"), std::string::npos)
+    EXPECT_NE(errors.text().find("ERROR, unable to insert into table [Output Soil Layers] ID=4 Layer=1\n"),
+              std::string::npos)
         << errors;
     tellura_outputs back;
     ASSERT_TRUE(loadOutputs(*db, 4, back, errors));
@@ -133,21 +136,21 @@ TEST_F(OutputTables, ReadBackKeepsFourteenSoilLayers) {
         out.soilLayers.emplace_back();
         out.soilLayers.back().setNumber(1, layer);
     }
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(saveOutputs(*db, 5, out, errors)) << errors;
     tellura_outputs back;
     EXPECT_FALSE(loadOutputs(*db, 5, back, errors));
-    EXPECT_EQ(errors, "ERROR, too many soil layers in table [Output Soil Layers]");
+    EXPECT_EQ(errors.text(), "ERROR, too many soil layers in table [Output Soil Layers]");
     EXPECT_EQ(back.soilLayers.size(), 14u);
 }
 
 TEST(OutputToInput, AnnualAndMonthlyCopies) {
     tellura_control_record record = sbtest::recordWithBlocks({});
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(copyAnnualOutputToInput(outputs, record, errors));
     EXPECT_FALSE(copyMonthlyOutputToInput(outputs, record, errors));
-    EXPECT_EQ(errors, "No annual output exists for record.\nNo monthly output exists for record.\n");
+    EXPECT_EQ(errors.text(), "No annual output exists for record.\nNo monthly output exists for record.\n");
 
     // None of the eight given (missing): nothing changes, nothing said.
     record.site.setNumber("AGLIVE(1)", 9);
@@ -156,7 +159,7 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
     record.modified = false;
     errors.clear();
     EXPECT_FALSE(copyAnnualOutputToInput(outputs, record, errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(record.site.number("AGLIVE(1)"), 9.0);
     EXPECT_FALSE(record.modified);
 
@@ -166,7 +169,7 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
                           "AGLIVE(3)", "AMINRL(1)", "AMINRL(2)", "AMINRL(3)"};
     for (int i = 0; i < 8; ++i) outputs.annualFor(1991).setNumber(names[i], i + 1.5);
     EXPECT_TRUE(copyAnnualOutputToInput(outputs, record, errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     for (int i = 0; i < 8; ++i) EXPECT_FLOAT_EQ(static_cast<float>(record.site.number(site[i])), i + 1.5f) << site[i];
     EXPECT_TRUE(record.modified);
 
@@ -174,15 +177,15 @@ TEST(OutputToInput, AnnualAndMonthlyCopies) {
     outputs.monthlyFor(1991, 12).setNumber("aminrl(1)", 0);
     outputs.monthlyFor(1991, 3).setNumber("aminrl(1)", 99);
     EXPECT_TRUE(copyMonthlyOutputToInput(outputs, record, errors));
-    EXPECT_EQ(errors, "Monthly copied for record.\n");
+    EXPECT_EQ(errors.text(), "Monthly copied for record.\n");
     EXPECT_EQ(record.site.number("AMINRL(1)"), 0.0);
 }
 
 TEST(OutputToInput, SoilFillTakesTheLayerRows) {
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(fillSoilFromOutput(outputs, nullptr, errors));
-    EXPECT_EQ(errors, "ERROR, No soil record to fill.\n");
+    EXPECT_EQ(errors.text(), "ERROR, No soil record to fill.\n");
 
     tellura_soil soil;
     soil.layerCount = 2;
@@ -196,7 +199,7 @@ TEST(OutputToInput, SoilFillTakesTheLayerRows) {
     }
     errors.clear();
     EXPECT_TRUE(fillSoilFromOutput(outputs, &soil, errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral N")), 2.5f);
     EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Mineral S")), 2.25f);
     EXPECT_FLOAT_EQ(static_cast<float>(soil.layers[1].number("Initial Relative Water Content")), 0.5f);

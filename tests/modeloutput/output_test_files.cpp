@@ -8,7 +8,7 @@
 namespace sbtest {
 
 std::unique_ptr<sb::database> makeOutputProject(const temp_dir& dir) {
-    std::string errors;
+    sb::message_sink errors;
     std::string path = dir.file("outputs.db");
     EXPECT_TRUE(sb::database::create(path, errors)) << errors;
     auto db = sb::database::open(path, errors);

@@ -58,7 +58,7 @@ void expectListed(double listed, float value, const std::string& what) {
 
 binary_layout_catalogue shipped() {
     binary_layout_catalogue catalogue;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(catalogue.loadShipped(std::string(SB_SHARE_DIR) + "/binary-layouts", errors)) << errors;
     return catalogue;
 }
@@ -75,7 +75,7 @@ TEST(RealSamples, BinaryOf2012ReleaseMatchesItsListFileRecordByRecord) {
 
     binary_layout_catalogue catalogue = shipped();
     binary_record_reader reader;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(reader.open(sample("diurna-2012/outputs/example.bin"), errors));
     int first = 0;
     ASSERT_TRUE(reader.readFirstByte(first));
@@ -107,7 +107,7 @@ TEST(RealSamples, BinaryOf2012ReleaseMatchesItsListFileRecordByRecord) {
     }
     EXPECT_FALSE(reader.readRecord(3212, record, error, errors));  // then the end byte
     EXPECT_FALSE(error);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 }
 
 TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
@@ -116,10 +116,10 @@ TEST(RealSamples, BinaryOf2012ReleaseFillsTheRecordsOfItsSchedule) {
     // The sample's schedule: yearly output to 1919, then monthly blocks to 1992, 1994, 2006.
     const auto blocks = sbtest::blocksOf({{1919, 12.0f}, {1992, 1.0f}, {1994, 1.0f}, {2006, 1.0f}});
     tellura_outputs out;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readBinaryOutput(sample("diurna-2012/outputs/example.bin"), 4, shipped(), blocks, out, errors))
         << errors;
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "21 records read, from years 1 to 1920.\n"
               "25 records read, from years 1990 to 1992.\n"
               "24 records read, from years 1993 to 1994.\n"
@@ -165,10 +165,10 @@ TEST(RealSamples, GfortranBinaryOf2008BuildWithItsLayout) {
     binary_layout_catalogue catalogue = shipped();
     const auto blocks = sbtest::blocksOf({{2005, 1.0f}});
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     // Only the first 30 records are kept in the sample: the block cannot finish.
     EXPECT_FALSE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue, blocks, outputs, errors));
-    EXPECT_EQ(errors, "30 records read, from years 1799 to 1802.\n");
+    EXPECT_EQ(errors.text(), "30 records read, from years 1799 to 1802.\n");
     auto months = outputs.monthlyInOrder();
     ASSERT_EQ(months.size(), 30u);
     EXPECT_EQ(months[0]->year(), 1799);  // time 1800.0 is December 1799
@@ -181,7 +181,7 @@ TEST(RealSamples, GfortranBinaryOf2008BuildWithItsLayout) {
     ASSERT_TRUE(readBinaryOutput(sample("diurna45-2008-outputs/sb.bin"), 4, catalogue,
                                  sbtest::blocksOf({{1799, 12.0f}}), yearly, errors))
         << errors;
-    EXPECT_EQ(errors, "1 records read, from years 1800 to 1800.\n");
+    EXPECT_EQ(errors.text(), "1 records read, from years 1800 to 1800.\n");
     EXPECT_NEAR(cell(yearly.annual.at(0), "somsc"), 1851.537f, 0.001);
 }
 
@@ -200,9 +200,9 @@ TEST(RealSamples, ListFileOf2008BuildFillsItsMonths) {
     // The schedule runs to 2005: 2006.00 (December 2005) closes it.
     const auto blocks = sbtest::blocksOf({{2005, 1.0f}});
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readListFile(set, sample("diurna45-2008-outputs/sb.lis"), 4, blocks, outputs, errors)) << errors;
-    EXPECT_EQ(errors, "133 records read, from years 1994 to 2005.\n");
+    EXPECT_EQ(errors.text(), "133 records read, from years 1994 to 2005.\n");
     auto months = outputs.monthlyInOrder();
     ASSERT_EQ(months.size(), 133u);
     EXPECT_EQ(months[0]->year(), 1994);  // 1995.00 is December 1994
@@ -241,9 +241,9 @@ TEST(RealSamples, YearSummariesOfBothReleasesReadWhole) {
     };
     for (const auto& c : cases) {
         tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         ASSERT_TRUE(readYearSummary(sample(c.file), outputs, errors)) << errors;
-        EXPECT_EQ(errors, c.message);
+        EXPECT_EQ(errors.text(), c.message);
         const auto& first = outputs.annual.at(0);
         EXPECT_EQ(first.year(), c.firstYear);
         EXPECT_FLOAT_EQ(cell(first, "n2oflux"), c.firstN2O);
@@ -261,14 +261,15 @@ TEST(RealSamples, DailyFilesOfBothReleasesFillTheDailyTableByColumnName) {
     } cases[] = {{"diurna-2012/outputs/", {}, 1900}, {"diurna45-2008-outputs/", jday, 1800}};
     for (const auto& c : cases) {
         tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         // summary.out holds the daily table's columns; daily.out holds none of
         // them and adds no day of its own.
         ASSERT_TRUE(readDailyOutput(sample(std::string(c.folder) + "summary.out"), c.aliases, outputs, errors));
         ASSERT_TRUE(readDailyOutput(sample(std::string(c.folder) + "daily.out"), c.aliases, outputs, errors));
-        EXPECT_EQ(errors, strprintf("SUMMARY.OUT: 730 days read, from %d to %d.\nDAILY.OUT: 730 days read, from %d to "
-                                    "%d.\n",
-                                    c.firstYear, c.firstYear + 1, c.firstYear, c.firstYear + 1));
+        EXPECT_EQ(errors.text(),
+                  strprintf("SUMMARY.OUT: 730 days read, from %d to %d.\nDAILY.OUT: 730 days read, from %d to "
+                            "%d.\n",
+                            c.firstYear, c.firstYear + 1, c.firstYear, c.firstYear + 1));
         ASSERT_EQ(outputs.daily.size(), 730u);
         EXPECT_EQ(outputs.daily.at(729).julianDay(), 365);
         // Every value of every column the table has, row for row.
@@ -286,13 +287,13 @@ TEST(RealSamples, DailyFilesOfBothReleasesFillTheDailyTableByColumnName) {
     }
     // Without its alias the 2008 build's day column is not known.
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(readDailyOutput(sample("diurna45-2008-outputs/summary.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n");
+    EXPECT_EQ(errors.text(), "ERROR in columns of \"summary.out\": read \"jday\", expected \"dayofyr\".\n");
     // A daily summary is not a year summary: its columns message says why.
     errors.clear();
     EXPECT_FALSE(readYearSummary(sample("diurna-2012/outputs/summary.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"ti\", expected \"time\".\n");
+    EXPECT_EQ(errors.text(), "ERROR in columns of \"summary.out\": read \"ti\", expected \"time\".\n");
 }
 
 // One run read in binary mode and in list mode stores the same records, and
@@ -301,7 +302,7 @@ TEST(RealSamples, BinaryAndListModesOfOneRunStoreTheSameValues) {
     SB_REQUIRE_SAMPLES();
     const auto blocks = sbtest::blocksOf({{1919, 12.0f}, {1992, 1.0f}, {1994, 1.0f}, {2006, 1.0f}});
     tellura_outputs binary, list;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readBinaryOutput(sample("diurna-2012/outputs/example.bin"), 4, shipped(), blocks, binary, errors))
         << errors;
     output_variable_set set;

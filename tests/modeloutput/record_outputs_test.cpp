@@ -27,8 +27,8 @@ struct substitute_store {
     ~substitute_store() { setOutputStore({}); }
 };
 
-bool failWith(std::string& errors, const char* text) {
-    errors += text;
+bool failWith(sb::message_sink& errors, const char* text) {
+    errors.error(text);
     return false;
 }
 
@@ -38,18 +38,19 @@ TEST(RecordOutputs, ReadAndPasteStopAtAnUnreadableOutputStore) {
     sbtest::temp_dir dir;
     auto db = sbtest::makeOutputProject(dir);
     ASSERT_TRUE(db);
-    std::string errors;
+    sb::message_sink errors;
     tellura_control_record r = plot(42);
     ASSERT_TRUE(saveControlRecord(*db, r, errors));
-    substitute_store unreadable(
-        {nullptr, [](database&, int32_t, tellura_outputs&, std::string& e) { return failWith(e, "READ FAILED\n"); }});
+    substitute_store unreadable({nullptr, [](database&, int32_t, tellura_outputs&, sb::message_sink& e) {
+                                     return failWith(e, "READ FAILED\n");
+                                 }});
     tellura_control_record read;
     tellura_outputs outputs;
     EXPECT_FALSE(loadControlRecordWithOutputs(*db, 42, read, outputs, errors));
     EXPECT_EQ(read.description(), "Plot 42");  // the record itself is read
-    EXPECT_EQ(errors, "READ FAILED\n");
+    EXPECT_EQ(errors.text(), "READ FAILED\n");
     errors.clear();
     EXPECT_FALSE(pasteRecord(*db, record_clipboard::encodeId(42), 43, errors));
-    EXPECT_EQ(errors, "READ FAILED\n");
+    EXPECT_EQ(errors.text(), "READ FAILED\n");
     EXPECT_FALSE(loadControlRecord(*db, 43, read, errors));
 }

@@ -35,19 +35,19 @@ TEST(YearSummary, HeaderIsCheckedExactly) {
     header.replace(header.find("N2Oflux"), 7, "n2oflux");
     sbtest::writeFile(dir.file("summary.out"), header + summaryRow(1900.92, 1));
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(readYearSummary(dir.file("summary.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR in columns of \"summary.out\": read \"n2oflux\", expected \"N2Oflux\".\n");
+    EXPECT_EQ(errors.text(), "ERROR in columns of \"summary.out\": read \"n2oflux\", expected \"N2Oflux\".\n");
     EXPECT_TRUE(outputs.annual.empty());
 
     errors.clear();
     EXPECT_FALSE(readYearSummary(dir.file("none.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR, can't open annual summary file \"" + dir.file("none.out") + "\".\n");
+    EXPECT_EQ(errors.text(), "ERROR, can't open annual summary file \"" + dir.file("none.out") + "\".\n");
 
     errors.clear();
     sbtest::writeFile(dir.file("empty.out"), "");
     EXPECT_FALSE(readYearSummary(dir.file("empty.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR in columns of \"empty.out\": read \"\", expected \"time\".\n");
+    EXPECT_EQ(errors.text(), "ERROR in columns of \"empty.out\": read \"\", expected \"time\".\n");
 }
 
 TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
@@ -60,9 +60,9 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
         " 1901.0000  365    10.60     3.90      .50          NaN       1.1213       2.5821      43.9735    3429.2802\n";
     sbtest::writeFile(dir.file("summary.out"), text);
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readDailyOutput(dir.file("summary.out"), outputs, errors)) << errors;
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "WARNING, daily output file line 3: value \"NaN\" of \"N2Oflux\" is not a finite number; left unset.\n"
               "SUMMARY.OUT: 2 days read, from 1900 to 1901.\n");
     ASSERT_EQ(outputs.daily.size(), 2u);
@@ -98,19 +98,19 @@ TEST(DailyOutput, OptionalColumnsAreReadAndOthersRefused) {
         errors.clear();
         EXPECT_EQ(readDailyOutput(dir.file("daily.out"), c.aliases, other, errors), c.read == nullptr) << c.header;
         if (c.read) {
-            EXPECT_EQ(errors, strprintf("ERROR in columns of \"daily.out\": read \"%s\", expected \"%s\".\n", c.read,
-                                        c.expected));
+            EXPECT_EQ(errors.text(), strprintf("ERROR in columns of \"daily.out\": read \"%s\", expected \"%s\".\n",
+                                               c.read, c.expected));
             EXPECT_TRUE(other.daily.empty());
             continue;
         }
-        EXPECT_EQ(errors, "DAILY.OUT: 1 days read, from 1900 to 1900.\n");
+        EXPECT_EQ(errors.text(), "DAILY.OUT: 1 days read, from 1900 to 1900.\n");
         ASSERT_EQ(other.daily.size(), 1u);
         EXPECT_FLOAT_EQ(cell(other.daily[0], "tmax"), c.tmax);
         EXPECT_TRUE(other.daily[0].isMissing(other.daily[0].column("CH4")));  // no column: missing, not 0
     }
     errors.clear();
     EXPECT_FALSE(readDailyOutput(dir.file("gone.out"), outputs, errors));
-    EXPECT_EQ(errors, "ERROR, can't open daily output file \"" + dir.file("gone.out") + "\".\n");
+    EXPECT_EQ(errors.text(), "ERROR, can't open daily output file \"" + dir.file("gone.out") + "\".\n");
 }
 
 TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
@@ -125,9 +125,9 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
     sbtest::writeFile(dir.file("sb.CO2.csv"), co2);
     sbtest::writeFile(dir.file("sb.nps.csv"), "time,aminrl(1),aminrl(2),aminrl(3)\n1990,5,6,7\n1991,8,9,10\n");
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(readCsvOutputs(dir.path(), outputs, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "2 years read, from 1990 to 1991.\n"
               "ERROR, unable to open output file: " +
                   dir.file("sb.soilC.csv") +
@@ -157,9 +157,9 @@ TEST(CsvOutputs, FilesOfTheSameYearFillOneRecordAndMissingFilesOnlyReport) {
 TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {
     sbtest::temp_dir run, out;
     for (const char* name : {"daily.out", "nflux.out", "summary.out"}) sbtest::writeFile(run.file(name), name);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(moveDailyFiles(run.path(), out.path(), "siteA_", 1995, 1996, errors)) << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_daily.out")), "daily.out");
     EXPECT_EQ(sbtest::readFile(out.file("1995/siteA_summary.out")), "summary.out");
     EXPECT_TRUE(std::filesystem::exists(out.file("1995/siteA_nflux.out")));
@@ -171,6 +171,6 @@ TEST(DailyFiles, KeptInYearFoldersUnderThePrefix) {
     sbtest::writeFile(run.file("daily.out"), "again");
     sbtest::writeFile(out.file("0007"), "in the way");
     EXPECT_FALSE(moveDailyFiles(run.path(), out.path(), "", 7, 7, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to make folder \"" + out.file("0007") + "\": ", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to make folder \"" + out.file("0007") + "\": ", 0), 0u) << errors;
     EXPECT_TRUE(std::filesystem::exists(run.file("daily.out")));  // nothing lost
 }

@@ -12,7 +12,7 @@ namespace {
 using namespace sb;
 
 TEST(FieldSetter, ScalarsMatchWithoutRegardToCase) {
-    std::string errors;
+    sb::message_sink errors;
     double real = 0;
     field_setter set("fulcan", 100.25, errors);
     EXPECT_FALSE(set.real("FULCA", real));
@@ -24,7 +24,7 @@ TEST(FieldSetter, ScalarsMatchWithoutRegardToCase) {
     float single = 0;
     field_setter(" x", 1.0, errors).real("x", single);  // blanks are part of the name
     EXPECT_EQ(single, 0.0f);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 }
 
 // Integers truncate toward zero and clamp to their range; a boolean is zero or all bits.
@@ -37,7 +37,7 @@ TEST(FieldSetter, IntegersTruncateAndClampAndBooleansAreZeroOrAllBits) {
     } cases[] = {{-2.9, 8, -2},      {2.9, 8, 2},           {1e10, 8, 127}, {-1e10, 16, -32768}, {NAN, 32, 0},
                  {1850.7, 32, 1850}, {inf, 32, 2147483647}, {0.0, 1, 0},    {0.001, 1, 65535},   {-1, 1, 65535}};
     for (const auto& c : cases) {
-        std::string errors;
+        sb::message_sink errors;
         field_setter set("n", c.value, errors);
         int8_t small = 7;
         int16_t medium = 7;
@@ -49,7 +49,7 @@ TEST(FieldSetter, IntegersTruncateAndClampAndBooleansAreZeroOrAllBits) {
                                       : set.boolean("N", flag);
         EXPECT_TRUE(matched);
         EXPECT_EQ(c.bits == 8 ? small : c.bits == 16 ? medium : c.bits == 32 ? large : flag, c.expected) << c.value;
-        EXPECT_EQ(errors, "");
+        EXPECT_EQ(errors.text(), "");
     }
 }
 
@@ -107,7 +107,7 @@ TEST(FieldSetter, SubscriptsPickTheElementOrAreRefusedWithoutWriting) {
         SCOPED_TRACE(c.line);
         std::vector<double> guarded(2 + 5 + 2 * 3 * 4 + 12 * 3, 0.0);  // a guard before and after
         double* array = guarded.data() + 1;
-        std::string errors;
+        sb::message_sink errors;
         field_setter set(c.line, 7, errors);
         bool matched = false;
         switch (c.form) {
@@ -126,11 +126,11 @@ TEST(FieldSetter, SubscriptsPickTheElementOrAreRefusedWithoutWriting) {
         }
         EXPECT_EQ(matched, c.element != kNotThisField);
         EXPECT_EQ(set.found(), matched);
-        EXPECT_EQ(errors, c.message);
+        EXPECT_EQ(errors.text(), c.message);
         for (size_t i = 0; i < guarded.size(); ++i)
             EXPECT_EQ(guarded[i], c.element >= 0 && i == static_cast<size_t>(c.element) + 1 ? 7.0 : 0.0) << i;
     }
-    std::string errors;
+    sb::message_sink errors;
     double prdx[3] = {};
     EXPECT_EQ(field_setter("PRDX(3)", 1, errors).array1Index("PRDX", prdx, 3), 2);
     EXPECT_EQ(field_setter("PRDX(4)", 1, errors).array1Index("PRDX", prdx, 3), -1);

@@ -57,13 +57,15 @@ TEST(SampleParameterFiles, ImportWithoutErrorsAndCountsRecorded) {
         SCOPED_TRACE(e.file);
         std::string path = sbtest::samplesDir() + "/" + e.file;
         generic_tellura_input_list list;
-        std::string errors, status;
+        sb::message_sink errors;
+        std::string status;
         import_counts counts = list.importFile(path, errors, status);
         // A second record of a name the file gave already is reported and passed over.
         size_t warnings = 0;
-        for (size_t at = errors.find("WARNING, \""); at != std::string::npos; at = errors.find("WARNING, \"", at + 1))
+        for (size_t at = errors.text().find("WARNING, \""); at != std::string::npos;
+             at = errors.text().find("WARNING, \"", at + 1))
             ++warnings;
-        EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
+        EXPECT_EQ(errors.text().find("ERROR"), std::string::npos) << errors;
         EXPECT_EQ(warnings, static_cast<size_t>(e.repeated));
         EXPECT_EQ(status, strprintfStatus(counts, path));
         EXPECT_EQ(counts.imported, e.imported);
@@ -84,7 +86,8 @@ TEST(SampleParameterFiles, KnownValuesAndRoundTrip) {
     SB_REQUIRE_SAMPLES();
     std::string path = sbtest::samplesDir() + "/diurna45-2008-inputs/crop.100";
     generic_tellura_input_list list;
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     list.importFile(path, errors, status);
     ASSERT_GE(list.size(), 1u);
     const generic_tellura_input& angr = list.recordAt(0);
@@ -105,7 +108,7 @@ TEST(SampleParameterFiles, KnownValuesAndRoundTrip) {
     ASSERT_TRUE(list.write(dir.file("crop.100"), errors, 4));
     generic_tellura_input_list back;
     back.importFile(dir.file("crop.100"), errors, status);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     ASSERT_EQ(back.size(), list.size());
     for (size_t i = 0; i < list.size(); ++i) {
         const generic_tellura_input& a = list.recordAt(i);

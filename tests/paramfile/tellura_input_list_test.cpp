@@ -22,7 +22,7 @@ struct test_crop : tellura_input {
     int32_t idx = 0;
     uint16_t flag = 0;
 
-    bool setField(std::string_view fieldName, double value, std::string& errors) override {
+    bool setField(std::string_view fieldName, double value, sb::message_sink& errors) override {
         field_setter set(fieldName, value, errors);
         set.array1("PRDX", prdx, 3) || set.real("FULCAN", fulcan) || set.int32("IDX", idx) || set.boolean("FLAG", flag);
         return set.found();
@@ -39,7 +39,7 @@ using test_crop_list = tellura_input_list_of<test_crop>;
 
 struct imported {
     import_counts counts;
-    std::string errors;
+    sb::message_sink errors;
     std::string status;
 };
 
@@ -176,33 +176,34 @@ TEST(TelluraInputList, WritesHeadersAndValuesInListOrder) {
     EXPECT_EQ(v3.find("IDX"), std::string::npos);
 
     sbtest::temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
     sbtest::writeFile(dir.file("crop.100"), "old contents that are longer than the new ones" + out);
     EXPECT_TRUE(list.write(dir.file("crop.100"), errors, 4));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_EQ(sbtest::readFile(dir.file("crop.100")), out);
 
     // What was written reads back into the same values.
     test_crop_list back;
     std::string status;
     back.importFile(dir.file("crop.100"), errors, status);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     ASSERT_EQ(back.size(), 2u);
     EXPECT_EQ(back.recordAt(0).description, "two letters");
     EXPECT_EQ(back.recordAt(0).prdx[1], 0.25);
     EXPECT_EQ(back.recordAt(1).idx, 12);
 
     EXPECT_FALSE(list.write(dir.file("no/such/dir/crop.100"), errors, 4));
-    EXPECT_EQ(errors, "ERROR, unable to open file in tellura_input_list.write: " + dir.file("no/such/dir/crop.100"));
+    EXPECT_EQ(errors.text(),
+              "ERROR, unable to open file in tellura_input_list.write: " + dir.file("no/such/dir/crop.100"));
 }
 
 TEST(TelluraInputList, WriteFailureOnFullDevice) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
     test_crop_list list;
     for (int i = 0; i < 200; ++i) list.add(std::make_unique<test_crop>()).name = "R" + std::to_string(i);
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(list.write("/dev/full", errors, 4));
-    EXPECT_EQ(errors, "ERROR, unable to write file \"/dev/full\"\n");
+    EXPECT_EQ(errors.text(), "ERROR, unable to write file \"/dev/full\"\n");
 }
 
 TEST(GenericTelluraInput, KeepsEveryPairInFileOrderAndReportsANameGivenTwice) {

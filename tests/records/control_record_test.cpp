@@ -59,7 +59,7 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     ASSERT_TRUE(stored.load(project.db(), errors)) << errors;
     ASSERT_EQ(stored.soils.size(), 1u);
     EXPECT_EQ(stored.soils[0].name(), "Loam");
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 
     // Writing under an existing ID replaces everything: one block only now.
     tellura_control_record second;
@@ -86,12 +86,12 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     read.row.setText("Description", "Edited");
     tellura_control_record expected = read;
     EXPECT_FALSE(loadControlRecord(project.db(), 42, read, errors));
-    EXPECT_EQ(errors, "ERROR, can't find record, ID=42, in [Control Records].\n");
+    EXPECT_EQ(errors.text(), "ERROR, can't find record, ID=42, in [Control Records].\n");
     EXPECT_EQ(read.row, expected.row);
     project.db().execute("DELETE * FROM `Site Data` WHERE ID = 2");
     errors.clear();
     EXPECT_FALSE(loadControlRecord(project.db(), 2, read, errors));
-    EXPECT_EQ(errors, "Error, no matching records in Site table\n");
+    EXPECT_EQ(errors.text(), "Error, no matching records in Site table\n");
 }
 
 // A table that cannot be opened (dropped, as in a damaged file) stops the write:
@@ -107,14 +107,14 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
         records_project project;
         SB_REQUIRE_PROJECT(project);
         tellura_control_record before = sampleRecord(9), r = sampleRecord(9);
-        std::string errors;
+        sb::message_sink errors;
         ASSERT_TRUE(saveControlRecord(project.db(), before, errors)) << errors;
         project.dropTable(c.dropped);
         r.row.setText("Description", "Changed");
         r.site.setNumber("SIRRI", 4);
         r.blocks.pop_back();
         EXPECT_FALSE(saveControlRecord(project.db(), r, errors));
-        EXPECT_TRUE(errors.starts_with(c.message)) << errors;
+        EXPECT_TRUE(errors.text().starts_with(c.message)) << errors;
         errors.clear();
         site_data_row site;
         ASSERT_TRUE(loadSiteData(project.db(), 9, site, errors)) << errors;
@@ -126,7 +126,7 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
             continue;
         }
         EXPECT_FALSE(readable);
-        EXPECT_TRUE(errors.starts_with("ERROR, unable to open control record table.\n")) << errors;
+        EXPECT_TRUE(errors.text().starts_with("ERROR, unable to open control record table.\n")) << errors;
         std::vector<tellura_event_block> blocks;
         ASSERT_TRUE(loadEventBlocks(project.db(), 9, blocks, errors));
         EXPECT_EQ(blocks, before.blocks);
@@ -136,14 +136,14 @@ TEST(ControlRecordSaveFaults, AFailingPartReportsItselfAndKeepsNothing) {
 TEST(RecordClipboard, IdItemRoundTripAndRefusals) {
     EXPECT_EQ(record_clipboard::encodeId(0x01020304), std::string("\x04\x03\x02\x01", 4));
     int32_t id = 0;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(record_clipboard::decodeId(record_clipboard::encodeId(-5), id, errors));
     EXPECT_EQ(id, -5);
     EXPECT_FALSE(record_clipboard::decodeId(std::nullopt, id, errors));
     EXPECT_FALSE(record_clipboard::decodeId(std::string(8, '\1'), id, errors));
     EXPECT_FALSE(record_clipboard::decodeId(std::string(), id, errors));
     EXPECT_EQ(id, -5);
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "Binary format not available.\r\nBinary item size is invalid.\r\nBinary item size is invalid.\r\n");
     EXPECT_STREQ(record_clipboard::kFormatName, "SoilbenchControl");
 }

@@ -89,16 +89,16 @@ TEST(EventValidation, ItemsNameAnOptionOfTheirListAndInlineFormsFollowTheRelease
     for (const event_case& c : cases) {
         for (int version = c.first; version <= c.last; ++version) {
             SCOPED_TRACE(strprintf("%s %s, release %d", eventTypeName(c.type), c.item, version));
-            std::string errors;
+            sb::message_sink errors;
             EXPECT_EQ(validateEvent(event(c.type, c.item), version, options, errors), *c.message == '\0');
-            EXPECT_EQ(errors, c.message);
+            EXPECT_EQ(errors.text(), c.message);
         }
     }
     // Operations without an item take anything.
     for (int type : {kEventPltm, kEventFrst, kEventLast, kEventSenm, kEventOmad, kEventErod, kEventTfst, kEventTlst}) {
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_TRUE(validateEvent(event(type, "anything"), 4, options, errors)) << eventTypeName(type);
-        EXPECT_EQ(errors, "");
+        EXPECT_EQ(errors.text(), "");
     }
 }
 
@@ -108,9 +108,9 @@ TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
     tellura_weather_stations stations;
     std::vector<tellura_event_block> blocks{block(1, 1990, 1990, 1990), block(2, 2000, 1999, 2001)};
     blocks[0].events = {event(kEventCrop, "C6"), event(kEventCrop, "X", 1, 3), event(kEventCrop, "Y", 1, 4)};
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(validateEventBlocks(blocks, 3, options, stations, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, unknown crop \"X\" selected in event for year 1, month 3.\n"
               "Error occured in block number 1\n"
               "ERROR, unknown crop \"Y\" selected in event for year 1, month 4.\n"
@@ -119,7 +119,7 @@ TEST(BlockValidation, EveryBlockAndEveryEventIsCheckedAndNamed) {
               "ERROR, output starting year after last year.\n");
     errors.clear();
     EXPECT_TRUE(validateEventBlocks({block(1, 1990, 1990, 1990)}, 3, options, stations, errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 }
 
 TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
@@ -135,14 +135,14 @@ TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
     };
     std::vector<std::string> asked;
     weather_coverage_check coverage = [&](const tellura_weather_station& s, const tellura_event_block& b, int version,
-                                          std::string& errors) {
+                                          sb::message_sink& errors) {
         asked.push_back(strprintf("%d:%d:%d", s.id, b.blockNumber, version));
-        errors += "WARNING, coverage\n";
+        errors.warning("WARNING, coverage\n");
     };
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_FALSE(
         validateEventBlocks({fileBlock(1, 0), fileBlock(2, 9), fileBlock(3, 7)}, 4, none, stations, errors, coverage));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, no weather data specified for event block weather choice.\n"
               "ERROR, weather data 9 not found for event block weather choice, block 2.\n"
               "WARNING, coverage\n");
@@ -155,13 +155,13 @@ TEST(BlockValidation, WeatherFileChoiceNeedsAKnownStationAndAsksForCoverage) {
     continued.weatherChoice = kWeatherContinue;
     errors.clear();
     EXPECT_TRUE(validateEventBlocks({continued}, 4, none, stations, errors, coverage));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 }
 
 TEST(EventParsing, LongItemsAreCutNumbersKeptForErosionAndUnknownOperationsRefused) {
     text_line_source none("");
     tellura_event e;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(parseEvent(" OMAD ABCDEFGHIJKLMNOPQRSTUVWXYZ", none, 3, 4, e, errors));
     EXPECT_EQ(e.item, "ABCDEFGHIJKLMNOPQRST");
     ASSERT_TRUE(parseEvent(" EROD 0.250000 1.500000", none, 3, 4, e, errors));
@@ -171,11 +171,11 @@ TEST(EventParsing, LongItemsAreCutNumbersKeptForErosionAndUnknownOperationsRefus
     text_line_source nextLine("0.125000\n");
     ASSERT_TRUE(parseEvent(" EROD", nextLine, 3, 4, e, errors));
     EXPECT_FLOAT_EQ(e.parameter1, 0.125f);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     // Unknown and missing operations.
     EXPECT_FALSE(parseEvent("  PLOW X", none, 4, 6, e, errors));
     EXPECT_FALSE(parseEvent("   \r\n", none, 4, 6, e, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, unknown operation name: \"PLOW\" Year=4 Month=6.\n"
               "ERROR, unable to parse tellura event.\n");
 }
@@ -221,7 +221,7 @@ TEST_F(EventStorage, SavedBlocksReadBackInOrderAndReplaceEarlierOnes) {
     ASSERT_TRUE(loadEventBlocks(project.db(), 6, read, errors));
     ASSERT_EQ(read.size(), 1u);
     EXPECT_EQ(read[0].events.size(), 2u);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 
     // One block is replaced alone.
     ASSERT_TRUE(saveEventBlocks(project.db(), 5, blocks, errors));
@@ -247,7 +247,7 @@ TEST_F(EventStorage, EventsWithoutTheirBlockAreLeftOutWithAWarning) {
     ASSERT_TRUE(project.db().execute("DELETE * FROM `Event Blocks` WHERE ID = 5 AND [Block Number] = 2").ok());
     std::vector<tellura_event_block> read;
     EXPECT_TRUE(loadEventBlocks(project.db(), 5, read, errors));
-    EXPECT_EQ(errors, "WARNING, events of block 2 have no event block, ID=5; they are left out.\n");
+    EXPECT_EQ(errors.text(), "WARNING, events of block 2 have no event block, ID=5; they are left out.\n");
     ASSERT_EQ(read.size(), 1u);
     EXPECT_EQ(read[0], sampleBlocks()[0]);
 }
@@ -256,17 +256,17 @@ TEST_F(EventStorage, FailuresAreReported) {
     std::vector<tellura_event_block> twice = sampleBlocks();
     twice[1].blockNumber = 1;  // two blocks under one key
     EXPECT_FALSE(saveEventBlocks(project.db(), 1, twice, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to write Tellura event.\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to write Tellura event.\n", 0), 0u) << errors;
 
     project.dropTable(table_id::events);
     errors.clear();
     EXPECT_FALSE(saveEventBlocks(project.db(), 1, sampleBlocks(), errors));
-    EXPECT_NE(errors.find("ERROR, unable to delete from [Events]\n"), std::string::npos) << errors;
-    EXPECT_NE(errors.find("Unable to open table Events\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.text().find("ERROR, unable to delete from [Events]\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.text().find("Unable to open table Events\n"), std::string::npos) << errors;
     errors.clear();
     std::vector<tellura_event_block> read;
     EXPECT_FALSE(loadEventBlocks(project.db(), 1, read, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to open table [Events]\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to open table [Events]\n", 0), 0u) << errors;
 }
 
 }  // namespace

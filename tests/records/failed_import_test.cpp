@@ -29,7 +29,7 @@ tellura_weather_station heldStation() {
 tellura_soil heldSoil() {
     tellura_soil soil;
     soil.setSoilId(4);
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(readSoilLayerText("0 10 1.3 0.3 0.1\n10 25 1.4 0.3 0.1\n", "held.in", soil, errors)) << errors;
     return soil;
 }
@@ -85,7 +85,7 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
         SCOPED_TRACE(bad.what);
         const std::string path = dir.file("f");
         sbtest::writeFile(path, bad.text);
-        std::string messages;
+        sb::message_sink messages;
         tellura_weather_station station = heldStation();
         tellura_soil soil = heldSoil();
         bool imported = false;
@@ -101,7 +101,7 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
                 break;
         }
         EXPECT_FALSE(imported);
-        EXPECT_NE(messages.find(bad.message), std::string::npos) << messages;
+        EXPECT_NE(messages.text().find(bad.message), std::string::npos) << messages;
         EXPECT_TRUE(sameStation(station, heldStation()));
         const tellura_soil held = heldSoil();
         EXPECT_EQ(soil.layerDepths(), held.layerDepths());

@@ -18,9 +18,9 @@ TEST_F(OptionListStorage, AFailedInsertStopsTheSaveAndKeepsTheStoredList) {
     crops.addRecord("CORN");
     crops.addRecord("WHT");
     EXPECT_FALSE(crops.saveToDatabase(project.db(), errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to insert into table Crops\n"
-                           "A specified value violated the integrity constraints for a column or table.\n",
-                           0),
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to insert into table Crops\n"
+                                  "A specified value violated the integrity constraints for a column or table.\n",
+                                  0),
               0u);
     list_tellura_crops back;
     ASSERT_TRUE(back.loadFromDatabase(project.db(), errors));
@@ -33,10 +33,10 @@ TEST_F(OptionListStorage, MissingTableGivesTheDeleteAndOpenMessages) {
     tellura_fire_list fire;
     fire.addRecord("C_M");
     EXPECT_FALSE(fire.saveToDatabase(project.db(), errors));
-    EXPECT_EQ(errors, "ERROR, unable to delete from [Fire]\nUnable to open table Fire\n");
+    EXPECT_EQ(errors.text(), "ERROR, unable to delete from [Fire]\nUnable to open table Fire\n");
     errors.clear();
     EXPECT_FALSE(fire.loadFromDatabase(project.db(), errors));
-    EXPECT_EQ(errors, "Unable to open table Fire\n");
+    EXPECT_EQ(errors.text(), "Unable to open table Fire\n");
     EXPECT_EQ(fire.size(), 0u);
 }
 

@@ -22,7 +22,8 @@ std::string written(const option_record& record, int version) {
 // Reading: every form a version writes, the column names, quotes and case.
 TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
     list_tellura_crops crops;
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     crops.importText(
         "MAIZE corn\n"
         "0.2       'PRDX(1)'\n"
@@ -40,7 +41,7 @@ TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
         "5         NOSUCHNAME\n",
         "crop.100", errors, status);
     ASSERT_EQ(crops.size(), 1u);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     const option_record& c = crops.recordAt(0);
     EXPECT_TRUE(c.flag(c.column("bioflg")));
     // The one name fills the column of every version; an integer is truncated toward zero.
@@ -53,12 +54,12 @@ TEST(OptionSetField, CropReadsEveryWrittenFormAndTheColumnNames) {
 
 TEST(OptionSetField, SubscriptsBeyondTheArrayAreReportedInTheirOwnForm) {
     crop_option crop;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(crop.setField("PPDF(5)", 1, errors));
     EXPECT_TRUE(crop.setField("pramn(4,1)", 1, errors));
     EXPECT_TRUE(crop.setField("CO2ICE(1,3,1)", 1, errors));
     EXPECT_TRUE(crop.setField("PRDX(2)", 1, errors));
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, exceeds array size: PPDF\n"
               "ERROR, exceeds array size: \"PRAMN\" 4 x 1 (3 x 2)\n"
               "ERROR, exceeds array size: CO2ICE 1 x 3 x 1 (1 x 2 x 3)\n"
@@ -87,11 +88,12 @@ TEST(OptionSequences, EveryMemberRoundTripsInEveryVersion) {
         }
         std::set<int> writtenColumns;
         for (int v = 1; v <= kVersionCount; ++v) {
-            std::string text, errors, status;
+            std::string text, status;
+            sb::message_sink errors;
             list->writeText(text, v);
             std::unique_ptr<option_list> back = makeOptionList(kind);
             back->importText(text, "round trip", errors, status);
-            EXPECT_EQ(errors, "");
+            EXPECT_EQ(errors.text(), "");
             ASSERT_EQ(back->size(), 1u);
             for (const option_line& l : layout.lines(v)) {
                 writtenColumns.insert(l.column);

@@ -39,7 +39,7 @@ const std::set<int>& dailyColumns(option_kind kind) {
 int columnOf(option_kind kind, const std::string& name) {
     auto list = makeOptionList(kind);
     option_record& probe = list->addRecord("P");
-    std::string errors;
+    sb::message_sink errors;
     probe.setField(name, 1.0, errors);
     int first = -1;
     for (int col = 2; col < probe.columnCount(); ++col) {
@@ -58,16 +58,17 @@ TEST(OptionSampleFiles, ImportKeepsEveryValueAndTheDailyExportReadsBackUnchanged
             std::string path = samplePath(folder, kind);
             SCOPED_TRACE(path);
             auto imported = makeOptionList(kind);
-            std::string errors, status;
+            sb::message_sink errors;
+            std::string status;
             imported->importFile(path, errors, status);
             // Only warnings: a second record of one name (the sample files have some) is passed over.
-            EXPECT_EQ(errors.find("ERROR"), std::string::npos) << errors;
+            EXPECT_EQ(errors.text().find("ERROR"), std::string::npos) << errors;
             ASSERT_GT(imported->size(), 0u);
 
             // Every value line of the file is a parameter of ours and its value is held.
             generic_tellura_input_list pairs;
-            std::string ignored;
-            pairs.importFile(path, ignored, ignored);
+            sb::message_sink ignored;
+            pairs.importFile(path, ignored, status);
             ASSERT_EQ(pairs.size(), imported->size());
             for (size_t r = 0; r < pairs.size(); ++r) {
                 const generic_tellura_input& source = pairs.recordAt(r);
@@ -77,7 +78,7 @@ TEST(OptionSampleFiles, ImportKeepsEveryValueAndTheDailyExportReadsBackUnchanged
                     auto again = makeOptionList(kind);
                     option_record& copy = again->addRecord(held->name);
                     static_cast<table_record&>(copy) = *held;
-                    std::string setErrors;
+                    sb::message_sink setErrors;
                     EXPECT_TRUE(copy.setField(pair.name, pair.value, setErrors)) << source.name << " " << pair.name;
                     EXPECT_TRUE(static_cast<const table_record&>(copy) == *held)
                         << source.name << " " << pair.name << " not kept";
@@ -90,7 +91,7 @@ TEST(OptionSampleFiles, ImportKeepsEveryValueAndTheDailyExportReadsBackUnchanged
             auto back = makeOptionList(kind);
             errors.clear();
             back->importText(text, "export", errors, status);
-            EXPECT_EQ(errors, "");
+            EXPECT_EQ(errors.text(), "");
             ASSERT_EQ(back->size(), imported->size());
             for (size_t r = 0; r < back->size(); ++r) {
                 const option_record& a = imported->recordAt(r);
@@ -114,8 +115,9 @@ struct record_differences {
 record_differences compareWithSample(const char* folder, option_kind kind) {
     record_differences d;
     generic_tellura_input_list pairs;
-    std::string ignored;
-    pairs.importFile(samplePath(folder, kind), ignored, ignored);
+    sb::message_sink ignored;
+    std::string status;
+    pairs.importFile(samplePath(folder, kind), ignored, status);
     const auto& ours = option_layout::of(kind).lines(kDaily);
     std::map<int, std::string> ourName;
     for (const option_line& l : ours) ourName[l.column] = l.name;
@@ -214,7 +216,8 @@ TEST(OptionSampleFiles, LineLayoutDiffersFromOursButNotTheValues) {
     EXPECT_NE(sample.find("0.1               'FLGREM'    \r\n"), std::string::npos);
     EXPECT_NE(sample.find("0.0               'GRZEFF'    \r\n"), std::string::npos);
     list_tellura_graze graze;
-    std::string errors, status;
+    sb::message_sink errors;
+    std::string status;
     graze.importFile(samplePath("diurna-2012/inputs", option_kind::graze), errors, status);
     std::string ours;
     graze.writeText(ours, kDaily);

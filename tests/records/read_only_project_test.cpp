@@ -18,7 +18,7 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
     SB_FILE_STORE_ONLY();
     sbtest::temp_dir dir;
     const std::string path = dir.file("locked.sbproj");
-    std::string errors;
+    sb::message_sink errors;
     {
         sbtest::records_project project;
         SB_REQUIRE_PROJECT(project);
@@ -37,19 +37,20 @@ TEST(ReadOnlyProject, EverySaveIsRefusedNamingTheFile) {
     tellura_soil soil;
     const struct {
         const char* what;
-        std::function<bool(std::string&)> save;
+        std::function<bool(sb::message_sink&)> save;
         const char* lineEnd;  // of the session message: the crop list's ends as the records' do
     } cases[] = {
-        {"control record save", [&](std::string& e) { return saveControlRecord(*db, record, e); }, "\n"},
-        {"control record delete", [&](std::string& e) { return deleteControlRecord(*db, 1, e); }, "\n"},
-        {"soil save", [&](std::string& e) { return saveSoil(*db, soil, e); }, "\n"},
-        {"crop list save", [&](std::string& e) { return list_tellura_crops().saveToDatabase(*db, e); }, "\n"},
-        {"omad list save", [&](std::string& e) { return tellura_omad_list().saveToDatabase(*db, e); }, "\r\n"},
+        {"control record save", [&](sb::message_sink& e) { return saveControlRecord(*db, record, e); }, "\n"},
+        {"control record delete", [&](sb::message_sink& e) { return deleteControlRecord(*db, 1, e); }, "\n"},
+        {"soil save", [&](sb::message_sink& e) { return saveSoil(*db, soil, e); }, "\n"},
+        {"crop list save", [&](sb::message_sink& e) { return list_tellura_crops().saveToDatabase(*db, e); }, "\n"},
+        {"omad list save", [&](sb::message_sink& e) { return tellura_omad_list().saveToDatabase(*db, e); }, "\r\n"},
     };
     for (const auto& c : cases) {
         errors.clear();
         EXPECT_FALSE(c.save(errors)) << c.what;
-        EXPECT_EQ(errors, std::string("ERROR, unable to create session on database.") + c.lineEnd + reason) << c.what;
+        EXPECT_EQ(errors.text(), std::string("ERROR, unable to create session on database.") + c.lineEnd + reason)
+            << c.what;
     }
     tellura_omad_list omad;
     ASSERT_TRUE(omad.loadFromDatabase(*db, errors) && loadControlRecord(*db, 1, record, errors)) << errors;

@@ -33,7 +33,7 @@ void edit(tellura_control_record& record, const std::string& description, int bl
 
 tellura_control_record readRecord(database& db, int32_t id) {
     tellura_control_record record;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(loadControlRecord(db, id, record, errors)) << errors;
     return record;
 }
@@ -41,13 +41,13 @@ tellura_control_record readRecord(database& db, int32_t id) {
 // A project holding the default record, ID 1, as a new project does.
 void addRecordOne(database& db) {
     tellura_control_record record;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_EQ(record.id(), 1);
     ASSERT_TRUE(saveControlRecord(db, record, errors)) << errors;
 }
 
 std::unique_ptr<database> openAgain(const records_project& project) {
-    std::string errors;
+    sb::message_sink errors;
     auto db = database::open(project.path(), errors);
     EXPECT_TRUE(db) << errors;
     return db;
@@ -67,7 +67,7 @@ TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     };
     std::thread other([&] {
         auto db = openAgain(project);  // a database object stays on its own thread
-        std::string errors;
+        sb::message_sink errors;
         tellura_control_record theirs = readRecord(*db, 1);
         edit(theirs, "theirs", 4);
         {
@@ -81,12 +81,12 @@ TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     });
     while (!holding) std::this_thread::yield();
     edit(mine, "mine", 2);
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(saveControlRecord(project.db(), mine, errors)) << errors;
     const double savedAt = now();
     other.join();
     EXPECT_GE(savedAt, committedAt.load()) << "the second save went ahead while the first was open";
-    EXPECT_EQ(errors, kReplacedWarning);
+    EXPECT_EQ(errors.text(), kReplacedWarning);
     tellura_control_record stored = readRecord(project.db(), 1);
     EXPECT_EQ(stored.description(), "mine");
     EXPECT_EQ(stored.blocks, mine.blocks);  // not the other save's four blocks, nor a mixture

@@ -39,7 +39,7 @@ protected:
     }
     records_project project;
     list_control_record_proxies list;
-    std::string errors;
+    sb::message_sink errors;
 };
 
 TEST_F(RecordList, StepsAndJumpsThroughAscendingIdsAndStopsAtTheEnd) {
@@ -68,7 +68,7 @@ TEST_F(RecordList, StepsAndJumpsThroughAscendingIdsAndStopsAtTheEnd) {
     EXPECT_TRUE(byN.complete());
     EXPECT_EQ(at(byN.back(h, 3, errors)), "2:20");
     EXPECT_EQ(at(byN.findId(40)), "4:40");
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 }
 
 TEST_F(RecordList, BackFromAHandleNotYetConnectedGoesToTheDatabase) {
@@ -111,7 +111,7 @@ TEST_F(RecordList, MissingTableMessages) {
     EXPECT_EQ(list.forward(&h, 2, errors), nullptr);
     EXPECT_EQ(list.back(&h, 2, errors), nullptr);
     EXPECT_EQ(list.forward(nullptr, 2, errors), nullptr);
-    EXPECT_EQ(errors,
+    EXPECT_EQ(errors.text(),
               "ERROR, cannot open table [Control Records] in list_control_record_proxies.record_first.\n"
               "ERROR, cannot open Control Records table in list_control_record_proxies.record_next.\n"
               "ERROR, cannot open Control Records table in list_control_record_proxies.record_next.\n"
@@ -120,7 +120,7 @@ TEST_F(RecordList, MissingTableMessages) {
               "ERROR, unable to find first record of [Control Records].\n");
     errors.clear();
     EXPECT_FALSE(list.loadAll(errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to open table [Control Records].\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to open table [Control Records].\n", 0), 0u) << errors;
 }
 
 // The clause of an ID list, or the message that refuses it naming the part that
@@ -145,9 +145,9 @@ TEST(IdListFilter, WhereClauseFromTheListOrTheRefusal) {
         {"1-99999999999999999999", "", "ERROR, \"1-99999999999999999999" + tooLarge},
     };
     for (const auto& c : cases) {
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_EQ(id_list_filter::whereClause(c.list, errors), c.clause) << c.list;
-        EXPECT_EQ(errors, c.message) << c.list;
+        EXPECT_EQ(errors.text(), c.message) << c.list;
     }
 }
 
@@ -170,7 +170,7 @@ TEST_F(IdListSelection, AListOfAnyLengthSelectsItsRecords) {
     }
     list += " 7000";  // no such record: selects nothing
     std::string clause = id_list_filter::whereClause(list, errors);
-    ASSERT_EQ(errors, "");
+    ASSERT_EQ(errors.text(), "");
     db_status status;
     auto rows = project.db().openTable(table_id::control_records, clause, "ID ASC", status);
     ASSERT_TRUE(rows) << status.code;

@@ -15,11 +15,11 @@ class records_project {
 public:
     records_project() {
         path_ = projectLocation(dir_.file("project.sbproj"));
-        std::string errors;
+        sb::message_sink errors;
         created_ = sb::database::create(path_, errors);
         db_ = sb::database::open(path_, errors);
         if (db_) created_ = sb::database_maker(*db_).createAllTables(errors) && created_;
-        setupErrors_ = errors;
+        setupErrors_ = errors.text();
     }
     bool ok() const { return created_ && db_ != nullptr; }
     const std::string& setupErrors() const { return setupErrors_; }
@@ -49,7 +49,7 @@ class project_test : public ::testing::Test {
 protected:
     void SetUp() override { SB_REQUIRE_PROJECT(project); }
     records_project project;
-    std::string errors;
+    sb::message_sink errors;
 };
 
 }  // namespace sbtest

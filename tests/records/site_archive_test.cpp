@@ -75,7 +75,7 @@ void fillSource(database& db) {
 
 long count(database& db, table_id table) {
     std::vector<table_record> rows;
-    std::string errors;
+    sb::message_sink errors;
     loadRows(db, table, "", rows, errors);
     return static_cast<long>(rows.size());
 }
@@ -87,18 +87,18 @@ protected:
         SB_REQUIRE_PROJECT(target);
         fillSource(source.db());
         ASSERT_TRUE(exportSiteArchive(source.db(), "", file, messages, errors)) << errors;
-        EXPECT_EQ(messages, "Exported 1 record to \"" + file + "\".\n");
+        EXPECT_EQ(messages.text(), "Exported 1 record to \"" + file + "\".\n");
         messages.clear();
     }
     sbtest::temp_dir dir;
     std::string file = dir.file("a.esa");
     sbtest::records_project source, target;
-    std::string messages, errors;
+    sb::message_sink messages, errors;
 };
 
 TEST_F(SiteArchiveTest, RoundTripBetweenProjectsGivesTheSameFile) {
     ASSERT_TRUE(importSiteArchive(target.db(), file, messages, errors)) << errors;
-    EXPECT_EQ(messages, "Imported 1 record from \"" + file + "\".\n");
+    EXPECT_EQ(messages.text(), "Imported 1 record from \"" + file + "\".\n");
     ASSERT_TRUE(exportSiteArchive(target.db(), "", dir.file("b.esa"), messages, errors)) << errors;
     EXPECT_EQ(sbtest::readFile(dir.file("b.esa")), sbtest::readFile(file));
     // Outputs stay at home; the fill value shows every text survived.
@@ -122,7 +122,7 @@ TEST_F(SiteArchiveTest, ClashingIdsMoveToFreeOnesAndSameOptionsAreKept) {
     for (const table_record& row : held.find(table_id::fertilizer)->rows) ASSERT_TRUE(insert(target.db(), row));
     messages.clear();
     ASSERT_TRUE(importSiteArchive(target.db(), file, messages, errors)) << errors;
-    EXPECT_EQ(messages,
+    EXPECT_EQ(messages.text(),
               "record 5 -> 6\nsoil 3 -> 4\nweather station 2 -> 3\n"
               "The fertilizer option \"OPT17\" is in the project already.\n"
               "The harvest option \"OPT19\" of the archive, which none of its records uses, differs from "
@@ -165,8 +165,8 @@ TEST_F(SiteArchiveTest, ADifferingOptionOrAFailingStoreImportsNothing) {
         c.harm();
         errors.clear();
         EXPECT_FALSE(importSiteArchive(target.db(), file, messages, errors)) << c.what;
-        EXPECT_EQ(errors.rfind(c.error, 0), 0u) << c.what << ": " << errors;
-        EXPECT_NE(errors.find("Nothing of the archive was imported.\n"), std::string::npos) << c.what;
+        EXPECT_EQ(errors.text().rfind(c.error, 0), 0u) << c.what << ": " << errors;
+        EXPECT_NE(errors.text().find("Nothing of the archive was imported.\n"), std::string::npos) << c.what;
         for (table_id t : {table_id::control_records, table_id::soils, table_id::weather_stations, table_id::events})
             EXPECT_EQ(count(target.db(), t), 0) << c.what << ", " << tableName(t);
     }
@@ -211,19 +211,20 @@ TEST(SiteArchiveFile, BadFilesAreRefusedNamingTheFileAndLine) {
     };
     for (const auto& c : cases) {
         site_archive_content content;
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(parseSiteArchive(c.text, "in.esa", content, errors));
-        EXPECT_EQ(errors, "ERROR, site archive \"in.esa\" " + c.error + ".\n");
+        EXPECT_EQ(errors.text(), "ERROR, site archive \"in.esa\" " + c.error + ".\n");
     }
     // A record naming a soil the archive lacks is refused at import.
     sbtest::records_project project;
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("lack.esa"), head + record + "end\t1\n");
-    std::string messages, errors;
+    sb::message_sink messages, errors;
     EXPECT_FALSE(importSiteArchive(project.db(), dir.file("lack.esa"), messages, errors));
-    EXPECT_EQ(errors, "ERROR, record 7 names soil 3, which the site archive \"" + dir.file("lack.esa") +
-                          "\" does not hold.\nERROR, record 7 names weather station 0, which the site archive \"" +
-                          dir.file("lack.esa") + "\" does not hold.\n");
+    EXPECT_EQ(errors.text(),
+              "ERROR, record 7 names soil 3, which the site archive \"" + dir.file("lack.esa") +
+                  "\" does not hold.\nERROR, record 7 names weather station 0, which the site archive \"" +
+                  dir.file("lack.esa") + "\" does not hold.\n");
     EXPECT_EQ(count(project.db(), table_id::control_records), 0);
 }
 

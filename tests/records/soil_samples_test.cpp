@@ -20,7 +20,7 @@ TEST(SoilSampleFiles, Release2008LayoutIsOursWithCrLf) {
     for (char c : sample)
         if (c != '\r') lf += c;
     tellura_soil soil;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readSoilLayerFile(path, soil, errors));
     EXPECT_EQ(soilsInText(soil, soil.layerDepths()), lf);
     EXPECT_NE(sample, lf);

@@ -18,7 +18,7 @@ tellura_soil soilWithDepths(const char* name, const std::vector<int>& depths) {
     tellura_soil soil;
     soil.setSoilId(7);
     soil.setName(name);
-    std::string errors;
+    sb::message_sink errors;
     for (int depth : depths) {
         soil.insertLayer(soil.layerCount, errors);
         soil_layer& layer = soil.layers[static_cast<size_t>(soil.layerCount - 1)];
@@ -30,7 +30,7 @@ tellura_soil soilWithDepths(const char* name, const std::vector<int>& depths) {
 
 TEST(SoilLayers, InsertDeleteAndTheListText) {
     tellura_soil soil = soilWithDepths("Loam", {10, 20, 30});
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(soil.insertLayer(1, errors));
     EXPECT_EQ(soil.layerCount, 4);
     EXPECT_EQ(soil.layerDepths(), (std::vector<int>{10, 0, 20, 30}));
@@ -38,13 +38,13 @@ TEST(SoilLayers, InsertDeleteAndTheListText) {
     ASSERT_TRUE(soil.deleteLayer(0, errors));
     EXPECT_EQ(soil.layerDepths(), (std::vector<int>{0, 20, 30}));
     EXPECT_EQ(soil.layers[0].integer(kLayerNumber), 1);
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
 
     EXPECT_FALSE(soil.deleteLayer(3, errors));
-    EXPECT_EQ(errors, "Unable to delete layer.");
+    EXPECT_EQ(errors.text(), "Unable to delete layer.");
     errors.clear();
     EXPECT_FALSE(soil.deleteLayer(-1, errors));
-    EXPECT_EQ(errors, "Unable to delete layer.");
+    EXPECT_EQ(errors.text(), "Unable to delete layer.");
 
     tellura_soil one = soilWithDepths("One", {15});
     errors.clear();
@@ -53,7 +53,7 @@ TEST(SoilLayers, InsertDeleteAndTheListText) {
 
     tellura_soil full = soilWithDepths("Full", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14});
     EXPECT_FALSE(full.insertLayer(0, errors));
-    EXPECT_EQ(errors, "Number of layers is already at maximum");
+    EXPECT_EQ(errors.text(), "Number of layers is already at maximum");
     EXPECT_EQ(full.layerCount, 14);
 
     soil_layer& layer = soil.layers[1];  // at 20 cm
@@ -113,7 +113,7 @@ TEST(SoilRunCheck, DepthsAgainstTheReleasesDefaultLayersAndZeroTranspirationFact
     for (const run_check_case& c : cases) {
         SCOPED_TRACE(strprintf("%s, release %d", c.name, c.version));
         tellura_soil soil = soilWithDepths(c.name, c.depths);
-        std::string warnings;
+        sb::message_sink warnings;
         for (int layer : c.zeroFactorLayers)
             soil.layers[static_cast<size_t>(layer - 1)].setValue(kLayerTranspirationLossFactor, 0);
         soil.checkForRun(c.version, warnings);
@@ -129,7 +129,7 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     sbtest::temp_dir dir;
     sbtest::writeFile(dir.file("in.txt"), kTwoLayers);
     tellura_soil soil;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(readSoilLayerFile(dir.file("in.txt"), soil, errors)) << errors;
     ASSERT_EQ(soil.layerCount, 2);
     EXPECT_EQ(soil.layers[1].depth(), 30);
@@ -170,13 +170,13 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     ASSERT_TRUE(saveSoil(project.db(), soil, errors)) << errors;
     ASSERT_TRUE(saveSoil(project.db(), other, errors)) << errors;
 
-    std::string dropped;
+    sb::message_sink dropped;
     soil.deleteLayer(0, dropped);
     ASSERT_TRUE(saveSoil(project.db(), soil, errors)) << errors;
 
     tellura_soils list;
     ASSERT_TRUE(list.load(project.db(), errors)) << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     ASSERT_EQ(list.soils.size(), 2u);
     const tellura_soil* loam = list.find(7);
     ASSERT_NE(loam, nullptr);
@@ -201,18 +201,18 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     }
     tellura_soils again;
     EXPECT_TRUE(again.load(project.db(), errors));
-    EXPECT_EQ(errors, "ERROR, layer found but no soil, ID = 42.\n");
+    EXPECT_EQ(errors.text(), "ERROR, layer found but no soil, ID = 42.\n");
     EXPECT_EQ(again.soils.size(), 2u);
 }
 
 TEST_F(SoilStorage, MissingTablesAreReported) {
     project.dropTable(table_id::soil_layers);
     EXPECT_FALSE(saveSoil(project.db(), soilWithDepths("Loam", {15}), errors));
-    EXPECT_EQ(errors, "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
+    EXPECT_EQ(errors.text(), "ERROR, unable to delete from [Soil Layers]\nUnable to open table Soil Layers\n");
     errors.clear();
     tellura_soils list;
     EXPECT_FALSE(list.load(project.db(), errors));
-    EXPECT_EQ(errors, "Unable to open table Soil Layers\n");
+    EXPECT_EQ(errors.text(), "Unable to open table Soil Layers\n");
     EXPECT_TRUE(list.soils.empty());  // nor was the soil row itself kept
 }
 
@@ -233,14 +233,14 @@ TEST(SoilSaveFaults, ARefusedRowKeepsTheStoredSoil) {
     for (const refusal& c : cases) {
         records_project project;
         SB_REQUIRE_PROJECT(project);
-        std::string errors;
+        sb::message_sink errors;
         ASSERT_TRUE(saveSoil(project.db(), soilWithDepths("Loam", {10, 20}), errors)) << errors;
         tellura_soil soil = soilWithDepths("Clay", {15, 30, 45});
         c.spoil(soil);
         EXPECT_FALSE(saveSoil(project.db(), soil, errors)) << c.what;
-        EXPECT_EQ(errors.rfind(c.firstMessage, 0), 0u) << c.what << ": " << errors;
+        EXPECT_EQ(errors.text().rfind(c.firstMessage, 0), 0u) << c.what << ": " << errors;
         tellura_soils list;
-        std::string loadErrors;
+        sb::message_sink loadErrors;
         ASSERT_TRUE(list.load(project.db(), loadErrors)) << loadErrors;
         ASSERT_EQ(list.soils.size(), 1u) << c.what;
         EXPECT_EQ(list.soils[0].name(), "Loam") << c.what;

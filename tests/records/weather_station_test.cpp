@@ -30,9 +30,9 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
             strprintf("prec  1995%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f%7.2f\n", 1234.5, 2345.25, 1.,
                       2., 3., 4., 5., 6., 7., 8., 9., 10.));
     tellura_weather_station s = station(4);
-    std::string messages;
+    sb::message_sink messages;
     EXPECT_TRUE(readMonthlyWeatherFile(path, s, messages));
-    EXPECT_EQ(messages, "5 rows imported.\nImported 36 records from \"" + path + "\".\n");
+    EXPECT_EQ(messages.text(), "5 rows imported.\nImported 36 records from \"" + path + "\".\n");
     ASSERT_EQ(s.monthly.size(), 3u);
     EXPECT_EQ(s.monthly[0].year, 1990);
     ASSERT_EQ(s.monthly[0].months.size(), 12u);
@@ -46,16 +46,16 @@ TEST(MonthlyWeatherImport, KeywordByItsFourthLetterAndTouchingValuesByColumn) {
     EXPECT_FLOAT_EQ(s.monthly[2].months[11].precip, 10.0f);
     messages.clear();
     EXPECT_FALSE(readMonthlyWeatherFile("/nonexistent/w.wth", s, messages));
-    EXPECT_EQ(messages, "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
+    EXPECT_EQ(messages.text(), "ERROR, unable to open weather file: \"/nonexistent/w.wth\"\n");
 }
 
 // Tab or blank separated, the last three drivers optional, tmax before tmin.
 TEST(DailyWeatherImport, ModelLayoutAndTheDayCount) {
     tellura_weather_station s = station(2);
-    std::string messages;
+    sb::message_sink messages;
     EXPECT_TRUE(readDailyWeatherText("1 1 2001 1 10.5 -2.5 0.3\r\n2\t1\t2002\t2\t11.0\t-1.0\t0.0\t250.5\t60.0\t2.5",
                                      "d.wth", s, messages));
-    EXPECT_EQ(messages, "2 days read, from years 2001 to 2002.\n");
+    EXPECT_EQ(messages.text(), "2 days read, from years 2001 to 2002.\n");
     ASSERT_EQ(s.daily.size(), 2u);
     EXPECT_FLOAT_EQ(s.daily[0].days[0].precip, 0.3f);
     EXPECT_FLOAT_EQ(s.daily[1].days[0].tmx2m, 11.0f);
@@ -92,7 +92,7 @@ TEST_F(WeatherStorage, BadHistoryIsRefused) {
     tellura_weather_station unknown = station(99);
     unknown.monthlyYear(1990).monthRecord(1).precip = 1;
     EXPECT_FALSE(saveMonthlyHistory(project.db(), unknown, errors));
-    EXPECT_EQ(errors, "ERROR, weather station 99 not found.\n");
+    EXPECT_EQ(errors.text(), "ERROR, weather station 99 not found.\n");
 
     tellura_weather_station s = station(5);
     s.monthlyYear(1990).monthRecord(12).precip = 1;
@@ -102,7 +102,7 @@ TEST_F(WeatherStorage, BadHistoryIsRefused) {
     ASSERT_TRUE(saveMonthlyHistory(project.db(), s, errors)) << errors;
     tellura_weather_station read = station(5);
     EXPECT_FALSE(loadMonthlyHistory(project.db(), read, errors));
-    EXPECT_EQ(errors, "ERROR, month out of bounds in table [Weather Historical Monthly]\n");
+    EXPECT_EQ(errors.text(), "ERROR, month out of bounds in table [Weather Historical Monthly]\n");
     ASSERT_EQ(read.monthly.size(), 1u);
     ASSERT_EQ(read.monthly[0].months.size(), 1u);
     EXPECT_EQ(read.monthly[0].months[0].month, 12);
@@ -112,14 +112,14 @@ TEST_F(WeatherStorage, BadHistoryIsRefused) {
     s.daily.push_back({2000, {d, d}});
     errors.clear();
     EXPECT_FALSE(saveDailyHistory(project.db(), s, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to insert into table [Weather Historical Daily]\n", 0), 0u) << errors;
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to insert into table [Weather Historical Daily]\n", 0), 0u) << errors;
     project.dropTable(table_id::weather_historical_daily);
     errors.clear();
     s.daily[0].days.pop_back();
     EXPECT_FALSE(saveDailyHistory(project.db(), s, errors));
-    EXPECT_EQ(errors.rfind("ERROR, unable to delete from [Weather Historical Daily]\n"
-                           "Unable to open table [Weather Historical Daily]\n",
-                           0),
+    EXPECT_EQ(errors.text().rfind("ERROR, unable to delete from [Weather Historical Daily]\n"
+                                  "Unable to open table [Weather Historical Daily]\n",
+                                  0),
               0u)
         << errors;
 }

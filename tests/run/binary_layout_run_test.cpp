@@ -16,7 +16,7 @@ using namespace sbtest;
 
 struct release_run {
     bool ok = false;
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_outputs stored;
 };
 
@@ -30,7 +30,7 @@ release_run runAs(run_project& project, int version, bool binary) {
     std::string runLog;
     sb::run_controller controller(project.db(), project.settings());
     run.ok = controller.runOneRecord(1, choices, runLog, run.errors);
-    std::string readErrors;
+    sb::message_sink readErrors;
     EXPECT_TRUE(sb::loadOutputs(project.db(), 1, run.stored, readErrors)) << readErrors;
     return run;
 }
@@ -57,8 +57,8 @@ TEST(BinaryLayoutRuns, ReleasesWithoutALayoutFailSayingHowToAddOne) {
         EXPECT_EQ(run.ok, c.shipped) << "release " << c.version << "\n" << run.errors;
         const std::string expected =
             sb::binary_layout_catalogue().noLayoutMessage(keptRunFolder(project) + "/sb.bin", c.version, c.bytes);
-        EXPECT_EQ(run.errors.find(expected) != std::string::npos, !c.shipped) << "release " << c.version << "\n"
-                                                                              << run.errors;
+        EXPECT_EQ(run.errors.text().find(expected) != std::string::npos, !c.shipped) << "release " << c.version << "\n"
+                                                                                     << run.errors;
         EXPECT_EQ(run.stored.monthlyCount(), c.shipped ? 12u : 0u) << "release " << c.version;
     }
 }

@@ -20,7 +20,8 @@ using sbtest::standin_run_dir;
 
 struct run_result {
     bool ok;
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
 };
 
 run_result runModel(const standin_run_dir& dir, uint32_t timeoutMs) {
@@ -59,9 +60,10 @@ TEST(ProcessRunner, StartFailuresGiveTheReasonAndTheCommandLine) {
     };
     for (const auto& c : cases) {
         sb::process_runner runner(60000);
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         EXPECT_FALSE(runner.runCaptured(c.command, "Soilbench.con", c.folder, true, runLog, errors));
-        EXPECT_EQ(errors, c.errors);
+        EXPECT_EQ(errors.text(), c.errors);
     }
 }
 
@@ -92,9 +94,10 @@ TEST(ProcessRunner, HugeConsoleOutputKeepsItsHeadAndTailAndSaysWhatWasCut) {
 
 TEST(ProcessRunner, ReadConsoleRules) {
     sbtest::temp_dir dir;
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     EXPECT_FALSE(sb::process_runner::readConsole(-1, true, runLog, errors));
-    EXPECT_EQ(errors, "ERROR in read_console - output file handle is invalid.\n");
+    EXPECT_EQ(errors.text(), "ERROR in read_console - output file handle is invalid.\n");
 
     std::string lines;
     for (int i = 0; i < 37; ++i) lines += sb::strprintf("line %02d\n", i);
@@ -138,7 +141,7 @@ TEST(ProcessRunner, ReadConsoleRules) {
         runLog = "before\n";
         errors.clear();
         EXPECT_EQ(sb::process_runner::readConsole(fd, true, runLog, errors, c.limits), c.ok);
-        EXPECT_EQ(errors, c.ok ? "" : "ERROR, Tellura error detected.\n");
+        EXPECT_EQ(errors.text(), c.ok ? "" : "ERROR, Tellura error detected.\n");
         EXPECT_EQ(runLog, "before\n" + c.logged);
         close(fd);
     }
@@ -148,9 +151,9 @@ TEST(ProcessRunner, ReadConsoleRules) {
     runLog.clear();
     errors.clear();
     EXPECT_TRUE(sb::process_runner::readConsole(fd, false, runLog, errors));
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_FALSE(sb::process_runner::readConsole(fd, true, runLog, errors));
-    EXPECT_EQ(errors, "ERROR in read_console - console file is empty.\n");
+    EXPECT_EQ(errors.text(), "ERROR in read_console - console file is empty.\n");
     close(fd);
 }
 
@@ -169,9 +172,9 @@ TEST(ProcessRunner, ConsoleRunUsesATerminalWhenThereIsADisplay) {
     setenv("DISPLAY", ":99", 1);
 
     sb::process_runner runner(60000);
-    std::string errors;
+    sb::message_sink errors;
     bool ok = runner.runInConsole("\"/bin/sh\" -c \"echo ran > ran.txt\"", dir.path(), errors);
-    std::string missingErrors;
+    sb::message_sink missingErrors;
     bool missing = runner.runInConsole("\"/nonexistent/model\" -s sb", dir.path(), missingErrors);
 
     setenv("PATH", savedPath.c_str(), 1);

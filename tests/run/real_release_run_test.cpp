@@ -37,7 +37,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
     SB_REQUIRE_SAMPLES();
     const release_run& c = GetParam();
     sbtest::temp_dir dir;
-    std::string errors;
+    sb::message_sink errors;
     auto db = sb::createNewProject(dir.file("releases.sbproj"), errors);
     const sb::release_profile* profile = sb::release_profile_catalogue::shipped().find(c.profile);
     ASSERT_TRUE(db && profile) << errors;
@@ -83,7 +83,7 @@ TEST_P(RealReleaseRuns, TheReleaseAcceptsWhatSoilbenchWritesAndTheRunStoresOutpu
         ASSERT_FALSE(stored.annual.empty());
         const sb::annual_output& year = stored.annual.back();
         EXPECT_TRUE(year.isMissing(year.column(c.missing))) << c.missing;
-        EXPECT_THAT(errors, HasSubstr("WARNING, the list utility does not know "));
+        EXPECT_THAT(errors.text(), HasSubstr("WARNING, the list utility does not know "));
     }
 }
 

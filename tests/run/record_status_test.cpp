@@ -28,7 +28,8 @@ constexpr int32_t kOwnSoilAndStation = 900;  // record 2's, so that changing rec
 std::string states(run_project& project) {
     sb::run_controller controller(project.db(), project.settings());
     std::vector<sb::record_status> all;
-    std::string errors, text;
+    sb::message_sink errors;
+    std::string text;
     EXPECT_TRUE(controller.recordStatuses("", {}, all, errors)) << errors;
     std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
     for (const sb::record_status& status : all)
@@ -43,13 +44,13 @@ sb::run_set_result runAll(run_project& project, const std::vector<record_state>&
     sb::run_set_options options;
     options.only = only;
     options.filter = filter;
-    std::string runLog, errors;
-    return controller.runMultipleRecords(options, observer, runLog, errors);
+    std::string runLog;
+    return controller.runMultipleRecords(options, observer, runLog);
 }
 
 // Record 2 gets a soil and a weather station of its own, copies of record 1's.
 void separateRecordTwo(run_project& project) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::loadControlRecord(project.db(), 2, record, errors)) << errors;
     sb::tellura_soils soils;
@@ -76,7 +77,7 @@ void separateRecordTwo(run_project& project) {
 }
 
 void changeSoilOfRecordOne(run_project& project) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_soils soils;
     ASSERT_TRUE(soils.load(project.db(), errors)) << errors;
     sb::tellura_control_record record;
@@ -87,7 +88,7 @@ void changeSoilOfRecordOne(run_project& project) {
 }
 
 void changeWeatherOfRecordOne(run_project& project) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_weather_stations stations;
     ASSERT_TRUE(sb::loadWeatherStations(project.db(), stations, errors)) << errors;
     sb::tellura_weather_station& station = *stations.find(1);
@@ -98,7 +99,7 @@ void changeWeatherOfRecordOne(run_project& project) {
 }
 
 void changeOptionEntry(run_project& project, const char* name) {
-    std::string errors;
+    sb::message_sink errors;
     sb::option_lists lists;
     ASSERT_TRUE(lists.loadAll(project.db(), errors)) << errors;
     sb::option_record* entry = lists.find(sb::option_kind::fertilizer, name);

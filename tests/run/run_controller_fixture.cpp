@@ -60,7 +60,7 @@ constexpr sb::table_id kOutputTables[] = {sb::table_id::output, sb::table_id::ou
 
 run_project::run_project(int records, int years, project_store store)
     : records_(records), settings_(dir_.file("profile.ini")) {
-    std::string errors;
+    sb::message_sink errors;
     const std::string file = dir_.file("runs.sbproj");
     db_ = sb::createNewProject(store == project_store::file ? file : projectLocation(file), errors);
     if (!db_) {
@@ -120,7 +120,7 @@ long run_project::storedOutputRows(int32_t id) {
 
 std::vector<sb::run_history_entry> run_project::history(int32_t id) {
     std::vector<sb::run_history_entry> entries;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(sb::readRunHistory(*db_, id, entries, errors)) << errors;
     return entries;
 }
@@ -131,7 +131,7 @@ std::string run_project::lastRunFolder(int32_t id) {
 }
 
 void run_project::change(int32_t id, const std::function<void(sb::tellura_control_record&)>& edit) {
-    std::string errors;
+    sb::message_sink errors;
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::loadControlRecord(*db_, id, record, errors)) << errors;
     edit(record);

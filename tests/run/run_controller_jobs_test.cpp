@@ -16,13 +16,15 @@ using namespace sbtest;
 
 struct run_set {
     sb::run_set_result result;
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     recording_observer observer;
 };
 
 void runRecords(run_project& project, run_set& run, sb::run_set_options options) {
     sb::run_controller controller(project.db(), project.settings());
-    run.result = controller.runMultipleRecords(options, run.observer, run.runLog, run.errors);
+    run.result = controller.runMultipleRecords(options, run.observer, run.runLog);
+    run.errors.add(run.observer);
 }
 
 sb::run_set_options withJobs(int jobs) {
@@ -72,7 +74,7 @@ void makeManyRecords(run_project& project) {
 // Each record's monthly soil and live carbon, as one text.
 std::string carbonOf(run_project& project, int32_t id) {
     sb::tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     sb::loadOutputs(project.db(), id, outputs, errors);
     std::string text;
     for (const auto* month : outputs.monthlyInOrder())
@@ -101,9 +103,9 @@ TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
     EXPECT_EQ(one.result.runNumber, kRecords);
     EXPECT_EQ(one.result.good, kRecords - 3);
     EXPECT_EQ(one.result.failed, 3);
-    EXPECT_THAT(one.errors, HasSubstr("ERROR, Tellura error detected.\n"));
-    EXPECT_THAT(one.errors, HasSubstr("ERROR, No soil record to run.\nPrecheck warning, 17\n"));
-    EXPECT_THAT(one.errors, HasSubstr("ERROR, Initial Crop is not in crop list.\nPrecheck warning, 33\n"));
+    EXPECT_THAT(one.errors.text(), HasSubstr("ERROR, Tellura error detected.\n"));
+    EXPECT_THAT(one.errors.text(), HasSubstr("ERROR, No soil record to run.\nPrecheck warning, 17\n"));
+    EXPECT_THAT(one.errors.text(), HasSubstr("ERROR, Initial Crop is not in crop list.\nPrecheck warning, 33\n"));
     std::set<std::string> distinct;
     for (int32_t id = 1; id <= kRecords; ++id) {
         if (id == 10 || id == 17 || id == 33) {
@@ -120,7 +122,7 @@ TEST(RunSetJobs, FourAtOnceGiveWhatOneAfterAnotherGives) {
     EXPECT_EQ(four.result.failed, one.result.failed);
     EXPECT_EQ(four.observer.progress, one.observer.progress);
     EXPECT_EQ(four.observer.status, one.observer.status);
-    EXPECT_EQ(comparable(four.errors, fourAtOnce), comparable(one.errors, oneByOne));
+    EXPECT_EQ(comparable(four.errors.text(), fourAtOnce), comparable(one.errors.text(), oneByOne));
     EXPECT_EQ(comparable(four.runLog, fourAtOnce), comparable(one.runLog, oneByOne));
     expectSameStoredOutputs(oneByOne, fourAtOnce);
 }
@@ -160,7 +162,7 @@ TEST(RunSetBlocks, ChosenBlocksAloneRunInTheOrderChosen) {
         EXPECT_EQ(run.result.good, c.good) << run.errors;
         EXPECT_EQ(run.result.failed, 1 - c.good);
         sb::tellura_outputs outputs;
-        std::string errors;
+        sb::message_sink errors;
         ASSERT_TRUE(sb::loadOutputs(project.db(), 1, outputs, errors)) << errors;
         std::set<int> years;
         for (const auto* month : outputs.monthlyInOrder()) years.insert(month->year());
@@ -174,7 +176,7 @@ TEST(RunSetBlocks, ChosenBlocksAloneRunInTheOrderChosen) {
         for (const std::string& part : c.absent) EXPECT_THAT(schedule, Not(HasSubstr(part)));
     }
     sb::tellura_control_record record;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, record, errors)) << errors;
     ASSERT_EQ(record.blocks.size(), 2u);
     EXPECT_EQ(record.blocks[0].lastYear, 1994);

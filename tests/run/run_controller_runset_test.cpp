@@ -16,13 +16,17 @@ const std::string kReadTwentyYears = "228 records read, from years 1990 to 2008.
 
 struct run_set {
     sb::run_set_result result;
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
 };
 
 run_set runRecords(run_project& project, sb::run_observer& observer, sb::run_set_options options = {}) {
     sb::run_controller controller(project.db(), project.settings());
     run_set run;
-    run.result = controller.runMultipleRecords(options, observer, run.runLog, run.errors);
+    const size_t before = observer.count();  // an observer may see several run sets
+    run.result = controller.runMultipleRecords(options, observer, run.runLog);
+    for (size_t m = before; m < observer.count(); ++m)
+        run.errors.add(observer.messages()[m].severity, observer.messages()[m].text);
     return run;
 }
 
@@ -138,7 +142,7 @@ TEST(RunSet, EndRunningEndsHangingModelsAndTheirHelpersAtOnce) {
         EXPECT_EQ(run.result.runNumber, jobs);
         EXPECT_EQ(run.result.failed, jobs);
         EXPECT_EQ(run.result.good, 0);
-        EXPECT_THAT(run.errors, HasSubstr("Process Cancelled/Error\n"));
+        EXPECT_THAT(run.errors.text(), HasSubstr("Process Cancelled/Error\n"));
         // The console of each ended model was still read: it names its helper.
         std::vector<pid_t> helpers = helperPids(run.runLog);
         EXPECT_EQ(static_cast<int>(helpers.size()), jobs) << run.runLog;

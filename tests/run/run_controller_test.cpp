@@ -36,7 +36,7 @@ bool matches(const std::string& text, const char* pattern) { return std::regex_m
 TEST(Precheck, EachFaultIsReportedAndEveryCheckRunsInOrder) {
     run_project project{1};
     sb::run_controller controller(project.db(), project.settings());
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(controller.loadProjectData(errors)) << errors;
     sb::tellura_control_record imported;
     ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, imported, errors)) << errors;
@@ -107,12 +107,12 @@ TEST(Precheck, EachFaultIsReportedAndEveryCheckRunsInOrder) {
                                          controller.optionLists(), errors);
         if (c.compare == exact) {
             EXPECT_EQ(passed, c.expected.empty());
-            EXPECT_EQ(errors, c.expected);
+            EXPECT_EQ(errors.text(), c.expected);
         } else if (c.compare == holds) {
             EXPECT_FALSE(passed);
-            EXPECT_THAT(errors, HasSubstr(c.expected));
+            EXPECT_THAT(errors.text(), HasSubstr(c.expected));
         } else {
-            EXPECT_THAT(errors, Not(HasSubstr(c.expected)));
+            EXPECT_THAT(errors.text(), Not(HasSubstr(c.expected)));
         }
     }
 }
@@ -123,7 +123,7 @@ class RunOneRecord : public ::testing::Test {
 protected:
     run_project project{1, 10};
 
-    bool run(std::string& runLog, std::string& errors, const sb::run_choices& choices = {}) {
+    bool run(std::string& runLog, sb::message_sink& errors, const sb::run_choices& choices = {}) {
         sb::run_controller controller(project.db(), project.settings());
         return controller.runOneRecord(1, choices, runLog, errors);
     }
@@ -144,7 +144,8 @@ TEST_F(RunOneRecord, GoodRunsAreRecordedWithWhatProducedThem) {
     for (const good_run& r : kRuns) {
         project.settings().keepRunFolders = r.keepFolders;
         project.setText(1, "Initial Crop", r.crop);
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         ASSERT_TRUE(run(runLog, errors)) << errors;
         // A good run's folder goes once its outputs are stored, unless folders are kept.
         EXPECT_EQ(std::filesystem::exists(project.lastRunFolder(1) + "sb.sch"), r.keepFolders);
@@ -200,7 +201,8 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
          "timed out"},
     };
     project.settings().outfileSelected[12] = true;  // year_summary.out, read even when the list utility fails
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
     EXPECT_EQ(errors, "108 records read, from years 1990 to 1998.\nYear Summary: 10 years read, from 1990 to 1999.\n");
     const std::vector<std::string> before = project.storedOutputs();
@@ -223,15 +225,16 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
         }
         EXPECT_LT(monotonicSeconds() - started, 10.0);
         EXPECT_FALSE(record.runDone);
-        EXPECT_THAT(errors, HasSubstr(f.message));
+        EXPECT_THAT(errors.text(), HasSubstr(f.message));
         EXPECT_EQ(project.storedOutputs(), before) << "the earlier outputs are kept whole";
 
         const sb::run_history_entry last = project.history(1).back();
         EXPECT_EQ(last.state, f.state);
         EXPECT_THAT(last.message, HasSubstr(f.message));
         const std::string folder = last.runFolder;
-        EXPECT_THAT(errors, HasSubstr("ERROR, the run of record 1 " + std::string(f.phrase) +
-                                      ": its earlier outputs are kept, and what it wrote is in \"" + folder + "\".\n"));
+        EXPECT_THAT(errors.text(),
+                    HasSubstr("ERROR, the run of record 1 " + std::string(f.phrase) +
+                              ": its earlier outputs are kept, and what it wrote is in \"" + folder + "\".\n"));
         // The folder is the user's to inspect: the inputs are there, and nothing removes it.
         EXPECT_TRUE(std::filesystem::exists(folder + "sb.sch")) << folder;
         EXPECT_FALSE(std::filesystem::exists(folder + sb::run_folder::kOwnerFile));
@@ -246,7 +249,8 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
 // with another line than the stand-in prints has not succeeded, whatever its
 // exit status, and the earlier run's outputs stay as they were.
 TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
     ASSERT_EQ(project.storedOutputRows(1), 108);
     const std::vector<std::string> good = project.storedOutputs();
@@ -259,9 +263,10 @@ TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
     project.settings().profileFolder = project.file("profiles");
     errors.clear();
     EXPECT_FALSE(run(runLog, errors));
-    EXPECT_THAT(errors, HasSubstr("ERROR, the model's console lacks its success line \"Simulation complete.\" (release "
-                                  "profile \"diurna45\" (" +
-                                  project.file("profiles/diurna45.profile") + ")): the run failed.\n"));
+    EXPECT_THAT(errors.text(),
+                HasSubstr("ERROR, the model's console lacks its success line \"Simulation complete.\" (release "
+                          "profile \"diurna45\" (" +
+                          project.file("profiles/diurna45.profile") + ")): the run failed.\n"));
     EXPECT_EQ(project.storedOutputs(), good);
 }
 
@@ -269,7 +274,8 @@ TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
 // list utility in a folder of its own: each record reads only what its own
 // run wrote, or fails.
 TEST_F(RunOneRecord, ListFileIsReadWhereTheListUtilityWroteItAndOnlyWhenNew) {
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
     const std::vector<std::string> good = project.storedOutputs();
     sbtest::writeFile(project.modelFolder() + "/sb.lis", "       time     somsc\n  1990.00  1.0\n");
@@ -292,9 +298,9 @@ TEST_F(RunOneRecord, ListFileIsReadWhereTheListUtilityWroteItAndOnlyWhenNew) {
     runLog.clear(), errors.clear();
     EXPECT_FALSE(run(runLog, errors));
     const std::string folder = project.lastRunFolder(1);
-    EXPECT_THAT(errors, HasSubstr("ERROR, the list file \"" + folder +
-                                  "sb.lis\" is older than this run: the list utility "
-                                  "did not write it.\n"));
+    EXPECT_THAT(errors.text(), HasSubstr("ERROR, the list file \"" + folder +
+                                         "sb.lis\" is older than this run: the list utility "
+                                         "did not write it.\n"));
     EXPECT_EQ(project.storedOutputs(), good);
 }
 
@@ -323,16 +329,18 @@ TEST_F(RunOneRecord, NoProgramConfiguredWritesNothingAnywhere) {
         SCOPED_TRACE(c.message);
         project.settings().modelExecutables[3] = *c.model ? project.modelFolder() + "/" + c.model : "";
         project.settings().list100Executables[3] = c.list;
-        std::string runLog, errors;
+        std::string runLog;
+        sb::message_sink errors;
         EXPECT_FALSE(run(runLog, errors));
-        EXPECT_EQ(errors, c.message);
+        EXPECT_EQ(errors.text(), c.message);
         recording_observer observer;
         sb::run_controller controller(project.db(), project.settings());
         errors.clear();
-        sb::run_set_result result = controller.runMultipleRecords({}, observer, runLog, errors);
+        sb::run_set_result result = controller.runMultipleRecords({}, observer, runLog);
+        errors.add(observer);
         EXPECT_TRUE(result.refused);
         EXPECT_EQ(result.runNumber, 0);
-        EXPECT_EQ(errors, c.message);
+        EXPECT_EQ(errors.text(), c.message);
     }
     std::filesystem::current_path(saved);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(cwd.path()), {}), 1);

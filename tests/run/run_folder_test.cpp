@@ -26,7 +26,7 @@ long endedProcess() {
 std::string folderOwnedBy(const std::string& root, int32_t id, long pid, const std::string& host,
                           const std::string& started) {
     sb::run_folder folder;
-    std::string errors;
+    sb::message_sink errors;
     EXPECT_TRUE(folder.create(root, "p", id, errors)) << errors;
     std::string path = folder.path();
     folder.keep();
@@ -47,7 +47,7 @@ TEST(RunFolder, OnlyFoldersOfEndedProcessesOnThisHostAreRemovedAsStale) {
     std::string ourStart;
     {
         sb::run_folder ours;
-        std::string errors;
+        sb::message_sink errors;
         ASSERT_TRUE(ours.create(root.path(), "p", 0, errors));
         std::string text = sbtest::readFile(ours.path() + sb::run_folder::kOwnerFile);
         ourStart = text.substr(text.find("started ") + 8);
@@ -64,12 +64,12 @@ TEST(RunFolder, OnlyFoldersOfEndedProcessesOnThisHostAreRemovedAsStale) {
         folders.push_back(
             folderOwnedBy(root.path(), static_cast<int32_t>(i + 1), cases[i].pid, cases[i].host, cases[i].started));
     sb::run_folder keptFolder;  // a failed run's folder, kept for the user
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(keptFolder.create(root.path(), "p", 99, errors));
     keptFolder.keep();
 
     EXPECT_EQ(sb::run_folder::removeStale(root.path(), errors), 2) << errors;
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     for (size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(!fs::exists(folders[i]), cases[i].removed) << cases[i].what;
     EXPECT_TRUE(fs::is_directory(keptFolder.path()));
 }

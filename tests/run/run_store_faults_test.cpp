@@ -31,7 +31,7 @@ std::shared_ptr<void> fillDisk(run_project& project) {
 // Another connection holds the write lock for the whole run; ours gives up after a short wait.
 std::shared_ptr<void> lockProject(run_project& project) {
     EXPECT_TRUE(project.db().execute("PRAGMA busy_timeout = 50").ok());
-    std::string errors;
+    sb::message_sink errors;
     std::shared_ptr<sb::database> other = sb::database::open(project.db().path(), errors);
     EXPECT_TRUE(other) << errors;
     auto holder = std::make_shared<sb::session>(*other);
@@ -54,11 +54,12 @@ TEST(RunStoreFaults, NoRecordIsGoodUnlessItsOutputsAreStored) {
             SCOPED_TRACE(std::string(fault.name) + ", jobs " + std::to_string(jobs));
             run_project project(3, 10);
             sb::run_controller first(project.db(), project.settings());
-            std::string runLog, errors;
+            std::string runLog;
+            sb::message_sink errors;
             recording_observer observer;
             sb::run_set_options one;
             one.filter = "ID = 1";
-            ASSERT_EQ(first.runMultipleRecords(one, observer, runLog, errors).good, 1) << errors;
+            ASSERT_EQ(first.runMultipleRecords(one, observer, runLog).good, 1) << observer;
             const long storedBefore = project.storedOutputRows(1);
             ASSERT_GT(storedBefore, 0);
             const std::vector<std::string> before = project.storedOutputs();
@@ -70,21 +71,23 @@ TEST(RunStoreFaults, NoRecordIsGoodUnlessItsOutputsAreStored) {
             all.filter = "ID > 1";
             all.jobs = jobs;
             runLog.clear(), errors.clear();
-            sb::run_set_result result = controller.runMultipleRecords(all, observer, runLog, errors);
+            observer.clear();
+            sb::run_set_result result = controller.runMultipleRecords(all, observer, runLog);
+            errors.add(observer);
             held.reset();
             EXPECT_EQ(result.good, 0) << errors;
             EXPECT_EQ(result.failed, 2);
-            EXPECT_THAT(errors, HasSubstr(fault.message));
+            EXPECT_THAT(errors.text(), HasSubstr(fault.message));
             EXPECT_EQ(project.storedOutputs(), before) << "the outputs stored before are kept whole";
             // Each record's run folder is kept, named, and left to the user.
             for (int32_t id : {2, 3}) {
                 const std::string kept =
                     "ERROR, the outputs of record " + std::to_string(id) +
                     " were not stored: its earlier outputs are kept, and the run's files are in \"";
-                size_t at = errors.find(kept);
+                size_t at = errors.text().find(kept);
                 ASSERT_NE(at, std::string::npos) << errors;
-                std::string folder =
-                    errors.substr(at + kept.size(), errors.find('"', at + kept.size()) - at - kept.size());
+                std::string folder = errors.text().substr(at + kept.size(),
+                                                          errors.text().find('"', at + kept.size()) - at - kept.size());
                 EXPECT_TRUE(std::filesystem::exists(folder + "sb.sch")) << folder;
                 EXPECT_FALSE(std::filesystem::exists(folder + sb::run_folder::kOwnerFile)) << folder;
             }
@@ -96,9 +99,10 @@ TEST(RunStoreFaults, OneRecordRunFailsWhenItsOutputsAreNotStored) {
     run_project project(1, 10);
     fillDisk(project);
     sb::run_controller controller(project.db(), project.settings());
-    std::string runLog, errors;
+    std::string runLog;
+    sb::message_sink errors;
     EXPECT_FALSE(controller.runOneRecord(1, {}, runLog, errors));
-    EXPECT_THAT(errors, HasSubstr("database or disk is full"));
+    EXPECT_THAT(errors.text(), HasSubstr("database or disk is full"));
     EXPECT_EQ(project.storedOutputRows(1), 0);
 }
 

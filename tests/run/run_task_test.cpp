@@ -32,7 +32,7 @@ sb::task_order sampleOrder(const temp_dir& dir) {
 TEST(RunTask, OrderIsReadBackAsWritten) {
     temp_dir dir;
     const sb::task_order written = sampleOrder(dir);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sb::writeTaskOrder(dir.path(), written, errors)) << errors;
     sb::task_order read;
     ASSERT_TRUE(sb::readTaskOrder(dir.path(), read, errors)) << errors;
@@ -47,7 +47,8 @@ TEST(RunTask, OrderIsReadBackAsWritten) {
     broken.model = "/opt/a\nversion=1";
     errors.clear();
     EXPECT_FALSE(sb::writeTaskOrder(dir.file("x"), broken, errors));
-    EXPECT_EQ(errors, "ERROR, the model \"/opt/a\nversion=1\" holds a line end: a task cannot be written for it.\n");
+    EXPECT_EQ(errors.text(),
+              "ERROR, the model \"/opt/a\nversion=1\" holds a line end: a task cannot be written for it.\n");
 }
 
 TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
@@ -72,15 +73,15 @@ TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
         SCOPED_TRACE(c.text);
         sbtest::writeFile(path, c.text);
         sb::task_result result;
-        std::string errors;
+        sb::message_sink errors;
         EXPECT_FALSE(sb::readTaskResult(dir.path(), result, errors));
         std::string expected = c.message;
         expected.replace(expected.find("%s"), 2, path);
-        EXPECT_EQ(errors, expected);
+        EXPECT_EQ(errors.text(), expected);
     }
     // A whole result keeps the run log and the messages apart, byte for byte.
     sb::task_result written{sb::run_state::timedOut, "s", "e", "node7", "log\r\nline", "ERROR, x\n"};
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sb::writeTaskResult(dir.path(), written, errors)) << errors;
     sb::task_result read;
     ASSERT_TRUE(sb::readTaskResult(dir.path(), read, errors)) << errors;
@@ -95,14 +96,14 @@ TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
 TEST(RunTask, ANodeWithoutTheMarkerEndsWithItsOwnStatus) {
     temp_dir dir;
     const sb::task_order order = sampleOrder(dir);
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(sb::writeTaskOrder(dir.path(), order, errors)) << errors;
     for (const char* marker : {"", "another submission"}) {
         SCOPED_TRACE(marker);
         if (*marker) sbtest::writeFile(order.marker, marker);
         errors.clear();
         EXPECT_EQ(sb::runTask(dir.path(), errors), sb::kTaskNotSharedStatus);
-        EXPECT_NE(errors.find("ERROR, the run folder \"" + dir.path() + "\" is not shared with this host ("),
+        EXPECT_NE(errors.text().find("ERROR, the run folder \"" + dir.path() + "\" is not shared with this host ("),
                   std::string::npos)
             << errors;
         EXPECT_FALSE(sb::hasTaskResult(dir.path()));

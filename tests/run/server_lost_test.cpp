@@ -19,7 +19,7 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     sbtest::run_project project;
     tellura_control_record record;
     tellura_outputs outputs;
-    std::string errors;
+    sb::message_sink errors;
     ASSERT_TRUE(loadControlRecord(project.db(), 1, record, errors)) << errors;
     record.row.setText("Description", "before");
     for (int year = 1; year <= 30; ++year) {
@@ -31,7 +31,7 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
 
     // The next save stores part of the outputs, then the server dies under it.
     std::string why;
-    setOutputStore({[&why](database& db, int32_t id, tellura_outputs& o, std::string& e) {
+    setOutputStore({[&why](database& db, int32_t id, tellura_outputs& o, sb::message_sink& e) {
                         bool ok = saveAnnualOutput(db, id, o, e);
                         EXPECT_TRUE(sbtest::killPostgresqlServer(why)) << why;
                         return saveMonthlyOutput(db, id, o, e) && ok;
@@ -42,8 +42,8 @@ TEST(ServerLost, ASaveCutOffHalfWayLeavesTheRecordAsItWas) {
     EXPECT_FALSE(saveControlRecordWithOutputs(project.db(), record, outputs, errors));
     setOutputStore({});
     ASSERT_TRUE(sbtest::restartPostgresqlServer(why)) << why;
-    EXPECT_THAT(errors, HasSubstr("ERROR, unable to delete from [Output Monthly]\n"));
-    EXPECT_THAT(errors, HasSubstr("terminat")) << "the server's going is told: " << errors;
+    EXPECT_THAT(errors.text(), HasSubstr("ERROR, unable to delete from [Output Monthly]\n"));
+    EXPECT_THAT(errors.text(), HasSubstr("terminat")) << "the server's going is told: " << errors;
 
     // Opened afresh, the project holds the record as it was before the cut-off save.
     auto db = database::open(project.db().location().text(), errors);

@@ -36,7 +36,7 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
     std::atomic<bool> holding{false}, otherDone{false}, gaveUp{false};
     // One user saves record 1 with its outputs and keeps the transaction open ...
     std::thread holder([&] {
-        std::string e;
+        sb::message_sink e;
         auto db = database::open(location, e);  // a database object stays on its own thread
         ASSERT_TRUE(db) << e;
         tellura_control_record first;
@@ -54,7 +54,7 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
     });
     while (!holding) std::this_thread::yield();
     // ... while another saves record 2 and stores its run's outputs.
-    std::string errors;
+    sb::message_sink errors;
     tellura_control_record second;
     ASSERT_TRUE(loadControlRecord(project.db(), 2, second, errors)) << errors;
     second.row.setText("Description", "record 2 edited");
@@ -64,7 +64,7 @@ TEST(SharedProject, DifferentRecordsNeverWaitForEachOther) {
     otherDone = true;
     holder.join();
     EXPECT_FALSE(gaveUp) << "record 2's save waited for record 1's";
-    EXPECT_EQ(errors, "");
+    EXPECT_EQ(errors.text(), "");
     for (int32_t id : {1, 2}) {
         tellura_outputs stored;
         ASSERT_TRUE(loadOutputs(project.db(), id, stored, errors)) << errors;

@@ -37,7 +37,8 @@ TEST(WineLaunch, WhatCannotRunFailsWithAMessageNamingTheProgram) {
     for (const refusal& test : cases) {
         sb::process_runner runner(10000);
         runner.setWine({test.wineCommand, dir.file("prefix")});
-        std::string commandLine = "\"" + test.program + "\" -s sb -n sb", runLog, errors;
+        std::string commandLine = "\"" + test.program + "\" -s sb -n sb", runLog;
+        sb::message_sink errors;
         EXPECT_FALSE(runner.runCaptured(commandLine, "console.txt", dir.path(), true, runLog, errors));
         EXPECT_EQ(errors, test.message + commandLine + "\n");
         EXPECT_EQ(runLog, "");
@@ -52,7 +53,8 @@ TEST(WineLaunch, HangingWineIsEndedAtTheTimeLimit) {
     std::string model = makeExecutable(dir.file("DD.EXE"), "MZ");
     sb::process_runner runner(300);
     runner.setWine({wine, dir.file("prefix")});
-    std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog, errors;
+    std::string commandLine = "\"" + model + "\" -s sb -n sb", runLog;
+    sb::message_sink errors;
     EXPECT_FALSE(runner.runCaptured(commandLine, "sb.con", dir.path(), true, runLog, errors));
     EXPECT_EQ(errors,
               "Process interrupted at user-defined time limit. See \"File\" | \"Configure\" | \"Run timeout, "

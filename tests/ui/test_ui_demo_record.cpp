@@ -120,8 +120,8 @@ class test_ui_demo_record : public QObject {
 
     std::vector<tellura_event_block> stored() {
         std::vector<tellura_event_block> blocks;
-        std::string errors;
-        if (!loadEventBlocks(*db_, kRecord, blocks, errors)) qWarning("%s", errors.c_str());
+        sb::message_sink errors;
+        if (!loadEventBlocks(*db_, kRecord, blocks, errors)) qWarning("%s", errors.text().c_str());
         return blocks;
     }
 
@@ -143,12 +143,13 @@ private slots:
     void initTestCase() {
         // The demo set-up shipped with the program, read in as record 1.
         project_ = dir_.filePath("run.sbproj");
-        std::string errors;
+        sb::message_sink errors;
         db_ = createNewProject(project_.toStdString(), errors);
         QVERIFY(db_);
-        QVERIFY2(importRunFiles(*db_, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, kRecord, errors), errors.c_str());
+        QVERIFY2(importRunFiles(*db_, SB_SHARE_DIR "/demo/", "demo.sch", kDiurna45, kRecord, errors),
+                 errors.text().c_str());
         // Record 1 (the new project's default record) becomes a runnable copy of it.
-        QVERIFY2(copyRecord(*db_, kRecord, 1, errors), errors.c_str());
+        QVERIFY2(copyRecord(*db_, kRecord, 1, errors), errors.text().c_str());
         // The run directory is the model's folder: links to the stand-in in a
         // folder of the test's own, with the shared data beside it as installed.
         QVERIFY(QDir(dir_.path()).mkpath("model"));
@@ -164,7 +165,7 @@ private slots:
         w.resize(1200, 800);
         w.show();
         QVERIFY(w.openProject(project_));
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(w.document()->moveToId(5, errors));
         QCOMPARE(lastRunOf(w, 5), QStringLiteral("never run"));
         QCOMPARE(lastRunOf(w, 5, Qt::ToolTipRole), QStringLiteral("Never run"));
@@ -230,7 +231,7 @@ private slots:
         QVERIFY2(set.report.contains("Fail count=1"), qPrintable(set.report));
 
         // Of records 1 (never run) and 5 (good), only the first in the table ran.
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(w.document()->moveToId(5, errors));
         const QStringList states{lastRunOf(w, 1), lastRunOf(w, 5)};
         QVERIFY2(states == QStringList({"failed", "good"}) || states == QStringList({"never run", "failed"}),
@@ -302,8 +303,8 @@ private slots:
         // Whatever other slots left: the demo's one block (record 1 keeps it as
         // imported) and a second after it, as the editor adds one.
         std::vector<tellura_event_block> before;
-        std::string errors;
-        QVERIFY2(loadEventBlocks(*db_, 1, before, errors) && before.size() == 1, errors.c_str());
+        sb::message_sink errors;
+        QVERIFY2(loadEventBlocks(*db_, 1, before, errors) && before.size() == 1, errors.text().c_str());
         before.push_back(before.front());
         tellura_event_block& second = before.back();
         second.blockNumber = 2;
@@ -311,7 +312,7 @@ private slots:
         second.firstYear = second.outputStartingYear = static_cast<int16_t>(before.front().lastYear + 1);
         second.lastYear = static_cast<int16_t>(second.firstYear + 2);
         second.weatherChoice = kWeatherMean;
-        QVERIFY2(saveEventBlocks(*db_, kRecord, before, errors), errors.c_str());
+        QVERIFY2(saveEventBlocks(*db_, kRecord, before, errors), errors.text().c_str());
         dialog_event_blocks d(*db_, kRecord, kDiurna45);
 
         // The first block with more than one event loses its second.
@@ -357,7 +358,7 @@ private slots:
         settings.version = kDiurna45;
         main_window w(settings);
         QVERIFY(w.openProject(project_));
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(w.document()->moveToId(kRecord, errors));
         w.runCommand(command_id::viewEvents);
         auto* view = w.findChild<view_events*>();

@@ -274,7 +274,7 @@ private slots:
         QVERIFY(groups.contains("D") && groups.contains("V") && !groups.contains("Q"));
         // Applying an untouched sheet changes nothing, to the last bit of every float.
         tellura_control_record copy = record;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(sheet.applyTo(copy, errors));
         QVERIFY(copy.row == record.row && copy.site == record.site);
 
@@ -293,7 +293,7 @@ private slots:
             dec5->setText(text);
             errors.clear();
             QCOMPARE(sheet.applyTo(record, errors), !*message);
-            QCOMPARE(QString::fromStdString(errors), QString(message));
+            QCOMPARE(QString::fromStdString(errors.text()), QString(message));
             QCOMPARE(record.value("DEC5(1)"), 0.125);
         }
     }
@@ -339,7 +339,7 @@ private slots:
             d->addOption("WHT");
             qobject_cast<QLineEdit*>(d->page()->editorFor("biomax"))->setText("123.5");
             d->copyOption(1, "WHT2");
-            std::string errors;
+            sb::message_sink errors;
             QVERIFY(d->exportTo(file, errors));
             d->deleteOption(0);
             QCOMPARE(d->names()->count(), 2);
@@ -347,7 +347,7 @@ private slots:
         });
         QCOMPARE(shown.first, QString());
         list_tellura_crops crops;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(crops.loadFromDatabase(db(), errors));
         QCOMPARE(crops.size(), size_t(2));
         QCOMPARE(QString::fromStdString(crops.recordAt(0).name), QStringLiteral("WHT"));
@@ -357,7 +357,7 @@ private slots:
         // the table's key, so the save stops there and says so.
         shown = runEditor(command_id::editCrops, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_option_list*>(m);
-            std::string e;
+            sb::message_sink e;
             QVERIFY(d->importFrom(file, e));
             QCOMPARE(d->names()->count(), 3);
             QCOMPARE(qobject_cast<QLineEdit*>(d->page()->editorFor("biomax"))->text(), QStringLiteral("123.5"));
@@ -377,7 +377,7 @@ private slots:
         });
         QCOMPARE(shown.first, QString());
         list_tellura_graze graze;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(graze.loadFromDatabase(db(), errors));
         QCOMPARE(graze.size(), size_t(2));
         for (auto [command, title] : {std::pair{command_id::editOmad, "Edit omad.100"},
@@ -401,7 +401,7 @@ private slots:
             d->accept();
         });
         tellura_weather_stations stations;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(loadWeatherStations(db(), stations, errors));
         const auto* s = stations.find(42);
         QVERIFY(s);
@@ -411,7 +411,7 @@ private slots:
     }
 
     void weatherHistoryIsListedAndDaysAndStationsDeleted() {
-        std::string errors;
+        sb::message_sink errors;
         tellura_weather_station valley;
         valley.id = 7;
         valley.description = "Valley";
@@ -427,7 +427,7 @@ private slots:
         ridge.description = "Ridge";
         QVERIFY(saveWeatherStation(db(), valley, errors) && saveWeatherStation(db(), ridge, errors));
         QVERIFY(saveDailyHistory(db(), valley, errors) && saveMonthlyHistory(db(), valley, errors));
-        QVERIFY2(errors.empty(), errors.c_str());
+        QVERIFY2(errors.empty(), errors.text().c_str());
 
         QStringList questions, monthlyRow, dailyRow;
         int dailyAfterNo = 0, dailyAfterYes = 0, stationsLeft = 0;
@@ -443,7 +443,7 @@ private slots:
             QCOMPARE(d->dailyHistory()->rowCount(), 3);
             for (int c = 0; c < 6; ++c) dailyRow << d->dailyHistory()->item(1, c)->text();
             // Answering No keeps the day; the button asks the same question and Yes deletes it.
-            std::string e;
+            sb::message_sink e;
             QVERIFY(!d->deleteDailyRecord(
                 1, [&](const QString& q) { return questions << q, false; }, e));
             dailyAfterNo = d->dailyHistory()->rowCount();
@@ -480,7 +480,7 @@ private slots:
     }
 
     void soilsAreAddedDeletedAndTakeALayerFileAndLayersUpToTheLimit() {
-        std::string errors;
+        sb::message_sink errors;
         for (auto [id, name] : {std::pair{9, "Loam"}, std::pair{12, "Clay"}}) {
             tellura_soil soil;
             soil.setSoilId(id);
@@ -506,19 +506,19 @@ private slots:
         runEditor(command_id::editSoils, [&](QWidget* m) {
             auto* d = qobject_cast<dialog_soil_editor*>(m);
             QVERIFY(d);
-            std::string e;
+            sb::message_sink e;
             QVERIFY(!d->addSoil(12, "Again", e));
-            refused = QString::fromStdString(e);
+            refused = QString::fromStdString(e.text());
             QCOMPARE(d->unusedSoilId(), 13);
             e.clear();
             QVERIFY(d->addSoil(13, "Sand", e));
             QCOMPARE(d->soilList()->currentItem()->text(), QStringLiteral("13 Sand"));
-            QVERIFY2(d->importLayerFile(layerFile, e), e.c_str());
+            QVERIFY2(d->importLayerFile(layerFile, e), e.text().c_str());
             for (int i = 0; i < d->layerList()->count(); ++i) layerTexts << d->layerList()->item(i)->text();
             // Layers up to the limit, then a refusal; the last one deleted again.
             for (int i = 2; i < kMaxSoilLayers; ++i) QVERIFY(d->insertLayer(i, e));
             QVERIFY(!d->insertLayer(0, e));
-            fifteenth = QString::fromStdString(e);
+            fifteenth = QString::fromStdString(e.text());
             e.clear();
             QVERIFY(d->deleteLayer(kMaxSoilLayers - 1, e));
             d->waterHolding()->setCurrentIndex(2);
@@ -526,7 +526,7 @@ private slots:
             // A file of 15 layers into Clay: the core's message, and Clay keeps its layers (none).
             d->soilList()->setCurrentRow(1);
             QVERIFY(!d->importLayerFile(longFile, e));
-            tooLong = QString::fromStdString(e);
+            tooLong = QString::fromStdString(e.text());
             longLayers = d->layerList()->count();
 
             // Delete Loam through its button, answering the question Yes.
@@ -569,7 +569,7 @@ private slots:
             sheet->accept();
         });
         tellura_control_record r;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(loadControlRecord(db(), 1, r, errors));
         QCOMPARE(r.description(), std::string("Edited"));
         QCOMPARE(r.site.number("SNOW"), 12.5);

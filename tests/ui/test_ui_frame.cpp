@@ -129,8 +129,8 @@ private slots:
             w.runCommand(command_id::fileClose);
             QCOMPARE(menuTitles(w), shortMenu);
             QVERIFY(!w.document());
-            std::string errors;
-            QVERIFY2(w.saveProfile(errors), errors.c_str());
+            sb::message_sink errors;
+            QVERIFY2(w.saveProfile(errors), errors.text().c_str());
         }
         app_soilbench settings(profilePath);
         main_window w(settings);
@@ -227,7 +227,7 @@ private slots:
     void deleteAsksWithTheIdAndRemovesOnYes() {
         open({5, 6, 7});
         main_window& w = *w_;
-        std::string errors;
+        sb::message_sink errors;
         for (auto [button, rows] : {std::pair{"No", 3}, std::pair{"Yes", 2}}) {
             QVERIFY(w.document()->moveToId(6, errors));
             QString question;
@@ -246,7 +246,7 @@ private slots:
     void copyThenPasteUnderANewIdOrOverAnAnsweredOne() {
         open({1, 2});
         main_window& w = *w_;
-        std::string errors;
+        sb::message_sink errors;
         w.document()->moveToId(2, errors);
         w.runCommand(command_id::editCopy);
         const QMimeData* data = QApplication::clipboard()->mimeData();
@@ -342,7 +342,7 @@ private slots:
             QCOMPARE(question, i.answer ? "Record ID = 2 exists. Replace it, with its outputs, by the imported record?"
                                         : QString());
             tellura_control_record record;
-            std::string errors;
+            sb::message_sink errors;
             QVERIFY(loadControlRecord(db, i.typed ? i.typed : 3, record, errors));
             QCOMPARE(record.description(), std::string(i.description));
             QCOMPARE(record.soilId(), i.soil);
@@ -353,7 +353,7 @@ private slots:
         database& db = open({1});
         tellura_weather_station station;
         station.id = 1;
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(saveWeatherStation(db, station, errors));
         const QString file = dir_.filePath("monthly.wth");
         writeText(file, "prec 1990 1 2 3 4 5 6 7 8 9 10 11 12\ntmax 1990 5 6 7 8 9 10 11 12 13 14 15 16\n");
@@ -393,7 +393,7 @@ private slots:
         station.id = 1;
         tellura_soil soil;
         soil.setSoilId(1);
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(saveWeatherStation(from, station, errors) && saveSoil(from, soil, errors));
         QCOMPARE(exportRecord(), "Exported 1 record to \"" + file + "\".\n");
         open({1});
@@ -425,7 +425,7 @@ private slots:
         tellura_outputs outputs;
         outputs.monthlyFor(1990, 12).setNumber("aglive(1)", 3.5);
         for (int l : {1, 2}) outputs.soilLayerFor(l).setNumber("Mineral N", 10.0 * l);
-        std::string errors;
+        sb::message_sink errors;
         QVERIFY(saveSoil(db, soil, errors) && saveOutputs(db, 1, outputs, errors));
         QCOMPARE(run(command_id::copyOutputToInput, {}), QStringLiteral("Monthly copied for record.\n"));
         tellura_soils soils;
@@ -455,7 +455,7 @@ private slots:
                 outputs.annualFor(1990).setNumber("ppt", 1);
             }
             if (c.monthly) outputs.monthlyFor(1990, 1).setNumber("somtc", 2000);
-            std::string errors;
+            sb::message_sink errors;
             QVERIFY(saveOutputs(db, 1, outputs, errors));
             view_output* view = w_->showOutputViewWithData();
             QCOMPARE(view ? view->windowTitle() : QString(), QString(c.title));

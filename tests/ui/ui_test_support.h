@@ -111,10 +111,10 @@ inline modal_handler typeNumber(int value, QString* prompt = nullptr, int* offer
 // A project file with control records of the given IDs (each a default record
 // with its description "Record <id>").
 inline std::string makeProject(const QString& path, const std::vector<int32_t>& ids) {
-    std::string errors;
+    sb::message_sink errors;
     sb::database::create(path.toStdString(), errors);
     auto db = sb::database::open(path.toStdString(), errors);
-    if (!db) return errors;
+    if (!db) return errors.text();
     sb::database_maker maker(*db);
     maker.createAllTables(errors);
     for (int32_t id : ids) {
@@ -123,7 +123,7 @@ inline std::string makeProject(const QString& path, const std::vector<int32_t>& 
         r.row.setText("Description", "Record " + std::to_string(id));
         sb::saveControlRecord(*db, r, errors);
     }
-    return errors;
+    return errors.text();
 }
 
 }  // namespace sbtest_ui
