@@ -3,12 +3,14 @@
 // year's (or month's) live carbon, live elements and mineral elements become the
 // record's initial site values, and the soil layers' mineral contents come from
 // the stored soil-layer output.
+#include <cstdint>
 #include <string>
 
 #include "app/message_sink.h"
 
 namespace sb {
 
+class database;
 class tellura_control_record;
 class tellura_soil;
 struct tellura_outputs;
@@ -28,5 +30,14 @@ bool copyMonthlyOutputToInput(const tellura_outputs& outputs, tellura_control_re
 // layer number. soil is null when the record has no soil:
 // "ERROR, No soil record to fill.\n".
 bool fillSoilFromOutput(const tellura_outputs& outputs, tellura_soil* soil, message_sink& errors);
+
+// All of the above for stored record `id`, saved in one session: the site's
+// values (annual, else monthly) and the soil's layers are kept together or not
+// at all. A soil that other records use too is left as it is, so that their
+// inputs do not change: the layers go into a new soil (the next free soil ID,
+// named "<name> (from outputs of record <id>)") that this record then uses,
+// and a note says so. False, with nothing changed, when nothing could be copied
+// or anything failed.
+bool copyOutputToInput(database& db, int32_t id, message_sink& errors);
 
 }  // namespace sb

@@ -127,24 +127,8 @@ void main_window::importMonthlyAverages() {
 
 void main_window::copyOutputToInput() {
     if (!doc_ || doc_->currentRow() < 0) return;
-    recordCommand(QStringLiteral("Errors"), [&](message_sink& errors) {
-        tellura_control_record record;
-        tellura_outputs outputs;
-        if (!loadControlRecordWithOutputs(doc_->db(), doc_->currentId(), record, outputs, errors)) return;
-        // Annual values when the run stored them, else the last month's.
-        message_sink annualMessages;
-        const bool siteCopied = copyAnnualOutputToInput(outputs, record, annualMessages) ||
-                                copyMonthlyOutputToInput(outputs, record, errors);
-        if (!siteCopied) errors.add(annualMessages);
-        // The soil's layers take the run's end state where the outputs hold it.
-        if (!outputs.soilLayers.empty()) {
-            tellura_soils soils;
-            soils.load(doc_->db(), errors);
-            tellura_soil* soil = soils.find(record.soilId());
-            if (fillSoilFromOutput(outputs, soil, errors)) saveSoil(doc_->db(), *soil, errors);
-        }
-        if (siteCopied) saveControlRecordWithOutputs(doc_->db(), record, outputs, errors);
-    });
+    recordCommand(QStringLiteral("Errors"),
+                  [&](message_sink& errors) { sb::copyOutputToInput(doc_->db(), doc_->currentId(), errors); });
 }
 
 void main_window::readBinFile() {
