@@ -14,13 +14,14 @@ float modelTime(int year, int monthsAfter) {
     return static_cast<float>(std::round(exact * 100.0) / 100.0);
 }
 
-// `throughLastYear`: as the real releases write, a block's output runs to the
-// end of its last year (time lastYear + 1.00); otherwise it stops at the
-// start of that year.
+// A monthly block's output runs to the end of its last year (time
+// lastYear + 1.00, December of that year), as the model writes it.
+// `throughLastYear`: annual times are those ends of years too, as the real
+// releases write them; otherwise each year is written as year.00.
 void addBlockTimes(const schedule_block& block, int index, bool throughLastYear, std::vector<output_time>& times) {
     int first = std::min(std::max(block.outputStartYear, block.firstYear), block.lastYear);
-    const int shift = throughLastYear ? 1 : 0;
     if (!block.monthlyOutput()) {
+        const int shift = throughLastYear ? 1 : 0;
         for (int year = first; year <= block.lastYear; ++year)
             times.push_back({modelTime(year + shift, 0), index, false});
         return;
@@ -29,7 +30,7 @@ void addBlockTimes(const schedule_block& block, int index, bool throughLastYear,
     for (int months = step;; months += step) {
         float time = modelTime(first, months);
         times.push_back({time, index, true});
-        if (time >= static_cast<float>(block.lastYear + shift)) break;
+        if (time >= static_cast<float>(block.lastYear + 1)) break;
     }
 }
 

@@ -18,10 +18,9 @@ struct output_time {
 
 // The output times of every block: annual blocks give one time per year
 // (year.00); monthly blocks one per output interval from January of their
-// first output year; each block's times end with the first one at or after
-// its last year, which is where the readers start the next block.
-// With `throughLastYear` (the real releases) they end at the end of the last
-// year instead (time lastYear + 1.00).
+// first output year to the end of their last year (the first time at or after
+// lastYear + 1.00, where the readers close the block). With `throughLastYear`
+// (the real releases) annual times are the ends of the years (year + 1.00).
 std::vector<output_time> outputTimes(const schedule_file& schedule, bool throughLastYear = false);
 
 // One binary record per output time: the time, then the three arrays with

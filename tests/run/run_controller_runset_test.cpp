@@ -12,7 +12,7 @@ namespace {
 
 using namespace sbtest;
 
-const std::string kReadTwentyYears = "228 records read, from years 1990 to 2008.\n";
+const std::string kReadTwentyYears = "240 records read, from years 1990 to 2009.\n";
 
 struct run_set {
     sb::run_set_result result;
@@ -79,7 +79,7 @@ TEST(RunSet, ShowsProgressRunNumbersAndTheLogOfEachRecord) {
     EXPECT_EQ(at1, 0u) << run.runLog;
     EXPECT_TRUE(at1 < at2 && at2 < at3 && at3 != std::string::npos) << run.runLog;
     expectElapsedLine(run.runLog, 0);
-    for (int32_t id = 1; id <= 3; ++id) EXPECT_EQ(project.storedOutputRows(id), 228) << id;
+    for (int32_t id = 1; id <= 3; ++id) EXPECT_EQ(project.storedOutputRows(id), 240) << id;
 }
 
 // A cancel given once two records are reported: one at a time stops after
@@ -98,7 +98,7 @@ TEST(RunSet, CancelStopsStartingRecordsAndStoresThoseStarted) {
         EXPECT_EQ(run.result.good, run.result.runNumber);
         EXPECT_EQ(observer.lastDone, run.result.runNumber);
         for (int32_t id = 1; id <= 9; ++id)
-            EXPECT_EQ(project.storedOutputRows(id), id <= run.result.runNumber ? 108 : 0) << id;
+            EXPECT_EQ(project.storedOutputRows(id), id <= run.result.runNumber ? 120 : 0) << id;
         expectElapsedLine(run.runLog, 0);
     }
 }

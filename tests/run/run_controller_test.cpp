@@ -204,9 +204,9 @@ TEST_F(RunOneRecord, FailedRunsKeepTheEarlierOutputsAndTheirFolders) {
     std::string runLog;
     sb::message_sink errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
-    EXPECT_EQ(errors, "108 records read, from years 1990 to 1998.\nYear Summary: 10 years read, from 1990 to 1999.\n");
+    EXPECT_EQ(errors, "120 records read, from years 1990 to 1999.\nYear Summary: 10 years read, from 1990 to 1999.\n");
     const std::vector<std::string> before = project.storedOutputs();
-    ASSERT_EQ(before.size(), 118u);
+    ASSERT_EQ(before.size(), 130u);
     for (const failed_run& f : kRuns) {
         SCOPED_TRACE(std::string(f.mode) + " -> " + sb::runStateText(f.state));
         project.settings().runTimeout = f.timeoutMs;
@@ -252,7 +252,7 @@ TEST_F(RunOneRecord, ARunWhoseConsoleLacksItsReleasesSuccessLineFails) {
     std::string runLog;
     sb::message_sink errors;
     ASSERT_TRUE(run(runLog, errors)) << errors;
-    ASSERT_EQ(project.storedOutputRows(1), 108);
+    ASSERT_EQ(project.storedOutputRows(1), 120);
     const std::vector<std::string> good = project.storedOutputs();
     std::string text = sbtest::readFile(std::string(SB_SHARE_DIR) + "/profiles/diurna45.profile");
     const std::string shipped = "success = Execution success.";

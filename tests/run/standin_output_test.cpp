@@ -37,8 +37,8 @@ TEST(StandinBinary, OneByteMarkersRecordSizesAndTimes) {
     std::vector<std::vector<int>> markers;
     ASSERT_TRUE(parseOneByteFraming(sbtest::readFile(dir.file("sb.bin")), records, &markers));
     // Block 1: annual 1950 to 1955; block 2: monthly from January 1956 to the
-    // first time at or after 1960 (1960.00, December 1959).
-    ASSERT_EQ(records.size(), 6u + 48u);
+    // end of its last year, 1960 (1961.00, December 1960).
+    ASSERT_EQ(records.size(), 6u + 60u);
     std::vector<int> split(18, 129);  // 2360 = 18 x 128 + 56
     split.push_back(56);
     for (size_t i = 0; i < records.size(); ++i) {
@@ -50,10 +50,10 @@ TEST(StandinBinary, OneByteMarkersRecordSizesAndTimes) {
     for (size_t i = 6; i < t.size(); ++i) {
         int monthIndex = static_cast<int>(i) - 6;  // 0 = January 1956
         EXPECT_EQ(yearMonth(t[i]), std::make_pair(1956 + monthIndex / 12, monthIndex % 12 + 1)) << t[i];
-        EXPECT_EQ(t[i] < 1960.0f, i + 1 < t.size());  // only the last reaches the block's last year
+        EXPECT_EQ(t[i] < 1961.0f, i + 1 < t.size());  // only the last closes the block
     }
     EXPECT_FLOAT_EQ(t[6], 1956.08f);
-    EXPECT_FLOAT_EQ(t.back(), 1960.0f);
+    EXPECT_FLOAT_EQ(t.back(), 1961.0f);
 }
 
 TEST(StandinBinary, ReleaseOneUsesFourByteMarkersAndWritesTheNewSiteFile) {
@@ -66,8 +66,8 @@ TEST(StandinBinary, ReleaseOneUsesFourByteMarkersAndWritesTheNewSiteFile) {
     EXPECT_EQ(uint32At(file, 0), 2076u);
     std::vector<std::string> records;
     ASSERT_TRUE(parseFourByteFraming(file, records));
-    EXPECT_EQ(records.size(), 54u);  // interval 1.00000 years, then 0.08333 years
-    EXPECT_EQ(file.size(), 54u * (2076 + 8));
+    EXPECT_EQ(records.size(), 66u);  // interval 1.00000 years, then 0.08333 years
+    EXPECT_EQ(file.size(), 66u * (2076 + 8));
     EXPECT_EQ(sbtest::readFile(dir.file("sbNew.100")), sbtest::readFile(dir.file("sbsite.100")));
 }
 
