@@ -220,13 +220,11 @@ TEST_F(CliTest, ArchiveOfTheDemoGivesTheSameRunDirectoriesAndOutputs) {
         for (const auto& [name, text] : before)
             EXPECT_TRUE(after.count(name) && after.at(name) == text) << "record " << id << ": " << name;
     }
-    auto ran = run({"run", project, "--ids", "1,24", "--jobs", "2"});
+    auto ran = run({"run", project, "--jobs", "2"});
     ASSERT_EQ(ran.exitCode, 0) << ran.err;
-    for (const char* id : {"1", "24"})
-        for (const char* table : {"annual", "monthly", "daily", "layers", "end"}) {
-            auto before = run({"export", demo, "--id", id, "--table", table});
-            auto after = run({"export", project, "--id", id, "--table", table});
-            EXPECT_GT(before.out.size(), 40u) << id << " " << table;
-            EXPECT_TRUE(before.out == after.out) << id << " " << table;
-        }
+    const std::vector<std::string> before = storedOutputs(demo);
+    std::set<std::string> tableAndId;  // "<table>|<ID>": the demo stores annual and monthly rows of each record
+    for (const std::string& row : before) tableAndId.insert(row.substr(0, row.find('|', row.find('|') + 1)));
+    EXPECT_EQ(tableAndId.size(), 2u * 24u);
+    EXPECT_TRUE(before == storedOutputs(project));
 }
