@@ -109,9 +109,10 @@ database& bigProject() {
 
 void reachRow(benchmark::State& state, std::string_view filter, std::string_view order, int expectedId) {
     database& db = bigProject();
+    const int id = tableDef(table_id::control_records).fieldIndex("ID");
     for (auto _ : state) {
         auto rs = openTable(db, table_id::control_records, filter, order);
-        if (!rs || !rs->moveFirst().ok() || rs->row().integer(0) != expectedId) {
+        if (!rs || !rs->moveFirst().ok() || rs->row().integer(id) != expectedId) {
             state.SkipWithError("wrong row");
             return;
         }
@@ -128,9 +129,10 @@ BENCHMARK(BM_BigTableRow50000ByFilter)->Unit(benchmark::kMicrosecond);
 // Walking to the end through the row set itself (no reverse order available).
 void BM_BigTableMoveLast(benchmark::State& state) {
     database& db = bigProject();
+    const int id = tableDef(table_id::control_records).fieldIndex("ID");
     for (auto _ : state) {
         auto rs = openTable(db, table_id::control_records);
-        if (!rs || !rs->moveLast().ok() || rs->row().integer(0) != 100000) state.SkipWithError("wrong row");
+        if (!rs || !rs->moveLast().ok() || rs->row().integer(id) != 100000) state.SkipWithError("wrong row");
     }
 }
 BENCHMARK(BM_BigTableMoveLast)->Iterations(1)->Unit(benchmark::kMillisecond);

@@ -108,12 +108,13 @@ int cmdList(const list_options& opt) {
         return finish(false, errors);
     }
     const auto& row = table->row();
-    const int description = row.column("Description"), soil = row.column("Soil ID"), weather = row.column("Weather ID");
+    const int id = row.column("ID"), description = row.column("Description"), soil = row.column("Soil ID"),
+              weather = row.column("Weather ID");
     long number = 0;
     std::cout << "  No.    ID   Soil Weather  Description\n";
     sb::db_status s = table->moveFirst();
     for (; s.ok(); s = table->moveNext()) {
-        std::cout << sb::strprintf("%5ld %5ld %6d %7d  %s\n", ++number, static_cast<long>(row.integer(0)),
+        std::cout << sb::strprintf("%5ld %5ld %6d %7d  %s\n", ++number, static_cast<long>(row.integer(id)),
                                    row.integer(soil), row.integer(weather), row.text(description).c_str());
     }
     if (!s.endOfRowset()) {

@@ -61,26 +61,14 @@ std::vector<const table_record*> outputRows(const tellura_outputs& outputs, tabl
     return rows;
 }
 
-int outputKeyColumnCount(table_id table) {
-    switch (table) {
-        case table_id::output_monthly:
-        case table_id::output_daily:
-            return 2;
-        case table_id::output_annual:
-        case table_id::output_soil_layers:
-            return 1;
-        default:
-            return 0;
-    }
-}
-
 double outputTime(const table_record& row, table_id table) {
-    const double year = row.number(1);
+    const output_key_columns& keys = outputKeyColumns(table);
+    const double year = keys.first >= 0 ? row.number(keys.first) : 0.0;  // the end of the run has no time
     switch (table) {
         case table_id::output_monthly:
-            return year + (row.number(2) - 0.5) / 12.0;
+            return year + (row.number(keys.second) - 0.5) / 12.0;
         case table_id::output_daily:
-            return year + (row.number(2) - 0.5) / 365.0;
+            return year + (row.number(keys.second) - 0.5) / 365.0;
         default:
             return year;
     }
@@ -93,7 +81,7 @@ bool outputSeries(const tellura_outputs& outputs, table_id table, const std::vec
     bool ok = true;
     for (const std::string& name : names) {
         const int column = def.fieldIndex(name);
-        if (column <= outputKeyColumnCount(table)) {
+        if (column < 0 || outputKeyColumns(table).holds(column)) {
             errors.errorf("ERROR, \"%s\" is not a variable of the %s output.\n", name.c_str(), outputTableWord(table));
             ok = false;
             continue;

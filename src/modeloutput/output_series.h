@@ -20,11 +20,6 @@ const char* outputTableWord(table_id table);
 // The rows of one output table, in time order (monthly rows by year, then month).
 std::vector<const table_record*> outputRows(const tellura_outputs& outputs, table_id table);
 
-// Key columns after the ID: Year (annual), Year and Month or Julian Day
-// (monthly, daily), Layer Number (soil layers), none at the end of the run.
-// The table's variables follow them.
-int outputKeyColumnCount(table_id table);
-
 // When a row's values hold, in fractional years: mid-month and mid-day, so
 // that each point sits inside its period.
 double outputTime(const table_record& row, table_id table);

@@ -1,6 +1,7 @@
 #include "modeloutput/output_tables.h"
 
 #include <memory>
+#include <utility>
 
 #include "app/text_format.h"
 #include "db/database.h"
@@ -15,14 +16,25 @@ namespace {
 struct output_table_kind {
     table_id table;
     bool warnDuplicates;  // false: every insert failure is an error (soil layers)
-    // " Year=%d", " Year=%d Month=%d", ... from the row's key columns
-    std::string (*keyText)(const table_record& row);
+    // " Year=%d", " Year=%d Month=%d", ... from the row's key columns; the row
+    // is of the kind's own type
+    std::string (*keyText)(const tellura_output& row);
 };
 
-std::string yearKey(const table_record& r) { return strprintf(" Year=%d", r.integer(1)); }
-std::string monthKey(const table_record& r) { return strprintf(" Year=%d Month=%d", r.integer(1), r.integer(2)); }
-std::string dayKey(const table_record& r) { return strprintf(" Year=%d Julian Day=%d", r.integer(1), r.integer(2)); }
-std::string layerKey(const table_record& r) { return strprintf(" Layer=%d", r.integer(1)); }
+std::string yearKey(const tellura_output& r) {
+    return strprintf(" Year=%d", static_cast<const annual_output&>(r).year());
+}
+std::string monthKey(const tellura_output& r) {
+    const auto& month = static_cast<const monthly_output&>(r);
+    return strprintf(" Year=%d Month=%d", month.year(), month.month());
+}
+std::string dayKey(const tellura_output& r) {
+    const auto& day = static_cast<const daily_output&>(r);
+    return strprintf(" Year=%d Julian Day=%d", day.year(), day.julianDay());
+}
+std::string layerKey(const tellura_output& r) {
+    return strprintf(" Layer=%d", static_cast<const soil_layer_output&>(r).layerNumber());
+}
 
 const output_table_kind kAnnualKind{table_id::output_annual, true, yearKey};
 const output_table_kind kMonthlyKind{table_id::output_monthly, true, monthKey};
@@ -215,7 +227,8 @@ bool loadOutputTables(database& db, int32_t id, tellura_outputs& outputs, messag
          ok;
     ok = loadRows(db, table_id::output_monthly, id, "[Year]", errors,
                   [&](const table_record& row) {
-                      static_cast<table_record&>(outputs.monthlyFor(row.integer(1), row.integer(2))) = row;
+                      monthly_output month = recordFrom<monthly_output>(row);
+                      outputs.monthlyFor(month.year(), month.month()) = std::move(month);
                       return true;
                   }) &&
          ok;

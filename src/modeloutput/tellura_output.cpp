@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "db/table_columns.h"
+
 namespace sb {
 
 namespace {
@@ -10,7 +12,44 @@ size_t bucketOf(int year) {
     int b = year % kMonthlyBuckets;
     return static_cast<size_t>(b < 0 ? b + kMonthlyBuckets : b);
 }
+
+struct output_table_keys {
+    output_key_columns endOfRun, annual, monthly, daily, layers;
+};
+
+output_table_keys findKeyColumns() {
+    const table_columns endOfRun(table_id::output, {"ID"});
+    const table_columns annual(table_id::output_annual, {"ID", "Year"});
+    const table_columns monthly(table_id::output_monthly, {"ID", "Year", "Month"});
+    const table_columns daily(table_id::output_daily, {"ID", "Year", "Julian Day"});
+    const table_columns layers(table_id::output_soil_layers, {"ID", "Layer Number"});
+    return {{endOfRun["ID"]},
+            {annual["ID"], annual["Year"]},
+            {monthly["ID"], monthly["Year"], monthly["Month"]},
+            {daily["ID"], daily["Year"], daily["Julian Day"]},
+            {layers["ID"], layers["Layer Number"]}};
+}
+
 }  // namespace
+
+const output_key_columns& outputKeyColumns(table_id table) {
+    static const output_table_keys keys = findKeyColumns();
+    static const output_key_columns none;
+    switch (table) {
+        case table_id::output:
+            return keys.endOfRun;
+        case table_id::output_annual:
+            return keys.annual;
+        case table_id::output_monthly:
+            return keys.monthly;
+        case table_id::output_daily:
+            return keys.daily;
+        case table_id::output_soil_layers:
+            return keys.layers;
+        default:
+            return none;
+    }
+}
 
 end_of_run_output& tellura_outputs::endOfRunRecord() {
     if (!hasEndOfRun) endOfRun.setValuesMissing();

@@ -10,11 +10,32 @@
 
 namespace sb {
 
+// The key columns of an output table, found by name once per table: the
+// record's ID, then Year or Layer Number, then Month or Julian Day (-1 where
+// the table has no such key). The other columns are the table's variables.
+struct output_key_columns {
+    int id = -1;
+    int first = -1;
+    int second = -1;
+    bool holds(int column) const { return column == id || column == first || column == second; }
+};
+const output_key_columns& outputKeyColumns(table_id table);
+
 class tellura_output : public table_record {
 public:
     using table_record::table_record;
-    int32_t id() const { return integer(0); }
-    void setId(int32_t id) { setNumber(0, id); }
+    int32_t id() const { return integer(keys().id); }
+    void setId(int32_t id) { setNumber(keys().id, id); }
+
+protected:
+    const output_key_columns& keys() const { return outputKeyColumns(table()); }
+    int first() const { return integer(keys().first); }
+    int second() const { return integer(keys().second); }
+    void setKeys(int first, int second) {
+        const output_key_columns& k = keys();
+        setNumber(k.first, first);
+        if (k.second >= 0) setNumber(k.second, second);
+    }
 };
 
 // End-of-run state, one row per control record (`Output`).
@@ -27,40 +48,34 @@ public:
 class annual_output : public tellura_output {
 public:
     annual_output() : tellura_output(table_id::output_annual) {}
-    int year() const { return integer(1); }
-    void setYear(int year) { setNumber(1, year); }
+    int year() const { return first(); }
+    void setYear(int year) { setKeys(year, 0); }
 };
 
 // One month of a record's run (`Output Monthly`).
 class monthly_output : public tellura_output {
 public:
     monthly_output() : tellura_output(table_id::output_monthly) {}
-    int year() const { return integer(1); }
-    int month() const { return integer(2); }
-    void setYearMonth(int year, int month) {
-        setNumber(1, year);
-        setNumber(2, month);
-    }
+    int year() const { return first(); }
+    int month() const { return second(); }
+    void setYearMonth(int year, int month) { setKeys(year, month); }
 };
 
 // One day of a record's run (`Output Daily`).
 class daily_output : public tellura_output {
 public:
     daily_output() : tellura_output(table_id::output_daily) {}
-    int year() const { return integer(1); }
-    int julianDay() const { return integer(2); }
-    void setYearDay(int year, int day) {
-        setNumber(1, year);
-        setNumber(2, day);
-    }
+    int year() const { return first(); }
+    int julianDay() const { return second(); }
+    void setYearDay(int year, int day) { setKeys(year, day); }
 };
 
 // One soil layer at the end of a record's run (`Output Soil Layers`).
 class soil_layer_output : public tellura_output {
 public:
     soil_layer_output() : tellura_output(table_id::output_soil_layers) {}
-    int layerNumber() const { return integer(1); }
-    void setLayerNumber(int layer) { setNumber(1, layer); }
+    int layerNumber() const { return first(); }
+    void setLayerNumber(int layer) { setKeys(layer, 0); }
 };
 
 constexpr int kMonthlyBuckets = 200;  // monthly records are kept in lists by year modulo 200

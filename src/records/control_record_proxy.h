@@ -11,7 +11,7 @@ class table_record;
 class record_proxy {
 public:
     virtual ~record_proxy() = default;
-    // Takes the number and the record's ID (column 0 of the row) and formats the label.
+    // Takes the number and the record's ID from a `Control Records` row and formats the label.
     virtual void setFromRow(int32_t number, const table_record& row);
 
     int32_t recordNumber = 0;  // 1-based position in the navigation order

@@ -11,10 +11,10 @@ namespace sb {
 
 namespace {
 
-constexpr int kNameColumn = 0;  // every option table begins Name, Description
-constexpr int kDescriptionColumn = 1;
-
-bool isParameterColumn(int column) { return column != kNameColumn && column != kDescriptionColumn; }
+// Every option table holds its option's Name and Description beside the parameters.
+bool isParameterColumn(const database_maker_table& def, int column) {
+    return column != def.fieldIndex("Name") && column != def.fieldIndex("Description");
+}
 
 // "NAME(i,j)" -> base "NAME", subscripts {i, j}. False for names with no
 // subscripts or with anything after the closing parenthesis.
@@ -67,7 +67,7 @@ void option_layout::addEntry(const option_sequence_entry& entry, bool writes) {
     std::vector<option_line> expanded;
     if (std::string_view(entry.written) == "*") {
         for (int column = 0; column < static_cast<int>(def.fields().size()); ++column)
-            if (isParameterColumn(column))
+            if (isParameterColumn(def, column))
                 expanded.push_back({toUpper(def.fields()[static_cast<size_t>(column)].name), column});
     } else {
         std::vector<std::string> names = expandNamePattern(entry.written);
@@ -79,7 +79,7 @@ void option_layout::addEntry(const option_sequence_entry& entry, bool writes) {
         }
         for (size_t i = 0; i < names.size(); ++i) {
             int column = def.fieldIndex(columns[i]);
-            if (column < 0 || !isParameterColumn(column)) {
+            if (column < 0 || !isParameterColumn(def, column)) {
                 problems_.push_back(strprintf("%s: no column \"%s\" for \"%s\"", optionMember(kind_).cliName,
                                               columns[i].c_str(), names[i].c_str()));
                 continue;
@@ -109,7 +109,7 @@ void option_layout::addReadForm(const std::string& name, int column) {
 void option_layout::addColumnNames() {
     const database_maker_table& def = tableDef(optionMember(kind_).table);
     for (int column = 0; column < static_cast<int>(def.fields().size()); ++column)
-        if (isParameterColumn(column)) addReadForm(def.fields()[static_cast<size_t>(column)].name, column);
+        if (isParameterColumn(def, column)) addReadForm(def.fields()[static_cast<size_t>(column)].name, column);
 }
 
 void option_layout::finishArrays() {

@@ -13,9 +13,6 @@ namespace sb {
 
 namespace {
 
-constexpr int kNameColumn = 0;
-constexpr int kDescriptionColumn = 1;
-
 bool isByte(int type) { return type == kTypeByte || type == kTypeByteSigned; }
 
 // Where the array element named by the line lives: nullptr when the line names
@@ -132,14 +129,14 @@ bool option_record::writeProfileValues(std::string& out, const release_profile& 
 void option_record::fromRow(const table_record& row) {
     if (row.table() != table()) return;  // a row of another table would change the record's kind
     static_cast<table_record&>(*this) = row;
-    name = text(kNameColumn);
-    description = text(kDescriptionColumn);
+    name = text(std::string_view("Name"));
+    description = text(std::string_view("Description"));
 }
 
 table_record option_record::toRow() const {
     table_record row = *this;
-    row.setText(kNameColumn, name);
-    row.setText(kDescriptionColumn, description);
+    row.setText(std::string_view("Name"), name);
+    row.setText(std::string_view("Description"), description);
     return row;
 }
 

@@ -36,7 +36,11 @@ constexpr climate_series kClimateSeries[] = {
     {"TMX2M", "Temperature Max", &weather_month_means::tmx2m},
 };
 
-// The columns of the three climate tables, looked up once by name.
+// The columns of the station list and the three climate tables, looked up once by name.
+const table_columns& stationColumns() {
+    static const table_columns c(table_id::weather_stations, {"ID", "Description"});
+    return c;
+}
 const table_columns& meansColumns() {
     static const table_columns c(table_id::weather_averages,
                                  {"ID", "Month", "PRECIP", "TMN2M", "TMX2M", "PRCSTD", "PRCSKW"});
@@ -258,11 +262,12 @@ bool loadWeatherStations(database& db, tellura_weather_stations& list, message_s
         appendStatusText(status, errors);
         return false;
     }
+    const table_columns& stationColumn = stationColumns();
     db_status s;
     for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) {
         tellura_weather_station station;
-        station.id = rows->row().integer(0);
-        station.description = rows->row().text(1);
+        station.id = rows->row().integer(stationColumn["ID"]);
+        station.description = rows->row().text(stationColumn["Description"]);
         list.stations.push_back(std::move(station));
     }
     if (!readToTheEnd(s, tableName(table_id::weather_stations), errors)) return false;
@@ -302,11 +307,12 @@ bool emptyTable(database& db, table_id table, message_sink& errors) {
 // Inserts the station rows and the means of the stations that have them; the
 // caller has deleted what they replace.
 bool insertStations(database& db, const std::vector<const tellura_weather_station*>& stations, message_sink& errors) {
+    const table_columns& stationColumn = stationColumns();
     bool ok = insertRows(
         db, table_id::weather_stations, stations.size(),
         [&](size_t i, table_record& row) {
-            row.setNumber(0, stations[i]->id);
-            row.setText(1, stations[i]->description);
+            row.setNumber(stationColumn["ID"], stations[i]->id);
+            row.setText(stationColumn["Description"], stations[i]->description);
         },
         errors);
     std::vector<std::pair<const tellura_weather_station*, size_t>> means;  // (station, month index)

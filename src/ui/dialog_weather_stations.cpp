@@ -15,6 +15,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "app/number_text.h"
 #include "app/text_format.h"
 #include "db/database.h"
 #include "records/store_session.h"
@@ -30,6 +31,11 @@ const char* const kSeries[] = {"Precipitation", "Precipitation STD", "Precipitat
 float weather_month_means::*const kSeriesField[] = {&weather_month_means::precip, &weather_month_means::prcstd,
                                                     &weather_month_means::prcskw, &weather_month_means::tmn2m,
                                                     &weather_month_means::tmx2m};
+
+// A stored value as the fewest digits that read back as it: the means are
+// edited in place and read back from the cells, so a shorter text would change
+// a value the user never touched.
+QString singleText(float value) { return QString::fromStdString(shortestSingleText(value)); }
 
 // The history lists: the date columns, then one column per stored value.
 template <typename Record>
@@ -67,8 +73,7 @@ void setHistoryRow(QTableWidget* table, int row, std::initializer_list<int> date
                    const history_column<Record> (&columns)[N]) {
     int column = 0;
     for (int part : date) table->setItem(row, column++, new QTableWidgetItem(QString::number(part)));
-    for (const auto& c : columns)
-        table->setItem(row, column++, new QTableWidgetItem(QString::number(record.*c.value, 'g', 7)));
+    for (const auto& c : columns) table->setItem(row, column++, new QTableWidgetItem(singleText(record.*c.value)));
 }
 
 }  // namespace
@@ -221,8 +226,7 @@ void dialog_weather_stations::showStation(int index) {
     description_->setText(QString::fromStdString(s.description));
     for (int r = 0; r < 5; ++r)
         for (int m = 0; m < 12; ++m)
-            means_->setItem(
-                r, m, new QTableWidgetItem(QString::number(s.means[static_cast<size_t>(m)].*kSeriesField[r], 'g', 7)));
+            means_->setItem(r, m, new QTableWidgetItem(singleText(s.means[static_cast<size_t>(m)].*kSeriesField[r])));
     loadHistory(index);
     fillHistory();
 }

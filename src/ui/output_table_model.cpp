@@ -1,18 +1,17 @@
 #include "ui/output_table_model.h"
 
-#include "modeloutput/output_series.h"
+#include "modeloutput/tellura_output.h"
 
 namespace sb {
 
-output_table_model::output_table_model(table_id table, QObject* parent) : QAbstractTableModel(parent), table_(table) {}
+output_table_model::output_table_model(table_id table, QObject* parent)
+    : QAbstractTableModel(parent), table_(table), idColumn_(outputKeyColumns(table).id) {}
 
 void output_table_model::setRows(std::vector<table_record> rows) {
     beginResetModel();
     rows_ = std::move(rows);
     endResetModel();
 }
-
-int output_table_model::keyColumnCount() const { return outputKeyColumnCount(table_); }
 
 int output_table_model::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(rows_.size());
@@ -30,7 +29,8 @@ QVariant output_table_model::data(const QModelIndex& index, int role) const {
     const int column = tableColumn(index.column());
     if (row.isMissing(column)) return QString();  // the model did not give it: empty, not 0
     const double v = row.number(column);
-    return index.column() < keyColumnCount() ? QString::number(static_cast<long long>(v)) : QString::number(v, 'g', 7);
+    return outputKeyColumns(table_).holds(column) ? QString::number(static_cast<long long>(v))
+                                                  : QString::number(v, 'g', 7);
 }
 
 QVariant output_table_model::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -16,10 +16,8 @@ public:
     void setRows(std::vector<table_record> rows);
     const std::vector<table_record>& rows() const { return rows_; }
     table_id table() const { return table_; }
-    // Columns of the time key (Year, and Month or Julian Day) at the left.
-    int keyColumnCount() const;
-    // Catalogue column behind a model column.
-    int tableColumn(int modelColumn) const { return modelColumn + 1; }
+    // Catalogue column behind a model column: every column in catalogue order, the ID left out.
+    int tableColumn(int modelColumn) const { return modelColumn < idColumn_ ? modelColumn : modelColumn + 1; }
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -28,6 +26,7 @@ public:
 
 private:
     table_id table_;
+    int idColumn_;
     std::vector<table_record> rows_;
 };
 

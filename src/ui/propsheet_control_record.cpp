@@ -31,6 +31,7 @@ propsheet_control_record::propsheet_control_record(tellura_control_record& recor
     const int fixedFirst = row.fieldIndex("Hydric") + 1;
     const int runFirst = row.fieldIndex("Organic Matter Decomposition Model");
     const int rowEnd = static_cast<int>(row.fields().size());
+    const int siteFirst = site.fieldIndex("ID") + 1;  // the site row's ID is the record's own
     const int dailyFirst = site.fieldIndex("TIMSTEP");
     const int siteEnd = static_cast<int>(site.fields().size());
 
@@ -39,7 +40,7 @@ propsheet_control_record::propsheet_control_record(tellura_control_record& recor
         property_page_columns::plain(0, fixedFirst),
         property_page_columns::byInitialLetter(row, fixedFirst, runFirst),
         property_page_columns::plain(runFirst, rowEnd),
-        property_page_columns::plain(1, dailyFirst),  // the ID is the record's own
+        property_page_columns::plain(siteFirst, dailyFirst),
         property_page_columns::plain(dailyFirst, siteEnd),
     };
     tabs_ = new QTabWidget(this);
@@ -63,7 +64,7 @@ bool propsheet_control_record::applyTo(tellura_control_record& record, message_s
     for (size_t i = 0; i < pages_.size(); ++i)
         ok = pages_[i]->apply(i < kRowPages ? static_cast<table_record&>(row) : site, errors) && ok;
     if (!ok) return false;
-    const int32_t id = static_cast<int32_t>(row.number(0));
+    const int32_t id = static_cast<int32_t>(row.number(std::string_view("ID")));
     record.row = row;
     record.site = site;
     record.setId(id);  // the site row follows the record's ID

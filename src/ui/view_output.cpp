@@ -46,8 +46,10 @@ QStringList defaultVariables(table_id table, const output_table_model& model) {
     for (const QString& name : preferred)
         if (holdsData(tableDef(table).fieldIndex(name.toStdString()))) return preferred;
     QStringList withData;
-    for (size_t c = static_cast<size_t>(1 + model.keyColumnCount()); c < fields.size() && withData.size() < 2; ++c)
-        if (holdsData(static_cast<int>(c))) withData << QString::fromStdString(fields[c].name);
+    const output_key_columns& keys = outputKeyColumns(table);
+    for (size_t c = 0; c < fields.size() && withData.size() < 2; ++c)
+        if (!keys.holds(static_cast<int>(c)) && holdsData(static_cast<int>(c)))
+            withData << QString::fromStdString(fields[c].name);
     return withData.isEmpty() ? preferred : withData;
 }
 
@@ -62,7 +64,8 @@ view_output::view_output(doc_soilbench& doc, table_id table, QWidget* parent)
     variables_ = new QListWidget(this);
     variables_->setObjectName(QStringLiteral("variables"));
     const auto& fields = tableDef(table).fields();
-    for (size_t c = static_cast<size_t>(1 + model_->keyColumnCount()); c < fields.size(); ++c) {
+    for (size_t c = 0; c < fields.size(); ++c) {
+        if (outputKeyColumns(table).holds(static_cast<int>(c))) continue;  // the variables only
         auto* item = new QListWidgetItem(QString::fromStdString(fields[c].name), variables_);
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(Qt::Unchecked);

@@ -114,8 +114,8 @@ TEST_F(OutputTables, OtherInsertFailuresAreEachReportedAndKeepTheEarlierOutputs)
     out.annualFor(40000);  // beyond a SMALLINT year
     out.annualFor(1991);
     out.soilLayers.resize(2);
-    out.soilLayers[0].setNumber(1, 1);
-    out.soilLayers[1].setNumber(1, 1);  // layers have no duplicate warning
+    out.soilLayers[0].setLayerNumber(1);
+    out.soilLayers[1].setLayerNumber(1);  // layers have no duplicate warning
     EXPECT_FALSE(saveOutputs(*db, 4, out, errors));
     EXPECT_NE(errors.text().find("ERROR, unable to insert into table [Output Annual] ID=4 Year=40000\n"),
               std::string::npos)
@@ -134,7 +134,7 @@ TEST_F(OutputTables, ReadBackKeepsFourteenSoilLayers) {
     tellura_outputs out;
     for (int layer = 1; layer <= 15; ++layer) {
         out.soilLayers.emplace_back();
-        out.soilLayers.back().setNumber(1, layer);
+        out.soilLayers.back().setLayerNumber(layer);
     }
     sb::message_sink errors;
     ASSERT_TRUE(saveOutputs(*db, 5, out, errors)) << errors;
@@ -192,7 +192,7 @@ TEST(OutputToInput, SoilFillTakesTheLayerRows) {
     for (int layer : {2, 3}) {
         outputs.soilLayers.emplace_back();
         auto& row = outputs.soilLayers.back();
-        row.setNumber(1, layer);
+        row.setLayerNumber(layer);
         row.setNumber("Mineral N", layer + 0.5);
         row.setNumber("Mineral S", layer + 0.25);
         row.setNumber("Initial Relative Water Content", 0.5);

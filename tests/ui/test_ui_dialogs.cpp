@@ -396,8 +396,16 @@ private slots:
             auto* d = qobject_cast<dialog_weather_stations*>(m);
             QVERIFY(d);
             d->addStation(42, "Hill farm");
-            d->means()->item(0, 6)->setText("81.5");   // July precipitation
-            d->means()->item(4, 0)->setText("-2.25");  // January maximum temperature
+            d->means()->item(0, 6)->setText("81.5");       // July precipitation
+            d->means()->item(4, 0)->setText("-2.25");      // January maximum temperature
+            d->means()->item(1, 2)->setText("30.539165");  // March precipitation STD: eight digits
+            d->accept();
+        });
+        // Shown again and accepted untouched, every mean reads back as it was stored.
+        runEditor(command_id::editWeatherStations, [](QWidget* m) {
+            auto* d = qobject_cast<dialog_weather_stations*>(m);
+            QVERIFY(d);
+            d->stationList()->setCurrentItem(d->stationList()->findItems("42 Hill farm", Qt::MatchExactly).first());
             d->accept();
         });
         tellura_weather_stations stations;
@@ -408,6 +416,7 @@ private slots:
         QCOMPARE(s->description, std::string("Hill farm"));
         QCOMPARE(s->means[6].precip, 81.5f);
         QCOMPARE(s->means[0].tmx2m, -2.25f);
+        QCOMPARE(s->means[2].prcstd, 30.539165f);
     }
 
     void weatherHistoryIsListedAndDaysAndStationsDeleted() {
