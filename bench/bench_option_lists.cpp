@@ -85,7 +85,7 @@ void BM_SoilsInOntoOtherLayers(benchmark::State& state) {
     for (int i = 0; i < kMaxSoilLayers; ++i) {
         soil.insertLayer(i, errors);
         soil.layers[static_cast<size_t>(i)].setDepth((i + 1) * 7);
-        soil.layers[static_cast<size_t>(i)].setValue(kLayerFieldCapacity, 0.3 + i * 0.01);
+        soil.layers[static_cast<size_t>(i)].setValue("Field Capacity", 0.3 + i * 0.01);
     }
     std::vector<int> target = {2, 5, 10, 20, 30, 45, 60, 75, 90, 105, 120, 150};
     for (auto _ : state) benchmark::DoNotOptimize(soilsInText(soil, target).size());

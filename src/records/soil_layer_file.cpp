@@ -13,10 +13,18 @@ namespace sb {
 namespace {
 
 // The properties of a line after the two depths, in file order.
-constexpr soil_layer_column kLineColumns[] = {
-    kLayerBulkDensity, kLayerFieldCapacity, kLayerWiltingPoint,  kLayerEcoeff,   kLayerTcoeff,
-    kLayerSand,        kLayerClay,          kLayerOrganicMatter, kLayerDeltamin, kLayerSaturatedConductivity,
-    kLayerPh,
+constexpr const char* kLineColumns[] = {
+    "Bulk Density",
+    "Field Capacity",
+    "Wilting Point",
+    "ECOEFF",
+    "TCOEFF",
+    "Fraction Of Sand",
+    "Fraction Of Clay",
+    "Organic Matter",
+    "DELTAMIN",
+    "Saturated Conductivity",
+    "pH",
 };
 
 constexpr int kMaxDepthCm = 32767;  // the Depth column is 16 bits
@@ -81,8 +89,7 @@ bool readSoilLayerText(const std::string& text, const std::string& path, tellura
             return;
         }
         ++read.layerCount;
-        layer.setNumber(kLayerSoilId, read.soilId());
-        layer.setNumber(kLayerNumber, read.layerCount);
+        layer.setKeys(read.soilId(), read.layerCount);
     });
     if (ok && read.layerCount == 0) {
         errors.errorf("ERROR, no soil layers in soil file \"%s\".\n", path.c_str());
@@ -90,8 +97,9 @@ bool readSoilLayerText(const std::string& text, const std::string& path, tellura
     }
     if (!ok) return false;
     // The file is the whole profile: the soil's layer counts follow it.
-    read.setNumber(kSoilNumberOfLayers, read.layerCount);
-    if (read.integer(kSoilLayersInTopLevel) > read.layerCount) read.setNumber(kSoilLayersInTopLevel, read.layerCount);
+    read.setValue("Number of Layers", read.layerCount);
+    if (read.value("Number of Layers in Top Level") > read.layerCount)
+        read.setValue("Number of Layers in Top Level", read.layerCount);
     soil = std::move(read);
     return true;
 }
@@ -105,7 +113,7 @@ bool readSoilLayerFile(const std::string& path, tellura_soil& soil, message_sink
 std::string soilsInText(const tellura_soil& soil, const std::vector<int>& targetBottoms) {
     std::vector<int> sourceBottoms = soil.layerDepths();
     std::vector<std::vector<double>> columns;
-    for (soil_layer_column column : kLineColumns) {
+    for (const char* column : kLineColumns) {
         std::vector<double> values;
         for (int i = 0; i < soil.layerCount; ++i) values.push_back(soil.layers[static_cast<size_t>(i)].value(column));
         columns.push_back(relayer(sourceBottoms, values, targetBottoms));

@@ -6,6 +6,7 @@
 #include "app/text_format.h"
 #include "db/database.h"
 #include "db/database_maker.h"
+#include "db/table_columns.h"
 #include "paramfile/field_setter.h"
 #include "records/store_session.h"
 
@@ -30,36 +31,57 @@ constexpr double kDefaultBottomsB[] = {0.15, 0.3, 0.45, 0.6, 0.9, 1.05, 1.2, 1.3
 constexpr int kTranspirationCheckedLayers = 10;
 constexpr double kDepthTolerance = 0.001;
 
-// How a site parameter lands in the soil.
+// The columns code names, looked up once by name.
+const table_columns& layerColumns() {
+    static const table_columns c(
+        table_id::soil_layers,
+        {"Soil ID", "Layer Number", "Depth", "Wilting Point", "Field Capacity", "Mineral N", "Mineral P", "Mineral S",
+         "Initial Relative Water Content", "Transpiration Loss Weighing Factor", "Bulk Density", "TCOEFF",
+         "Fraction Of Sand", "Fraction Of Clay", "Organic Matter", "DELTAMIN", "Saturated Conductivity", "pH",
+         "ECOEFF"});
+    return c;
+}
+const table_columns& soilColumns() {
+    static const table_columns c(
+        table_id::soils, {"Soil ID", "Name", "Fraction of Sand", "Fraction of Silt", "Fraction of Clay", "Bulk Density",
+                          "Number of Layers", "Number of Layers in Top Level", "Drain", "Base Flow", "Storm Flow",
+                          "PRECRO", "FRACRO", "SWFlag", "Labile P Slope Fraction", "Maximum P Sorption"});
+    return c;
+}
+
+// How a site parameter lands in the soil: a `Soils` column, or a column of
+// the layer its subscript names.
 enum class site_target { soil, layer, layer_depth, layer_minerals };
 struct site_soil_field {
     const char* name;
     site_target target;
-    int column;
+    const char* column;
 };
 const site_soil_field kSiteSoilFields[] = {
-    {"AWILT", site_target::layer, kLayerWiltingPoint},
-    {"AFIEL", site_target::layer, kLayerFieldCapacity},
-    {"ADEP", site_target::layer_depth, kLayerDepth},
-    {"AWTL", site_target::layer, kLayerTranspirationLossFactor},
-    {"RWCF", site_target::layer, kLayerInitialRelativeWater},
-    {"MINERL", site_target::layer_minerals, kLayerMineralN},
-    {"BULKD", site_target::soil, kSoilBulkDensity},
-    {"BASEF", site_target::soil, kSoilBaseFlow},
-    {"CLAY", site_target::soil, kSoilClay},
-    {"SAND", site_target::soil, kSoilSand},
-    {"SILT", site_target::soil, kSoilSilt},
-    {"DRAIN", site_target::soil, kSoilDrain},
-    {"FRACRO", site_target::soil, kSoilFracro},
-    {"PRECRO", site_target::soil, kSoilPrecro},
-    {"NLAYER", site_target::soil, kSoilNumberOfLayers},
-    {"NLAYPG", site_target::soil, kSoilLayersInTopLevel},
-    {"PSLSRB", site_target::soil, kSoilLabilePSlope},
-    {"SORPMX", site_target::soil, kSoilMaxPSorption},
-    {"STORMF", site_target::soil, kSoilStormFlow},
-    {"SWFLAG", site_target::soil, kSoilSwFlag},
+    {"AWILT", site_target::layer, "Wilting Point"},
+    {"AFIEL", site_target::layer, "Field Capacity"},
+    {"ADEP", site_target::layer_depth, "Depth"},
+    {"AWTL", site_target::layer, "Transpiration Loss Weighing Factor"},
+    {"RWCF", site_target::layer, "Initial Relative Water Content"},
+    {"MINERL", site_target::layer_minerals, nullptr},
+    {"BULKD", site_target::soil, "Bulk Density"},
+    {"BASEF", site_target::soil, "Base Flow"},
+    {"CLAY", site_target::soil, "Fraction of Clay"},
+    {"SAND", site_target::soil, "Fraction of Sand"},
+    {"SILT", site_target::soil, "Fraction of Silt"},
+    {"DRAIN", site_target::soil, "Drain"},
+    {"FRACRO", site_target::soil, "FRACRO"},
+    {"PRECRO", site_target::soil, "PRECRO"},
+    {"NLAYER", site_target::soil, "Number of Layers"},
+    {"NLAYPG", site_target::soil, "Number of Layers in Top Level"},
+    {"PSLSRB", site_target::soil, "Labile P Slope Fraction"},
+    {"SORPMX", site_target::soil, "Maximum P Sorption"},
+    {"STORMF", site_target::soil, "Storm Flow"},
+    {"SWFLAG", site_target::soil, "SWFlag"},
 };
-constexpr int kMineralElements = 3;  // N, P, S
+// MINERL(i,k): k = 1 N, 2 P, 3 S.
+constexpr const char* kMineralColumns[] = {"Mineral N", "Mineral P", "Mineral S"};
+constexpr int kMineralElements = static_cast<int>(std::size(kMineralColumns));
 
 // Byte columns keep whole values within 0..255, so that saving cannot fail on them.
 void storeValue(table_record& record, int column, double value) {
@@ -93,16 +115,31 @@ void checkDepths(const tellura_soil& soil, const double* bottoms, int tableSize,
 
 }  // namespace
 
+int soil_layer::depth() const { return integer(layerColumns()["Depth"]); }
+void soil_layer::setDepth(int cm) { setNumber(layerColumns()["Depth"], cm); }
+double soil_layer::value(std::string_view column) const { return single(layerColumns()[column]); }
+void soil_layer::setValue(std::string_view column, double v) { setNumber(layerColumns()[column], v); }
+
+void soil_layer::setKeys(int32_t soilId, int number) {
+    const table_columns& c = layerColumns();
+    setNumber(c["Soil ID"], soilId);
+    setNumber(c["Layer Number"], number);
+}
+
+int32_t tellura_soil::soilId() const { return integer(soilColumns()["Soil ID"]); }
+void tellura_soil::setSoilId(int32_t id) { setNumber(soilColumns()["Soil ID"], id); }
+std::string tellura_soil::name() const { return text(soilColumns()["Name"]); }
+void tellura_soil::setName(std::string value) { setText(soilColumns()["Name"], std::move(value)); }
+double tellura_soil::value(std::string_view column) const { return number(soilColumns()[column]); }
+void tellura_soil::setValue(std::string_view column, double v) { setNumber(soilColumns()[column], v); }
+
 const char* waterHoldingOptionText(int swflag) {
     if (swflag < 0 || swflag >= kWaterHoldingOptionCount) return nullptr;
     return kWaterHoldingOptions[swflag];
 }
 
 void tellura_soil::renumberLayers() {
-    for (int i = 0; i < kMaxSoilLayers; ++i) {
-        layers[static_cast<size_t>(i)].setNumber(kLayerSoilId, soilId());
-        layers[static_cast<size_t>(i)].setNumber(kLayerNumber, i + 1);
-    }
+    for (int i = 0; i < kMaxSoilLayers; ++i) layers[static_cast<size_t>(i)].setKeys(soilId(), i + 1);
 }
 
 bool tellura_soil::insertLayer(int position, message_sink& errors) {
@@ -136,8 +173,8 @@ bool tellura_soil::deleteLayer(int position, message_sink& errors) {
 std::string tellura_soil::layerListText(int position) const {
     const soil_layer& layer = layers.at(static_cast<size_t>(position));
     return strprintf("%d: %d cm - afiel=%lg awilt=%lg N=%lg P=%lg S=%lg", position + 1, layer.depth(),
-                     layer.value(kLayerFieldCapacity), layer.value(kLayerWiltingPoint), layer.value(kLayerMineralN),
-                     layer.value(kLayerMineralP), layer.value(kLayerMineralS));
+                     layer.value("Field Capacity"), layer.value("Wilting Point"), layer.value("Mineral N"),
+                     layer.value("Mineral P"), layer.value("Mineral S"));
 }
 
 std::vector<int> tellura_soil::layerDepths() const {
@@ -150,7 +187,7 @@ void tellura_soil::checkForRun(int version, message_sink& errors) const {
     if (version < 4 && layerCount > 0) {
         std::string soilName = name();
         for (int i = 0; i < std::min(layerCount, kTranspirationCheckedLayers); ++i)
-            if (layers[static_cast<size_t>(i)].single(kLayerTranspirationLossFactor) == 0.0f)
+            if (layers[static_cast<size_t>(i)].value("Transpiration Loss Weighing Factor") == 0.0)
                 errors.warningf("WARNING, Soil %s transpiration loss factor is zero in layer %d.\n", soilName.c_str(),
                                 i + 1);
     }
@@ -163,7 +200,7 @@ bool tellura_soil::setFieldBySiteName(std::string_view name, double value, messa
     for (const site_soil_field& field : kSiteSoilFields) {
         if (field.target == site_target::soil) {
             if (!iequals(name, field.name)) continue;
-            storeValue(*this, field.column, value);
+            storeValue(*this, soilColumns()[field.column], value);
             return true;
         }
         field_setter setter(name, value, errors);
@@ -176,8 +213,8 @@ bool tellura_soil::setFieldBySiteName(std::string_view name, double value, messa
         soil_layer& target = layers[static_cast<size_t>(layer)];
         if (field.target == site_target::layer_depth) target.setDepth(wholeCentimetres(value));
         else if (field.target == site_target::layer_minerals)
-            target.setValue(static_cast<soil_layer_column>(field.column + index % kMineralElements), value);
-        else target.setValue(static_cast<soil_layer_column>(field.column), value);
+            target.setValue(kMineralColumns[index % kMineralElements], value);
+        else target.setValue(field.column, value);
         if (layer + 1 > layerCount) {
             layerCount = layer + 1;
             renumberLayers();
@@ -223,10 +260,11 @@ bool tellura_soils::load(database& db, message_sink& errors) {
         return false;
     }
     bool ok = true;
+    const int soilIdColumn = layerColumns()["Soil ID"], numberColumn = layerColumns()["Layer Number"];
     for (status = rows->moveFirst(); status.ok(); status = rows->moveNext()) {
         const table_record& row = rows->row();
-        long id = row.integer(kLayerSoilId);
-        int number = row.integer(kLayerNumber);
+        long id = row.integer(soilIdColumn);
+        int number = row.integer(numberColumn);
         tellura_soil* soil = find(static_cast<int32_t>(id));
         if (!soil) {
             errors.errorf("ERROR, layer found but no soil, ID = %ld.\n", id);
@@ -296,8 +334,7 @@ bool saveSoil(database& db, const tellura_soil& soil, message_sink& errors) {
     }
     for (int i = 0; i < soil.layerCount; ++i) {
         soil_layer layer = soil.layers[static_cast<size_t>(i)];
-        layer.setNumber(kLayerSoilId, soil.soilId());
-        layer.setNumber(kLayerNumber, i + 1);
+        layer.setKeys(soil.soilId(), i + 1);
         status = rows->insert(layer);
         if (status.failed()) {  // every refused layer is reported; then nothing is kept
             errors.error("ERROR, unable to insert soil layer.\n");

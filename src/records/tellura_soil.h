@@ -17,62 +17,17 @@ class database;
 
 constexpr int kMaxSoilLayers = 14;
 
-// Column positions of `Soil Layers`, in table order.
-enum soil_layer_column : int {
-    kLayerSoilId,
-    kLayerNumber,
-    kLayerDepth,
-    kLayerWiltingPoint,
-    kLayerFieldCapacity,
-    kLayerMineralN,
-    kLayerMineralP,
-    kLayerMineralS,
-    kLayerInitialRelativeWater,
-    kLayerTranspirationLossFactor,
-    kLayerBulkDensity,
-    kLayerTcoeff,
-    kLayerSand,
-    kLayerClay,
-    kLayerOrganicMatter,
-    kLayerDeltamin,
-    kLayerSaturatedConductivity,
-    kLayerPh,
-    kLayerEcoeff,
-    kLayerColumnCount
-};
-
-// Column positions of `Soils`, in table order.
-enum soil_column : int {
-    kSoilId,
-    kSoilName,
-    kSoilSoils5Id,
-    kSoilMapUnitSymbol,
-    kSoilSand,
-    kSoilSilt,
-    kSoilClay,
-    kSoilRock,
-    kSoilBulkDensity,
-    kSoilNumberOfLayers,
-    kSoilLayersInTopLevel,
-    kSoilDrain,
-    kSoilBaseFlow,
-    kSoilStormFlow,
-    kSoilPrecro,
-    kSoilFracro,
-    kSoilSwFlag,
-    kSoilPh,
-    kSoilLabilePSlope,
-    kSoilMaxPSorption,
-    kSoilColumnCount
-};
-
+// A layer's properties are read and written by their `Soil Layers` column
+// names ("Wilting Point", "Mineral N", ...), each found once.
 class soil_layer : public table_record {
 public:
     soil_layer() : table_record(table_id::soil_layers) {}
-    int depth() const { return integer(kLayerDepth); }  // bottom of the layer, cm from the surface
-    void setDepth(int cm) { setNumber(kLayerDepth, cm); }
-    double value(soil_layer_column column) const { return single(column); }
-    void setValue(soil_layer_column column, double v) { setNumber(column, v); }
+    int depth() const;  // bottom of the layer, cm from the surface
+    void setDepth(int cm);
+    double value(std::string_view column) const;
+    void setValue(std::string_view column, double v);
+    // The soil's ID and the layer's number (1 for the top) in its own columns.
+    void setKeys(int32_t soilId, int number);
 };
 
 // The water-holding option texts; the option's value is its position (0..6).
@@ -83,10 +38,13 @@ const char* waterHoldingOptionText(int swflag);
 class tellura_soil : public table_record {
 public:
     tellura_soil() : table_record(table_id::soils) {}
-    int32_t soilId() const { return integer(kSoilId); }
-    void setSoilId(int32_t id) { setNumber(kSoilId, id); }
-    std::string name() const { return text(kSoilName); }
-    void setName(std::string value) { setText(kSoilName, std::move(value)); }
+    int32_t soilId() const;
+    void setSoilId(int32_t id);
+    std::string name() const;
+    void setName(std::string value);
+    // A value of the `Soils` row by its column name ("Number of Layers", "SWFlag", ...).
+    double value(std::string_view column) const;
+    void setValue(std::string_view column, double v);
 
     // Layers 0 .. layerCount-1 are the soil's; the Layer Number of each is its position + 1.
     int layerCount = 0;

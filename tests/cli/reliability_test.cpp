@@ -55,7 +55,7 @@ project_state stateOf(const std::string& path) {
     EXPECT_TRUE(soils.load(*db, errors)) << errors;
     if (const sb::tellura_soil* soil = soils.find(record.soilId())) {
         state.layers = soil->layerCount;
-        state.numberOfLayers = soil->integer(sb::kSoilNumberOfLayers);
+        state.numberOfLayers = static_cast<int>(soil->value("Number of Layers"));
     }
     state.soils = soils.soils.size();
     sb::tellura_weather_stations stations;

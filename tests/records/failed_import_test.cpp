@@ -105,8 +105,8 @@ TEST(FailedImports, ABadLineLeavesTheStationOrSoilAsItWas) {
         EXPECT_TRUE(sameStation(station, heldStation()));
         const tellura_soil held = heldSoil();
         EXPECT_EQ(soil.layerDepths(), held.layerDepths());
-        EXPECT_FLOAT_EQ(soil.layers[1].value(kLayerBulkDensity), 1.4f);
-        EXPECT_EQ(soil.integer(kSoilNumberOfLayers), 2);
+        EXPECT_FLOAT_EQ(soil.layers[1].value("Bulk Density"), 1.4f);
+        EXPECT_EQ(soil.value("Number of Layers"), 2);
     }
 }
 

@@ -23,7 +23,7 @@ tellura_soil soilWithDepths(const char* name, const std::vector<int>& depths) {
         soil.insertLayer(soil.layerCount, errors);
         soil_layer& layer = soil.layers[static_cast<size_t>(soil.layerCount - 1)];
         layer.setDepth(depth);
-        layer.setValue(kLayerTranspirationLossFactor, 0.5);
+        layer.setValue("Transpiration Loss Weighing Factor", 0.5);
     }
     return soil;
 }
@@ -34,10 +34,10 @@ TEST(SoilLayers, InsertDeleteAndTheListText) {
     ASSERT_TRUE(soil.insertLayer(1, errors));
     EXPECT_EQ(soil.layerCount, 4);
     EXPECT_EQ(soil.layerDepths(), (std::vector<int>{10, 0, 20, 30}));
-    EXPECT_EQ(soil.layers[3].integer(kLayerNumber), 4);
+    EXPECT_EQ(soil.layers[3].number("Layer Number"), 4);
     ASSERT_TRUE(soil.deleteLayer(0, errors));
     EXPECT_EQ(soil.layerDepths(), (std::vector<int>{0, 20, 30}));
-    EXPECT_EQ(soil.layers[0].integer(kLayerNumber), 1);
+    EXPECT_EQ(soil.layers[0].number("Layer Number"), 1);
     EXPECT_EQ(errors.text(), "");
 
     EXPECT_FALSE(soil.deleteLayer(3, errors));
@@ -57,9 +57,9 @@ TEST(SoilLayers, InsertDeleteAndTheListText) {
     EXPECT_EQ(full.layerCount, 14);
 
     soil_layer& layer = soil.layers[1];  // at 20 cm
-    layer.setValue(kLayerFieldCapacity, 0.3);
-    layer.setValue(kLayerWiltingPoint, 0.125);
-    layer.setValue(kLayerMineralN, 1.5);
+    layer.setValue("Field Capacity", 0.3);
+    layer.setValue("Wilting Point", 0.125);
+    layer.setValue("Mineral N", 1.5);
     EXPECT_EQ(soil.layerListText(1), "2: 20 cm - afiel=0.3 awilt=0.125 N=1.5 P=0 S=0");
     EXPECT_STREQ(waterHoldingOptionText(0), "Use actual data from file.");
     EXPECT_STREQ(waterHoldingOptionText(6), "Use Rawls for afiel (-0.10 bar)");
@@ -115,7 +115,7 @@ TEST(SoilRunCheck, DepthsAgainstTheReleasesDefaultLayersAndZeroTranspirationFact
         tellura_soil soil = soilWithDepths(c.name, c.depths);
         sb::message_sink warnings;
         for (int layer : c.zeroFactorLayers)
-            soil.layers[static_cast<size_t>(layer - 1)].setValue(kLayerTranspirationLossFactor, 0);
+            soil.layers[static_cast<size_t>(layer - 1)].setValue("Transpiration Loss Weighing Factor", 0);
         soil.checkForRun(c.version, warnings);
         EXPECT_EQ(warnings, c.warnings);
     }
@@ -133,19 +133,19 @@ TEST(SoilLayerFile, WritesTheModelsColumnsAndReadsThemBack) {
     ASSERT_TRUE(readSoilLayerFile(dir.file("in.txt"), soil, errors)) << errors;
     ASSERT_EQ(soil.layerCount, 2);
     EXPECT_EQ(soil.layers[1].depth(), 30);
-    const std::pair<soil_layer_column, float> second[] = {{kLayerBulkDensity, 1.45f},
-                                                          {kLayerFieldCapacity, 0.27f},
-                                                          {kLayerWiltingPoint, 0.15f},
-                                                          {kLayerEcoeff, 0.2f},
-                                                          {kLayerTcoeff, 0.05f},
-                                                          {kLayerSand, 0.5f},
-                                                          {kLayerClay, 0.3f},
-                                                          {kLayerOrganicMatter, 0.03f},
-                                                          {kLayerDeltamin, 0.04f},
-                                                          {kLayerPh, 7.1f},
-                                                          {kLayerSaturatedConductivity, 0.0004f}};
+    const std::pair<const char*, float> second[] = {{"Bulk Density", 1.45f},
+                                                    {"Field Capacity", 0.27f},
+                                                    {"Wilting Point", 0.15f},
+                                                    {"ECOEFF", 0.2f},
+                                                    {"TCOEFF", 0.05f},
+                                                    {"Fraction Of Sand", 0.5f},
+                                                    {"Fraction Of Clay", 0.3f},
+                                                    {"Organic Matter", 0.03f},
+                                                    {"DELTAMIN", 0.04f},
+                                                    {"pH", 7.1f},
+                                                    {"Saturated Conductivity", 0.0004f}};
     for (auto [column, value] : second) EXPECT_FLOAT_EQ(soil.layers[1].value(column), value) << column;
-    EXPECT_EQ(soil.layers[1].integer(kLayerNumber), 2);
+    EXPECT_EQ(soil.layers[1].number("Layer Number"), 2);
 
     ASSERT_TRUE(writeSoilsIn(soil, dir.file("soils.in"), errors)) << errors;
     EXPECT_EQ(sbtest::readFile(dir.file("soils.in")), kTwoLayers);
@@ -163,8 +163,8 @@ using SoilStorage = sbtest::project_test;
 
 TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     tellura_soil soil = soilWithDepths("Loam", {15, 30});
-    soil.layers[1].setValue(kLayerFieldCapacity, 0.25);
-    soil.setNumber(kSoilSwFlag, 2);
+    soil.layers[1].setValue("Field Capacity", 0.25);
+    soil.setValue("SWFlag", 2);
     tellura_soil other = soilWithDepths("Clay", {20});
     other.setSoilId(8);
     ASSERT_TRUE(saveSoil(project.db(), soil, errors)) << errors;
@@ -181,10 +181,10 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
     const tellura_soil* loam = list.find(7);
     ASSERT_NE(loam, nullptr);
     EXPECT_EQ(loam->name(), "Loam");
-    EXPECT_EQ(loam->integer(kSoilSwFlag), 2);
+    EXPECT_EQ(loam->value("SWFlag"), 2);
     ASSERT_EQ(loam->layerCount, 1);
     EXPECT_EQ(loam->layers[0].depth(), 30);
-    EXPECT_FLOAT_EQ(loam->layers[0].value(kLayerFieldCapacity), 0.25f);
+    EXPECT_FLOAT_EQ(loam->layers[0].value("Field Capacity"), 0.25f);
     ASSERT_NE(list.find(8), nullptr);
     EXPECT_EQ(list.find(8)->layerCount, 1);
     EXPECT_EQ(list.find(9), nullptr);
@@ -195,8 +195,7 @@ TEST_F(SoilStorage, WrittenSoilsLoadBackAndReplaceTheirRows) {
         auto rows = project.db().openTable(table_id::soil_layers, "", "", status);
         ASSERT_NE(rows, nullptr);
         soil_layer orphan;
-        orphan.setNumber(kLayerSoilId, 42);
-        orphan.setNumber(kLayerNumber, 1);
+        orphan.setKeys(42, 1);
         ASSERT_TRUE(rows->insert(orphan).ok());
     }
     tellura_soils again;

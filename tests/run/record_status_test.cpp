@@ -83,7 +83,7 @@ void changeSoilOfRecordOne(run_project& project) {
     sb::tellura_control_record record;
     ASSERT_TRUE(sb::loadControlRecord(project.db(), 1, record, errors)) << errors;
     sb::tellura_soil soil = *soils.find(record.soilId());
-    soil.layers[0].setValue(sb::kLayerFieldCapacity, soil.layers[0].value(sb::kLayerFieldCapacity) + 0.01);
+    soil.layers[0].setValue("Field Capacity", soil.layers[0].value("Field Capacity") + 0.01);
     ASSERT_TRUE(sb::saveSoil(project.db(), soil, errors)) << errors;
 }
 

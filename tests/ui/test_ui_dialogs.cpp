@@ -564,8 +564,8 @@ private slots:
         QCOMPARE(sand->layerCount, kMaxSoilLayers - 1);
         QCOMPARE(sand->number("SWFlag"), 2.0);
         QCOMPARE(sand->layers[1].depth(), 25);
-        QCOMPARE(static_cast<float>(sand->layers[1].value(kLayerPh)), 6.8f);
-        QCOMPARE(static_cast<float>(sand->layers[0].value(kLayerSand)),
+        QCOMPARE(static_cast<float>(sand->layers[1].value("pH")), 6.8f);
+        QCOMPARE(static_cast<float>(sand->layers[0].value("Fraction Of Sand")),
                  0.6f);  // after the evaporation and root columns
     }
 
