@@ -47,7 +47,7 @@ void addStations(database& db, int n) {
     ASSERT_TRUE(s.commit()) << s.storeError();
 }
 
-int stationId(rowset& rs) { return rs.row().integer(0); }
+int stationId(rowset& rs) { return static_cast<int>(rs.row().number("ID")); }
 
 // The IDs of the table's rows, read to the end in the given order.
 std::vector<int> idsOf(database& db, table_id t, std::string_view order = {}, std::string_view filter = {}) {

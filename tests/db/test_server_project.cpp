@@ -63,7 +63,7 @@ TEST(ServerProject, NewMakesTheDatabaseAndNeverReplacesAProject) {
     db_status status;
     auto stations = db->openTable(table_id::weather_stations, "", "", status);
     ASSERT_TRUE(stations && stations->moveFirst().ok()) << "the project was replaced";
-    EXPECT_EQ(stations->row().integer(0), 7);
+    EXPECT_EQ(stations->row().number("ID"), 7);
     EXPECT_EQ(db->path(), url);  // no password in it to hide
 }
 

@@ -44,9 +44,9 @@ TEST_F(ControlRecordStorage, WrittenRecordReadsBackAndIsReplacedAndDeletedWhole)
     written.modified = true;
     tellura_soils soils;  // the record's soil (ID 1) is written with it, the other is not
     soils.soils.resize(2);
-    soils.soils[0].setNumber(0, 1);
-    soils.soils[0].setText(1, "Loam");
-    soils.soils[1].setNumber(0, 2);
+    soils.soils[0].setSoilId(1);
+    soils.soils[0].setName("Loam");
+    soils.soils[1].setSoilId(2);
     ASSERT_TRUE(saveControlRecord(project.db(), written, errors, &soils)) << errors;
     EXPECT_FALSE(written.modified);
     ASSERT_TRUE(loadControlRecord(project.db(), 42, read, errors)) << errors;

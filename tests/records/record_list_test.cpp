@@ -20,8 +20,8 @@ void addRecords(database& db, const std::vector<int32_t>& ids) {
     ASSERT_TRUE(rows);
     control_record_row row;
     for (int32_t id : ids) {
-        row.setNumber(0, id);
-        row.setText(1, strprintf("Site %d", id));
+        row.setNumber("ID", id);
+        row.setText("Description", strprintf("Site %d", id));
         ASSERT_TRUE(rows->insert(row).ok());
     }
     ASSERT_TRUE(s.commit()) << s.storeError();
@@ -176,7 +176,8 @@ TEST_F(IdListSelection, AListOfAnyLengthSelectsItsRecords) {
     ASSERT_TRUE(rows) << status.code;
     std::vector<int32_t> ids;
     db_status s;
-    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext()) ids.push_back(rows->row().integer(0));
+    for (s = rows->moveFirst(); s.ok(); s = rows->moveNext())
+        ids.push_back(static_cast<int32_t>(rows->row().number("ID")));
     EXPECT_TRUE(s.endOfRowset());
     EXPECT_EQ(ids, expected);
 }
