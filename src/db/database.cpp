@@ -452,10 +452,44 @@ db_status database::execute(std::string_view sql) {
     return status;
 }
 
+// Every save holds the whole-project key shared beside the keys of what it
+// replaces; a save that has taken this many keys takes the project whole instead,
+// when no other save is under way, and needs no more. A server keeps room for
+// only so many locks (a few thousand for all its connections), and a save of
+// thousands of records would otherwise run out of it half-way.
+constexpr size_t kSaveLocksBeforeWhole = 64;
+
 db_status database::holdSaveLock(std::string_view name) {
-    const std::string text = impl_->dialect->saveLockText(lockKey(name));
-    if (text.empty() || impl_->depth == 0) return {};
-    return impl_->run(text);
+    database_impl& d = *impl_;
+    const uint64_t key = lockKey(name);
+    const std::string text = d.dialect->saveLockText(key);
+    if (text.empty() || d.depth == 0 || d.wholeProjectLocked || d.saveLocks.count(key)) return {};
+    static const uint64_t kWholeProject = lockKey("the whole project");
+    if (d.saveLocks.empty()) {
+        db_status shared = d.run(d.dialect->sharedSaveLockText(kWholeProject));
+        if (!shared.ok()) return shared;
+    } else if (d.saveLocks.size() >= kSaveLocksBeforeWhole) {
+        bool taken = false;
+        db_status tried = d.guarded([&] {
+            d.releaseStream();
+            QSqlQuery query(d.db);
+            if (!query.exec(qs(d.dialect->trySaveLockText(kWholeProject)))) {
+                db_status failed = d.statusFrom(query.lastError());
+                d.noteFailure(failed);
+                return failed;
+            }
+            taken = query.next() && query.value(0).toBool();
+            return db_status{};
+        });
+        if (!tried.ok()) return tried;
+        if (taken) {
+            d.wholeProjectLocked = true;
+            return {};
+        }
+    }
+    db_status status = d.run(text);
+    if (status.ok()) d.saveLocks.insert(key);
+    return status;
 }
 
 db_status database::countRows(table_id table, long long& count) {
@@ -508,6 +542,8 @@ bool database::beginSession(std::string& storeError) {
         }
         impl_->doomed = impl_->spoiled = false;
         impl_->spoiledBy.clear();
+        impl_->saveLocks.clear();  // the last transaction's ended with it
+        impl_->wholeProjectLocked = false;
     }
     ++impl_->depth;
     return true;

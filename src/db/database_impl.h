@@ -8,6 +8,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "db/database.h"
@@ -28,6 +29,10 @@ struct database_impl {
     std::unique_ptr<sql_dialect> dialect;
     bool readOnly = false;
     int depth = 0;
+    // The save locks the open transaction holds (by key), and whether it holds the
+    // whole project instead: a server keeps room for only so many locks.
+    std::unordered_set<uint64_t> saveLocks;
+    bool wholeProjectLocked = false;
     bool doomed = false;  // an inner session gave up: the outermost one rolls back
     // A statement failed where the store then refuses the rest of the transaction.
     bool spoiled = false;

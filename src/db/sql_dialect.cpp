@@ -119,6 +119,8 @@ const database_maker_table* catalogueTable(std::string_view name) {
 
 std::string sql_dialect::errorDescription(std::string_view storeText) const { return std::string(trim(storeText)); }
 std::string sql_dialect::saveLockText(uint64_t) const { return {}; }
+std::string sql_dialect::sharedSaveLockText(uint64_t) const { return {}; }
+std::string sql_dialect::trySaveLockText(uint64_t) const { return {}; }
 std::string sql_dialect::createDatabaseText(std::string_view) const { return {}; }
 std::string sql_dialect::dropDatabaseText(std::string_view) const { return {}; }
 std::unique_ptr<native_insert> sql_dialect::nativeInsert(QSqlDatabase&, const std::string&) const { return nullptr; }

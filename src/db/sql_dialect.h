@@ -81,6 +81,10 @@ public:
     // Makes this transaction wait, until it ends, for any other transaction holding the
     // same key; empty where a transaction already excludes all other writers.
     virtual std::string saveLockText(uint64_t key) const;
+    // The same key held shared (saves holding it shared do not wait for each other),
+    // and a try for it whole that does not wait: one row, true when it was taken.
+    virtual std::string sharedSaveLockText(uint64_t key) const;
+    virtual std::string trySaveLockText(uint64_t key) const;
     // Makes a new database on a server, and removes one; empty for a store whose
     // projects are files.
     virtual std::string createDatabaseText(std::string_view name) const;

@@ -162,6 +162,12 @@ public:
     std::string saveLockText(uint64_t key) const override {
         return strprintf("SELECT pg_advisory_xact_lock(%lld)", static_cast<long long>(key));
     }
+    std::string sharedSaveLockText(uint64_t key) const override {
+        return strprintf("SELECT pg_advisory_xact_lock_shared(%lld)", static_cast<long long>(key));
+    }
+    std::string trySaveLockText(uint64_t key) const override {
+        return strprintf("SELECT pg_try_advisory_xact_lock(%lld)", static_cast<long long>(key));
+    }
     std::string createDatabaseText(std::string_view name) const override {
         return "CREATE DATABASE " + quoteIdentifier(name);
     }

@@ -57,37 +57,47 @@ std::unique_ptr<database> openAgain(const records_project& project) {
 
 using RecordChanges = sbtest::project_test;
 
+// The other save holds record 1 alone, or after a hundred records of its own,
+// so many that it holds the whole project instead of each record.
 TEST_F(RecordChanges, SavesOfOneRecordTakeTurns) {
     addRecordOne(project.db());
-    tellura_control_record mine = readRecord(project.db(), 1);
-    std::atomic<bool> holding{false};
-    std::atomic<double> committedAt{0};
     auto now = [] {
         return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
     };
-    std::thread other([&] {
-        auto db = openAgain(project);  // a database object stays on its own thread
+    for (int othersFirst : {0, 100}) {
+        SCOPED_TRACE(othersFirst);
+        tellura_control_record mine = readRecord(project.db(), 1);
+        std::atomic<bool> holding{false};
+        std::atomic<double> committedAt{0};
+        std::thread other([&] {
+            auto db = openAgain(project);  // a database object stays on its own thread
+            sb::message_sink errors;
+            tellura_control_record theirs = readRecord(*db, 1);
+            edit(theirs, "theirs", 4);
+            {
+                session unit(*db);
+                for (int id = 2; id < 2 + othersFirst; ++id) {
+                    tellura_control_record copy = theirs;
+                    copy.setId(id);
+                    EXPECT_TRUE(saveControlRecord(*db, copy, errors)) << errors;
+                }
+                EXPECT_TRUE(saveControlRecord(*db, theirs, errors)) << errors;
+                holding = true;
+                std::this_thread::sleep_for(std::chrono::milliseconds(400));
+                committedAt = now();
+                EXPECT_TRUE(unit.commit()) << unit.storeError();
+            }
+        });
+        while (!holding) std::this_thread::yield();
+        edit(mine, "mine", 2);
         sb::message_sink errors;
-        tellura_control_record theirs = readRecord(*db, 1);
-        edit(theirs, "theirs", 4);
-        {
-            session unit(*db);
-            EXPECT_TRUE(saveControlRecord(*db, theirs, errors)) << errors;
-            holding = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(400));
-            committedAt = now();
-            EXPECT_TRUE(unit.commit()) << unit.storeError();
-        }
-    });
-    while (!holding) std::this_thread::yield();
-    edit(mine, "mine", 2);
-    sb::message_sink errors;
-    EXPECT_TRUE(saveControlRecord(project.db(), mine, errors)) << errors;
-    const double savedAt = now();
-    other.join();
-    EXPECT_GE(savedAt, committedAt.load()) << "the second save went ahead while the first was open";
-    EXPECT_EQ(errors.text(), kReplacedWarning);
-    tellura_control_record stored = readRecord(project.db(), 1);
-    EXPECT_EQ(stored.description(), "mine");
-    EXPECT_EQ(stored.blocks, mine.blocks);  // not the other save's four blocks, nor a mixture
+        EXPECT_TRUE(saveControlRecord(project.db(), mine, errors)) << errors;
+        const double savedAt = now();
+        other.join();
+        EXPECT_GE(savedAt, committedAt.load()) << "the second save went ahead while the first was open";
+        EXPECT_EQ(errors.text(), kReplacedWarning);
+        tellura_control_record stored = readRecord(project.db(), 1);
+        EXPECT_EQ(stored.description(), "mine");
+        EXPECT_EQ(stored.blocks, mine.blocks);  // not the other save's four blocks, nor a mixture
+    }
 }
