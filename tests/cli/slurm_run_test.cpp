@@ -33,6 +33,25 @@ std::string infoValue(const std::string& info, const std::string& key) {
     return "";
 }
 
+// Points this program, its children and `env` at the suite's Slurm cluster;
+// false with the reason when there is none.
+bool joinSlurmCluster(std::map<std::string, std::string>& env, std::string& why) {
+    const char* infoPath = std::getenv("SB_TEST_SLURM");
+    if (!infoPath) {
+        why = "no Slurm test cluster (run through ctest, which starts one)";
+        return false;
+    }
+    const std::string info = sbtest::readFile(infoPath);
+    const std::string conf = infoValue(info, "conf");
+    if (!infoValue(info, "unavailable").empty())
+        why = "Slurm test cluster unavailable: " + infoValue(info, "unavailable");
+    else if (conf.empty()) why = std::string("Slurm test cluster wrote no configuration to ") + infoPath;
+    if (!why.empty()) return false;
+    setenv("SLURM_CONF", conf.c_str(), 1);  // for the programs started here and their tasks
+    env["SLURM_CONF"] = conf;
+    return true;
+}
+
 // The states of the record's runs, oldest first.
 std::vector<std::string> runStates(const std::string& path, int id) {
     sb::message_sink errors;
@@ -85,15 +104,8 @@ class SlurmRuns : public CliTest {
 public:
     void SetUp() override {
         CliTest::SetUp();
-        const char* infoPath = std::getenv("SB_TEST_SLURM");
-        if (!infoPath) GTEST_SKIP() << "no Slurm test cluster (run through ctest, which starts one)";
-        const std::string info = sbtest::readFile(infoPath);
-        if (!infoValue(info, "unavailable").empty())
-            GTEST_SKIP() << "Slurm test cluster unavailable: " << infoValue(info, "unavailable");
-        const std::string conf = infoValue(info, "conf");
-        if (conf.empty()) GTEST_SKIP() << "Slurm test cluster wrote no configuration to " << infoPath;
-        setenv("SLURM_CONF", conf.c_str(), 1);  // for the programs started here and their tasks
-        env["SLURM_CONF"] = conf;
+        std::string why;
+        if (!joinSlurmCluster(env, why)) GTEST_SKIP() << why;
         shared = dir.file("shared");
         makeRunnableProject();
         addDemoCopies(project, kRecords, kRecords);
@@ -114,19 +126,6 @@ public:
 
     std::string shared;
 };
-
-TEST_F(SlurmRuns, StoreWhatALocalRunStores) {
-    const std::vector<std::string> expected = localOutputs();
-    ASSERT_GT(expected.size(), 100u);
-    auto ran = run(slurmArgs(project));
-    ASSERT_EQ(ran.exitCode, 0) << ran.err;
-    EXPECT_THAT(ran.out, HasSubstr("4 records run: 4 good, 0 failed."));
-    EXPECT_EQ(storedOutputs(project), expected);
-    for (int id = 101; id < 101 + kRecords; ++id) EXPECT_EQ(runStates(project, id), std::vector<std::string>{"good"});
-    // Nothing is left out, and the shared folder is clean.
-    EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
-    EXPECT_TRUE(fs::is_empty(shared));
-}
 
 // The submitting program is killed while the array runs and the rest of the
 // array is cancelled: collect stores every record whose task ended, marks the
@@ -182,6 +181,54 @@ TEST_F(SlurmRuns, CollectBringsInWhatEndedAfterTheSubmitterWasKilled) {
     }
     EXPECT_EQ(storedOutputs(project), expected);
 }
+
+// The same fifty records run locally (two at once), through Slurm and on a
+// PostgreSQL project store the same value in every output table and the same
+// run outcomes.
+class SameRunEverywhere : public CliTest, public ::testing::WithParamInterface<std::string> {};
+
+TEST_P(SameRunEverywhere, StoresWhatALocalRunStores) {
+    constexpr int kCompared = 50;
+    const char* const kComparedIds = "101-150";
+    const std::string local = dir.file("local.sbproj");
+    std::string where = dir.file("compared.sbproj");
+    std::vector<std::string> how = {"--jobs", "2"};
+    std::string why;
+    if (GetParam() == "slurm" && joinSlurmCluster(env, why))
+        how = {"--slurm", "--shared-dir", dir.file("shared"), "--max-parallel", "2"};
+    const sbtest::postgresql_server* server = sbtest::postgresqlServer();
+    if (GetParam() == "postgresql") {
+        why = !server             ? "no PostgreSQL test server (run through ctest, which starts one)"
+              : server->available ? ""
+                                  : "PostgreSQL test server unavailable: " + server->why;
+        where = sbtest::projectLocation(where);
+    }
+    if (!why.empty()) GTEST_SKIP() << why;
+    makeRunnableProject(local);
+    addDemoCopies(local, kCompared, 7, {"N45", "N90", "N135"});
+    ASSERT_EQ(run({"copy-project", local, where}).exitCode, 0);
+    auto ranLocally = run({"run", local, "--ids", kComparedIds, "--jobs", "2"});
+    ASSERT_EQ(ranLocally.exitCode, 0) << ranLocally.err;
+    std::vector<std::string> args = {"run", where, "--ids", kComparedIds};
+    args.insert(args.end(), how.begin(), how.end());
+    auto ran = run(args);
+    ASSERT_EQ(ran.exitCode, 0) << ran.err;
+    EXPECT_THAT(ran.out, HasSubstr("50 records run: 50 good, 0 failed."));
+    const std::vector<std::string> expected = storedOutputs(local);
+    ASSERT_GT(expected.size(), 1000u);
+    EXPECT_EQ(storedOutputs(where), expected);
+    for (int id = 101; id < 101 + kCompared; ++id) EXPECT_EQ(runStates(where, id), runStates(local, id)) << id;
+    EXPECT_EQ(runStates(local, 150), std::vector<std::string>{"good"});
+    // Nothing is left out on the cluster.
+    EXPECT_EQ(countRows(where, sb::table_id::slurm_submissions), 0);
+}
+
+// The Slurm leg runs among the slurm.* tests, with the cluster; the server leg
+// among the others, with the PostgreSQL server.
+INSTANTIATE_TEST_SUITE_P(SlurmRuns, SameRunEverywhere, ::testing::Values("slurm"),
+                         [](const auto& leg) { return leg.param; });
+INSTANTIATE_TEST_SUITE_P(ServerRuns, SameRunEverywhere, ::testing::Values("postgresql"),
+                         [](const auto& leg) { return leg.param; });
 
 // The submitting program in a mount namespace of its own, where the shared
 // folder is a private memory file system: the nodes cannot see what it writes.
