@@ -4,6 +4,7 @@
 #include <chrono>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <thread>
 #include <unistd.h>
 
@@ -73,9 +74,44 @@ std::vector<int> taskIndexes(const std::string& text) {
     return indexes;
 }
 
-// The array's tasks by index. `gone`: Slurm no longer knows the job (it ended
-// long ago), so every task without a result has ended without one.
-bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, message_sink& errors) {
+// A task's state as squeue or sacct write it: "CANCELLED by 0" is CANCELLED.
+std::string stateWord(const std::string& text) { return text.substr(0, text.find_first_of(" +")); }
+
+// The array's tasks by index as Slurm's accounting keeps them once the queue has
+// forgotten the job; false with why when accounting cannot be read here (no
+// sacct, or a cluster that keeps none).
+bool readAccounting(long job, std::map<int, queued_task>& tasks, std::string& why) {
+    cluster_command_result result;
+    message_sink failure;
+    if (!runClusterCommand("sacct",
+                           {"--noheader", "--parsable2", "--allocations", "--jobs", std::to_string(job), "--format",
+                            "JobID,State,ExitCode"},
+                           result, failure)) {
+        const std::vector<std::string> lines = splitLines(result.ran ? result.output : failure.text());
+        why = lines.empty() ? "sacct failed" : std::string(trim(lines.front()));
+        return false;
+    }
+    const std::string prefix = std::to_string(job) + "_";
+    for (const std::string& line : splitLines(result.output)) {
+        const std::vector<std::string_view> fields = splitFieldViews(line, '|');
+        if (fields.size() < 3 || !fields[0].starts_with(prefix)) continue;
+        std::string indexes(fields[0].substr(prefix.size()));  // "3", or "[4-9%2]" for tasks never started
+        indexes.erase(std::remove_if(indexes.begin(), indexes.end(), [](char c) { return c == '[' || c == ']'; }),
+                      indexes.end());
+        long long status = 0;  // "exit code:signal"
+        readWholeNumber(fields[2].substr(0, fields[2].find(':')), 0, 255, status);
+        for (int index : taskIndexes(indexes))
+            tasks[index] = {stateWord(std::string(fields[1])), static_cast<int>(status)};
+    }
+    return true;
+}
+
+// The array's tasks by index: from squeue while it lists the job, then from
+// sacct. `gone`: Slurm tells nothing more of the job (it ended long ago), so
+// every task without a result has ended without one; `noAccounting` says why
+// sacct could not tell instead.
+bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, std::string& noAccounting,
+               message_sink& errors) {
     tasks.clear();
     gone = false;
     cluster_command_result result;
@@ -84,18 +120,17 @@ bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, message_
                            {"--noheader", "--array", "--states=all", "--jobs", std::to_string(job), "--Format",
                             "ArrayTaskID:20,State:24,exit_code:12"},
                            result, failure)) {
-        if (result.ran && result.output.find("Invalid job id") != std::string::npos) {
-            gone = true;
-            return true;
+        if (!result.ran || result.output.find("Invalid job id") == std::string::npos) {
+            errors.add(failure);
+            return false;
         }
-        errors.add(failure);
-        return false;
+        result.output.clear();  // the queue no longer lists the job
     }
     for (const std::string& line : splitLines(result.output)) {
         const std::vector<std::string> fields = splitTokens(line);
         if (fields.size() < 2) continue;
         long long status = 0;
-        queued_task seen{fields[1], 0};
+        queued_task seen{stateWord(fields[1]), 0};
         if (fields.size() > 2 && readWholeNumber(fields[2], 0, 1 << 30, status))
             seen.exitStatus = static_cast<int>(status);
         const std::vector<int> indexes = taskIndexes(fields[0]);
@@ -104,7 +139,9 @@ bool readQueue(long job, std::map<int, queued_task>& tasks, bool& gone, message_
         // cancelled before its tasks started) stands for every task not listed.
         if (indexes.empty()) tasks[kRestOfArray] = seen;
     }
-    if (tasks.empty()) gone = true;  // a job that squeue lists no task of is over
+    // A job that squeue lists no task of is over (and kept there for MinJobAge
+    // only): how each task ended is in the accounting, where the cluster keeps it.
+    if (tasks.empty()) gone = !readAccounting(job, tasks, noAccounting) || tasks.empty();
     return true;
 }
 
@@ -183,7 +220,13 @@ public:
     bool collectEnded(long job, std::vector<out_task>& tasks) {
         std::map<int, queued_task> queue;
         bool gone = false;
-        if (!readQueue(job, queue, gone, errors_)) return false;
+        std::string noAccounting;
+        if (!readQueue(job, queue, gone, noAccounting, errors_)) return false;
+        if (!noAccounting.empty() && toldNoAccounting_.insert(job).second)
+            errors_.notef(
+                "Slurm no longer lists job %ld and its accounting cannot be read (%s): its tasks without a result "
+                "are taken as ended.\n",
+                job, noAccounting.c_str());
         for (out_task& task : tasks) {
             if (task.done) continue;
             if (hasTaskResult(task.entry.folder)) {
@@ -255,6 +298,7 @@ private:
     run_observer& observer_;
     std::string& runLog_;
     message_sink& errors_;
+    std::set<long> toldNoAccounting_;  // the jobs whose users know
 };
 
 long openCount(const std::vector<out_task>& tasks) {

@@ -324,4 +324,44 @@ TEST_F(CliTest, SlurmRunsRefusedBeforeAnythingRuns) {
     EXPECT_TRUE(fs::is_empty(dir.file("shared")));
 }
 
+// Slurm's own commands stood in for by scripts: sbatch takes job 4242, squeue
+// no longer knows it (it ended longer ago than MinJobAge), and sacct tells how
+// each task ended, or that the cluster keeps no accounting.
+TEST_F(CliTest, ATaskGoneFromTheQueueEndsAsTheAccountingTells) {
+    makeRunnableProject();
+    addDemoCopies(project, 3, 1);
+    const std::string bin = dir.file("slurm-bin");
+    fs::create_directories(bin);
+    auto script = [&](const std::string& name, const std::string& body) {
+        sbtest::writeFile(bin + "/" + name, "#!/bin/sh\n" + body);
+        fs::permissions(bin + "/" + name, fs::perms::owner_all);
+    };
+    script("sbatch", "echo 4242\n");
+    script("squeue", "echo 'slurm_load_jobs error: Invalid job id specified' >&2\nexit 1\n");
+    env["PATH"] = bin + ":/usr/bin:/bin";
+    const struct {
+        const char* sacct;
+        std::vector<std::string> states;  // of records 101-103
+        const char* message;
+    } cases[] = {
+        {"echo '4242_0|TIMEOUT|0:0'; echo '4242_1|OUT_OF_MEMORY|0:125'; echo '4242_[2]|CANCELLED by 0|0:0'\n",
+         {"timed out", "failed", "cancelled"},
+         "ERROR, task 1 of Slurm job 4242 ended (OUT_OF_MEMORY, exit status 0) without a result in \""},
+        {"echo 'Slurm accounting storage is disabled' >&2\nexit 1\n",
+         {"failed", "failed", "failed"},
+         "Slurm no longer lists job 4242 and its accounting cannot be read (Slurm accounting storage is disabled): "
+         "its tasks without a result are taken as ended.\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.sacct);
+        script("sacct", c.sacct);
+        auto ran = run({"run", project, "--ids", "101-103", "--slurm", "--shared-dir", dir.file("shared")});
+        EXPECT_EQ(ran.exitCode, 1) << ran.err;
+        EXPECT_THAT(ran.out, HasSubstr("3 records run: 0 good, 3 failed."));
+        EXPECT_THAT(ran.err, HasSubstr(c.message));
+        for (int id = 101; id <= 103; ++id) EXPECT_EQ(runStates(project, id).back(), c.states[id - 101]) << id;
+    }
+    EXPECT_EQ(countRows(project, sb::table_id::slurm_submissions), 0);
+}
+
 }  // namespace
