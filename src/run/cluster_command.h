@@ -1,5 +1,5 @@
 #pragma once
-// One short-lived command of a batch system (sbatch, squeue, scancel): found
+// One short-lived command of a batch system (sbatch, squeue, sacct, scancel): found
 // on the PATH, started without a shell under the process runner's watchdog,
 // its standard output and error kept.
 #include <cstdint>

@@ -2,10 +2,9 @@
 // Runs a run set on a Slurm cluster: every record's run folder is written
 // into a folder the nodes share, one job array is submitted (task N runs
 // record N's programs with "soilbench run-task FOLDER"), the array is followed
-// with squeue, and each record is read back and stored as its task ends,
-// through the same reading, rules and store as a local run. Ctrl-C cancels
-// the array (scancel). The project notes what is out (slurm_submissions.h),
-// so "soilbench collect" brings in what ended while nobody followed it.
+// with squeue (then sacct, once squeue has forgotten the job), and each record is read back and stored as its task
+// ends, through the same reading, rules and store as a local run. Ctrl-C cancels the array (scancel). The project notes
+// what is out (slurm_submissions.h), so "soilbench collect" brings in what ended while nobody followed it.
 //
 //   <shared>/<project>-slurm-<YYYYMMDD-HHMMSS>[-N]/
 //       soilbench-job.sh        the array's script (given to sbatch)
