@@ -183,11 +183,14 @@ int cmdRun(const run_options& opt) {
 
 namespace {
 
-// The first error line of a run's messages (else its first line), with tabs as
-// blanks: one cell of the status table.
-std::string firstLine(const std::string& text) {
+// One cell of the status table: the first line of a failed run's first error,
+// with tabs as blanks. A row written before the history kept the first error
+// has only the run's messages as one text: there it is the first line starting
+// "ERROR" (else the first line), as those messages were written.
+std::string failureLine(const sb::run_history_entry& run) {
+    const std::string& text = run.firstError.empty() ? run.message : run.firstError;
     size_t from = 0;
-    if (text.compare(0, 5, "ERROR") != 0) {
+    if (run.firstError.empty() && text.compare(0, 5, "ERROR") != 0) {
         const size_t error = text.find("\nERROR");
         if (error != std::string::npos) from = error + 1;
     }
@@ -199,7 +202,7 @@ std::string firstLine(const std::string& text) {
 std::string statusMessage(const sb::record_status& status) {
     if (status.state == sb::record_state::stale) return status.staleBecause;
     if (status.state == sb::record_state::running) return "running in " + status.lastRun.runFolder;
-    if (status.state == sb::record_state::failed) return firstLine(status.lastRun.message);
+    if (status.state == sb::record_state::failed) return failureLine(status.lastRun);
     return "";
 }
 

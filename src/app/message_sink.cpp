@@ -38,6 +38,12 @@ bool message_sink::addOutcome(bool succeeded, std::string text) {
     return succeeded;
 }
 
+const message* message_sink::firstError() const {
+    for (const message& m : messages_)
+        if (m.severity == message_severity::error) return &m;
+    return nullptr;
+}
+
 std::string message_sink::text() const {
     std::string all;
     for (const message& m : messages_) all += m.text;

@@ -54,6 +54,8 @@ public:
     // Every message's text in order: what the user is shown.
     std::string text() const;
     bool hasErrors() const { return errors_ > 0; }
+    // The first message that is an error; null when none is.
+    const message* firstError() const;
     bool empty() const { return messages_.empty(); }
     // How many messages came so far: what a caller marks to see what one step added.
     size_t count() const { return messages_.size(); }

@@ -152,13 +152,8 @@ void database_impl::forgetPreparedStatements() {
     for (auto& map : columnMaps) map.clear();
 }
 
-// Where each column of the table stands in the store's "SELECT *" result;
-// fails with the no-table / no-column status when the project lacks either.
-bool database_impl::columnMap(table_id table, db_status& status) {
-    std::vector<int>& map = columnMaps[static_cast<size_t>(table)];
-    if (!map.empty()) return true;
-    QSqlRecord columns;
-    status = guarded([&] {
+db_status database_impl::storeColumns(table_id table, QSqlRecord& columns) {
+    return guarded([&] {
         releaseStream();
         db_status lost;
         if (connectionLost(lost)) return lost;
@@ -172,11 +167,24 @@ bool database_impl::columnMap(table_id table, db_status& status) {
         noteFailure(failed);
         return failed;
     });
+}
+
+// Where each column of the table stands in the store's "SELECT *" result;
+// -1 for a column it lacks; fails with the no-table / no-column status when
+// the project lacks either where it cannot.
+bool database_impl::columnMap(table_id table, db_status& status) {
+    std::vector<int>& map = columnMaps[static_cast<size_t>(table)];
+    if (!map.empty()) return true;
+    QSqlRecord columns;
+    status = storeColumns(table, columns);
     if (!status.ok()) return false;
     const database_maker_table& def = tableDef(table);
     map.assign(def.fields().size(), -1);
     for (size_t i = 0; i < def.fields().size(); ++i) {
         map[i] = columns.indexOf(qs(def.fields()[i].name));
+        // A read-only project made before a table of ours gained a column
+        // cannot be given it: the column reads as empty there.
+        if (map[i] < 0 && readOnly && table > table_id::record_changes) continue;
         if (map[i] < 0) {
             status = statusOf(kStatusNoColumn, strprintf("no such column: [%s] in table [%s]",
                                                          def.fields()[i].name.c_str(), tableName(table)));
@@ -430,10 +438,11 @@ std::unique_ptr<database> database::open(const std::string& where, message_sink&
     std::vector<std::string> existing;
     for (const QString& table : tables) existing.push_back(table.toStdString());
     std::unique_ptr<database> db(new database(std::move(impl)));
-    // A project made before the catalogue gained a table gets it now (a new,
+    // A project made before the catalogue gained a table or column gets it now (a new,
     // still empty project gets all of them from its maker); a read-only
     // project does without.
-    if (holdsTables && !db->readOnly() && !database_maker(*db).addMissingTables(existing, errors)) return nullptr;
+    if (holdsTables && !db->readOnly() && !database_maker(*db).addMissingTablesAndColumns(existing, errors))
+        return nullptr;
     return db;
 }
 

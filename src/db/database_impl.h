@@ -4,6 +4,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 
 #include <array>
 #include <memory>
@@ -86,6 +87,8 @@ struct database_impl {
 
     void forgetPreparedStatements();
     bool columnMap(table_id table, db_status& status);
+    // The columns the store's table has, in the store's order.
+    db_status storeColumns(table_id table, QSqlRecord& columns);
     QSqlQuery* preparedInsert(table_id table, db_status& status);
     // The insert of `rows` rows at once (the dialect's group size); null when it cannot be made.
     QSqlQuery* preparedGroupInsert(table_id table, int rows);

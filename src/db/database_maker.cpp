@@ -4,6 +4,7 @@
 
 #include "app/text_format.h"
 #include "db/database.h"
+#include "db/database_impl.h"
 #include "db/table_catalogue.h"
 
 namespace sb {
@@ -172,16 +173,40 @@ int database_maker_table::fieldIndex(std::string_view name) const {
     return found == lookup_.end() ? -1 : found->second;
 }
 
+namespace {
+
+std::string columnDefinition(const database_maker_field& field) {
+    if (field.type == kTypeText)
+        return strprintf("[%s] %s(%d)", field.name.c_str(), sqlTypeText(field.type), field.size);
+    return strprintf("[%s] %s", field.name.c_str(), sqlTypeText(field.type));
+}
+
+// Adds the columns the catalogue gained since the project's table was made.
+bool addMissingColumns(database& db, table_id id, message_sink& errors) {
+    const database_maker_table& table = tableDef(id);
+    QSqlRecord present;
+    db_status status = db.impl().storeColumns(id, present);
+    for (size_t i = 0; status.ok() && i < table.fields().size(); ++i) {
+        if (present.contains(QString::fromStdString(table.fields()[i].name))) continue;
+        const std::string sql = table.addColumnText(table.fields()[i]);
+        status = db.execute(sql);
+        if (!status.ok()) errors.error("ERROR, unable to add a column.\n" + sql + "\n");
+    }
+    if (status.ok()) return true;
+    appendStatusText(status, errors);
+    return false;
+}
+
+}  // namespace
+
 std::string database_maker_table::createTableText() const {
     std::string sql = strprintf("Create Table [%s](", name_.c_str());
-    for (size_t i = 0; i < fields_.size(); ++i) {
-        const auto& field = fields_[i];
-        if (i > 0) sql += ", ";
-        if (field.type == kTypeText)
-            appendf(sql, "[%s] %s(%d)", field.name.c_str(), sqlTypeText(field.type), field.size);
-        else appendf(sql, "[%s] %s", field.name.c_str(), sqlTypeText(field.type));
-    }
+    for (size_t i = 0; i < fields_.size(); ++i) sql += (i > 0 ? ", " : "") + columnDefinition(fields_[i]);
     return sql + ")";
+}
+
+std::string database_maker_table::addColumnText(const database_maker_field& field) const {
+    return strprintf("Alter Table [%s] Add Column ", name_.c_str()) + columnDefinition(field);
 }
 
 std::vector<std::string> database_maker_table::createIndexTexts() const {
@@ -216,13 +241,14 @@ bool database_maker::createIndexes(const database_maker_table& table, message_si
     return true;
 }
 
-bool database_maker::addMissingTables(const std::vector<std::string>& existing, message_sink& errors) {
+bool database_maker::addMissingTablesAndColumns(const std::vector<std::string>& existing, message_sink& errors) {
     bool ok = true;
     for (int i = static_cast<int>(table_id::record_changes) + 1; i < kTableCount; ++i) {
         const database_maker_table& table = tableDef(static_cast<table_id>(i));
         bool present = false;
         for (const std::string& name : existing) present = present || iequals(name, table.name());
         if (!present) ok = createTable(table, errors) && createIndexes(table, errors) && ok;
+        else ok = addMissingColumns(db_, static_cast<table_id>(i), errors) && ok;
     }
     return ok;
 }

@@ -77,6 +77,8 @@ public:
 
     // "Create Table [%s]([a] INTEGER, [b] TEXT(80))" exactly as shown in error messages.
     std::string createTableText() const;
+    // "Alter Table [%s] Add Column [c] TEXT(80)": the column added to a table made without it.
+    std::string addColumnText(const database_maker_field& field) const;
     // "Create Index [%s] on [%s]([a], [b]) with primary", one per index.
     std::vector<std::string> createIndexTexts() const;
 
@@ -100,10 +102,11 @@ public:
     // Stops at the first failing index: "ERROR, unable to create index.\n", statement, status text.
     bool createIndexes(const database_maker_table& table, message_sink& errors);
     // Creates the tables added to the catalogue after Record Changes that are
-    // not among `existing`: a project made before they were added gets them
-    // when it is opened. A table of the first schema that is missing is a
-    // damaged project, left to fail at the first statement that needs it.
-    bool addMissingTables(const std::vector<std::string>& existing, message_sink& errors);
+    // not among `existing`, and adds to those that are the columns they lack: a
+    // project made before they were added gets them when it is opened. A table
+    // or column of the first schema that is missing is a damaged project, left
+    // to fail at the first statement that needs it.
+    bool addMissingTablesAndColumns(const std::vector<std::string>& existing, message_sink& errors);
     // Creates every catalogue table in creation order; a failing table does not stop the others.
     bool createAllTables(message_sink& errors);
 

@@ -51,6 +51,7 @@ protected:
 private:
     std::string createTable(std::string_view sql, size_t at) const;
     std::string createIndex(std::string_view sql, size_t at, bool unique) const;
+    std::string addColumn(std::string_view sql, size_t at) const;
 };
 
 // The catalogue table of that name (case ignored), or null.

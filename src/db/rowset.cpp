@@ -122,7 +122,8 @@ void rowset::readRow(table_record& record) const {
     const std::vector<int>& columns = impl_->columns;
     const bool keepsMissing = keepsMissingValues(table_);
     for (int col = 0; col < record.columnCount(); ++col) {
-        QVariant value = query.value(columns[static_cast<size_t>(col)]);
+        const int at = columns[static_cast<size_t>(col)];
+        const QVariant value = at < 0 ? QVariant() : query.value(at);
         if (def.isText(col)) record.setText(col, value.toString().toStdString());
         else if (value.isNull() && keepsMissing && def.fields()[static_cast<size_t>(col)].type == kTypeSingle)
             record.setMissing(col);

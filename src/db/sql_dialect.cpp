@@ -132,6 +132,7 @@ std::string project_sql_dialect::translate(std::string_view sql) const {
     if (startsWithWords(sql, {"create", "table"}, end)) return createTable(sql, end);
     if (startsWithWords(sql, {"create", "index"}, end)) return createIndex(sql, end, false);
     if (startsWithWords(sql, {"create", "unique", "index"}, end)) return createIndex(sql, end, true);
+    if (startsWithWords(sql, {"alter", "table"}, end)) return addColumn(sql, end);
     const database_maker_table* context = statementTable(sql);
     // The project's "DELETE * FROM" names no columns; the store wants "DELETE FROM".
     if (startsWithWords(sql, {"delete", "*", "from"}, end))
@@ -230,6 +231,19 @@ std::string project_sql_dialect::createTable(std::string_view sql, size_t at) co
         }
     }
     return out + ")" + tableOptions();
+}
+
+// "Alter Table [T] Add Column [c] TYPE", the one change the project makes to a table.
+std::string project_sql_dialect::addColumn(std::string_view sql, size_t at) const {
+    std::string table, column;
+    size_t add = 0;
+    if (!readBracketed(sql, at, table) || !startsWithWords(sql.substr(at), {"add", "column"}, add))
+        return expression(sql, nullptr, false);
+    at += add;
+    if (!readBracketed(sql, at, column)) return expression(sql, nullptr, false);
+    const std::string quoted = quoteIdentifier(column);
+    return "ALTER TABLE " + quoteIdentifier(table) + " ADD COLUMN " + quoted + " " +
+           columnType(trim(sql.substr(at)), quoted);
 }
 
 std::string project_sql_dialect::createIndex(std::string_view sql, size_t at, bool unique) const {

@@ -36,7 +36,8 @@ class sql_dialect {
 public:
     virtual ~sql_dialect() = default;
     virtual const char* driverName() const = 0;  // Qt SQL driver, e.g. "QSQLITE"
-    // SELECT / DELETE / CREATE TABLE / CREATE INDEX / DROP TABLE in project form -> store form.
+    // SELECT / DELETE / CREATE TABLE / CREATE INDEX / ALTER TABLE ADD COLUMN / DROP TABLE in project
+    // form -> store form.
     virtual std::string translate(std::string_view projectSql) const = 0;
     // "INSERT INTO <table> (<cols>) VALUES (?, ...)" for a prepared insert. An insert
     // that stores no row (its key is taken) is reported by the caller as a duplicate.

@@ -318,13 +318,14 @@ const catalogue_entry kCatalogue[] = {
     // another user saved the record since it was read.
     {"Record Changes", "Primary", {"ID"}, "INTEGER: ID, Change Count", row_owner::record_local, "ID"},
     // Ours: one row per run of a record, good or not, with what produced it; it
-    // stays with the project the runs were made in.
+    // stays with the project the runs were made in. First Error came later:
+    // older projects get it (empty in their rows) when opened.
     {"Run History",
      "Primary",
      {"ID", "Started", "Host", "Process ID"},
      "INTEGER: ID; TEXT(24): Started, Ended; TEXT(12): State; TEXT(1000): Message, Run Folder, Model; "
      "TEXT(64): Model SHA256; TEXT(80): Release Profile; TEXT(64): Inputs SHA256; TEXT(80): Soilbench Version; "
-     "TEXT(255): Host; INTEGER: Process ID",
+     "TEXT(255): Host; INTEGER: Process ID; TEXT(1000): First Error",
      row_owner::record_local,
      "ID"},
     // Ours: records handed to a Slurm job array and not yet brought back, one

@@ -255,7 +255,7 @@ run_history_entry run_controller::historyEntry(int32_t id, const record_run& run
     entry.started = run.started;
     entry.ended = run.ended;
     entry.state = run.state;
-    entry.message = run.errors.text();
+    entry.setMessages(run.errors);
     entry.runFolder = run.folder.path();
     entry.model = localPath(settings_.modelExecutable(settings_.version));
     entry.modelSha256 = modelDigest();
@@ -273,8 +273,10 @@ void run_controller::beginRun(const tellura_control_record& record, record_run& 
     run.folder.create(runsRoot_, projectName_, record.id(), run.errors);
     run_history_entry entry = historyEntry(record.id(), run);
     entry.state = run_state::failed;
-    entry.message = strprintf("ERROR, the run started by process %ld on %s did not finish.\n",
-                              static_cast<long>(entry.processId), entry.host.c_str());
+    message_sink unfinished;
+    unfinished.errorf("ERROR, the run started by process %ld on %s did not finish.\n",
+                      static_cast<long>(entry.processId), entry.host.c_str());
+    entry.setMessages(unfinished);
     appendRunHistory(db_, entry, run.errors);
 }
 
@@ -314,7 +316,7 @@ bool run_controller::finishRun(const tellura_control_record& record, tellura_out
             "are in \"%s\".\n",
             id, run.folder.path().c_str());
         entry.state = run_state::failed;
-        entry.message = storeErrors.text();
+        entry.setMessages(storeErrors);
         message_sink ignored;  // the store that just failed most likely refuses this too
         replaceRunHistory(db_, startedEntry, entry, ignored);
         if (alsoInStore) alsoInStore(ignored);
@@ -381,9 +383,7 @@ bool run_controller::collectDetached(tellura_control_record& record, const std::
         run.ended = result.ended;
         run.host = result.host;
         run.runLog = result.runLog;
-        // A node's messages come back as the text it wrote: a run that ended
-        // well said nothing worse than warnings.
-        run.errors.addOutcome(result.state == run_state::good, result.messages);
+        run.errors.add(result.messages);  // the node's messages, with their severities
         record_runner runner(settings_, run_inputs{options_, soils_, stations_, layouts_, profiles_});
         const bool programsGood = run.state == run_state::good;
         if (programsGood && !runner.collect(record, outputs, folder, programsGood, run.runLog, run.errors))
@@ -458,7 +458,8 @@ std::string run_controller::staleBecause(int32_t id, const std::vector<int>& blo
                          runner.writeInputs(record, folder.path(), digest, writeErrors);
     folder.remove(ignored);
     if (!written) {
-        const std::string first = writeErrors.empty() ? std::string() : writeErrors.messages().front().text;
+        const message* error = writeErrors.firstError();
+        const std::string first = error ? error->text : std::string();
         std::string reason = first.substr(0, first.find('\n'));
         return "its input files cannot be written now: " + reason;
     }

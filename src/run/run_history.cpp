@@ -30,7 +30,7 @@ run_state stateFromText(const std::string& text) {
 const table_columns& historyColumns() {
     static const table_columns c(
         kTable, {"ID", "Started", "Ended", "State", "Message", "Run Folder", "Model", "Model SHA256", "Release Profile",
-                 "Inputs SHA256", "Soilbench Version", "Host", "Process ID"});
+                 "Inputs SHA256", "Soilbench Version", "Host", "Process ID", "First Error"});
     return c;
 }
 
@@ -50,6 +50,7 @@ void entryMembers(Entry& e, Visit&& visit) {
     visit("Soilbench Version", e.soilbenchVersion);
     visit("Host", e.host);
     visit("Process ID", e.processId);
+    visit("First Error", e.firstError);
 }
 
 // At most the column's length in characters, cut at a character boundary.
@@ -84,6 +85,12 @@ run_history_entry entryOf(const table_record& row) {
 }
 
 }  // namespace
+
+void run_history_entry::setMessages(const message_sink& messages) {
+    message = messages.text();
+    const sb::message* first = messages.firstError();
+    firstError = first ? first->text : std::string();
+}
 
 bool appendRunHistory(database& db, const run_history_entry& entry, message_sink& errors) {
     store_session s(db, errors);

@@ -21,6 +21,10 @@ struct run_history_entry {
     std::string started, ended;  // UTC, "2024-05-01T08:15:02.123Z"
     run_state state = run_state::failed;
     std::string message;  // the run's messages, cut to the column's length
+    // The first of them that is an error, as it was told: what a list of runs
+    // shows of a failed one. Empty when none was, and in rows written before
+    // the history kept it.
+    std::string firstError;
     std::string runFolder;
     std::string model, modelSha256;
     std::string releaseProfile;
@@ -33,6 +37,8 @@ struct run_history_entry {
     // ends: a row still without an end is a run that never finished (its
     // process was killed or its machine went down).
     bool finished() const { return !ended.empty(); }
+    // The message and the first error, from a run's messages.
+    void setMessages(const message_sink& messages);
 };
 
 // Adds one row, within the caller's session when there is one.

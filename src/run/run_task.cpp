@@ -1,6 +1,8 @@
 #include "run/run_task.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <map>
 
 #include "app/text_file.h"
@@ -74,6 +76,48 @@ std::string valueOf(const key_values& values, const char* key) {
 
 const run_state kStates[] = {run_state::good, run_state::failed, run_state::cancelled, run_state::timedOut,
                              run_state::crashed};
+
+// The words of the result's message list, in the order of message_severity.
+const char* const kSeverityWords[] = {"note", "warning", "error"};
+
+std::string messageList(const message_sink& messages) {
+    std::string list;
+    for (const message& m : messages.messages())
+        appendf(list, "%s%s:%zu", list.empty() ? "" : ",", kSeverityWords[static_cast<int>(m.severity)], m.text.size());
+    return list;
+}
+
+using message_lengths = std::vector<std::pair<message_severity, size_t>>;
+
+// The result's message list: each message's severity and length. A result
+// written by a Soilbench that kept the messages as one text has only their
+// length: a run that ended well said nothing worse than warnings.
+bool readMessageList(const key_values& values, run_state state, const std::string& path, message_lengths& lengths,
+                     message_sink& errors) {
+    long long bytes = 0;
+    if (values.count("messages") == 0 && values.count("message-bytes") == 1) {
+        if (!readWhole(values, "message-bytes", 0, text_file::kMaxTextFileBytes, bytes, path, errors)) return false;
+        lengths.emplace_back(state == run_state::good ? message_severity::warning : message_severity::error,
+                             static_cast<size_t>(bytes));
+        return true;
+    }
+    const std::string list = valueOf(values, "messages");
+    for (std::string_view entry : list.empty() ? std::vector<std::string_view>() : splitFieldViews(list, ',')) {
+        const size_t colon = entry.find(':');
+        const auto* word = std::find(std::begin(kSeverityWords), std::end(kSeverityWords), entry.substr(0, colon));
+        if (colon == std::string_view::npos || word == std::end(kSeverityWords) ||
+            !readWholeNumber(entry.substr(colon + 1), 0, text_file::kMaxTextFileBytes, bytes)) {
+            errors.errorf(
+                "ERROR, the task result \"%s\" lists a message \"%.*s\" that is not a severity and its "
+                "length in bytes.\n",
+                path.c_str(), static_cast<int>(entry.size()), entry.data());
+            return false;
+        }
+        lengths.emplace_back(static_cast<message_severity>(word - std::begin(kSeverityWords)),
+                             static_cast<size_t>(bytes));
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -164,11 +208,11 @@ bool readTaskOrder(const std::string& folder, task_order& order, message_sink& e
 
 bool writeTaskResult(const std::string& folder, const task_result& result, message_sink& errors) {
     std::string text;
-    appendf(text, "state=%s\nstarted=%s\nended=%s\nhost=%s\nlog-bytes=%zu\nmessage-bytes=%zu\n\n",
-            runStateText(result.state), result.started.c_str(), result.ended.c_str(), result.host.c_str(),
-            result.runLog.size(), result.messages.size());
+    appendf(text, "state=%s\nstarted=%s\nended=%s\nhost=%s\nlog-bytes=%zu\nmessages=%s\n\n", runStateText(result.state),
+            result.started.c_str(), result.ended.c_str(), result.host.c_str(), result.runLog.size(),
+            messageList(result.messages).c_str());
     text += result.runLog;
-    text += result.messages;
+    text += result.messages.text();
     const std::string path = withSlash(folder) + kTaskResultFile;
     if (text_file::writeTextFile(path, text)) return true;
     errors.errorf("ERROR, unable to write the task result \"%s\".\n", path.c_str());
@@ -188,15 +232,8 @@ bool readTaskResult(const std::string& folder, task_result& result, message_sink
     if (!text_file::readTextFile(path, text, errors, "ERROR, unable to read the task result \"" + path + "\".\n") ||
         !parseKeyValues(text, path, values, &rest, errors))
         return false;
-    long long logBytes = 0, messageBytes = 0;
-    if (!readWhole(values, "log-bytes", 0, text_file::kMaxTextFileBytes, logBytes, path, errors) ||
-        !readWhole(values, "message-bytes", 0, text_file::kMaxTextFileBytes, messageBytes, path, errors))
-        return false;
-    if (static_cast<unsigned long long>(logBytes + messageBytes) != rest.size()) {
-        errors.errorf("ERROR, the task result \"%s\" holds %zu bytes of run log and messages, not %lld.\n",
-                      path.c_str(), rest.size(), logBytes + messageBytes);
-        return false;
-    }
+    long long logBytes = 0;
+    if (!readWhole(values, "log-bytes", 0, text_file::kMaxTextFileBytes, logBytes, path, errors)) return false;
     const std::string state = valueOf(values, "state");
     result.state = run_state::failed;
     bool known = false;
@@ -209,11 +246,25 @@ bool readTaskResult(const std::string& folder, task_result& result, message_sink
         errors.errorf("ERROR, the task result \"%s\" names no known end: \"%s\".\n", path.c_str(), state.c_str());
         return false;
     }
+    message_lengths lengths;
+    if (!readMessageList(values, result.state, path, lengths, errors)) return false;
+    unsigned long long bytes = static_cast<unsigned long long>(logBytes);
+    for (const auto& length : lengths) bytes += length.second;
+    if (bytes != rest.size()) {
+        errors.errorf("ERROR, the task result \"%s\" holds %zu bytes of run log and messages, not %llu.\n",
+                      path.c_str(), rest.size(), bytes);
+        return false;
+    }
+    result.runLog = rest.substr(0, static_cast<size_t>(logBytes));
+    result.messages.clear();
+    size_t at = static_cast<size_t>(logBytes);
+    for (const auto& [severity, length] : lengths) {
+        result.messages.add(severity, rest.substr(at, length));
+        at += length;
+    }
     result.started = valueOf(values, "started");
     result.ended = valueOf(values, "ended");
     result.host = valueOf(values, "host");
-    result.runLog = rest.substr(0, static_cast<size_t>(logBytes));
-    result.messages = rest.substr(static_cast<size_t>(logBytes));
     return true;
 }
 
@@ -233,9 +284,8 @@ int runTask(const std::string& folder, message_sink& errors) {
     task_result result;
     result.host = hostName();
     result.started = historyTimeNow();
-    message_sink messages;
-    result.state = record_runner::runPrograms(order.runSettings(app_soilbench()), folder, result.runLog, messages);
-    result.messages = messages.text();
+    result.state =
+        record_runner::runPrograms(order.runSettings(app_soilbench()), folder, result.runLog, result.messages);
     result.ended = historyTimeNow();
     return writeTaskResult(folder, result, errors) ? 0 : 1;
 }

@@ -8,7 +8,9 @@
 //
 // Both files are plain "key=value" lines. The result file appears whole or
 // not at all (written aside, then renamed), so a result that is there is a
-// finished task's.
+// finished task's. After its lines and an empty one come the run log and the
+// messages, byte for byte; its "messages" line lists each message's severity
+// and length ("warning:61,error:40").
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -41,7 +43,8 @@ struct task_order {
 struct task_result {
     run_state state = run_state::failed;
     std::string started, ended, host;
-    std::string runLog, messages;
+    std::string runLog;
+    message_sink messages;  // with their severities, as the run told them
 };
 
 inline constexpr const char* kTaskOrderFile = "soilbench-task.txt";

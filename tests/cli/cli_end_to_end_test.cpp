@@ -5,6 +5,7 @@
 #include <set>
 
 #include "cli_fixture.h"
+#include "db/database.h"
 
 namespace fs = std::filesystem;
 using sbtest::runSoilbench;
@@ -172,6 +173,36 @@ TEST_F(CliTest, RunReportsPrecheckFailuresAndStops) {
     EXPECT_THAT(ran.err, HasSubstr("ERROR, No soil record to run.\n"));
     EXPECT_THAT(ran.err, HasSubstr("Stop due to precheck error at 1\n"));
     EXPECT_THAT(ran.out, HasSubstr("1 records run: 0 good, 1 failed."));
+}
+
+// Status shows a failed run's first error, worded "ERROR" or not (here the
+// list utility that cannot start, before the missing list file's ERROR). A
+// project whose history is older than that column shows its first "ERROR"
+// line: given the column when opened, or read without it when read-only.
+TEST_F(CliTest, StatusShowsTheFirstErrorOfAFailedRun) {
+    makeRunnableProject();
+    ASSERT_EQ(run({"config", "--set", "Files/Diurna 4.5 LIST100=" + dir.file("model/none")}).exitCode, 0);
+    ASSERT_EQ(run({"run", project, "--ids", "2"}).exitCode, 1);
+    const std::string older = dir.file("older/p.sbproj"), readOnly = dir.file("ro/p.sbproj");
+    for (const std::string& path : {older, readOnly}) {
+        fs::create_directories(fs::path(path).parent_path());
+        fs::copy_file(project, path);
+        sb::message_sink errors;
+        auto db = sb::database::open(path, errors);
+        ASSERT_TRUE(db && db->execute("ALTER TABLE [Run History] DROP COLUMN [First Error]").ok()) << errors;
+    }
+    fs::permissions(dir.file("ro"), fs::perms::owner_write, fs::perm_options::remove);
+    const std::pair<std::string, std::string> cases[] = {
+        {project, "Unable to create process, code=2.\n"},
+        {older, "ERROR, unable to open LIS file: " + dir.file("soilbench/runs/p-2-")},
+        {readOnly, "ERROR, unable to open LIS file: " + dir.file("soilbench/runs/p-2-")},
+    };
+    for (const auto& [path, message] : cases) {
+        auto status = run({"status", path, "--ids", "2", "--format", "tsv"});
+        EXPECT_EQ(status.exitCode, 0) << status.err;
+        EXPECT_THAT(status.out.substr(status.out.rfind('\t') + 1), StartsWith(message)) << path;
+    }
+    fs::permissions(dir.file("ro"), fs::perms::owner_write, fs::perm_options::add);
 }
 
 TEST_F(CliTest, ConfigReadsAndChecksSettings) {

@@ -160,6 +160,14 @@ TEST(Database, MissingTableOrColumnIsReportedWhenTheTableIsOpened) {
                                       sbtest::byStore("near \"=\": syntax error", "syntax error at or near \"=\"") +
                                       "\n");
     EXPECT_EQ(statusText(db->execute("DELETE * FROM `Fire`")), "The specified table does not exist.\n" + noFire + "\n");
+    // A table of ours made before it gained a column is given it when the project is opened.
+    ASSERT_TRUE(db->execute("ALTER TABLE [Run History] DROP COLUMN [First Error]").ok());
+    EXPECT_FALSE(db->openTable(table_id::run_history, "", "", status));
+    db.reset();
+    sb::message_sink errors;
+    db = database::open(sbtest::projectLocation(dir.file("p.sbproj")), errors);
+    ASSERT_TRUE(db) << errors;
+    EXPECT_TRUE(db->openTable(table_id::run_history, "", "", status)) << statusText(status);
 }
 
 TEST(DatabaseMaker, FailingTableIsReportedAndTheOthersAreMade) {

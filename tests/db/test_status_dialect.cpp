@@ -54,6 +54,8 @@ TEST(SqliteDialect, ProjectSqlBecomesStoreSql) {
         {"Create Index [ByID] on [Events]([ID], [Block Number], [Order]) with primary",
          "CREATE UNIQUE INDEX `Events.ByID` ON `Events`(`ID`, `Block Number`, `Order`)"},
         {"Create Index [Other] on [Soils]([Name])", "CREATE INDEX `Soils.Other` ON `Soils`(`Name`)"},
+        {"Alter Table [Run History] Add Column [First Error] TEXT(1000)",
+         "ALTER TABLE `Run History` ADD COLUMN `First Error` TEXT"},
     };
     for (auto [project, store] : cases) EXPECT_EQ(d->translate(project), store) << project;
     EXPECT_EQ(d->insertText("Weather Stations", {"ID", "Description"}),
@@ -105,6 +107,8 @@ TEST(PostgresqlDialect, ProjectSqlBecomesServerSql) {
          "BETWEEN 0 AND 255), \"s\" SMALLINT, \"a\" ERROR, Unknown field type)"},
         {"Create Index [ByID] on [Events]([id], [Block Number], [order]) with primary",
          "CREATE UNIQUE INDEX \"Events.ByID\" ON \"Events\"(\"ID\", \"Block Number\", \"Order\")"},
+        {"Alter Table [Run History] Add Column [f] BIT",
+         "ALTER TABLE \"Run History\" ADD COLUMN \"f\" SMALLINT CHECK (\"f\" IN (0, 1))"},
     };
     for (const auto& c : cases) EXPECT_EQ(d->translate(c.project), c.server) << c.project;
     EXPECT_EQ(d->insertText("Weather Stations", {"ID", "Description"}),

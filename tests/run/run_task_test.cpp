@@ -5,6 +5,8 @@
 
 #include "standin_fixture.h"
 
+#include "app/text_format.h"
+
 #include <tuple>
 
 namespace {
@@ -68,6 +70,11 @@ TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
         {"state=good\nlog-bytes=x\nmessage-bytes=0\n\n",
          "ERROR, \"%s\" has no whole number from 0 to 268435456 for \"log-bytes\".\n"},
         {"state good\n\n", "ERROR, line 1 of \"%s\" is not \"key=value\".\n"},
+        {"state=good\nlog-bytes=0\nmessages=warning:2,loud:1\n\nabc",
+         "ERROR, the task result \"%s\" lists a message \"loud:1\" that is not a severity and its length in "
+         "bytes.\n"},
+        {"state=good\nlog-bytes=1\nmessages=error:3\n\nabc",
+         "ERROR, the task result \"%s\" holds 3 bytes of run log and messages, not 4.\n"},
     };
     for (const damaged& c : cases) {
         SCOPED_TRACE(c.text);
@@ -79,8 +86,12 @@ TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
         expected.replace(expected.find("%s"), 2, path);
         EXPECT_EQ(errors.text(), expected);
     }
-    // A whole result keeps the run log and the messages apart, byte for byte.
-    sb::task_result written{sb::run_state::timedOut, "s", "e", "node7", "log\r\nline", "ERROR, x\n"};
+    // A whole result keeps the run log and the messages apart, byte for byte,
+    // each message with its severity (an error not worded "ERROR" included).
+    sb::task_result written{sb::run_state::timedOut, "s", "e", "node7", "log\r\nline", {}};
+    written.messages.warning("WARNING, x,y:1\n");
+    written.messages.error("Process interrupted at user-defined time limit.\n");
+    written.messages.note("ERROR, a note\n");
     sb::message_sink errors;
     ASSERT_TRUE(sb::writeTaskResult(dir.path(), written, errors)) << errors;
     sb::task_result read;
@@ -89,6 +100,14 @@ TEST(RunTask, DamagedResultsAreRefusedNamingTheFile) {
     EXPECT_EQ(read.host, "node7");
     EXPECT_EQ(read.runLog, written.runLog);
     EXPECT_EQ(read.messages, written.messages);
+    // A result written when the messages were one text: their severity follows the run's end.
+    for (const char* state : {"good", "failed"}) {
+        sbtest::writeFile(path, sb::strprintf("state=%s\nlog-bytes=1\nmessage-bytes=2\n\nLm\n", state));
+        ASSERT_TRUE(sb::readTaskResult(dir.path(), read, errors)) << errors;
+        EXPECT_EQ(read.messages.messages(),
+                  (std::vector<sb::message>{
+                      {*state == 'g' ? sb::message_severity::warning : sb::message_severity::error, "m\n"}}));
+    }
 }
 
 // The marker is missing or holds another submission's text: the task ends with
@@ -115,7 +134,9 @@ TEST(RunTask, ANodeWithoutTheMarkerEndsWithItsOwnStatus) {
     sb::task_result result;
     ASSERT_TRUE(sb::readTaskResult(dir.path(), result, errors)) << errors;
     EXPECT_EQ(result.state, sb::run_state::failed);
-    EXPECT_THAT(result.messages, HasSubstr("Unable to create process"));
+    ASSERT_FALSE(result.messages.empty());
+    EXPECT_EQ(result.messages.messages().front().severity, sb::message_severity::error);
+    EXPECT_THAT(result.messages.text(), HasSubstr("Unable to create process"));
 }
 
 }  // namespace
